@@ -1,0 +1,9 @@
+# Cross-building for 64-bit Windows. The posix-thread compilers: std::thread and GoogleTest need them.
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR x86_64)
+set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)
+set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
+set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+find_program(WINE NAMES wine64 wine REQUIRED)
+set(CMAKE_CROSSCOMPILING_EMULATOR ${WINE}) # add_test() on a target runs it under Wine
