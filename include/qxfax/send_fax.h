@@ -146,17 +146,23 @@ static inline void QxFaxFree(void* block)
         HeapFree(GetProcessHeap(), 0, block);
 }
 
+/** Frees one recipient with its texts; NULL is fine. */
+static inline void QxFaxFreeRecipient(FaxRecipient* recipient)
+{
+    if (recipient == NULL)
+        return;
+    QxFaxFree(recipient->Name);
+    QxFaxFree(recipient->FaxNumber);
+    QxFaxFree(recipient->Company);
+    QxFaxFree(recipient);
+}
+
 /** Releases the recipients and leaves an empty array that is ready for the next DisplayFaxUI. */
 static inline void QxFaxReleaseRecipients(FaxJobData* record)
 {
     INT32 i;
-    for (i = 0; i < record->Recipients.Count && record->Recipients.Items != NULL; ++i) {
-        FaxRecipient* recipient = record->Recipients.Items[i];
-        QxFaxFree(recipient->Name);
-        QxFaxFree(recipient->FaxNumber);
-        QxFaxFree(recipient->Company);
-        QxFaxFree(recipient);
-    }
+    for (i = 0; i < record->Recipients.Count && record->Recipients.Items != NULL; ++i)
+        QxFaxFreeRecipient(record->Recipients.Items[i]);
     QxFaxFree(record->Recipients.Items);
     record->Recipients.Items = NULL;
     record->Recipients.Count = 0;

@@ -1,0 +1,136 @@
+// One dialog procedure for all dialogs and pages.
+//
+// A dialog is a state struct with a member `HWND dialog`, and three functions beside it, found by argument:
+//   void Initialize(State&);                                       fills the dialog (state.dialog is set)
+//   std::span<const Route<State>> RoutesOf(const State&);          what its controls do
+//   INT_PTR HandleOther(State&, UINT message, WPARAM, LPARAM);     everything else; FALSE: not handled
+#pragma once
+
+#include "base/activation_context.h"
+#include "base/guarded.h"
+#include "base/module.h"
+
+#include <windows.h> // before the headers that build on it
+
+#include <commctrl.h>
+#include <prsht.h>
+#include <span>
+#include <string>
+
+namespace qx {
+
+// What the user does to a control, and the function that answers. Commands and notifications share the table: their
+// codes cannot collide.
+template <class State> struct Route {
+    int control;
+    UINT code;
+    void (*run)(State&);
+};
+
+// The state of a dialog, or null with the last error ERROR_INVALID_DATA.
+template <class State> State* StateOf(HWND dialog) noexcept
+{
+    auto* const state = reinterpret_cast<State*>(GetWindowLongPtrW(dialog, GWLP_USERDATA));
+    if (state == nullptr)
+        SetLastError(ERROR_INVALID_DATA);
+    return state;
+}
+
+template <class State> INT_PTR RunRoute(State& state, int control, UINT code)
+{
+    for (const Route<State>& route : RoutesOf(state)) {
+        if (route.control == control && route.code == code) {
+            route.run(state);
+            return TRUE;
+        }
+    }
+    return FALSE;
+}
+
+// What DWLP_MSGRESULT and a TRUE answer amount to, in one expression.
+inline INT_PTR Answer(HWND dialog, LONG_PTR result) noexcept
+{
+    SetWindowLongPtrW(dialog, DWLP_MSGRESULT, result);
+    return TRUE;
+}
+
+inline void AddContextHelpButtonOnOldSystems(HWND dialog) noexcept
+{
+    if (WindowsMajorVersion() < 6)
+        SetWindowLongPtrW(dialog, GWL_EXSTYLE, GetWindowLongPtrW(dialog, GWL_EXSTYLE) | WS_EX_CONTEXTHELP);
+}
+
+template <class State> INT_PTR InitializeDialog(HWND dialog, State* state)
+{
+    if (state == nullptr) {
+        SetLastError(ERROR_INVALID_DATA);
+        return FALSE;
+    }
+    state->dialog = dialog;
+    AddContextHelpButtonOnOldSystems(dialog);
+    Initialize(*state);
+    // Stored last: the notifications that filling a control sends are ours, not the user's.
+    SetWindowLongPtrW(dialog, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(state));
+    return TRUE;
+}
+
+template <class State> INT_PTR DispatchDialogMessage(HWND dialog, UINT message, WPARAM w, LPARAM l)
+{
+    State* const state = StateOf<State>(dialog);
+    if (state == nullptr)
+        return FALSE;
+    if (message == WM_COMMAND && RunRoute(*state, LOWORD(w), HIWORD(w)))
+        return TRUE;
+    if (message == WM_NOTIFY) {
+        const auto& header = *reinterpret_cast<const NMHDR*>(l);
+        if (RunRoute(*state, static_cast<int>(header.idFrom), header.code))
+            return TRUE;
+    }
+    return HandleOther(*state, message, w, l);
+}
+
+// The state is the creation parameter.
+template <class State> INT_PTR CALLBACK DialogProcedure(HWND dialog, UINT message, WPARAM w, LPARAM l) noexcept
+{
+    return Guarded<INT_PTR>(FALSE, [&]() -> INT_PTR {
+        if (message == WM_INITDIALOG)
+            return InitializeDialog(dialog, reinterpret_cast<State*>(l));
+        return DispatchDialogMessage<State>(dialog, message, w, l);
+    });
+}
+
+// A property page finds its state in the description that the sheet passes on.
+template <class State> INT_PTR CALLBACK PageProcedure(HWND dialog, UINT message, WPARAM w, LPARAM l) noexcept
+{
+    return Guarded<INT_PTR>(FALSE, [&]() -> INT_PTR {
+        if (message == WM_INITDIALOG) {
+            const auto* const page = reinterpret_cast<const PROPSHEETPAGEW*>(l);
+            return InitializeDialog(dialog, page != nullptr ? reinterpret_cast<State*>(page->lParam) : nullptr);
+        }
+        return DispatchDialogMessage<State>(dialog, message, w, l);
+    });
+}
+
+// The ids of a template and of its right-to-left twin.
+struct DialogTemplate {
+    int leftToRight;
+    int rightToLeft;
+    int Id() const noexcept { return IsRightToLeftUi() ? rightToLeft : leftToRight; }
+};
+
+// Shows a modal dialog and answers what it ended with; -1 when it could not be shown.
+template <class State> INT_PTR ShowModal(const DialogTemplate& dialogTemplate, HWND owner, State& state) noexcept
+{
+    const ActivationScope context;
+    return DialogBoxParamW(ModuleInstance(), MAKEINTRESOURCEW(dialogTemplate.Id()), owner, DialogProcedure<State>,
+                           reinterpret_cast<LPARAM>(&state));
+}
+
+// The text of a window, at most units UTF-16 units of it.
+std::wstring WindowText(HWND window, std::size_t units);
+// The whole text of a window.
+std::wstring WindowText(HWND window);
+
+inline bool HasText(HWND window) noexcept { return GetWindowTextLengthW(window) > 0; }
+
+} // namespace qx

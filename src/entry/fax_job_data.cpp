@@ -1,0 +1,143 @@
+#include "entry/fax_job_data.h"
+
+#include "base/pointer_array.h"
+#include "base/process_heap.h"
+#include "base/text.h"
+
+namespace qx {
+
+namespace {
+
+constexpr std::size_t kOverlayUnits = 260;     // of the buffer, which the driver knows
+constexpr std::size_t kOverlayCopyUnits = 259; // destination of the copy: 258 units and the terminator
+constexpr INT32 kFirstStringCapacity = 10;
+
+void ReplaceText(wchar_t*& field, const wchar_t* text) noexcept
+{
+    // The new copy first: the text may be the field's own.
+    wchar_t* const copy = HeapText(text);
+    HeapRelease(field);
+    field = copy;
+}
+
+// A counted array: the driver expects the element count just ahead of the elements.
+FaxString* AllocateStrings(INT32 capacity) noexcept
+{
+    const auto count = static_cast<std::size_t>(capacity);
+    auto* const block = static_cast<std::size_t*>(HeapAllocate(sizeof(std::size_t) + count * sizeof(FaxString)));
+    if (block == nullptr)
+        return nullptr;
+    *block = count;
+    return reinterpret_cast<FaxString*>(block + 1);
+}
+
+void FreeStrings(FaxString* items, INT32 count) noexcept
+{
+    if (items == nullptr)
+        return;
+    for (INT32 i = 0; i < count; ++i)
+        HeapRelease(items[i].Text);
+    HeapRelease(reinterpret_cast<std::size_t*>(items) - 1);
+}
+
+// Stores the identifier only when it is nonzero, and a copy of the text.
+bool SetString(FaxString& item, INT32 id, const wchar_t* text) noexcept
+{
+    ReplaceText(item.Text, text);
+    if (id == 0)
+        return false;
+    item.Id = id;
+    return item.Text != nullptr;
+}
+
+// The existing texts are copied, not moved: nothing of the old storage is left in the new one.
+bool GrowStrings(FaxStringTable& table) noexcept
+{
+    const INT32 capacity = table.Capacity > 0 ? table.Capacity * 2 : kFirstStringCapacity;
+    FaxString* const items = AllocateStrings(capacity);
+    if (items == nullptr)
+        return false;
+    for (INT32 i = 0; i < table.Count; ++i) {
+        if (!SetString(items[i], table.Items[i].Id, table.Items[i].Text)) {
+            FreeStrings(items, i + 1);
+            return false;
+        }
+    }
+    FreeStrings(table.Items, table.Count);
+    table.Items = items;
+    table.Capacity = capacity;
+    return true;
+}
+
+} // namespace
+
+void SetSenderName(FaxJobData& record, const wchar_t* text) noexcept { ReplaceText(record.SenderName, text); }
+void SetSenderCompany(FaxJobData& record, const wchar_t* text) noexcept { ReplaceText(record.SenderCompany, text); }
+void SetSenderFaxNo(FaxJobData& record, const wchar_t* text) noexcept { ReplaceText(record.SenderFaxNo, text); }
+void SetSenderVoiceNo(FaxJobData& record, const wchar_t* text) noexcept { ReplaceText(record.SenderVoiceNo, text); }
+void SetNotifyEmail(FaxJobData& record, const wchar_t* text) noexcept { ReplaceText(record.NotifyEmail, text); }
+void SetCoverPageNotes(FaxJobData& record, const wchar_t* text) noexcept { ReplaceText(record.CoverPageNotes, text); }
+void SetCoverPageSubject(FaxJobData& record, const wchar_t* text) noexcept
+{
+    ReplaceText(record.CoverPageSubject, text);
+}
+void SetBillingCode(FaxJobData& record, const wchar_t* text) noexcept { ReplaceText(record.BillingCode, text); }
+void SetDefaultOverlayPath(FaxJobData& record, const wchar_t* text) noexcept
+{
+    ReplaceText(record.DefaultOverlayPath, text);
+}
+void SetTitle(FaxJobData& record, const wchar_t* text) noexcept { ReplaceText(record.Title, text); }
+
+void SetOverlayPath(FaxJobData& record, const wchar_t* text) noexcept
+{
+    if (record.OverlayPath == nullptr)
+        record.OverlayPath = static_cast<wchar_t*>(HeapAllocate(kOverlayUnits * sizeof(wchar_t)));
+    if (record.OverlayPath == nullptr || text == record.OverlayPath)
+        return;
+    SecureZeroMemory(record.OverlayPath, kOverlayUnits * sizeof(wchar_t));
+    CopyText({record.OverlayPath, kOverlayCopyUnits}, OrEmpty(text));
+}
+
+BOOL AddRecipient(FaxJobData& record, FaxRecipient* entry) noexcept
+{
+    if (entry == nullptr || !AppendItem(record.Recipients, entry))
+        return FALSE;
+    record.RecipientCount = record.Recipients.Count;
+    return TRUE;
+}
+
+void DeleteRecipient(FaxJobData& record, INT32 index) noexcept
+{
+    if (index < 0 || index >= record.Recipients.Count)
+        return;
+    FaxRecipient* const recipient = record.Recipients.Items[index];
+    RemoveItem(record.Recipients, index);
+    record.RecipientCount = record.Recipients.Count;
+    QxFaxFreeRecipient(recipient);
+}
+
+std::span<FaxRecipient* const> RecipientsOf(const FaxJobData& record) noexcept
+{
+    if (record.Recipients.Items == nullptr || record.Recipients.Count <= 0)
+        return {};
+    return {record.Recipients.Items, static_cast<std::size_t>(record.Recipients.Count)};
+}
+
+void RestartStrings(FaxJobData& record) noexcept
+{
+    FreeStrings(record.Strings.Items, record.Strings.Count);
+    record.Strings = {kFirstStringCapacity, 0, AllocateStrings(kFirstStringCapacity)};
+}
+
+BOOL AppendString(FaxJobData& record, INT32 id, const wchar_t* text) noexcept
+{
+    FaxStringTable& table = record.Strings;
+    if (id == 0 || ((table.Items == nullptr || table.Count >= table.Capacity) && !GrowStrings(table)))
+        return FALSE;
+    if (!SetString(table.Items[table.Count], id, text))
+        return FALSE;
+    ++table.Count;
+    return TRUE;
+}
+
+} // namespace qx

@@ -1,0 +1,52 @@
+// The controls of a dialog as a table: one row, one control. One loop sets captions and limits, one lookup answers
+// help.
+#pragma once
+
+#include "text/localized_text.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <span>
+#include <windows.h>
+
+namespace qx {
+
+inline constexpr int kNoTopic = -1;
+inline constexpr int kMaxRecipients = 100; // of one job, and members of one group
+
+// Limits of what may be typed, in UTF-16 units.
+inline constexpr int kNameLimit = 50; // names, fax numbers, companies and subjects
+inline constexpr int kNotesLimit = 500;
+inline constexpr int kImagePathLimit = 260;
+inline constexpr int kEmailLimit = 256;
+inline constexpr int kBillingCodeLimit = 16;
+
+struct Control {
+    int id;
+    unsigned text = 0;                 // caption, 0: none
+    const wchar_t* fallback = nullptr; // built-in caption
+    int limit = 0;                     // of an edit or a combo box; 0: none set
+    int topic = kNoTopic;              // help page
+    bool leftToRight = false;          // numbers, paths and addresses read left to right in every layout
+};
+
+template <std::size_t N> consteval bool IdsAreUnique(const Control (&controls)[N])
+{
+    for (std::size_t i = 0; i < N; ++i) {
+        for (std::size_t j = i + 1; j < N; ++j) {
+            if (controls[i].id == controls[j].id)
+                return false;
+        }
+    }
+    return true;
+}
+
+// Captions, limits and reading order, in the order of the table. A row whose control the template lacks has no effect.
+void SetUpControls(const TextOwner& owner, HWND dialog, std::span<const Control> controls);
+
+// Answers WM_HELP and WM_CONTEXTMENU: shows the page of the control that asked, or of the visible control under the
+// cursor. False for any other message.
+bool AnswerHelp(const TextOwner& owner, HWND dialog, UINT message, WPARAM w, LPARAM l,
+                std::span<const Control> controls);
+
+} // namespace qx

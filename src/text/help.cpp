@@ -1,0 +1,7 @@
+#include "text/help.h"
+
+namespace qx {
+
+void ShowHelp(const TextOwner&, HWND, int) noexcept {}
+
+} // namespace qx

@@ -1,0 +1,141 @@
+#include "text/localized_text.h"
+
+#include "base/activation_context.h"
+
+namespace qx {
+
+namespace {
+
+constexpr LANGID kEnglishUnitedStates = 0x0409;
+constexpr Text kErrorTitle{5326, L"QX MFP Send Fax Error"};
+constexpr Text kWarningTitle{5327, L"QX MFP Send Fax Warning"};
+constexpr std::size_t kTextsPerBlock = 16;
+
+LANGID g_language = kEnglishUnitedStates;
+
+HRSRC FindTextBlock(HMODULE library, unsigned id) noexcept
+{
+    const WORD block = static_cast<WORD>(id / kTextsPerBlock + 1);
+    return FindResourceExW(library, RT_STRING, MAKEINTRESOURCEW(block), g_language);
+}
+
+// wanted: the language that was current when the lookup began. It is compared with every language, although the
+// current one moves on underneath: 1033 is what remains when none matches.
+BOOL CALLBACK TryLanguage(HMODULE, LPCWSTR, LPCWSTR, WORD language, LONG_PTR wanted) noexcept
+{
+    if (PRIMARYLANGID(language) == PRIMARYLANGID(static_cast<LANGID>(wanted))) {
+        g_language = language;
+        return FALSE;
+    }
+    g_language = kEnglishUnitedStates;
+    return TRUE;
+}
+
+BOOL CALLBACK TryName(HMODULE library, LPCWSTR type, LPWSTR name, LONG_PTR wanted) noexcept
+{
+    return EnumResourceLanguagesW(library, type, name, TryLanguage, wanted);
+}
+
+bool IsStringType(LPCWSTR type) noexcept
+{
+    return type == RT_STRING || (!IS_INTRESOURCE(type) && lstrcmpW(type, L"RT_STRING") == 0);
+}
+
+BOOL CALLBACK TryType(HMODULE library, LPWSTR type, LONG_PTR wanted) noexcept
+{
+    return IsStringType(type) ? EnumResourceNamesW(library, type, TryName, wanted) : TRUE;
+}
+
+HRSRC FindTextBlockInAnyLanguage(HMODULE library, unsigned id) noexcept
+{
+    const HRSRC found = FindTextBlock(library, id);
+    if (found != nullptr || GetLastError() != ERROR_RESOURCE_LANG_NOT_FOUND)
+        return found;
+    EnumResourceTypesW(library, TryType, g_language);
+    return FindTextBlock(library, id);
+}
+
+// The text at position of a block of 16 length-prefixed texts; empty when the block ends before it.
+std::wstring_view TextInBlock(std::wstring_view block, std::size_t position) noexcept
+{
+    std::size_t at = 0;
+    for (std::size_t i = 0; at < block.size(); ++i) {
+        const std::size_t units = block[at];
+        if (i == position)
+            return block.substr(at + 1, units);
+        at += 1 + units;
+    }
+    return {};
+}
+
+} // namespace
+
+TextOwner::TextOwner() noexcept
+{
+    g_language = GetUserDefaultUILanguage();
+}
+
+TextOwner::TextOwner(HMODULE strings, const wchar_t* helpFilePath) noexcept : TextOwner()
+{
+    hStringDll = strings;
+    CopyText(HelpFilePath, OrEmpty(helpFilePath));
+}
+
+LANGID CurrentTextLanguage() noexcept
+{
+    return g_language;
+}
+
+bool LoadLocalizedString(const TextOwner& owner, unsigned id, wchar_t (&buffer)[kTextUnits]) noexcept
+{
+    buffer[0] = L'\0';
+    if (owner.hStringDll == nullptr || id == kPreparedText)
+        return false;
+    const HRSRC resource = FindTextBlockInAnyLanguage(owner.hStringDll, id);
+    if (resource == nullptr)
+        return false;
+    const auto* const data = static_cast<const wchar_t*>(LockResource(LoadResource(owner.hStringDll, resource)));
+    if (data == nullptr)
+        return false;
+    const std::size_t units = SizeofResource(owner.hStringDll, resource) / sizeof(wchar_t);
+    const std::wstring_view text = Cut(TextInBlock({data, units}, id % kTextsPerBlock), kTextUnits - 1);
+    text.copy(buffer, text.size());
+    buffer[text.size()] = L'\0';
+    return !text.empty();
+}
+
+std::wstring LocalizedText(const TextOwner& owner, const Text& text)
+{
+    wchar_t buffer[kTextUnits];
+    if (LoadLocalizedString(owner, text.id, buffer))
+        return buffer;
+    return std::wstring(Cut(OrEmpty(text.fallback), kTextUnits - 1));
+}
+
+void SetLocalizedText(const TextOwner& owner, unsigned id, HWND window, const wchar_t* defaultText)
+{
+    SetWindowTextW(window, LocalizedText(owner, {id, defaultText}).c_str());
+}
+
+int ShowFaxMessage(const TextOwner& owner, unsigned id, const wchar_t* defaultText, UINT style, bool isError,
+                   HWND ownerWindow)
+{
+    const std::wstring title = LocalizedText(owner, isError ? kErrorTitle : kWarningTitle);
+    const std::wstring body = LocalizedText(owner, {id, defaultText});
+    const ActivationScope context;
+    return MessageBoxW(ownerWindow, body.c_str(), title.c_str(), style);
+}
+
+int ShowFaxMessage(const TextOwner& owner, const Message& message, HWND ownerWindow)
+{
+    return ShowFaxMessage(owner, message.text.id, message.text.fallback, message.style,
+                          message.title == MessageTitle::Error, ownerWindow);
+}
+
+int ShowPreparedMessage(const TextOwner& owner, const std::wstring& text, UINT style, MessageTitle title,
+                        HWND ownerWindow)
+{
+    return ShowFaxMessage(owner, kPreparedText, text.c_str(), style, title == MessageTitle::Error, ownerWindow);
+}
+
+} // namespace qx

@@ -1,0 +1,61 @@
+// Texts by id from the string library, with the built-in English text when the library lacks one, and the two kinds
+// of message box made of them.
+#pragma once
+
+#include "base/text.h"
+
+#include <string>
+#include <windows.h>
+
+namespace qx {
+
+// Common head of the session and of every dialog's state: where texts and help come from. Neither is owned.
+struct TextOwner {
+    // Records the user's default UI language as the current text language.
+    TextOwner() noexcept;
+    TextOwner(HMODULE strings, const wchar_t* helpFilePath) noexcept;
+
+    HMODULE hStringDll = nullptr;           // resources only; null: every text is the built-in one
+    wchar_t HelpFilePath[kTextUnits] = L""; // empty: no help
+};
+
+// A text: its id in the string library, and the built-in one, shown exactly as written. A leading dash of a built-in
+// text stays: it marks, on screen, a text that did not come from the library.
+struct Text {
+    unsigned id = 0;
+    const wchar_t* fallback = L"";
+};
+
+// Never resolves: the caller's text is shown.
+inline constexpr unsigned kPreparedText = static_cast<unsigned>(-1);
+
+// The language in which texts are looked up, for the whole process: 0x0409 until the first session.
+LANGID CurrentTextLanguage() noexcept;
+
+// False when the library has no such text, or an empty one. At most 255 units are given. May change the current text
+// language: when the library lacks it, the language of the library with the same primary language is taken.
+bool LoadLocalizedString(const TextOwner& owner, unsigned id, wchar_t (&buffer)[kTextUnits]) noexcept;
+
+// The text or its built-in default, at most 255 units.
+std::wstring LocalizedText(const TextOwner& owner, const Text& text);
+
+void SetLocalizedText(const TextOwner& owner, unsigned id, HWND window, const wchar_t* defaultText);
+
+enum class MessageTitle { Error, Warning };
+
+// A message box: what it says, its buttons and icon (MB_...), and which of the two titles it carries.
+struct Message {
+    Text text;
+    UINT style = MB_OK;
+    MessageTitle title = MessageTitle::Error;
+};
+
+// Answers what MessageBoxW answers.
+int ShowFaxMessage(const TextOwner& owner, unsigned id, const wchar_t* defaultText, UINT style, bool isError,
+                   HWND ownerWindow);
+int ShowFaxMessage(const TextOwner& owner, const Message& message, HWND ownerWindow);
+// The same box with a text that the caller has prepared.
+int ShowPreparedMessage(const TextOwner& owner, const std::wstring& text, UINT style, MessageTitle title,
+                        HWND ownerWindow);
+
+} // namespace qx
