@@ -20,33 +20,31 @@ template <class Array> using ItemOf = std::remove_pointer_t<std::remove_pointer_
 
 template <class Array> ItemOf<Array>** AllocateItems(std::int32_t capacity) noexcept
 {
-    return static_cast<ItemOf<Array>**>(HeapAllocate(static_cast<std::size_t>(capacity) * sizeof(void*)));
+    const auto count = static_cast<std::size_t>(std::max(capacity, 0));
+    return static_cast<ItemOf<Array>**>(HeapAllocate(count * sizeof(void*)));
 }
 
 // Starts the array again, empty, with room for capacity items. The items themselves are not touched.
 template <class Array> void RestartArray(Array& array, std::int32_t capacity) noexcept
 {
     HeapRelease(array.Items);
-    array.Capacity = capacity;
     array.Count = 0;
     array.Items = AllocateItems<Array>(capacity);
+    array.Capacity = array.Items != nullptr ? std::max(capacity, 0) : 0;
 }
 
-// Doubles the capacity when full. False, and nothing changed, when memory is short.
+// The storage must have been made (RestartArray). Doubles the capacity when full. False, and nothing changed, when memory is short.
 template <class Array> bool AppendItem(Array& array, ItemOf<Array>* item) noexcept
 {
-    if (array.Items == nullptr || array.Count >= array.Capacity) {
-        const std::int32_t capacity = std::max(array.Capacity, array.Count) <= 0 ? 1
-                                      : array.Items == nullptr                  ? array.Capacity
-                                                                                : array.Capacity * 2;
-        auto** const items = AllocateItems<Array>(std::max(capacity, array.Count + 1));
+    if (array.Count >= array.Capacity) {
+        const std::int32_t capacity = std::max(array.Capacity * 2, array.Count + 1);
+        auto** const items = AllocateItems<Array>(capacity);
         if (items == nullptr)
             return false;
-        if (array.Items != nullptr)
-            std::copy_n(array.Items, array.Count, items);
+        std::copy_n(array.Items, array.Count, items);
         HeapRelease(array.Items);
         array.Items = items;
-        array.Capacity = std::max(capacity, array.Count + 1);
+        array.Capacity = capacity;
     }
     array.Items[array.Count++] = item;
     return true;

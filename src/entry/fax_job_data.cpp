@@ -98,6 +98,12 @@ void SetOverlayPath(FaxJobData& record, const wchar_t* text) noexcept
     CopyText({record.OverlayPath, kOverlayCopyUnits}, OrEmpty(text));
 }
 
+void MakeRoomForRecipients(FaxJobData& record) noexcept
+{
+    if (record.Recipients.Items == nullptr)
+        RestartArray(record.Recipients, record.Recipients.Capacity);
+}
+
 BOOL AddRecipient(FaxJobData& record, FaxRecipient* entry) noexcept
 {
     if (entry == nullptr || !AppendItem(record.Recipients, entry))

@@ -24,6 +24,8 @@ void SetTitle(FaxJobData& record, const wchar_t* text) noexcept;
 // The field is one buffer of 260 units, made on first use and kept; at most 258 units of the text are stored.
 void SetOverlayPath(FaxJobData& record, const wchar_t* text) noexcept;
 
+// Makes the storage that the driver left out, for the capacity that it stated.
+void MakeRoomForRecipients(FaxJobData& record) noexcept;
 // Appends a recipient that the record owns from then on. FALSE for a null entry, or when memory is short (the entry
 // then stays the caller's).
 BOOL AddRecipient(FaxJobData& record, FaxRecipient* entry) noexcept;

@@ -1,0 +1,72 @@
+#include "entry/guest.h"
+
+#include "base/guarded.h"
+
+namespace qx {
+
+namespace {
+
+using SetThreadDpiAwarenessContextFunction = HANDLE(WINAPI*)(HANDLE);
+
+// Values of DPI_AWARENESS_CONTEXT, which the oldest supported systems lack.
+HANDLE UnawareWithSharpText() noexcept { return reinterpret_cast<HANDLE>(static_cast<INT_PTR>(-5)); }
+HANDLE Unaware() noexcept { return reinterpret_cast<HANDLE>(static_cast<INT_PTR>(-1)); }
+
+SetThreadDpiAwarenessContextFunction FindSetThreadDpiAwarenessContext() noexcept
+{
+    const HMODULE user32 = GetModuleHandleW(L"user32.dll");
+    if (user32 == nullptr)
+        return nullptr;
+    return reinterpret_cast<SetThreadDpiAwarenessContextFunction>(
+        reinterpret_cast<void*>(GetProcAddress(user32, "SetThreadDpiAwarenessContext")));
+}
+
+// The mode before, or null when the system has none to change.
+HANDLE EnterSystemScaledMode() noexcept
+{
+    const auto setContext = FindSetThreadDpiAwarenessContext();
+    if (setContext == nullptr)
+        return nullptr;
+    const HANDLE before = setContext(UnawareWithSharpText());
+    return before != nullptr ? before : setContext(Unaware());
+}
+
+std::wstring CurrentDirectory()
+{
+    std::wstring directory(GetCurrentDirectoryW(0, nullptr), L'\0');
+    const DWORD units = GetCurrentDirectoryW(static_cast<DWORD>(directory.size()), directory.data());
+    directory.resize(units < directory.size() ? units : 0);
+    return directory;
+}
+
+} // namespace
+
+GuestScope::GuestScope() noexcept : cursor_(GetCursor())
+{
+    std::feholdexcept(&floatingPoint_);
+    Guarded([&] { directory_ = CurrentDirectory(); });
+    dpiContext_ = EnterSystemScaledMode();
+    SetThreadErrorMode(GetThreadErrorMode() | SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &errorMode_);
+}
+
+GuestScope::~GuestScope()
+{
+    SetThreadErrorMode(errorMode_, nullptr);
+    if (dpiContext_ != nullptr)
+        FindSetThreadDpiAwarenessContext()(dpiContext_);
+    Guarded([&] {
+        if (!directory_.empty() && CurrentDirectory() != directory_)
+            SetCurrentDirectoryW(directory_.c_str());
+    });
+    SetCursor(cursor_);
+    std::fesetenv(&floatingPoint_);
+}
+
+HWND ActiveWindowOfThread() noexcept
+{
+    GUITHREADINFO info{};
+    info.cbSize = sizeof info;
+    return GetGUIThreadInfo(GetCurrentThreadId(), &info) ? info.hwndActive : nullptr;
+}
+
+} // namespace qx

@@ -1,0 +1,33 @@
+// The module is a guest in somebody else's process: what it needs to be different while it works is put back.
+#pragma once
+
+#include <cfenv>
+#include <string>
+#include <windows.h>
+
+namespace qx {
+
+// For the length of one call, on the calling thread:
+// - dialogs keep their stated pixel sizes and are scaled by the system, whatever DPI mode the printing program runs in;
+// - an empty drive in a path does not raise a box of the system;
+// - floating-point exceptions, which some programs unmask, stay quiet.
+// At the end these, the current directory (file dialogs move it) and the cursor are what they were before.
+class GuestScope {
+public:
+    GuestScope() noexcept;
+    ~GuestScope();
+    GuestScope(const GuestScope&) = delete;
+    GuestScope& operator=(const GuestScope&) = delete;
+
+private:
+    std::fenv_t floatingPoint_;
+    std::wstring directory_;
+    HCURSOR cursor_;
+    HANDLE dpiContext_ = nullptr;
+    DWORD errorMode_ = 0;
+};
+
+// The calling thread's active window, or null.
+HWND ActiveWindowOfThread() noexcept;
+
+} // namespace qx
