@@ -5,5 +5,5 @@ set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)
 set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
 set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
-find_program(WINE NAMES wine64 wine REQUIRED)
+find_program(WINE NAMES wine64 wine PATHS /usr/lib/wine REQUIRED) # the loader itself, not its wrapper script
 set(CMAKE_CROSSCOMPILING_EMULATOR ${WINE}) # add_test() on a target runs it under Wine

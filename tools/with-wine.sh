@@ -1,0 +1,221 @@
+#!/bin/bash
+# Runs a command where Windows programs run: a Wine prefix of this source tree, with a wineserver and a virtual display
+# of its own. The user's prefix and display are never touched.
+#
+#   tools/with-wine.sh [--lang en|de|de-AT|he|ja] [--display] COMMAND [ARGUMENT...]
+#
+#   --lang LANG  language of Windows' user interface (default: en)
+#   --display    use the display in $DISPLAY instead of a virtual one
+#
+# The prefixes are kept in build/wine/ (one per language). Commands that run at the same time share prefix, display and
+# wineserver; who finishes last takes them down. A command that itself calls with-wine.sh finds them running, and those
+# of another language stay up until the outermost call ends.
+set -euo pipefail
+
+readonly usage='usage: tools/with-wine.sh [--lang en|de|de-AT|he|ja] [--display] COMMAND [ARGUMENT...]'
+root=$(cd "$(dirname "$0")/.." && pwd)
+readonly root
+readonly home=$root/build/wine
+
+die() { echo "with-wine.sh: $*" >&2; exit 1; }
+
+lang=en
+own_display=yes
+while [[ ${1-} == --* ]]; do
+    case $1 in
+        --lang) lang=${2-}; shift 2 || die "$usage" ;;
+        --display) own_display=no; shift ;;
+        *) die "$usage" ;;
+    esac
+done
+[[ $# -gt 0 ]] || die "$usage"
+
+case $lang in
+    en) locale=en_US ;;
+    de) locale=de_DE ;;
+    de-AT) locale=de_AT ;;
+    he) locale=he_IL ;;
+    ja) locale=ja_JP ;;
+    *) die "unknown language '$lang'; $usage" ;;
+esac
+
+export WINEARCH=win64 WINEDEBUG=${WINEDEBUG--all} WINEDLLOVERRIDES='mscoree,mshtml='
+export LC_ALL=$locale.UTF-8
+unset LANGUAGE
+
+# The real 64-bit loader: Debian's wrapper script complains about a missing 32-bit half with every call.
+PATH=$PATH:/usr/lib/wine
+command -v wine64 >/dev/null || die "Wine is not installed: run tools/setup.sh"
+
+session=$lang
+[[ $own_display == yes ]] || session=$lang-on-display
+dir=$home/$session
+export WINEPREFIX=$dir/prefix
+
+# ---- the template prefix -------------------------------------------------------------------------------------------
+
+# A fixed resolution, fonts that look good and have all the scripts, no window manager to wait for, no crash dialog
+# (a crash must fail a run, not hang it).
+template_settings() {
+    cat <<'REG'
+REGEDIT4
+
+[HKEY_CURRENT_USER\Software\Wine]
+"Version"="win10"
+
+[HKEY_CURRENT_USER\Software\Wine\X11 Driver]
+"Managed"="N"
+
+[HKEY_CURRENT_USER\Software\Wine\WineDbg]
+"ShowCrashDialog"=dword:00000000
+
+[HKEY_CURRENT_USER\Control Panel\Desktop]
+"LogPixels"=dword:00000060
+"FontSmoothing"="2"
+"FontSmoothingType"=dword:00000001
+"FontSmoothingOrientation"=dword:00000001
+
+[HKEY_CURRENT_USER\Software\Wine\Fonts\Replacements]
+"Tahoma"="Liberation Sans"
+"Segoe UI"="Liberation Sans"
+"MS UI Gothic"="Noto Sans CJK JP"
+
+[HKEY_LOCAL_MACHINE\Software\Microsoft\Windows NT\CurrentVersion\FontSubstitutes]
+"MS Shell Dlg"="Liberation Sans"
+"MS Shell Dlg 2"="Liberation Sans"
+REG
+}
+
+stop_wineserver() { WINEPREFIX=$1 wineserver -k 2>/dev/null || true; WINEPREFIX=$1 wineserver -w 2>/dev/null || true; }
+
+prepare_template() {
+    local settings=$home/settings.reg stamp=$home/template.settings
+    template_settings > "$settings.new"
+    if [[ -f $stamp ]] && cmp -s "$settings.new" "$stamp"; then rm "$settings.new"; return; fi
+
+    local building=$home/template.new
+    [[ ! -d $building ]] || stop_wineserver "$building"
+    rm -rf "$building" "$home/template" "$stamp"
+    mv "$settings.new" "$settings"
+    # No display is needed here; the graphics driver is chosen anew by the first process of each session.
+    (
+        exec 8>&- 9>&-
+        export WINEPREFIX=$building LC_ALL=en_US.UTF-8
+        unset DISPLAY
+        wine64 wineboot -i
+        wine64 regedit /S "$(wine64 winepath -w "$settings")"
+        wineserver -w
+    ) </dev/null >"$home/template.log" 2>&1 || die "cannot make a Wine prefix, see $home/template.log"
+    mv "$building" "$home/template"
+    mv "$settings" "$stamp"
+}
+
+prepare_prefix() {
+    (
+        exec 7>"$home/template.lock"
+        flock 7
+        prepare_template
+    )
+    [[ -d $WINEPREFIX && ! $home/template.settings -nt $WINEPREFIX/.copied ]] && return
+    rm -rf "$WINEPREFIX"
+    cp -a "$home/template" "$WINEPREFIX"
+    touch "$WINEPREFIX/.copied"
+}
+
+# ---- a session: display and wineserver of one prefix ------------------------------------------------------------
+
+display_is_alive() {
+    local pid
+    [[ -f $dir/display && -f $dir/xvfb.pid ]] || return 1
+    pid=$(<"$dir/xvfb.pid")
+    [[ -r /proc/$pid/cmdline ]] && tr '\0' ' ' <"/proc/$pid/cmdline" | grep -q "^Xvfb .*$dir "
+}
+
+start_display() {
+    rm -f "$dir/display" "$dir/xvfb.pid" "$dir/display.pipe"
+    mkfifo "$dir/display.pipe"
+    # The folder in -fbdir marks the server as ours. Its own session: Ctrl+C must reach only the command.
+    setsid Xvfb -displayfd 6 -screen 0 1280x1024x24 -nolisten tcp -noreset -fbdir "$dir" -ac \
+        6>"$dir/display.pipe" 7>&- 8>&- 9>&- </dev/null >"$dir/xvfb.log" 2>&1 &
+    local pid=$! number
+    read -r -t 20 number <"$dir/display.pipe" || die "Xvfb does not start, see $dir/xvfb.log"
+    rm "$dir/display.pipe"
+    echo "$pid" >"$dir/xvfb.pid"
+    echo ":$number" >"$dir/display"
+}
+
+start_session() {
+    prepare_prefix
+    if [[ $own_display == yes ]]; then
+        start_display
+        DISPLAY=$(<"$dir/display")
+        export DISPLAY
+    fi
+    # The first process decides the language and the graphics driver of the desktop; it must see our environment.
+    (
+        exec 7>&- 8>&- 9>&-
+        setsid wineserver -p
+        setsid wine64 wineboot
+    ) </dev/null >"$dir/session.log" 2>&1 || die "Wine does not start, see $dir/session.log"
+    touch "$dir/running"
+}
+
+session_is_running() {
+    [[ -f $dir/running ]] || return 1
+    if [[ $own_display == yes ]]; then display_is_alive; else return 0; fi
+}
+
+stop_session() {
+    stop_wineserver "$dir/prefix"
+    if display_is_alive; then kill "$(<"$dir/xvfb.pid")" 2>/dev/null || true; fi
+    rm -f "$dir/running" "$dir/display" "$dir/xvfb.pid"
+}
+
+# Descriptor 9: who starts or stops. Descriptor 8: held shared by everybody who uses the session.
+join_session() {
+    mkdir -p "$dir"
+    exec 9>"$dir/lock" 8>"$dir/users"
+    flock 9
+    if ! session_is_running; then
+        stop_session
+        start_session
+    fi
+    flock -s 8
+    flock -u 9
+    if [[ $own_display == yes ]]; then DISPLAY=$(<"$dir/display"); export DISPLAY; fi
+}
+
+stop_session_if_unused() {
+    (
+        dir=$1
+        exec 9>"$dir/lock" 8>"$dir/users"
+        flock 9
+        if flock -n 8; then stop_session; fi
+    )
+}
+
+leave_session() {
+    local started
+    exec 8>&- 9>&-
+    for started in "$dir" $(sort -u "$QX_WINE_SESSIONS"); do stop_session_if_unused "$started"; done
+    rm -f "$QX_WINE_SESSIONS"
+}
+
+# ---- run -----------------------------------------------------------------------------------------------------------
+
+# Inside a call for the same session everything is there already.
+if [[ ${QX_WINE_SESSION-} == "$dir" ]]; then exec "$@"; fi
+
+join_session
+export QX_WINE_SESSION=$dir
+if [[ -n ${QX_WINE_SESSIONS-} ]]; then
+    echo "$dir" >>"$QX_WINE_SESSIONS" # the outermost call takes it down
+else
+    QX_WINE_SESSIONS=$(mktemp "$home/sessions.XXXXXX")
+    export QX_WINE_SESSIONS
+    trap leave_session EXIT
+fi
+
+status=0
+"$@" 7>&- 8>&- 9>&- || status=$?
+exit "$status"
