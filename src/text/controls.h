@@ -2,6 +2,7 @@
 // help.
 #pragma once
 
+#include "text/help_names.h"
 #include "text/localized_text.h"
 
 #include <algorithm>
@@ -11,7 +12,6 @@
 
 namespace qx {
 
-inline constexpr int kNoTopic = -1;
 inline constexpr int kMaxRecipients = 100; // of one job, and members of one group
 
 // Limits of what may be typed, in UTF-16 units.

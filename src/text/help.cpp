@@ -1,7 +1,199 @@
 #include "text/help.h"
 
+#include "base/guarded.h"
+#include "base/printer_driver.h"
+#include "base/unique.h"
+
+#include <htmlhelp.h>
+#include <setupapi.h>
+
 namespace qx {
 
-void ShowHelp(const TextOwner&, HWND, int) noexcept {}
+namespace {
+
+constexpr LANGID kEnglishUnitedStates = 1033;
+constexpr ACCESS_MASK kPrintServerAccess = 0xF000C;
+constexpr wchar_t kEnglishCode[] = L"EN";
+
+std::wstring LanguageCode(LANGID language)
+{
+    wchar_t code[4];
+    VGetLocaleSubstring(language, code);
+    return code;
+}
+
+// With a backslash at its end; empty when there is none, or when it leaves no room for a name.
+std::wstring TemporaryFolder()
+{
+    wchar_t folder[MAX_PATH];
+    const DWORD units = GetTempPathW(MAX_PATH, folder);
+    return units > 0 && units < MAX_PATH ? std::wstring(folder, units) : std::wstring();
+}
+
+// A folder of that name is no file.
+bool FileExists(const std::wstring& path) noexcept
+{
+    WIN32_FIND_DATAW found;
+    const UniqueFindFile search(FindFirstFileW(path.c_str(), &found));
+    return search && (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+}
+
+// One walk through the cabinet, looking for one file.
+struct Extraction {
+    const std::wstring& wanted;
+    const std::wstring& target; // shorter than MAX_PATH
+    bool started = false;
+    bool finished = false;
+};
+
+UINT OnFileInCabinet(Extraction& extraction, FILE_IN_CABINET_INFO_W& file) noexcept
+{
+    // The target is made from the wanted name, never from the cabinet's: a cabinet cannot lead a file elsewhere.
+    const bool wanted = CompareStringOrdinal(file.NameInCabinet, -1, extraction.wanted.c_str(), -1, TRUE) == CSTR_EQUAL;
+    if (!wanted || FAILED(CopyText(file.FullTargetName, extraction.target.c_str())))
+        return FILEOP_SKIP;
+    extraction.started = true;
+    return FILEOP_DOIT;
+}
+
+UINT CALLBACK OnCabinet(PVOID context, UINT notification, UINT_PTR first, UINT_PTR) noexcept
+{
+    auto& extraction = *static_cast<Extraction*>(context);
+    if (notification == SPFILENOTIFY_FILEINCABINET)
+        return OnFileInCabinet(extraction, *reinterpret_cast<FILE_IN_CABINET_INFO_W*>(first));
+    if (notification == SPFILENOTIFY_FILEEXTRACTED)
+        extraction.finished = reinterpret_cast<const FILEPATHS_W*>(first)->Win32Error == NO_ERROR;
+    return NO_ERROR;
+}
+
+void ExtractFile(const std::wstring& cabinet, const std::wstring& wanted, const std::wstring& target) noexcept
+{
+    Extraction extraction{.wanted = wanted, .target = target};
+    SetupIterateCabinetW(cabinet.c_str(), 0, OnCabinet, &extraction);
+    // A damaged cabinet leaves the beginning of a file, which would be taken for the help ever after.
+    if (extraction.started && !extraction.finished)
+        DeleteFileW(target.c_str());
+}
+
+std::wstring ExtractVariant(HANDLE printer, std::wstring_view cabinetName, std::wstring_view helpName, LANGID language)
+{
+    const std::wstring name = BuildLocalizedHelpName(helpName, language);
+    const std::wstring folder = TemporaryFolder();
+    const std::wstring target = folder + name;
+    if (name.empty() || folder.empty() || target.size() >= MAX_PATH)
+        return {};
+    if (FileExists(target))
+        return target;
+    const std::wstring cabinet = BuildDriverFilePath(printer, cabinetName);
+    if (cabinet.empty())
+        return {};
+    ExtractFile(cabinet, name, target);
+    return FileExists(target) ? target : std::wstring();
+}
+
+// The last file of the driver's list that names the help counts.
+std::wstring HelpBaseName(const PrinterDriver& driver)
+{
+    std::wstring baseName;
+    for (const std::wstring& file : driver.DependentFiles()) {
+        std::wstring path(Cut(file, MAX_PATH - 1));
+        CharUpperBuffW(path.data(), static_cast<DWORD>(path.size()));
+        if (IsHelpFile(path))
+            baseName = BaseName(path);
+    }
+    return baseName;
+}
+
+// path itself when Windows has no long form of it, for instance because it does not exist.
+std::wstring LongPath(const std::wstring& path)
+{
+    wchar_t longPath[MAX_PATH];
+    const DWORD units = GetLongPathNameW(path.c_str(), longPath, MAX_PATH);
+    return units > 0 && units < MAX_PATH ? std::wstring(longPath, units) : path;
+}
+
+using ShowPage = decltype(&HtmlHelpW);
+
+// From the system folder only: a file of that name in the printing program's folder is not the viewer.
+ShowPage LoadViewer() noexcept
+{
+    wchar_t path[MAX_PATH];
+    const UINT units = GetSystemDirectoryW(path, MAX_PATH);
+    if (units == 0 || units >= MAX_PATH || FAILED(AppendText(path, L"\\hhctrl.ocx")))
+        return nullptr;
+    const UniqueModule viewer(LoadLibraryExW(path, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
+    if (!viewer)
+        return nullptr;
+    // Its windows and threads live on after the call, so it stays in the process.
+    HMODULE pinned = nullptr;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN, path, &pinned);
+    return reinterpret_cast<ShowPage>(reinterpret_cast<void*>(GetProcAddress(viewer.Get(), "HtmlHelpW")));
+}
+
+} // namespace
+
+void VGetLocaleSubstring(LANGID language, wchar_t* out) noexcept
+{
+    if (out == nullptr)
+        return;
+    const wchar_t* code = FindHelpLanguageCode(language);
+    if (code == nullptr) {
+        OutputDebugStringW(L"No help language for the user's language; taking English.\n");
+        code = kEnglishCode;
+    }
+    lstrcpynW(out, code, 4);
+}
+
+std::wstring BuildLocalizedHelpName(std::wstring_view name, LANGID language)
+{
+    return LocalizedHelpName(name, LanguageCode(language));
+}
+
+std::wstring BuildDriverFilePath(HANDLE printer, std::wstring_view name)
+{
+    UniquePrinter server;
+    if (printer == nullptr) {
+        PRINTER_DEFAULTSW defaults{.pDatatype = nullptr, .pDevMode = nullptr, .DesiredAccess = kPrintServerAccess};
+        if (!OpenPrinterW(nullptr, server.Receive(), &defaults))
+            return {};
+        printer = server.Get();
+    }
+    const std::wstring folder = PrinterDriver(printer).Folder();
+    return folder.empty() ? std::wstring() : folder + L"\\" + std::wstring(name);
+}
+
+std::wstring ExtractHelpFromCabinet(HANDLE printer, std::wstring_view cabinetName, std::wstring_view helpName)
+{
+    std::wstring path = ExtractVariant(printer, cabinetName, helpName, CurrentTextLanguage());
+    return !path.empty() ? path : ExtractVariant(printer, cabinetName, helpName, kEnglishUnitedStates);
+}
+
+std::wstring BuildHelpFilePath(HANDLE printer)
+{
+    const PrinterDriver driver(printer);
+    const std::wstring folder = TemporaryFolder();
+    if (!driver || folder.empty())
+        return {};
+    const std::wstring name = HelpFileInnerPath(HelpBaseName(driver), LanguageCode(GetUserDefaultUILanguage()));
+    if (name.empty())
+        return {};
+    std::wstring path = LongPath(folder + name);
+    // A path that has to be cut names no page any more.
+    return path.size() < kTextUnits ? path : std::wstring();
+}
+
+void ShowHelpTopic(std::wstring_view chmPath, HWND owner, std::wstring_view topicName)
+{
+    const std::wstring page = HelpPagePath(chmPath, topicName, kTextUnits);
+    if (page.empty() || !FileExists(std::wstring(chmPath)))
+        return;
+    if (const ShowPage showPage = LoadViewer())
+        showPage(owner, page.c_str(), HH_DISPLAY_TOPIC, 0);
+}
+
+void ShowHelp(const TextOwner& owner, HWND window, int topic) noexcept
+{
+    Guarded([&] { ShowHelpTopic(HelpChmPath(owner.HelpFilePath), window, HelpTopicName(topic)); });
+}
 
 } // namespace qx
