@@ -1,0 +1,138 @@
+#include "text/localized_text.h"
+
+#include "base/unique.h"
+#include "support/text_library.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+
+namespace qx {
+namespace {
+
+using test::BlockWithText;
+using test::TextBlock;
+
+constexpr LANGID kGerman = 0x0407;
+constexpr LANGID kFrench = 0x040C;
+constexpr LANGID kAmerican = 0x0409;
+
+class TextLookup : public testing::Test {
+protected:
+    void TearDown() override
+    {
+        library_.Reset();
+        std::filesystem::remove(path_);
+    }
+
+    // A session that has loaded a library with these texts.
+    TextOwner OwnerOf(const std::vector<TextBlock>& blocks)
+    {
+        TearDown();
+        path_ = std::filesystem::temp_directory_path() / (L"texts" + std::to_wstring(GetCurrentProcessId()) + L".dll");
+        test::WriteTextLibrary(path_.wstring(), PatternLibrary(), blocks);
+        library_.Reset(LoadLibraryExW(path_.c_str(), nullptr, DONT_RESOLVE_DLL_REFERENCES));
+        EXPECT_TRUE(library_);
+        return TextOwner(library_.Get(), L"");
+    }
+
+    static std::wstring PatternLibrary()
+    {
+        wchar_t program[MAX_PATH];
+        GetModuleFileNameW(nullptr, program, MAX_PATH);
+        return (std::filesystem::path(program).parent_path().parent_path() / L"QXTEXT64.DLL").wstring();
+    }
+
+    const LANGID user_ = GetUserDefaultUILanguage();
+
+private:
+    std::filesystem::path path_;
+    UniqueModule library_;
+};
+
+std::wstring Lookup(const TextOwner& owner, unsigned id)
+{
+    wchar_t text[kTextUnits] = L"untouched";
+    return LoadLocalizedString(owner, id, text) ? text : L"(none)";
+}
+
+LANGID Sibling(LANGID language)
+{
+    return static_cast<LANGID>(MAKELANGID(PRIMARYLANGID(language), SUBLANGID(language) == 1 ? 2 : 1));
+}
+
+TEST_F(TextLookup, TheLibraryServesTheUsersLanguage)
+{
+    const TextOwner owner = OwnerOf({BlockWithText(user_, 5223, L"&Send"), BlockWithText(kFrench, 5223, L"&Envoyer")});
+    EXPECT_EQ(Lookup(owner, 5223), L"&Send");
+    EXPECT_EQ(CurrentTextLanguage(), user_);
+}
+
+TEST_F(TextLookup, TheBuiltInTextIsShownAsWrittenDashIncluded)
+{
+    const TextOwner noLibrary(nullptr, L"");
+    EXPECT_EQ(LocalizedText(noLibrary, {5223, L"-&Send"}), L"-&Send");
+    const TextOwner owner = OwnerOf({BlockWithText(user_, 5223, L"&Send")});
+    EXPECT_EQ(LocalizedText(owner, {5224, L"Cancel"}), L"Cancel"); // same block, entry of length 0
+    EXPECT_EQ(LocalizedText(owner, {6000, L"-Other"}), L"-Other"); // no such block
+}
+
+// With the user interface in Austrian German this is a library that holds only German.
+TEST_F(TextLookup, ALibraryOfASiblingLanguageServesThroughThePrimaryLanguage)
+{
+    const TextOwner owner =
+        OwnerOf({BlockWithText(kFrench, 5223, L"&Envoyer"), BlockWithText(Sibling(user_), 5223, L"sibling")});
+    EXPECT_EQ(Lookup(owner, 5223), L"sibling");
+    EXPECT_EQ(CurrentTextLanguage(), Sibling(user_));
+    const TextOwner next(nullptr, L""); // the next dialog starts with the user's language again
+    EXPECT_EQ(CurrentTextLanguage(), user_);
+}
+
+TEST_F(TextLookup, EnglishRemainsWhenNoLanguageMatches)
+{
+    const LANGID other = PRIMARYLANGID(user_) == LANG_GERMAN ? kFrench : kGerman;
+    const TextOwner owner = OwnerOf({BlockWithText(other, 5223, L"other")});
+    EXPECT_EQ(Lookup(owner, 5223), L"(none)");
+    EXPECT_EQ(CurrentTextLanguage(), kAmerican);
+}
+
+TEST_F(TextLookup, AMissingBlockIsNotLookedForInOtherLanguages)
+{
+    const TextOwner owner = OwnerOf({BlockWithText(Sibling(user_), 5223, L"sibling")});
+    EXPECT_EQ(Lookup(owner, 16), L"(none)");
+    EXPECT_EQ(CurrentTextLanguage(), user_);
+}
+
+TEST_F(TextLookup, TextsAreCutAt255Characters)
+{
+    const TextOwner owner = OwnerOf({BlockWithText(user_, 5223, std::wstring(300, L'x'))});
+    EXPECT_EQ(Lookup(owner, 5223), std::wstring(255, L'x'));
+    const std::wstring longDefault(300, L'y');
+    EXPECT_EQ(LocalizedText(owner, {7000, longDefault.c_str()}), std::wstring(255, L'y'));
+}
+
+TEST_F(TextLookup, ABlockThatEndsTooEarlyIsNeverReadBeyondItsEnd)
+{
+    const WORD block = 5223 / 16 + 1;
+    const std::wstring before(5223 % 16, L'\0');
+    const struct {
+        const char* name;
+        std::wstring content;
+    } cases[] = {
+        {"one unit", L"\x0001"},
+        {"ends before the entry", before},
+        {"an announced length with nothing behind it", before + L'\xFFFF'},
+        {"an earlier entry swallows the rest", L"\xFFF0text"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(Lookup(OwnerOf({{user_, block, c.content}}), 5223), L"(none)") << c.name;
+    EXPECT_EQ(Lookup(OwnerOf({{user_, block, before + L'\x0020' + L"short"}}), 5223), L"short");
+}
+
+TEST_F(TextLookup, APreparedTextIsNeverLookedUp)
+{
+    const TextOwner owner = OwnerOf({BlockWithText(user_, 15, L"trap"), BlockWithText(user_, 65535, L"trap")});
+    EXPECT_EQ(LocalizedText(owner, {kPreparedText, L"prepared"}), L"prepared");
+}
+
+} // namespace
+} // namespace qx
