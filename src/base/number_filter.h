@@ -1,0 +1,25 @@
+// A field that takes only some characters: fax numbers, voice numbers, billing codes.
+#pragma once
+
+#include <string>
+#include <windows.h>
+
+namespace qx {
+
+// Longest text that a filter looks at and puts back (UTF-16 units).
+inline constexpr std::size_t kFilteredUnits = 256;
+
+// The characters that a field takes, and the last text that held no other.
+struct NumberFilter {
+    bool (*allowed)(wchar_t character) = nullptr;
+    std::wstring accepted;
+};
+
+// A text that the program puts into the field itself is the last accepted one, whatever it holds.
+void SetFilteredText(NumberFilter& filter, HWND edit, const wchar_t* text);
+
+// For EN_CHANGE. A change that brings a character of another kind is taken back whole, with the caret at the end; any
+// other text, an empty one included, becomes the last accepted one.
+void RefuseOtherCharacters(NumberFilter& filter, HWND edit);
+
+} // namespace qx

@@ -1,0 +1,126 @@
+#include "pages/cover_page.h"
+
+#include "base/activation_context.h"
+#include "base/dialog.h"
+#include "base/unique.h"
+#include "entry/fax_job_data.h"
+#include "pages/image_rule.h"
+#include "res/cover_page_ids.h"
+
+#include <commdlg.h>
+
+namespace qx {
+
+namespace {
+
+constexpr std::size_t kSubjectUnits = 256;
+constexpr std::size_t kPathUnits = 260;
+
+constexpr Text kFileNotFound{5262, L"The file cannot be found."};
+constexpr Text kNotABitmap{5263, L"The file format is not supported. Please specify a bitmap (.bmp) file."};
+
+void Enable(HWND dialog, int control, bool enabled) noexcept
+{
+    EnableWindow(GetDlgItem(dialog, control), enabled);
+}
+
+void EnableTexts(HWND dialog, bool enabled) noexcept
+{
+    Enable(dialog, IDC_NOTES, enabled);
+    Enable(dialog, IDC_SUBJECT, enabled);
+}
+
+void EnableImage(HWND dialog, bool enabled) noexcept
+{
+    Enable(dialog, IDC_IMAGE, enabled);
+    Enable(dialog, IDC_BROWSE, enabled);
+}
+
+void EnableFields(HWND dialog, bool enabled) noexcept
+{
+    EnableTexts(dialog, enabled);
+    EnableImage(dialog, enabled);
+}
+
+bool IsOn(HWND dialog) noexcept
+{
+    return IsDlgButtonChecked(dialog, IDC_COVER_PAGE) == BST_CHECKED;
+}
+
+bool CanBeRead(const std::wstring& path) noexcept
+{
+    const UniqueFile file(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr));
+    return static_cast<bool>(file);
+}
+
+} // namespace
+
+bool LoadCoverPageFields(HWND dialog, const FaxJobData& record)
+{
+    SetDlgItemTextW(dialog, IDC_NOTES, OrEmpty(record.CoverPageNotes));
+    SetDlgItemTextW(dialog, IDC_SUBJECT, OrEmpty(record.CoverPageSubject));
+    SetDlgItemTextW(dialog, IDC_IMAGE, OrEmpty(record.OverlayPath));
+    CheckDlgButton(dialog, IDC_COVER_PAGE, record.AddCoverPage != 0 ? BST_CHECKED : BST_UNCHECKED);
+    return OnCoverPageToggled(dialog);
+}
+
+bool OnCoverPageToggled(HWND dialog)
+{
+    const bool on = IsOn(dialog);
+    EnableFields(dialog, on);
+    return on;
+}
+
+void LockCoverPageToOverlay(HWND dialog)
+{
+    CheckDlgButton(dialog, IDC_COVER_PAGE, BST_CHECKED);
+    Enable(dialog, IDC_COVER_PAGE, false);
+    EnableTexts(dialog, true);
+    EnableImage(dialog, false);
+}
+
+void ForbidCoverPage(HWND dialog)
+{
+    CheckDlgButton(dialog, IDC_COVER_PAGE, BST_UNCHECKED);
+    Enable(dialog, IDC_COVER_PAGE, false);
+    EnableFields(dialog, false);
+}
+
+void SaveCoverPageFields(HWND dialog, FaxJobData& record)
+{
+    record.AddCoverPage = IsOn(dialog) ? 1 : 0;
+    SetCoverPageNotes(record, WindowText(GetDlgItem(dialog, IDC_NOTES)).c_str());
+    SetCoverPageSubject(record, WindowText(GetDlgItem(dialog, IDC_SUBJECT), kSubjectUnits).c_str());
+    SetOverlayPath(record, WindowText(GetDlgItem(dialog, IDC_IMAGE), kPathUnits).c_str());
+}
+
+void BrowseForOverlayImage(HWND dialog)
+{
+    wchar_t path[kPathUnits] = L"";
+    OPENFILENAMEW open{};
+    open.lStructSize = sizeof open;
+    open.hwndOwner = dialog;
+    open.lpstrFilter = L"Bitmap Files(*.bmp)\0*.bmp\0";
+    open.nFilterIndex = 1;
+    open.lpstrFile = path;
+    open.nMaxFile = kPathUnits;
+    open.Flags = OFN_HIDEREADONLY | OFN_PATHMUSTEXIST | OFN_FILEMUSTEXIST;
+    const ActivationScope context;
+    if (GetOpenFileNameW(&open))
+        SetDlgItemTextW(dialog, IDC_IMAGE, path);
+}
+
+ImageProblem CheckImage(const std::wstring& path)
+{
+    if (!CanBeRead(path))
+        return ImageProblem::NotFound;
+    return IsNamedAsBitmap(path) ? ImageProblem::None : ImageProblem::NotABitmap;
+}
+
+Message ImageMessage(ImageProblem problem) noexcept
+{
+    return {problem == ImageProblem::NotFound ? kFileNotFound : kNotABitmap, MB_OK | MB_ICONSTOP, MessageTitle::Error};
+}
+
+} // namespace qx
