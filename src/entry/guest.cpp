@@ -2,6 +2,8 @@
 
 #include "base/guarded.h"
 
+#include <xmmintrin.h>
+
 namespace qx {
 
 namespace {
@@ -41,9 +43,12 @@ std::wstring CurrentDirectory()
 
 } // namespace
 
-GuestScope::GuestScope() noexcept : cursor_(GetCursor())
+// The runtime's own environment functions leave the vector unit's exceptions unmasked.
+GuestScope::GuestScope() noexcept : vectorFloatingPoint_(_mm_getcsr()), cursor_(GetCursor())
 {
-    std::feholdexcept(&floatingPoint_);
+    std::fegetenv(&floatingPoint_);
+    std::fesetenv(FE_DFL_ENV);
+    _mm_setcsr(_MM_MASK_MASK);
     Guarded([&] { directory_ = CurrentDirectory(); });
     dpiContext_ = EnterSystemScaledMode();
     SetThreadErrorMode(GetThreadErrorMode() | SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &errorMode_);
@@ -60,6 +65,7 @@ GuestScope::~GuestScope()
     });
     SetCursor(cursor_);
     std::fesetenv(&floatingPoint_);
+    _mm_setcsr(vectorFloatingPoint_);
 }
 
 HWND ActiveWindowOfThread() noexcept

@@ -21,6 +21,7 @@ public:
 
 private:
     std::fenv_t floatingPoint_;
+    unsigned vectorFloatingPoint_;
     std::wstring directory_;
     HCURSOR cursor_;
     HANDLE dpiContext_ = nullptr;
