@@ -52,7 +52,8 @@ def inline(text, captions):
             raise Problem(f"text {number} is not in the string library")
         return f"<b>{html.escape(captions[number])}</b>"
 
-    return re.sub(r"\{(\d+)\}", caption, html.escape(text, quote=False))
+    text = re.sub(r"\{(\d+)\}", caption, html.escape(text, quote=False))
+    return re.sub(r"`([^`]+)`", r'<code dir="ltr">\1</code>', text)
 
 
 def body(text, captions):
