@@ -10,6 +10,7 @@ namespace qx {
 namespace {
 
 constexpr wchar_t kVendorRoot[] = L"Software\\Quillmarsh\\";
+constexpr wchar_t kDeviceStateKey[] = L"\\QXBIDIInfo";
 constexpr std::size_t kPathUnits = 260;
 constexpr std::size_t kSpareUnits = 10;
 
@@ -32,6 +33,13 @@ void CloseKey(HKEY& key) noexcept
     if (key != nullptr)
         RegCloseKey(key);
     key = nullptr;
+}
+
+// The name follows the vendor's directly, as it stands.
+void BuildSubtreePath(wchar_t (&path)[kPathUnits], const std::wstring& guid) noexcept
+{
+    CopyText(path, kVendorRoot);
+    AppendText(path, guid.c_str());
 }
 
 std::size_t Units(const wchar_t* text) noexcept
@@ -73,8 +81,7 @@ void OpenKeys(RegistryKeySet& set)
     if (!guid)
         return;
     wchar_t path[kPathUnits];
-    CopyText(path, kVendorRoot);
-    AppendText(path, guid->c_str());
+    BuildSubtreePath(path, *guid);
 
     CloseKey(set.hAddressBookKey);
     CloseKey(set.hDefaultKey);
@@ -87,6 +94,20 @@ void OpenKeys(RegistryKeySet& set)
     CreateKey(root.Get(), L"QX-FAX\\Default", set.hDefaultKey);
     CreateKey(root.Get(), L"QX-FAX\\JobData", set.hJobDataKey);
     CreateKey(root.Get(), L"QX-FAX\\MRUList", set.hMruListKey);
+}
+
+void OpenDeviceStateKey(RegistryKeySet& set)
+{
+    const auto guid = RestrictedUserGuid(set.PrinterHandle);
+    if (!guid)
+        return;
+    wchar_t path[kPathUnits];
+    BuildSubtreePath(path, *guid);
+    AppendText(path, kDeviceStateKey);
+    CloseKey(set.hBidiInfoKey);
+    HKEY opened = nullptr;
+    if (RegOpenKeyExW(HKEY_CURRENT_USER, path, 0, KEY_ALL_ACCESS, &opened) == ERROR_SUCCESS)
+        set.hBidiInfoKey = opened;
 }
 
 void CloseKeys(RegistryKeySet& set) noexcept
@@ -122,6 +143,14 @@ bool ReadDword(HKEY key, const wchar_t* name, DWORD& out) noexcept
         return false;
     out = value;
     return true;
+}
+
+DWORD ValueType(HKEY key, const wchar_t* name) noexcept
+{
+    DWORD type = REG_NONE;
+    if (key == nullptr || RegQueryValueExW(key, name, nullptr, &type, nullptr, nullptr) != ERROR_SUCCESS)
+        return REG_NONE;
+    return type;
 }
 
 bool WriteString(HKEY key, const wchar_t* name, const wchar_t* text, DWORD type) noexcept

@@ -26,6 +26,9 @@ std::optional<std::wstring> RestrictedUserGuid(HANDLE printer);
 // Opens, creating what is missing, the four settings keys of the set's printer. Without a subtree name, or on a
 // failure, what could not be opened stays as it was, and later reads find nothing.
 void OpenKeys(RegistryKeySet& set);
+// Opens the key that the device-status software keeps for the set's printer, if there is one; the one held before is
+// closed. Without a subtree name the one held before stays.
+void OpenDeviceStateKey(RegistryKeySet& set);
 // Closes the five keys and leaves them null.
 void CloseKeys(RegistryKeySet& set) noexcept;
 
@@ -36,6 +39,8 @@ void CloseKeys(RegistryKeySet& set) noexcept;
 bool ReadString(HKEY key, const wchar_t* name, std::wstring& out);
 // Any value of at most four bytes; its type is not checked.
 bool ReadDword(HKEY key, const wchar_t* name, DWORD& out) noexcept;
+// REG_...; REG_NONE when there is no such value.
+DWORD ValueType(HKEY key, const wchar_t* name) noexcept;
 // type is REG_SZ or REG_MULTI_SZ (text is then a list that ends with an empty string). Any other type writes nothing
 // and answers true.
 bool WriteString(HKEY key, const wchar_t* name, const wchar_t* text, DWORD type) noexcept;

@@ -1,0 +1,153 @@
+#include "settings/device_state.h"
+
+#include "base/number_text.h"
+#include "base/text.h"
+#include "entry/fax_job_data.h"
+#include "settings/registry.h"
+
+#include <algorithm>
+#include <cwchar>
+#include <optional>
+#include <string>
+#include <winspool.h>
+
+namespace qx {
+
+namespace {
+
+constexpr wchar_t kCoverPageData[] = L"PrinterDriverData";
+constexpr std::size_t kOverlayPathUnits = 260;
+constexpr std::size_t kBillingCodeUnits = 16;
+
+// Flags become 0 or 1; the others keep their value.
+enum class Meaning { Flag, Value };
+
+struct DeviceNumber {
+    const wchar_t* name;
+    DWORD FaxJobData::*field;
+    Meaning meaning;
+};
+
+// In the order in which they are read. The odd spelling of the last is the device-status software's.
+constexpr DeviceNumber kDeviceNumbers[] = {
+    {L"PCFAX_SEND_OPERATIONAL", &FaxJobData::PcFaxSendOperational, Meaning::Flag},
+    {L"FAX_NOTIFICATION_AVAILABLE", &FaxJobData::NotificationAvailable, Meaning::Flag},
+    {L"FAX_BILLING_CODE_ENABLED", &FaxJobData::BillingCodeEnabled, Meaning::Flag},
+    {L"FAX_BILLING_CODE_MINLENGTH", &FaxJobData::BillingCodeMinLength, Meaning::Value},
+    {L"EMAIL-SERVICE-OPERATIONAL", &FaxJobData::EmailServiceOperational, Meaning::Value},
+};
+constexpr wchar_t kBillingCode[] = L"FAX_BILLING_CODE";
+
+// Of type REG_DWORD only; 0 for everything else.
+DWORD DeviceValue(HKEY key, const wchar_t* name) noexcept
+{
+    DWORD value = 0;
+    return ValueType(key, name) == REG_DWORD && ReadDword(key, name, value) ? value : 0;
+}
+
+void ReadBillingCode(FaxJobData& record)
+{
+    if (ValueType(record.hBidiInfoKey, kBillingCode) != REG_SZ)
+        return;
+    std::wstring stored;
+    ReadString(record.hBidiInfoKey, kBillingCode, stored);
+    const std::wstring code = stored.c_str();
+    if (std::ranges::all_of(code, AllowedInBillingCode))
+        SetBillingCode(record, std::wstring(Cut(code, kBillingCodeUnits)).c_str());
+}
+
+std::optional<DWORD> CoverPageNumber(HANDLE printer, const wchar_t* name) noexcept
+{
+    DWORD value = 0;
+    DWORD type = 0;
+    DWORD needed = 0;
+    if (GetPrinterDataExW(printer, kCoverPageData, name, &type, reinterpret_cast<BYTE*>(&value), sizeof value,
+                          &needed) != ERROR_SUCCESS)
+        return std::nullopt;
+    return value;
+}
+
+// Empty when there is none.
+std::wstring CoverPageText(HANDLE printer, const wchar_t* name)
+{
+    wchar_t text[kOverlayPathUnits + 1] = L""; // one unit more than is asked for: the value may lack its terminator
+    DWORD type = 0;
+    DWORD needed = 0;
+    if (GetPrinterDataExW(printer, kCoverPageData, name, &type, reinterpret_cast<BYTE*>(text),
+                          kOverlayPathUnits * sizeof(wchar_t), &needed) != ERROR_SUCCESS)
+        return {};
+    return text;
+}
+
+// Without a bitmap there is nothing to lock the cover page to: the state is then unknown, whatever the lock says.
+DWORD CoverPageLockOf(std::optional<DWORD> lock, const std::wstring& overlayPath) noexcept
+{
+    if (!lock || overlayPath.empty())
+        return kCoverPageLockUnknown;
+    return *lock != 0 ? kCoverPageLocked : kCoverPageFree;
+}
+
+void TraceCoverPageLock(DWORD lock) noexcept
+{
+    switch (lock) {
+    case kCoverPageFree:
+        return OutputDebugStringW(L"GetPrinterDataExW  is passing and lock  is disabled ");
+    case kCoverPageLocked:
+        return OutputDebugStringW(L"GetPrinterDataExW  is passing and lock  is enabled ");
+    default:
+        return OutputDebugStringW(L"GetPrinterDataExW  is failing and lock  is unknown ");
+    }
+}
+
+// GetNativeSystemInfo is looked up by name: a 32-bit program on the oldest systems finds only the other.
+WORD NativeProcessorArchitecture() noexcept
+{
+    using GetSystemInfoFunction = void(WINAPI*)(SYSTEM_INFO*);
+    const HMODULE kernel = GetModuleHandleW(L"kernel32");
+    const auto getNative = reinterpret_cast<GetSystemInfoFunction>(
+        reinterpret_cast<void*>(kernel != nullptr ? GetProcAddress(kernel, "GetNativeSystemInfo") : nullptr));
+    SYSTEM_INFO info{};
+    (getNative != nullptr ? getNative : GetSystemInfo)(&info);
+    return info.wProcessorArchitecture;
+}
+
+} // namespace
+
+void ReadDeviceState(FaxJobData& record, HANDLE printer)
+{
+    record.PrinterHandle = printer;
+    OpenDeviceStateKey(KeySetOf(record));
+    for (const DeviceNumber& number : kDeviceNumbers) {
+        const DWORD value = DeviceValue(record.hBidiInfoKey, number.name);
+        record.*number.field = number.meaning == Meaning::Flag ? value != 0 : value;
+    }
+    ReadBillingCode(record);
+}
+
+void ReadCoverPageLock(FaxJobData& record)
+{
+    const std::optional<DWORD> lock = CoverPageNumber(record.PrinterHandle, L"FaxCPDefaultOverlayBitmapLock");
+    const std::wstring path = CoverPageText(record.PrinterHandle, L"FaxCPDefaultOverlayBitmapPath");
+    record.CoverPageLock = CoverPageLockOf(lock, path);
+    if (record.CoverPageLock != kCoverPageLockUnknown)
+        SetDefaultOverlayPath(record, path.c_str());
+    TraceCoverPageLock(record.CoverPageLock);
+}
+
+bool IsSpoolerThunkHost()
+{
+    if (NativeProcessorArchitecture() != PROCESSOR_ARCHITECTURE_AMD64)
+        return false;
+    wchar_t executable[MAX_PATH] = L"";
+    const DWORD units = GetModuleFileNameW(nullptr, executable, MAX_PATH);
+    return IsSpoolerThunkHostFile({executable, units});
+}
+
+bool IsSpoolerThunkHostFile(std::wstring_view executable)
+{
+    const std::size_t separator = executable.find_last_of(L"\\,");
+    const std::wstring name(separator == std::wstring_view::npos ? executable : executable.substr(separator + 1));
+    return _wcsicmp(name.c_str(), L"splwow64.exe") == 0;
+}
+
+} // namespace qx

@@ -1,0 +1,103 @@
+#include "settings/fax_defaults.h"
+
+#include "base/number_text.h"
+#include "base/text.h"
+#include "entry/fax_job_data.h"
+#include "settings/registry.h"
+
+#include <algorithm>
+#include <string>
+
+namespace qx {
+
+namespace {
+
+struct StoredText {
+    const wchar_t* name;
+    WCHAR* FaxJobData::*field;
+    void (*set)(FaxJobData&, const wchar_t*) noexcept;
+    std::size_t limit; // UTF-16 units taken over
+    bool isNumber = false;
+};
+
+struct StoredNumber {
+    const wchar_t* name;
+    DWORD FaxJobData::*field;
+    DWORD least = 0;
+    DWORD most = MAXDWORD;
+    DWORD otherwise = 0; // what a stored number outside these becomes
+};
+
+// In the order in which they are read and written.
+constexpr StoredText kTexts[] = {
+    {L"SenderName", &FaxJobData::SenderName, SetSenderName, 50},
+    {L"SenderCompany", &FaxJobData::SenderCompany, SetSenderCompany, 50},
+    {L"SenderFaxNo", &FaxJobData::SenderFaxNo, SetSenderFaxNo, 50, true},
+    {L"SenderVoiceNo", &FaxJobData::SenderVoiceNo, SetSenderVoiceNo, 50, true},
+    {L"CoverPageNotes", &FaxJobData::CoverPageNotes, SetCoverPageNotes, 500},
+    {L"CoverPageSubject", &FaxJobData::CoverPageSubject, SetCoverPageSubject, 50},
+    {L"OverlayPath", &FaxJobData::OverlayPath, SetOverlayPath, 260}, // of which the record's buffer keeps 258
+    {L"NotifyEmail", &FaxJobData::NotifyEmail, SetNotifyEmail, 256},
+};
+
+constexpr StoredNumber kNumbers[] = {
+    {.name = L"Resolution", .field = &FaxJobData::Resolution, .most = 2},
+    {.name = L"NotifyOn", .field = &FaxJobData::NotifyOn, .most = 2},
+    {.name = L"NotifyMethod", .field = &FaxJobData::NotifyMethod, .least = 1, .most = 2, .otherwise = 1},
+    {.name = L"AddCoverPage", .field = &FaxJobData::AddCoverPage},
+    {.name = L"ShowPreview", .field = &FaxJobData::ShowPreview},
+};
+
+// Its presence tells that the user has stored defaults.
+constexpr StoredNumber kApplyDefaults{.name = L"ApplyDefaults", .field = &FaxJobData::ApplyDefaults};
+
+void LoadText(FaxJobData& record, const StoredText& text)
+{
+    std::wstring stored;
+    if (!ReadString(record.hDefaultKey, text.name, stored))
+        return;
+    stored.resize(std::char_traits<wchar_t>::length(stored.c_str())); // behind it come the spare terminators
+    // For the fax number too, although square brackets can be typed into it: a number with them is stored, but comes
+    // back empty.
+    if (text.isNumber && !std::ranges::all_of(stored, AllowedInVoiceNumber))
+        return;
+    text.set(record, std::wstring(Cut(stored, text.limit)).c_str());
+}
+
+bool LoadNumber(FaxJobData& record, const StoredNumber& number)
+{
+    DWORD stored = 0;
+    if (!ReadDword(record.hDefaultKey, number.name, stored))
+        return false;
+    record.*number.field = stored >= number.least && stored <= number.most ? stored : number.otherwise;
+    return true;
+}
+
+void SaveNumber(const FaxJobData& record, const StoredNumber& number)
+{
+    WriteDword(record.hDefaultKey, number.name, record.*number.field);
+}
+
+} // namespace
+
+bool LoadFaxDefaults(FaxJobData& record)
+{
+    OpenKeys(KeySetOf(record));
+    for (const StoredText& text : kTexts)
+        LoadText(record, text);
+    for (const StoredNumber& number : kNumbers)
+        LoadNumber(record, number);
+    return LoadNumber(record, kApplyDefaults);
+}
+
+void SaveFaxDefaults(FaxJobData& record)
+{
+    OpenKeys(KeySetOf(record));
+    for (const StoredText& text : kTexts)
+        WriteString(record.hDefaultKey, text.name, record.*text.field, REG_SZ);
+    for (const StoredNumber& number : kNumbers)
+        SaveNumber(record, number);
+    SaveNumber(record, kApplyDefaults);
+}
+
+} // namespace qx

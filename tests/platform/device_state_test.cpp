@@ -1,0 +1,217 @@
+#include "settings/device_state.h"
+
+#include "entry/fax_job_data.h"
+#include "settings/registry.h"
+#include "support/test_printer.h"
+
+#include <cwchar>
+#include <gtest/gtest.h>
+
+namespace qx {
+namespace {
+
+using namespace test;
+
+constexpr wchar_t kCoverPageData[] = L"PrinterDriverData";
+constexpr wchar_t kLock[] = L"FaxCPDefaultOverlayBitmapLock";
+constexpr wchar_t kPath[] = L"FaxCPDefaultOverlayBitmapPath";
+
+class DeviceState : public ::testing::Test {
+protected:
+    ~DeviceState() override { CloseKeys(KeySetOf(record())); }
+
+    FaxJobData& record() { return owned.Get(); }
+    UniqueKey Stored() const { return printer.Key(L"QXBIDIInfo"); }
+
+    TestPrinter printer;
+    OwnedFaxJobData owned;
+};
+
+class CoverPageLock : public DeviceState {
+protected:
+    CoverPageLock() { record().PrinterHandle = printer.Handle(); }
+};
+
+TEST_F(DeviceState, WithoutTheDevicesKeyEverythingIsOff)
+{
+    record().PcFaxSendOperational = record().NotificationAvailable = record().BillingCodeEnabled = 1;
+    record().BillingCodeMinLength = 4;
+    record().EmailServiceOperational = 1;
+    SetBillingCode(record(), L"123");
+    ReadDeviceState(record(), printer.Handle());
+    EXPECT_EQ(record().PrinterHandle, printer.Handle());
+    EXPECT_EQ(record().hBidiInfoKey, nullptr);
+    EXPECT_EQ(record().PcFaxSendOperational, 0u);
+    EXPECT_EQ(record().NotificationAvailable, 0u);
+    EXPECT_EQ(record().BillingCodeEnabled, 0u);
+    EXPECT_EQ(record().BillingCodeMinLength, 0u);
+    EXPECT_EQ(record().EmailServiceOperational, 0u);
+    EXPECT_STREQ(record().BillingCode, L"123"); // a missing one changes nothing
+}
+
+TEST_F(DeviceState, FlagsBecomeOneAndTheOthersKeepTheirValue)
+{
+    const UniqueKey key = Stored();
+    for (const wchar_t* const name :
+         {L"PCFAX_SEND_OPERATIONAL", L"FAX_NOTIFICATION_AVAILABLE", L"FAX_BILLING_CODE_ENABLED",
+          L"FAX_BILLING_CODE_MINLENGTH", L"EMAIL-SERVICE-OPERATIONAL"})
+        PutNumber(key.Get(), name, 6);
+    ReadDeviceState(record(), printer.Handle());
+    EXPECT_EQ(record().PcFaxSendOperational, 1u);
+    EXPECT_EQ(record().NotificationAvailable, 1u);
+    EXPECT_EQ(record().BillingCodeEnabled, 1u);
+    EXPECT_EQ(record().BillingCodeMinLength, 6u);
+    EXPECT_EQ(record().EmailServiceOperational, 6u);
+}
+
+TEST_F(DeviceState, AValueOfAnotherTypeCountsAsOff)
+{
+    const UniqueKey key = Stored();
+    PutText(key.Get(), L"PCFAX_SEND_OPERATIONAL", L"1"); // four bytes, like a number
+    PutBytes(key.Get(), L"FAX_NOTIFICATION_AVAILABLE", REG_BINARY, "\x01\0\0\0", 4);
+    PutBytes(key.Get(), L"FAX_BILLING_CODE_ENABLED", REG_QWORD, "\x01\0\0\0\0\0\0\0", 8);
+    PutText(key.Get(), L"FAX_BILLING_CODE_MINLENGTH", L"4");
+    PutBytes(key.Get(), L"EMAIL-SERVICE-OPERATIONAL", REG_DWORD, "\x01\0\0\0\x01", 5); // more than a number
+    ReadDeviceState(record(), printer.Handle());
+    EXPECT_EQ(record().PcFaxSendOperational, 0u);
+    EXPECT_EQ(record().NotificationAvailable, 0u);
+    EXPECT_EQ(record().BillingCodeEnabled, 0u);
+    EXPECT_EQ(record().BillingCodeMinLength, 0u);
+    EXPECT_EQ(record().EmailServiceOperational, 0u);
+}
+
+TEST_F(DeviceState, ABillingCodeIsTakenOverOnlyWhenItIsATextOfDigits)
+{
+    struct Case {
+        const char* name;
+        DWORD type;
+        std::wstring stored; // with its terminator, if any
+        std::wstring expected;
+    };
+    const Case cases[] = {
+        {"digits", REG_SZ, {L"1234", 5}, L"1234"},
+        {"a letter among them", REG_SZ, {L"12a4", 5}, L"before"},
+        {"twenty digits", REG_SZ, {L"12345678901234567890", 21}, L"1234567890123456"},
+        {"sixteen digits and a letter", REG_SZ, {L"1234567890123456a", 18}, L"before"},
+        {"empty", REG_SZ, {L"", 1}, L""},
+        {"no terminator", REG_SZ, {L"55", 2}, L"55"},
+        {"another type", REG_EXPAND_SZ, {L"1234", 5}, L"before"},
+        {"binary", REG_BINARY, {L"1234", 5}, L"before"},
+    };
+    for (const Case& c : cases) {
+        PutBytes(Stored().Get(), L"FAX_BILLING_CODE", c.type, c.stored.data(), c.stored.size() * sizeof(wchar_t));
+        SetBillingCode(record(), L"before");
+        ReadDeviceState(record(), printer.Handle());
+        EXPECT_EQ(std::wstring(record().BillingCode), c.expected) << c.name;
+    }
+}
+
+TEST_F(DeviceState, WithoutASubtreeNameTheKeyHeldBeforeIsUsed)
+{
+    PutNumber(Stored().Get(), L"PCFAX_SEND_OPERATIONAL", 1);
+    ReadDeviceState(record(), printer.Handle());
+    const HKEY held = record().hBidiInfoKey;
+    PutNumber(Stored().Get(), L"FAX_NOTIFICATION_AVAILABLE", 1);
+    const TestPrinter unnamed(TestPrinter::Subtree::Unnamed);
+    ReadDeviceState(record(), unnamed.Handle());
+    EXPECT_EQ(record().hBidiInfoKey, held);
+    EXPECT_EQ(record().NotificationAvailable, 1u);
+}
+
+TEST_F(CoverPageLock, IsUnknownWithoutALock)
+{
+    printer.SetText(kCoverPageData, kPath, L"C:\\logo.bmp");
+    ReadCoverPageLock(record());
+    EXPECT_EQ(record().CoverPageLock, kCoverPageLockUnknown);
+    EXPECT_EQ(record().DefaultOverlayPath, nullptr);
+}
+
+TEST_F(CoverPageLock, IsOnForAnyNonzeroLockWithAPath)
+{
+    printer.SetText(kCoverPageData, kPath, L"C:\\logo.bmp");
+    printer.SetNumber(kCoverPageData, kLock, 2);
+    ReadCoverPageLock(record());
+    EXPECT_EQ(record().CoverPageLock, kCoverPageLocked);
+    EXPECT_STREQ(record().DefaultOverlayPath, L"C:\\logo.bmp");
+}
+
+TEST_F(CoverPageLock, IsOffForALockOfZeroAndThePathIsStillGiven)
+{
+    printer.SetText(kCoverPageData, kPath, L"C:\\logo.bmp");
+    printer.SetNumber(kCoverPageData, kLock, 0);
+    ReadCoverPageLock(record());
+    EXPECT_EQ(record().CoverPageLock, kCoverPageFree);
+    EXPECT_STREQ(record().DefaultOverlayPath, L"C:\\logo.bmp");
+}
+
+TEST_F(CoverPageLock, IsUnknownWhenLockedToAnEmptyOrMissingOrTooLongPath)
+{
+    printer.SetNumber(kCoverPageData, kLock, 1);
+    ReadCoverPageLock(record());
+    EXPECT_EQ(record().CoverPageLock, kCoverPageLockUnknown);
+    for (const std::wstring& path : {std::wstring(), std::wstring(400, L'p')}) {
+        printer.SetText(kCoverPageData, kPath, path);
+        record().CoverPageLock = 77;
+        ReadCoverPageLock(record());
+        EXPECT_EQ(record().CoverPageLock, kCoverPageLockUnknown) << path.size();
+    }
+}
+
+TEST_F(CoverPageLock, APathOf260CharactersWithoutTerminatorIsReadWhole)
+{
+    const std::wstring path(260, L'p');
+    printer.SetNumber(kCoverPageData, kLock, 1);
+    printer.SetData(kCoverPageData, kPath, REG_BINARY, path.data(), 520);
+    ReadCoverPageLock(record());
+    EXPECT_EQ(std::wstring(record().DefaultOverlayPath), path);
+}
+
+TEST(SpoolerThunkHost, IsRecognisedByItsFileName)
+{
+    EXPECT_TRUE(IsSpoolerThunkHostFile(L"C:\\windows\\splwow64.exe"));
+    EXPECT_TRUE(IsSpoolerThunkHostFile(L"C:\\windows\\SPLWOW64.EXE"));
+    EXPECT_TRUE(IsSpoolerThunkHostFile(L"splwow64.exe"));
+    EXPECT_TRUE(IsSpoolerThunkHostFile(L"C:\\dir,splwow64.exe")); // a comma separates too
+    EXPECT_FALSE(IsSpoolerThunkHostFile(L"C:\\splwow64.exe\\notepad.exe"));
+    EXPECT_FALSE(IsSpoolerThunkHostFile(L"C:\\mysplwow64.exe"));
+    EXPECT_FALSE(IsSpoolerThunkHostFile(L""));
+}
+
+// The same program, run under the host's name, asks about itself.
+TEST(SpoolerThunkHost, IsThisProcessOnlyUnderItsName)
+{
+    constexpr wchar_t kAsk[] = L"QX_TEST_ASK_THUNK_HOST";
+    constexpr DWORD kYes = 42;
+    if (GetEnvironmentVariableW(kAsk, nullptr, 0) != 0)
+        ExitProcess(IsSpoolerThunkHost() ? kYes : 0);
+
+    EXPECT_FALSE(IsSpoolerThunkHost());
+    wchar_t self[MAX_PATH];
+    GetModuleFileNameW(nullptr, self, MAX_PATH);
+    wchar_t folder[MAX_PATH];
+    GetTempPathW(MAX_PATH, folder);
+    const std::wstring own = folder + std::wstring(L"qx-") + std::to_wstring(GetCurrentProcessId());
+    ASSERT_TRUE(CreateDirectoryW(own.c_str(), nullptr));
+    const std::wstring copy = own + L"\\splwow64.exe";
+    ASSERT_TRUE(CopyFileW(self, copy.c_str(), TRUE));
+
+    SetEnvironmentVariableW(kAsk, L"1");
+    std::wstring command = L"\"" + copy + L"\" --gtest_filter=SpoolerThunkHost.IsThisProcessOnlyUnderItsName";
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process{};
+    ASSERT_TRUE(
+        CreateProcessW(copy.c_str(), command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process));
+    SetEnvironmentVariableW(kAsk, nullptr);
+    const UniqueKernelHandle thread(process.hThread);
+    const UniqueKernelHandle running(process.hProcess);
+    WaitForSingleObject(running.Get(), INFINITE);
+    DWORD answer = 0;
+    GetExitCodeProcess(running.Get(), &answer);
+    EXPECT_EQ(answer, kYes);
+    DeleteFileW(copy.c_str());
+    RemoveDirectoryW(own.c_str());
+}
+
+} // namespace
+} // namespace qx

@@ -1,0 +1,222 @@
+#include "settings/fax_defaults.h"
+
+#include "entry/fax_job_data.h"
+#include "settings/registry.h"
+#include "support/test_printer.h"
+
+#include <gtest/gtest.h>
+
+namespace qx {
+namespace {
+
+using namespace test;
+
+class FaxDefaults : public ::testing::Test {
+protected:
+    FaxDefaults() { record().PrinterHandle = printer.Handle(); }
+    ~FaxDefaults() override { CloseKeys(KeySetOf(record())); }
+
+    FaxJobData& record() { return owned.Get(); }
+    UniqueKey Stored() const { return printer.Key(L"QX-FAX\\Default"); }
+
+    TestPrinter printer;
+    OwnedFaxJobData owned;
+};
+
+TEST_F(FaxDefaults, NothingStoredLeavesEveryFieldAsItWas)
+{
+    SetSenderName(record(), L"the driver's");
+    record().Resolution = 77;
+    record().NotifyMethod = 0;
+    EXPECT_FALSE(LoadFaxDefaults(record()));
+    EXPECT_STREQ(record().SenderName, L"the driver's");
+    EXPECT_EQ(record().Resolution, 77u);
+    EXPECT_EQ(record().NotifyMethod, 0u);
+}
+
+TEST_F(FaxDefaults, TheStoredApplyDefaultsTellsThatThereAreDefaultsWhateverItsValue)
+{
+    PutText(Stored().Get(), L"SenderName", L"Ann");
+    EXPECT_FALSE(LoadFaxDefaults(record())); // the sheet then opens on the Setup page
+    EXPECT_STREQ(record().SenderName, L"Ann");
+    PutNumber(Stored().Get(), L"ApplyDefaults", 0);
+    EXPECT_TRUE(LoadFaxDefaults(record()));
+}
+
+TEST_F(FaxDefaults, AreStoredAsFourteenValuesWithTheirTypes)
+{
+    SetSenderName(record(), L"Ann Lee");
+    SetSenderCompany(record(), L"Acme");
+    SetSenderFaxNo(record(), L"(555)1");
+    SetSenderVoiceNo(record(), L"555-2");
+    SetCoverPageNotes(record(), L"line 1\r\nline 2");
+    SetCoverPageSubject(record(), L"Offer");
+    SetOverlayPath(record(), L"C:\\logo.bmp");
+    SetNotifyEmail(record(), L"ann@example.com");
+    record().Resolution = 2;
+    record().NotifyOn = 1;
+    record().NotifyMethod = 2;
+    record().AddCoverPage = 1;
+    record().ShowPreview = 1;
+    record().ApplyDefaults = 1;
+    SaveFaxDefaults(record());
+
+    const UniqueKey key = Stored();
+    EXPECT_EQ(GetStored(key.Get(), L"SenderName"), AsStored(L"Ann Lee"));
+    EXPECT_EQ(GetStored(key.Get(), L"SenderCompany"), AsStored(L"Acme"));
+    EXPECT_EQ(GetStored(key.Get(), L"SenderFaxNo"), AsStored(L"(555)1"));
+    EXPECT_EQ(GetStored(key.Get(), L"SenderVoiceNo"), AsStored(L"555-2"));
+    EXPECT_EQ(GetStored(key.Get(), L"CoverPageNotes"), AsStored(L"line 1\r\nline 2"));
+    EXPECT_EQ(GetStored(key.Get(), L"CoverPageSubject"), AsStored(L"Offer"));
+    EXPECT_EQ(GetStored(key.Get(), L"OverlayPath"), AsStored(L"C:\\logo.bmp"));
+    EXPECT_EQ(GetStored(key.Get(), L"NotifyEmail"), AsStored(L"ann@example.com"));
+    EXPECT_EQ(GetStored(key.Get(), L"Resolution"), AsStored(2));
+    EXPECT_EQ(GetStored(key.Get(), L"NotifyOn"), AsStored(1));
+    EXPECT_EQ(GetStored(key.Get(), L"NotifyMethod"), AsStored(2));
+    EXPECT_EQ(GetStored(key.Get(), L"AddCoverPage"), AsStored(1));
+    EXPECT_EQ(GetStored(key.Get(), L"ShowPreview"), AsStored(1));
+    EXPECT_EQ(GetStored(key.Get(), L"ApplyDefaults"), AsStored(1));
+    DWORD values = 0;
+    RegQueryInfoKeyW(key.Get(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, &values, nullptr, nullptr,
+                     nullptr, nullptr);
+    EXPECT_EQ(values, 14u);
+
+    OwnedFaxJobData again;
+    again.Get().PrinterHandle = printer.Handle();
+    EXPECT_TRUE(LoadFaxDefaults(again.Get()));
+    EXPECT_STREQ(again.Get().SenderName, L"Ann Lee");
+    EXPECT_STREQ(again.Get().SenderCompany, L"Acme");
+    EXPECT_STREQ(again.Get().SenderFaxNo, L"(555)1");
+    EXPECT_STREQ(again.Get().SenderVoiceNo, L"555-2");
+    EXPECT_STREQ(again.Get().CoverPageNotes, L"line 1\r\nline 2");
+    EXPECT_STREQ(again.Get().CoverPageSubject, L"Offer");
+    EXPECT_STREQ(again.Get().OverlayPath, L"C:\\logo.bmp");
+    EXPECT_STREQ(again.Get().NotifyEmail, L"ann@example.com");
+    EXPECT_EQ(again.Get().Resolution, 2u);
+    EXPECT_EQ(again.Get().NotifyOn, 1u);
+    EXPECT_EQ(again.Get().NotifyMethod, 2u);
+    EXPECT_EQ(again.Get().AddCoverPage, 1u);
+    EXPECT_EQ(again.Get().ShowPreview, 1u);
+    EXPECT_EQ(again.Get().ApplyDefaults, 1u);
+    CloseKeys(KeySetOf(again.Get()));
+}
+
+TEST_F(FaxDefaults, TextsThatWereNeverSetAreStoredEmpty)
+{
+    SaveFaxDefaults(record());
+    EXPECT_EQ(GetStored(Stored().Get(), L"SenderName"), AsStored(L""));
+    EXPECT_EQ(GetStored(Stored().Get(), L"OverlayPath"), AsStored(L""));
+}
+
+TEST_F(FaxDefaults, NumbersOutsideTheirRangeLoadAsTheirDefault)
+{
+    struct Case {
+        const wchar_t* name;
+        DWORD FaxJobData::*field;
+        DWORD stored;
+        DWORD expected;
+    };
+    const Case cases[] = {
+        {L"Resolution", &FaxJobData::Resolution, 7, 0},     {L"Resolution", &FaxJobData::Resolution, 3, 0},
+        {L"Resolution", &FaxJobData::Resolution, 2, 2},     {L"Resolution", &FaxJobData::Resolution, 0xFFFFFFFF, 0},
+        {L"NotifyOn", &FaxJobData::NotifyOn, 2, 2},         {L"NotifyOn", &FaxJobData::NotifyOn, 3, 0},
+        {L"NotifyMethod", &FaxJobData::NotifyMethod, 0, 1}, {L"NotifyMethod", &FaxJobData::NotifyMethod, 2, 2},
+        {L"NotifyMethod", &FaxJobData::NotifyMethod, 3, 1}, {L"AddCoverPage", &FaxJobData::AddCoverPage, 9, 9},
+        {L"ShowPreview", &FaxJobData::ShowPreview, 9, 9},   {L"ApplyDefaults", &FaxJobData::ApplyDefaults, 9, 9},
+    };
+    for (const Case& c : cases) {
+        PutNumber(Stored().Get(), c.name, c.stored);
+        record().*c.field = 77;
+        LoadFaxDefaults(record());
+        EXPECT_EQ(record().*c.field, c.expected) << std::wstring(c.name).size() << " " << c.stored;
+    }
+}
+
+TEST_F(FaxDefaults, ANumberWithAnyOtherCharacterIsNotTakenOverAtAll)
+{
+    struct Case {
+        const wchar_t* stored;
+        const wchar_t* expected;
+    };
+    const Case cases[] = {
+        {L"(555)123-4567", L"(555)123-4567"},
+        {L"(555) 123-4567", L"before"},
+        {L"555-1234x12", L"before"},
+        {L"55A", L"before"},
+        {L"+1555", L"before"},
+        {L"*70,#555", L"*70,#555"},
+        {L"[555]", L"before"}, // can be typed as a fax number, and still is not taken over
+        {L"", L""},
+    };
+    for (const Case& c : cases) {
+        for (const wchar_t* const name : {L"SenderFaxNo", L"SenderVoiceNo"})
+            PutText(Stored().Get(), name, c.stored);
+        SetSenderFaxNo(record(), L"before");
+        SetSenderVoiceNo(record(), L"before");
+        LoadFaxDefaults(record());
+        EXPECT_STREQ(record().SenderFaxNo, c.expected);
+        EXPECT_STREQ(record().SenderVoiceNo, c.expected);
+    }
+}
+
+TEST_F(FaxDefaults, TextsAreCutAtTheirLimits)
+{
+    struct Case {
+        const wchar_t* name;
+        WCHAR* FaxJobData::*field;
+        std::size_t stored;
+        std::size_t expected;
+    };
+    const Case cases[] = {
+        {L"SenderName", &FaxJobData::SenderName, 60, 50},
+        {L"SenderCompany", &FaxJobData::SenderCompany, 51, 50},
+        {L"SenderFaxNo", &FaxJobData::SenderFaxNo, 60, 50},
+        {L"SenderVoiceNo", &FaxJobData::SenderVoiceNo, 50, 50},
+        {L"CoverPageNotes", &FaxJobData::CoverPageNotes, 501, 500},
+        {L"CoverPageSubject", &FaxJobData::CoverPageSubject, 1000, 50},
+        {L"OverlayPath", &FaxJobData::OverlayPath, 300, 258},
+        {L"OverlayPath", &FaxJobData::OverlayPath, 259, 258},
+        {L"NotifyEmail", &FaxJobData::NotifyEmail, 100000, 256},
+    };
+    for (const Case& c : cases) {
+        PutText(Stored().Get(), c.name, std::wstring(c.stored, L'5'));
+        LoadFaxDefaults(record());
+        EXPECT_EQ(std::wstring(record().*c.field), std::wstring(c.expected, L'5'));
+    }
+}
+
+TEST_F(FaxDefaults, BadlyStoredValuesNeverReadMemoryOrStopTheOthers)
+{
+    const UniqueKey key = Stored();
+    PutBytes(key.Get(), L"SenderName", REG_SZ, "A\0n", 3);
+    PutBytes(key.Get(), L"SenderCompany", REG_BINARY, nullptr, 0);
+    PutNumber(key.Get(), L"SenderFaxNo", 0x00350035); // the two characters 55, no terminator
+    PutText(key.Get(), L"Resolution", L"22");         // too long for a number
+    PutBytes(key.Get(), L"NotifyOn", REG_BINARY, "\x01", 1);
+    PutText(key.Get(), L"NotifyEmail", L"ann@example.com");
+    PutNumber(key.Get(), L"ApplyDefaults", 1);
+    record().Resolution = 1;
+    EXPECT_TRUE(LoadFaxDefaults(record()));
+    EXPECT_STREQ(record().SenderName, L"A");
+    EXPECT_STREQ(record().SenderCompany, L"");
+    EXPECT_STREQ(record().SenderFaxNo, L"55");
+    EXPECT_EQ(record().Resolution, 1u);
+    EXPECT_EQ(record().NotifyOn, 1u);
+    EXPECT_STREQ(record().NotifyEmail, L"ann@example.com");
+}
+
+TEST_F(FaxDefaults, WithoutASubtreeNameNothingIsLoadedOrSaved)
+{
+    const TestPrinter unnamed(TestPrinter::Subtree::Unnamed);
+    record().PrinterHandle = unnamed.Handle();
+    SetSenderName(record(), L"before");
+    EXPECT_FALSE(LoadFaxDefaults(record()));
+    EXPECT_STREQ(record().SenderName, L"before");
+    SaveFaxDefaults(record());
+    HKEY subtree = nullptr;
+    EXPECT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, unnamed.SubtreePath().c_str(), 0, KEY_READ, &subtree),
+              ERROR_FILE_NOT_FOUND);
+}
+
+} // namespace
+} // namespace qx
