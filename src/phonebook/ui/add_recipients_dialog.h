@@ -1,0 +1,46 @@
+// The phone book picker: the book on the left, the chosen recipients on the right. Groups are replaced by their
+// members as they are moved.
+#pragma once
+
+#include "phonebook/ui/phone_book_list.h"
+#include "text/controls.h"
+
+#include <qxfax/send_fax.h>
+#include <span>
+#include <vector>
+#include <windows.h>
+
+namespace qx {
+
+class PhoneBook;
+class PhoneBookEntry;
+class RecentRecipientList;
+
+// What the opener hands over, and the dialog's own state.
+struct AddRecipientsContext : TextOwner {
+    // recentList may be null: nothing is remembered then.
+    AddRecipientsContext(const TextOwner& texts, FaxJobData& record, PhoneBook& phoneBook,
+                         RecentRecipientList* recentList) noexcept
+        : TextOwner(texts.hStringDll, texts.HelpFilePath), job(record), book(phoneBook), recent(recentList)
+    {
+    }
+
+    FaxJobData& job; // its recipients are replaced on OK
+    PhoneBook& book; // reloaded under the dialog
+    RecentRecipientList* recent;
+
+    HWND dialog = nullptr;
+    PhoneBookList list;
+    HWND chosenList = nullptr;
+    // What the right list shows. Borrowed from the record and from the book's store, which keep them for the session,
+    // so a reload of the book does not touch them.
+    std::vector<const PhoneBookEntry*> ChosenRecipients;
+};
+
+// Shows the dialog. IDOK: the record's recipients are those chosen. IDCANCEL: they are as before. -1 when the dialog
+// could not be shown. The book may have been reloaded in every case.
+INT_PTR ShowAddRecipients(HWND owner, AddRecipientsContext& context);
+
+std::span<const Control> AddRecipientsControls() noexcept;
+
+} // namespace qx

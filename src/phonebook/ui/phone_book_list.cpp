@@ -1,0 +1,307 @@
+#include "phonebook/ui/phone_book_list.h"
+
+#include "base/dialog.h"
+#include "base/module.h"
+#include "text/controls.h"
+#include "phonebook/phone_book.h"
+#include "phonebook/ui/typed_prefix.h"
+#include "res/bitmaps_ids.h"
+
+#include <array>
+#include <cstdlib>
+#include <string>
+
+namespace qx {
+
+namespace {
+
+constexpr int kReferenceDpi = 96;
+constexpr int kIconPixels = 16;
+constexpr COLORREF kIconBackground = RGB(255, 0, 255);
+constexpr std::size_t kComparedNameUnits = 98; // of a row, when it is compared with what was typed
+constexpr std::array<Text, 3> kHeadings{{{1104}, {5269}, {6216}}}; // no built-in texts: empty without the library
+
+// Inserting row by row into a list that redraws takes a hundred times as long.
+class RedrawOff {
+public:
+    explicit RedrawOff(HWND window) noexcept : window_(window) { SendMessageW(window_, WM_SETREDRAW, FALSE, 0); }
+    ~RedrawOff()
+    {
+        SendMessageW(window_, WM_SETREDRAW, TRUE, 0);
+        InvalidateRect(window_, nullptr, TRUE);
+    }
+    RedrawOff(const RedrawOff&) = delete;
+    RedrawOff& operator=(const RedrawOff&) = delete;
+
+private:
+    HWND window_;
+};
+
+class WindowDc {
+public:
+    explicit WindowDc(HWND window) noexcept : window_(window), dc_(GetDC(window)) {}
+    ~WindowDc() { ReleaseDC(window_, dc_); }
+    WindowDc(const WindowDc&) = delete;
+    WindowDc& operator=(const WindowDc&) = delete;
+    HDC Get() const noexcept { return dc_; }
+
+private:
+    HWND window_;
+    HDC dc_;
+};
+
+int ScaledToWindow(HWND window, int pixels) noexcept
+{
+    const WindowDc dc(window);
+    return MulDiv(pixels, GetDeviceCaps(dc.Get(), LOGPIXELSX), kReferenceDpi);
+}
+
+// ---- rows ----
+
+void SetCell(HWND list, int row, int column, const wchar_t* text) noexcept
+{
+    if (text == nullptr || *text == L'\0')
+        return; // a new row's cells are empty
+    LVITEMW cell{};
+    cell.iSubItem = column;
+    cell.pszText = const_cast<wchar_t*>(text); // only read
+    SendMessageW(list, LVM_SETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&cell));
+}
+
+void InsertRow(HWND list, int row, const PhoneBookItem& item) noexcept
+{
+    LVITEMW line{};
+    line.mask = LVIF_TEXT | LVIF_PARAM | LVIF_IMAGE;
+    line.iItem = row;
+    line.pszText = const_cast<wchar_t*>(item.GetName()); // only read
+    line.iImage = item.IsGroup() ? 0 : I_IMAGENONE;
+    line.lParam = static_cast<LPARAM>(item.GetId());
+    SendMessageW(list, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&line));
+    if (const PhoneBookEntry* const entry = AsEntry(&item)) {
+        SetCell(list, row, 1, entry->FaxNumber());
+        SetCell(list, row, 2, entry->Company());
+    }
+}
+
+template <class Items> void ReplaceRows(HWND list, const Items& items)
+{
+    const RedrawOff quiet(list);
+    SendMessageW(list, LVM_DELETEALLITEMS, 0, 0);
+    SendMessageW(list, LVM_SETITEMCOUNT, items.size(), 0);
+    int row = 0;
+    for (const PhoneBookItem* const item : items)
+        InsertRow(list, row++, *item);
+}
+
+void GiveGroupIcon(PhoneBookList& list) noexcept
+{
+    if (list.hasIcon)
+        return;
+    const HIMAGELIST icons = ImageList_LoadImageW(ModuleInstance(), MAKEINTRESOURCEW(IDB_GROUP), kIconPixels, 0,
+                                                  kIconBackground, IMAGE_BITMAP, LR_CREATEDIBSECTION);
+    SendMessageW(list.window, LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(icons));
+    list.hasIcon = true;
+}
+
+DWORD IdOfRow(HWND list, int row) noexcept
+{
+    LVITEMW line{};
+    line.mask = LVIF_PARAM;
+    line.iItem = row;
+    SendMessageW(list, LVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&line));
+    return static_cast<DWORD>(line.lParam);
+}
+
+// ---- keys ----
+
+void SelectAllRows(HWND list) noexcept
+{
+    LVITEMW selected{};
+    selected.stateMask = LVIS_SELECTED;
+    selected.state = LVIS_SELECTED;
+    SendMessageW(list, LVM_SETITEMSTATE, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(&selected));
+}
+
+void PressButton(HWND dialog, int id) noexcept
+{
+    const HWND button = id != 0 ? GetDlgItem(dialog, id) : nullptr;
+    if (button != nullptr && IsWindowEnabled(button))
+        SendMessageW(dialog, WM_COMMAND, MAKEWPARAM(id, BN_CLICKED), reinterpret_cast<LPARAM>(button));
+}
+
+constexpr UINT_PTR kKeySubclass = 1;
+
+// The two buttons travel in the subclass's own value.
+DWORD_PTR Packed(ListKeys keys) noexcept
+{
+    return static_cast<DWORD_PTR>(MAKELONG(keys.activate, keys.remove));
+}
+
+ListKeys Unpacked(DWORD_PTR packed) noexcept
+{
+    return {.activate = LOWORD(packed), .remove = HIWORD(packed)};
+}
+
+// True when the key was for us.
+bool AnswerKey(HWND list, ListKeys keys, WPARAM key) noexcept
+{
+    const HWND dialog = GetParent(list);
+    if (key == VK_RETURN)
+        PressButton(dialog, keys.activate);
+    else if (key == VK_DELETE)
+        PressButton(dialog, keys.remove);
+    else if (key == 'A' && GetKeyState(VK_CONTROL) < 0)
+        SelectAllRows(list);
+    else
+        return false;
+    return true;
+}
+
+// Enter belongs to the list while a row is selected; otherwise it presses the dialog's default button.
+bool ClaimsEnter(HWND list, ListKeys keys, LPARAM question) noexcept
+{
+    const auto* const message = reinterpret_cast<const MSG*>(question);
+    return message != nullptr && message->message == WM_KEYDOWN && message->wParam == VK_RETURN &&
+           keys.activate != 0 && SelectedCount(list) > 0;
+}
+
+LRESULT CALLBACK ListKeyProcedure(HWND list, UINT message, WPARAM w, LPARAM l, UINT_PTR id, DWORD_PTR packed) noexcept
+{
+    const ListKeys keys = Unpacked(packed);
+    switch (message) {
+    case WM_GETDLGCODE:
+        if (ClaimsEnter(list, keys, l))
+            return DLGC_WANTALLKEYS;
+        break;
+    case WM_KEYDOWN:
+        if (AnswerKey(list, keys, w))
+            return 0;
+        break;
+    case WM_CHAR:
+        if (w < L' ')
+            return 0; // of keys answered above; the list view would search for it
+        break;
+    case WM_LBUTTONDBLCLK:
+        DefSubclassProc(list, message, w, l); // selects the row, or nothing beside the rows
+        PressButton(GetParent(list), keys.activate);
+        return 0;
+    case WM_NCDESTROY:
+        RemoveWindowSubclass(list, ListKeyProcedure, id);
+        break;
+    }
+    return DefSubclassProc(list, message, w, l);
+}
+
+} // namespace
+
+void SetUpPhoneBookList(const TextOwner& texts, HWND list, int columnWidth, ListKeys keys)
+{
+    SetWindowLongPtrW(list, GWL_STYLE, GetWindowLongPtrW(list, GWL_STYLE) | LVS_SHOWSELALWAYS);
+    SendMessageW(list, LVM_SETEXTENDEDLISTVIEWSTYLE,
+                 LVS_EX_FULLROWSELECT | LVS_EX_GRIDLINES | LVS_EX_SUBITEMIMAGES,
+                 LVS_EX_FULLROWSELECT | LVS_EX_GRIDLINES);
+    LVCOLUMNW column{};
+    column.mask = LVCF_FMT | LVCF_WIDTH | LVCF_TEXT | LVCF_SUBITEM;
+    column.fmt = LVCFMT_LEFT;
+    column.cx = ScaledToWindow(list, columnWidth);
+    for (const Text& heading : kHeadings) {
+        std::wstring text = LocalizedText(texts, heading);
+        column.pszText = text.data();
+        SendMessageW(list, LVM_INSERTCOLUMNW, static_cast<WPARAM>(column.iSubItem), reinterpret_cast<LPARAM>(&column));
+        ++column.iSubItem;
+    }
+    SetWindowSubclass(list, ListKeyProcedure, kKeySubclass, Packed(keys));
+}
+
+void FillPhoneBookList(PhoneBookList& list, const PhoneBook& book, ListedItems listed)
+{
+    if (listed == ListedItems::All)
+        GiveGroupIcon(list);
+    list.rows.clear();
+    list.rows.reserve(book.GetCount());
+    for (const PhoneBookItem* const item : book.Items()) {
+        if (listed == ListedItems::All || !item->IsGroup())
+            list.rows.push_back(item);
+    }
+    ReplaceRows(list.window, list.rows);
+}
+
+void FillEntryList(HWND list, const std::vector<const PhoneBookEntry*>& entries)
+{
+    ReplaceRows(list, entries);
+}
+
+std::vector<PhoneBookItem*> CollectSelectedItems(HWND list, const PhoneBook& book)
+{
+    std::vector<PhoneBookItem*> items;
+    items.reserve(static_cast<std::size_t>(SelectedCount(list)));
+    for (int row = NextSelectedRow(list, -1); row >= 0; row = NextSelectedRow(list, row)) {
+        if (PhoneBookItem* const item = book.FindItem(IdOfRow(list, row)))
+            items.push_back(item);
+    }
+    return items;
+}
+
+PhoneBookItem* OnlySelectedItem(HWND list, const PhoneBook& book)
+{
+    const std::vector<PhoneBookItem*> items = CollectSelectedItems(list, book);
+    return items.size() == 1 ? items.front() : nullptr;
+}
+
+int SelectedCount(HWND list) noexcept
+{
+    return static_cast<int>(SendMessageW(list, LVM_GETSELECTEDCOUNT, 0, 0));
+}
+
+int NextSelectedRow(HWND list, int row) noexcept
+{
+    return static_cast<int>(SendMessageW(list, LVM_GETNEXTITEM, static_cast<WPARAM>(row), LVNI_SELECTED));
+}
+
+void FollowTypedName(const PhoneBookList& list, HWND edit)
+{
+    const std::wstring typed = WindowText(edit, kNameLimit);
+    if (typed.empty())
+        return;
+    // The items, not the rows: asking the list view for 10000 texts would be felt with every keystroke.
+    for (std::size_t row = 0; row < list.rows.size(); ++row) {
+        if (MatchesTypedPrefix(Cut(list.rows[row]->GetName(), kComparedNameUnits), typed)) {
+            ScrollItemToTop(list.window, static_cast<int>(row));
+            return;
+        }
+    }
+}
+
+void ScrollItemToTop(HWND list, int row) noexcept
+{
+    const auto topRow = static_cast<int>(SendMessageW(list, LVM_GETTOPINDEX, 0, 0));
+    if (topRow == row)
+        return;
+    RECT top{.left = LVIR_BOUNDS};
+    RECT wanted{.left = LVIR_BOUNDS};
+    SendMessageW(list, LVM_GETITEMRECT, static_cast<WPARAM>(topRow), reinterpret_cast<LPARAM>(&top));
+    SendMessageW(list, LVM_GETITEMRECT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&wanted));
+    SendMessageW(list, LVM_SCROLL, 0, wanted.top - top.top);
+}
+
+void FitButtonToText(HWND button) noexcept
+{
+    const std::wstring caption = WindowText(button, kTextUnits - 1);
+    RECT client{};
+    GetClientRect(button, &client);
+    RECT needed = client;
+    {
+        // The button's font is not selected: the measure stays on the wide side.
+        const WindowDc dc(button);
+        DrawTextW(dc.Get(), caption.c_str(), -1, &needed, DT_SINGLELINE | DT_CENTER | DT_NOCLIP | DT_CALCRECT);
+    }
+    const int missing = std::abs(needed.right - needed.left) - std::abs(client.right - client.left);
+    if (missing <= 0)
+        return;
+    RECT place{};
+    GetWindowRect(button, &place);
+    MapWindowPoints(HWND_DESKTOP, GetParent(button), reinterpret_cast<POINT*>(&place), 2);
+    MoveWindow(button, place.left, place.top, place.right - place.left + missing, place.bottom - place.top, TRUE);
+}
+
+} // namespace qx

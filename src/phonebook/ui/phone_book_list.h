@@ -1,0 +1,62 @@
+// What the phone book dialogs' lists have in common: columns, rows, selection, keys, and following the typed name.
+#pragma once
+
+#include "text/localized_text.h"
+
+#include <vector>
+#include <windows.h> // before the headers that build on it
+
+#include <commctrl.h>
+
+namespace qx {
+
+class PhoneBook;
+class PhoneBookEntry;
+class PhoneBookItem;
+
+// A list view that shows items of the phone book.
+struct PhoneBookList {
+    HWND window = nullptr;
+    std::vector<const PhoneBookItem*> rows; // what each row shows; the book's store keeps them for the session
+    bool hasIcon = false;                   // the group icon; the list view owns its image list
+};
+
+enum class ListedItems { All, EntriesOnly };
+
+// Buttons that keys and a double click in a list stand for; 0: none.
+struct ListKeys {
+    int activate = 0; // Enter and double click
+    int remove = 0;   // Delete
+};
+
+// Selection by whole rows, grid lines, and the columns name, fax number and company, each columnWidth pixels wide at
+// 96 dots per inch. From then on Ctrl+A selects all rows, and keys press the dialog's buttons while these are enabled.
+void SetUpPhoneBookList(const TextOwner& texts, HWND list, int columnWidth, ListKeys keys);
+
+// Replaces all rows: one row per item in the book's order, its item data the item's id. Groups show an icon and their
+// name only.
+void FillPhoneBookList(PhoneBookList& list, const PhoneBook& book, ListedItems listed);
+
+// Replaces all rows by the given entries, one row each.
+void FillEntryList(HWND list, const std::vector<const PhoneBookEntry*>& entries);
+
+// The book's items behind the selected rows, in row order: for each row the first item that has the row's id. Rows
+// whose id is not in the book are left out.
+std::vector<PhoneBookItem*> CollectSelectedItems(HWND list, const PhoneBook& book);
+// The item behind the only selected row; null when none or several are selected.
+PhoneBookItem* OnlySelectedItem(HWND list, const PhoneBook& book);
+
+int SelectedCount(HWND list) noexcept;
+// Searches behind row (-1: from the top); -1 when there is none.
+int NextSelectedRow(HWND list, int row) noexcept;
+
+// Brings the first row whose name begins with the text of edit to the top. The selection stays.
+void FollowTypedName(const PhoneBookList& list, HWND edit);
+
+// Scrolls row to the top of the list, as far as the rows below it allow.
+void ScrollItemToTop(HWND list, int row) noexcept;
+
+// Widens a button whose caption does not fit. Nothing else moves.
+void FitButtonToText(HWND button) noexcept;
+
+} // namespace qx
