@@ -76,13 +76,16 @@ REGEDIT4
 "FontSmoothingOrientation"=dword:00000001
 
 [HKEY_CURRENT_USER\Software\Wine\Fonts\Replacements]
-"Tahoma"="Liberation Sans"
-"Segoe UI"="Liberation Sans"
+"Tahoma"="DejaVu Sans Condensed"
+"Segoe UI"="DejaVu Sans Condensed"
 "MS UI Gothic"="Noto Sans CJK JP"
 
 [HKEY_LOCAL_MACHINE\Software\Microsoft\Windows NT\CurrentVersion\FontSubstitutes]
-"MS Shell Dlg"="Liberation Sans"
-"MS Shell Dlg 2"="Liberation Sans"
+"MS Shell Dlg"="DejaVu Sans Condensed"
+"MS Shell Dlg 2"="DejaVu Sans Condensed"
+
+[HKEY_LOCAL_MACHINE\Software\Microsoft\Windows NT\CurrentVersion\FontLink\SystemLink]
+"DejaVu Sans Condensed"=hex(7):4e,6f,74,6f,53,61,6e,73,43,4a,4b,2d,52,65,67,75,6c,61,72,2e,74,74,63,2c,4e,6f,74,6f,20,53,61,6e,73,20,43,4a,4b,20,4a,50,00,00
 REG
 }
 
