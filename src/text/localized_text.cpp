@@ -68,6 +68,20 @@ std::wstring_view TextInBlock(std::wstring_view block, std::size_t position) noe
     return {};
 }
 
+// The text decides how a box is laid out: a built-in text stays English whatever the user's language is.
+UINT ReadingOrder(std::wstring_view text) noexcept
+{
+    for (const wchar_t unit : text) {
+        WORD direction = 0;
+        GetStringTypeW(CT_CTYPE2, &unit, 1, &direction);
+        if (direction == C2_RIGHTTOLEFT)
+            return MB_RTLREADING | MB_RIGHT;
+        if (direction == C2_LEFTTORIGHT)
+            return 0;
+    }
+    return 0;
+}
+
 } // namespace
 
 TextOwner::TextOwner() noexcept
@@ -123,7 +137,7 @@ int ShowFaxMessage(const TextOwner& owner, unsigned id, const wchar_t* defaultTe
     const std::wstring title = LocalizedText(owner, isError ? kErrorTitle : kWarningTitle);
     const std::wstring body = LocalizedText(owner, {id, defaultText});
     const ActivationScope context;
-    return MessageBoxW(ownerWindow, body.c_str(), title.c_str(), style);
+    return MessageBoxW(ownerWindow, body.c_str(), title.c_str(), style | ReadingOrder(body));
 }
 
 int ShowFaxMessage(const TextOwner& owner, const Message& message, HWND ownerWindow)
