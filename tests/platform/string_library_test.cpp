@@ -16,6 +16,9 @@ constexpr LANGID kGerman = 0x0407;
 constexpr LANGID kHebrew = 0x040D;
 constexpr LANGID kJapanese = 0x0411;
 
+// Stands in a dialog, which has a direction of its own.
+constexpr unsigned kInstructionOfADialog = 6092;
+
 // Labels that the driver prints on the cover page.
 constexpr unsigned kCoverPageLabels[] = {5202, 5203, 5204, 5210, 5218, 5219, 5229, 5316, 5319, 5320};
 
@@ -146,19 +149,17 @@ TEST_F(StringLibraryTest, BuiltInTextsOfOneIdSayTheSame)
     }
 }
 
-// Two right-to-left marks at its start make Windows lay a message box out from right to left; a path keeps its own
-// direction between an embedding and its end.
-TEST_F(StringLibraryTest, HebrewMessagesReadFromRightToLeftAndPathsInThemDoNot)
+// A right-to-left mark keeps the stop at the end of the line; a path keeps its own direction between an embedding and
+// its end.
+TEST_F(StringLibraryTest, HebrewMessagesKeepTheirStopsAtTheEndAndPathsInThemReadFromLeftToRight)
 {
-    constexpr unsigned kInstructionOfADialog = 6092;
     for (const auto& [id, text] : Languages().at(kHebrew)) {
-        const wchar_t end = English().at(id).back();
-        const bool isMessage = (end == L'.' || end == L'?') && English().at(id).find(L"...") == std::wstring::npos;
-        if (isMessage && id != kInstructionOfADialog) {
-            EXPECT_TRUE(text.starts_with(L"\u200F\u200F")) << Name(kHebrew, id);
-        }
+        const std::wstring& english = English().at(id);
+        const bool isSentence = english.ends_with(L'.') && !english.ends_with(L"..") && id != kInstructionOfADialog;
         if (Placeholders(text) == "s") {
-            EXPECT_NE(text.find(L"\u202A%s\u202C"), text.npos) << Name(kHebrew, id);
+            EXPECT_NE(text.find(L"\n\u202A%s\u202C"), text.npos) << Name(kHebrew, id);
+        } else if (isSentence) {
+            EXPECT_EQ(text.back(), L'\u200F') << Name(kHebrew, id);
         }
     }
 }
