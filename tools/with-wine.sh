@@ -91,26 +91,36 @@ REG
 
 stop_wineserver() { WINEPREFIX=$1 wineserver -k 2>/dev/null || true; WINEPREFIX=$1 wineserver -w 2>/dev/null || true; }
 
-prepare_template() {
-    local settings=$home/settings.reg stamp=$home/template.settings
-    template_settings > "$settings.new"
-    if [[ -f $stamp ]] && cmp -s "$settings.new" "$stamp"; then rm "$settings.new"; return; fi
+make_template() {
+    template_settings >"$home/settings.reg"
+    wine64 wineboot -i
+    wine64 regedit /S "$(wine64 winepath -w "$home/settings.reg")"
+    wineserver -w
+    # Wine makes the user's folders links into the home directory: nothing of ours may go there.
+    local link
+    find "$WINEPREFIX/drive_c/users" -type l | while read -r link; do
+        rm "$link"
+        mkdir "$link"
+    done
+}
 
-    local building=$home/template.new
+prepare_template() {
+    local stamp=$home/template.stamp building=$home/template.new
+    local wanted
+    wanted=$(template_settings; declare -f make_template)
+    [[ -f $stamp && $(<"$stamp") == "$wanted" ]] && return
+
     [[ ! -d $building ]] || stop_wineserver "$building"
     rm -rf "$building" "$home/template" "$stamp"
-    mv "$settings.new" "$settings"
     # No display is needed here; the graphics driver is chosen anew by the first process of each session.
     (
-        exec 8>&- 9>&-
+        exec 7>&- 8>&- 9>&-
         export WINEPREFIX=$building LC_ALL=en_US.UTF-8
         unset DISPLAY
-        wine64 wineboot -i
-        wine64 regedit /S "$(wine64 winepath -w "$settings")"
-        wineserver -w
+        make_template
     ) </dev/null >"$home/template.log" 2>&1 || die "cannot make a Wine prefix, see $home/template.log"
     mv "$building" "$home/template"
-    mv "$settings" "$stamp"
+    echo "$wanted" >"$stamp"
 }
 
 prepare_prefix() {
@@ -119,7 +129,7 @@ prepare_prefix() {
         flock 7
         prepare_template
     )
-    [[ -d $WINEPREFIX && ! $home/template.settings -nt $WINEPREFIX/.copied ]] && return
+    [[ -f $WINEPREFIX/.copied && ! $home/template.stamp -nt $WINEPREFIX/.copied ]] && return
     rm -rf "$WINEPREFIX"
     cp -a "$home/template" "$WINEPREFIX"
     touch "$WINEPREFIX/.copied"

@@ -1,0 +1,96 @@
+// One send session of the real module: a printer of its own, the call of DisplayFaxUI on a thread of its own, and a user
+// who drives the dialogs from the test's thread.
+//
+//     SendFaxSession session;                     // fresh printer, no settings, no phone book
+//     session.SetDefault(L"ApplyDefaults", 1u);   // the sheet opens on the Fax Job page
+//     session.Start();
+//     session.Ui().Type(kFaxNumber, L"5550100");
+//     const FaxJobData& job = session.Send();
+//     EXPECT_EQ(session.Recipients(), ...);
+//
+// The destructor closes what is still open and takes everything back. Only tests of kind ui and host may use it: they
+// have the display and the driver folder to themselves.
+#pragma once
+
+#include "host/provision.h"
+#include "host/ui_driver.h"
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <qxfax/send_fax.h>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace qx::test {
+
+struct SessionOptions {
+    // Printer name and GUID are replaced by ones of this session; a printer without GUID stays without.
+    host::PrinterSetup printer;
+    // What the driver puts into its record before the call.
+    std::function<void(FaxJobData&)> prepare;
+};
+
+struct Recipient {
+    std::wstring name, faxNumber, company;
+    bool operator==(const Recipient&) const = default;
+};
+
+// The options of a session whose device has one value other than usual.
+SessionOptions WithDevice(std::wstring name, std::variant<DWORD, std::wstring> value);
+// The options of a session without the text library: all texts are the built-in ones.
+SessionOptions WithoutTextLibrary();
+
+class SendFaxSession {
+public:
+    explicit SendFaxSession(SessionOptions options = {});
+    ~SendFaxSession();
+    SendFaxSession(const SendFaxSession&) = delete;
+    SendFaxSession& operator=(const SendFaxSession&) = delete;
+
+    // ---- before Start
+    void SetDefault(const std::wstring& name, const std::variant<DWORD, std::wstring>& value); // of "QX-FAX\Default"
+    void WritePhoneBook(std::string_view xml) const;
+
+    // ---- the call
+    void Start();                  // returns at once; may be called again after the end
+    host::UiDriver& Ui() { return *ui_; }
+    const FaxJobData& Send();      // presses Send and waits for the end of the call
+    const FaxJobData& Cancel();
+    const FaxJobData& End();       // waits for the end of the call
+
+    // ---- what came out
+    FaxJobData& Record() { return record_; }
+    std::vector<Recipient> Recipients() const;
+
+    // ---- where things are
+    const std::wstring& Printer() const { return options_.printer.printer; }
+    const std::wstring& Guid() const { return *options_.printer.guid; }
+    HANDLE PrinterHandle() const { return printer_; }
+    std::wstring SettingsKey() const; // "Software\Quillmarsh\" and the GUID, below HKEY_CURRENT_USER
+    std::filesystem::path PhoneBookFile() const;
+    HMODULE Module() const { return module_; }
+    DWORD UiThread() const { return uiThreadId_; }
+
+private:
+    void RunCalls();
+
+    SessionOptions options_;
+    HANDLE printer_ = nullptr;
+    HMODULE module_ = nullptr;
+    FaxJobData record_;
+    HANDLE start_;
+    HANDLE finished_;
+    bool leaving_ = false;
+    DWORD uiThreadId_ = 0;
+    std::thread uiThread_;
+    std::unique_ptr<host::UiDriver> ui_;
+};
+
+// The user's documents folder.
+std::filesystem::path DocumentsFolder();
+// Where the build left the module and its companions: the folder above the test program's.
+std::filesystem::path BuiltModuleFolder();
+
+} // namespace qx::test
