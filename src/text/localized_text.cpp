@@ -68,20 +68,6 @@ std::wstring_view TextInBlock(std::wstring_view block, std::size_t position) noe
     return {};
 }
 
-// The text decides how a box is laid out: a built-in text stays English whatever the user's language is.
-UINT ReadingOrder(std::wstring_view text) noexcept
-{
-    for (const wchar_t unit : text) {
-        WORD direction = 0;
-        GetStringTypeW(CT_CTYPE2, &unit, 1, &direction);
-        if (direction == C2_RIGHTTOLEFT)
-            return MB_RTLREADING | MB_RIGHT;
-        if (direction == C2_LEFTTORIGHT)
-            return 0;
-    }
-    return 0;
-}
-
 } // namespace
 
 TextOwner::TextOwner() noexcept
@@ -129,6 +115,19 @@ std::wstring LocalizedText(const TextOwner& owner, const Text& text)
 void SetLocalizedText(const TextOwner& owner, unsigned id, HWND window, const wchar_t* defaultText)
 {
     SetWindowTextW(window, LocalizedText(owner, {id, defaultText}).c_str());
+}
+
+UINT ReadingOrder(std::wstring_view text) noexcept
+{
+    for (const wchar_t unit : text) {
+        WORD direction = 0;
+        GetStringTypeW(CT_CTYPE2, &unit, 1, &direction);
+        if (direction == C2_RIGHTTOLEFT)
+            return MB_RTLREADING | MB_RIGHT;
+        if (direction == C2_LEFTTORIGHT)
+            return 0;
+    }
+    return 0;
 }
 
 int ShowFaxMessage(const TextOwner& owner, unsigned id, const wchar_t* defaultText, UINT style, bool isError,

@@ -5,6 +5,7 @@
 #include "base/text.h"
 
 #include <string>
+#include <string_view>
 #include <windows.h>
 
 namespace qx {
@@ -49,6 +50,10 @@ struct Message {
     UINT style = MB_OK;
     MessageTitle title = MessageTitle::Error;
 };
+
+// How a message box with that text is laid out: the styles for right to left, or 0. The text decides, by its first
+// letter, since a built-in text stays English whatever the user's language is.
+UINT ReadingOrder(std::wstring_view text) noexcept;
 
 // Answers what MessageBoxW answers.
 int ShowFaxMessage(const TextOwner& owner, unsigned id, const wchar_t* defaultText, UINT style, bool isError,

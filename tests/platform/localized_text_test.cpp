@@ -134,5 +134,16 @@ TEST_F(TextLookup, APreparedTextIsNeverLookedUp)
     EXPECT_EQ(LocalizedText(owner, {kPreparedText, L"prepared"}), L"prepared");
 }
 
+TEST(MessageBoxLayout, FollowsTheScriptOfTheTextAndNotTheLanguageOfTheUser)
+{
+    constexpr UINT kRightToLeft = MB_RTLREADING | MB_RIGHT;
+    EXPECT_EQ(ReadingOrder(L"The file cannot be found."), 0u);
+    EXPECT_EQ(ReadingOrder(L"\u05D4\u05E7\u05D5\u05D1\u05E5 C:\\a.csv"), kRightToLeft);
+    EXPECT_EQ(ReadingOrder(L"3 \u0645\u0644\u0641"), kRightToLeft); // a number has no direction of its own
+    EXPECT_EQ(ReadingOrder(L"-C:\\\u05D4"), 0u);
+    EXPECT_EQ(ReadingOrder(L"12 ..."), 0u);
+    EXPECT_EQ(ReadingOrder(L""), 0u);
+}
+
 } // namespace
 } // namespace qx
