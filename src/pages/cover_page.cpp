@@ -4,7 +4,6 @@
 #include "base/dialog.h"
 #include "base/unique.h"
 #include "entry/fax_job_data.h"
-#include "pages/image_rule.h"
 #include "res/cover_page_ids.h"
 
 #include <commdlg.h>

@@ -1,6 +1,7 @@
 // The cover page controls, which the Fax Job page and the Edit Defaults dialog share: check box, notes, subject, image.
 #pragma once
 
+#include "pages/image_rule.h"
 #include "text/localized_text.h"
 
 #include <qxfax/send_fax.h>
@@ -26,8 +27,6 @@ void SaveCoverPageFields(HWND dialog, FaxJobData& record);
 
 // Lets the user choose a bitmap file and puts its path into the image field.
 void BrowseForOverlayImage(HWND dialog);
-
-enum class ImageProblem { None, NotFound, NotABitmap };
 
 // Whether path names a file that can be read and is named .bmp; what is in the file is not looked at.
 [[nodiscard]] ImageProblem CheckImage(const std::wstring& path);

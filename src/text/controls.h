@@ -2,6 +2,7 @@
 // help.
 #pragma once
 
+#include "base/limits.h"
 #include "text/help_names.h"
 #include "text/localized_text.h"
 
@@ -11,15 +12,6 @@
 #include <windows.h>
 
 namespace qx {
-
-inline constexpr int kMaxRecipients = 100; // of one job, and members of one group
-
-// Limits of what may be typed, in UTF-16 units.
-inline constexpr int kNameLimit = 50; // names, fax numbers, companies and subjects
-inline constexpr int kNotesLimit = 500;
-inline constexpr int kImagePathLimit = 260;
-inline constexpr int kEmailLimit = 256;
-inline constexpr int kBillingCodeLimit = 16;
 
 struct Control {
     int id;

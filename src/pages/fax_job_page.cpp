@@ -1,0 +1,732 @@
+#include "pages/fax_job_page.h"
+
+#include "base/drawing.h"
+#include "base/text_template.h"
+#include "entry/fax_job_data.h"
+#include "pages/cover_page.h"
+#include "pages/recipient_rules.h"
+#include "phonebook/phone_book.h"
+#include "phonebook/recent_list.h"
+#include "phonebook/ui/add_recipients_dialog.h"
+#include "phonebook/ui/phone_book_changed.h"
+#include "res/bitmaps_ids.h"
+#include "settings/device_state.h"
+
+#include <algorithm>
+#include <array>
+
+namespace qx {
+
+namespace {
+
+// ---- tables ---------------------------------------------------------------------------------------------------------
+
+constexpr Control kControls[] = {
+    {.id = IDC_FAX_TO_GROUP, .text = 5207, .fallback = L"Fax To"},
+    {.id = IDC_NAME_LABEL, .text = 5208, .fallback = L"Recipient Name:", .topic = 15583},
+    {.id = IDC_NAME_BOX, .limit = kNameLimit, .topic = 15583},
+    // Owner-drawn: its text is not drawn, it is what a screen reader says.
+    {.id = IDC_PHONE_BOOK, .text = 6093, .fallback = L"-Add Recipients From Phone Book", .topic = 15618},
+    {.id = IDC_FAX_NUMBER_LABEL, .text = 5209, .fallback = L"Fax Number:", .topic = 15584},
+    {.id = IDC_REQUIRED, .text = 5270, .fallback = L"(required)"},
+    {.id = IDC_FAX_NUMBER, .limit = kNameLimit, .topic = 15584, .leftToRight = true},
+    {.id = IDC_GROUP_TEXT},
+    {.id = IDC_COMPANY_LABEL, .text = 5210, .fallback = L"Company Name:", .topic = 15585},
+    {.id = IDC_COMPANY, .limit = kNameLimit, .topic = 15585},
+    {.id = IDC_ADD_TO_PHONE_BOOK, .text = 5211, .fallback = L"Add to Phone Book", .topic = 15586},
+    {.id = IDC_CLEAR_FIELDS, .text = 5212, .fallback = L"Clear Fields", .topic = 15587},
+    {.id = IDC_TO, .text = 5214, .fallback = L"To ->", .topic = 15589},
+    {.id = IDC_RECIPIENTS_LABEL, .text = 5213, .fallback = L"Fax Recipients:", .topic = 15588},
+    {.id = IDC_RECIPIENTS, .topic = 15588},
+    {.id = IDC_DELETE, .text = 5330, .fallback = L"Delete", .topic = 15590},
+    {.id = IDC_COVER_PAGE_GROUP, .text = 5216, .fallback = L"Include With Fax"},
+    {.id = IDC_COVER_PAGE, .text = 6094, .fallback = L"Co&ver Page", .topic = 15591},
+    {.id = IDC_NOTES_LABEL, .text = 5218, .fallback = L"Notes:", .topic = 15592},
+    {.id = IDC_NOTES, .limit = kNotesLimit, .topic = 15592},
+    {.id = IDC_SUBJECT_LABEL, .text = 5219, .fallback = L"Subject:", .topic = 15593},
+    {.id = IDC_SUBJECT, .limit = kNameLimit, .topic = 15593},
+    {.id = IDC_IMAGE_LABEL, .text = 5310, .fallback = L"Image:", .topic = 15625},
+    {.id = IDC_IMAGE, .limit = kImagePathLimit, .topic = 15625, .leftToRight = true},
+    {.id = IDC_BROWSE, .text = 5220, .fallback = L"Browse", .topic = 15594},
+    {.id = IDC_BILLING_GROUP, .text = 5221, .fallback = L"Billing Information"},
+    {.id = IDC_BILLING_LABEL, .text = 5222, .fallback = L"Billing Code", .topic = 15595},
+    {.id = IDC_BILLING_CODE, .limit = kBillingCodeLimit, .topic = 15595, .leftToRight = true},
+};
+static_assert(IdsAreUnique(kControls));
+
+// Headings without a built-in text.
+constexpr unsigned kColumns[] = {1104, 5269, 6216}; // name, fax number, company
+constexpr int kColumnWidth = 112;                   // pixels
+
+constexpr unsigned kOneMember = 6108; // also for none
+constexpr unsigned kSomeMembers = 6109;
+
+// The two warnings carry the stop icon on purpose.
+constexpr Message kTooManyRecipients{
+    {5265, L"The maximum number of fax numbers has been entered."}, MB_OK | MB_ICONSTOP, MessageTitle::Error};
+constexpr Message kDuplicate{{5257, L"This is a duplicate entry.Please enter a different name or fax number"},
+                             MB_OK | MB_ICONSTOP,
+                             MessageTitle::Warning};
+constexpr Message kPhoneBookFull{{6098, L"The maximum number of phone book entries has been entered."},
+                                 MB_OK | MB_ICONSTOP,
+                                 MessageTitle::Warning};
+constexpr Message kNoRecipient{
+    {5255, L"At least one fax number is required."}, MB_OK | MB_ICONSTOP, MessageTitle::Error};
+constexpr Text kInformationMissing{5256};
+constexpr Text kBillingCode{5317};
+constexpr Text kBillingCodeTooShort{5324, L"The billing code must be at least %d digits"};
+
+constexpr std::size_t kFieldUnits = kTextUnits - 1; // read from one field
+
+// ---- controls -------------------------------------------------------------------------------------------------------
+
+HWND ControlOf(const FaxJobPage& page, int id) noexcept { return GetDlgItem(page.dialog, id); }
+
+void Enable(const FaxJobPage& page, int id, bool enabled) noexcept { EnableWindow(ControlOf(page, id), enabled); }
+
+void Show(const FaxJobPage& page, int id, bool shown) noexcept
+{
+    ShowWindow(ControlOf(page, id), shown ? SW_SHOWNA : SW_HIDE);
+}
+
+void SetText(const FaxJobPage& page, int id, const wchar_t* text) noexcept
+{
+    SetWindowTextW(ControlOf(page, id), OrEmpty(text));
+}
+
+std::wstring TextOf(const FaxJobPage& page, int id)
+{
+    return WindowText(ControlOf(page, id), kFieldUnits);
+}
+
+bool Holds(const FaxJobPage& page, int id) noexcept { return HasText(ControlOf(page, id)); }
+
+// Through the dialog manager, so that the default button follows.
+void Focus(HWND control) noexcept
+{
+    SendMessageW(GetAncestor(control, GA_ROOT), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(control), TRUE);
+}
+
+void Focus(const FaxJobPage& page, int id) noexcept { Focus(ControlOf(page, id)); }
+
+void ShowMessage(const FaxJobPage& page, const Message& message) { ShowFaxMessage(page, message, page.dialog); }
+
+// ---- the fields -----------------------------------------------------------------------------------------------------
+
+struct Recipient {
+    std::wstring name;
+    std::wstring faxNumber;
+    std::wstring company;
+};
+
+Recipient RecipientInFields(const FaxJobPage& page)
+{
+    return {TextOf(page, IDC_NAME_BOX), TextOf(page, IDC_FAX_NUMBER), TextOf(page, IDC_COMPANY)};
+}
+
+void UpdateRecipientButtons(FaxJobPage& page)
+{
+    const RecipientButtons buttons = ButtonsFor({.name = Holds(page, IDC_NAME_BOX),
+                                                 .faxNumber = Holds(page, IDC_FAX_NUMBER),
+                                                 .company = Holds(page, IDC_COMPANY)});
+    Enable(page, IDC_CLEAR_FIELDS, buttons.clear);
+    Enable(page, IDC_ADD_TO_PHONE_BOOK, buttons.addToPhoneBook);
+}
+
+void FilterFaxNumber(FaxJobPage& page)
+{
+    RefuseOtherCharacters(page.faxNumber, ControlOf(page, IDC_FAX_NUMBER));
+    Enable(page, IDC_TO, Holds(page, IDC_FAX_NUMBER));
+    UpdateRecipientButtons(page);
+}
+
+void FilterBillingCode(FaxJobPage& page)
+{
+    RefuseOtherCharacters(page.billingCode, ControlOf(page, IDC_BILLING_CODE));
+}
+
+// The fax number and the text of a group share a place: the other one is hidden and disabled. The one that is shown
+// stands right behind the label, which thus names it to a screen reader.
+void ShowGroupText(const FaxJobPage& page, bool group) noexcept
+{
+    for (const int id : {IDC_FAX_NUMBER, IDC_GROUP_TEXT}) {
+        const bool shown = (id == IDC_GROUP_TEXT) == group;
+        Enable(page, id, shown);
+        Show(page, id, shown);
+        if (shown)
+            SetWindowPos(ControlOf(page, id), ControlOf(page, IDC_FAX_NUMBER_LABEL), 0, 0, 0, 0,
+                         SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+    }
+    Enable(page, IDC_COMPANY_LABEL, !group);
+    Enable(page, IDC_COMPANY, !group);
+}
+
+// Empty when the library has no such text: such a group cannot be taken.
+std::wstring MemberCountText(const FaxJobPage& page, std::size_t members)
+{
+    const std::wstring text = LocalizedText(page, {members < 2 ? kOneMember : kSomeMembers});
+    return FillTemplate(text, L"", {static_cast<int>(members)});
+}
+
+void ShowGroup(FaxJobPage& page, const PhoneBookGroup& group)
+{
+    page.group = &group;
+    SetText(page, IDC_FAX_NUMBER, L""); // switches "To ->" off
+    SetText(page, IDC_COMPANY, L"");
+    ShowGroupText(page, true);
+    SetText(page, IDC_GROUP_TEXT, MemberCountText(page, group.Members().size()).c_str());
+    if (Holds(page, IDC_GROUP_TEXT))
+        Enable(page, IDC_TO, true);
+}
+
+// A null text leaves its field empty.
+void ShowEntry(FaxJobPage& page, const wchar_t* faxNumber, const wchar_t* company)
+{
+    page.group = nullptr;
+    ShowGroupText(page, false);
+    // Emptied first: a stored number that the filter refuses must not bring back the one of another recipient.
+    SetText(page, IDC_FAX_NUMBER, L"");
+    SetText(page, IDC_FAX_NUMBER, faxNumber);
+    SetText(page, IDC_COMPANY, company);
+}
+
+void FillFieldsFromNameBox(FaxJobPage& page)
+{
+    const auto* const item = static_cast<const PhoneBookItem*>(GetChosenItemData(page.nameBox));
+    if (const PhoneBookGroup* const group = AsGroup(item))
+        ShowGroup(page, *group);
+    else if (const PhoneBookEntry* const entry = AsEntry(item))
+        ShowEntry(page, entry->FaxNumber(), entry->Company());
+    else
+        ShowEntry(page, nullptr, nullptr);
+}
+
+void RefillFields(FaxJobPage& page)
+{
+    FillFieldsFromNameBox(page);
+    UpdateRecipientButtons(page);
+}
+
+// After a change of the recent list, which owns the group in the fields: it may have gone, or have other members.
+void RefreshGroup(FaxJobPage& page)
+{
+    if (page.group == nullptr)
+        return;
+    if (std::ranges::find(page.recent->Slots(), page.group) != page.recent->Slots().end())
+        ShowGroup(page, *page.group);
+    else
+        RefillFields(page);
+}
+
+void ClearRecipientFields(FaxJobPage& page)
+{
+    ClearNameBox(page.nameBox);
+    SetText(page, IDC_GROUP_TEXT, L"");
+    ShowEntry(page, nullptr, nullptr);
+    UpdateRecipientButtons(page);
+    Focus(page, IDC_NAME_BOX);
+}
+
+void AnswerNameBox(FaxJobPage& page, UINT code)
+{
+    if (!HandleNameBoxNotification(page.nameBox, code))
+        return;
+    if (code == CBN_SELCHANGE) {
+        const LRESULT row = SendDlgItemMessageW(page.dialog, IDC_NAME_BOX, CB_GETCURSEL, 0, 0);
+        if (row >= 0)
+            SendMessageW(page.dialog, kSuggestionChosen, 0, row);
+    }
+    if (code == CBN_EDITCHANGE && !Holds(page, IDC_FAX_NUMBER) && !Holds(page, IDC_COMPANY))
+        SendMessageW(page.dialog, kSuggestionChosen, 0, -1);
+    UpdateRecipientButtons(page);
+}
+
+// ---- the recipient list ---------------------------------------------------------------------------------------------
+
+int RowCount(const FaxJobPage& page) noexcept
+{
+    return ListView_GetItemCount(ControlOf(page, IDC_RECIPIENTS));
+}
+
+void SetCell(HWND list, int row, int column, const wchar_t* text) noexcept
+{
+    LVITEMW cell{};
+    cell.iSubItem = column;
+    cell.pszText = const_cast<wchar_t*>(OrEmpty(text));
+    SendMessageW(list, LVM_SETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&cell));
+}
+
+void AppendRow(const FaxJobPage& page, const FaxRecipient& recipient) noexcept
+{
+    const HWND list = ControlOf(page, IDC_RECIPIENTS);
+    LVITEMW item{};
+    item.mask = LVIF_TEXT;
+    item.iItem = RowCount(page);
+    item.pszText = const_cast<wchar_t*>(OrEmpty(recipient.Name));
+    const auto row = static_cast<int>(SendMessageW(list, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item)));
+    SetCell(list, row, 1, recipient.FaxNumber);
+    SetCell(list, row, 2, recipient.Company);
+}
+
+void RefillList(FaxJobPage& page)
+{
+    const HWND list = ControlOf(page, IDC_RECIPIENTS);
+    SendMessageW(list, WM_SETREDRAW, FALSE, 0);
+    ListView_DeleteAllItems(list);
+    for (const FaxRecipient* const recipient : RecipientsOf(*page.job))
+        AppendRow(page, *recipient);
+    SendMessageW(list, WM_SETREDRAW, TRUE, 0);
+    Enable(page, IDC_DELETE, false);
+}
+
+void SelectionChanged(FaxJobPage& page)
+{
+    Enable(page, IDC_DELETE, ListView_GetSelectedCount(ControlOf(page, IDC_RECIPIENTS)) > 0);
+}
+
+void SelectAllRows(FaxJobPage& page)
+{
+    ListView_SetItemState(ControlOf(page, IDC_RECIPIENTS), -1, LVIS_SELECTED, LVIS_SELECTED);
+}
+
+// The record takes the new entry; null when memory is short.
+FaxRecipient* AppendToJob(FaxJobPage& page, const Recipient& recipient)
+{
+    FaxRecipient* const entry =
+        AsRecipient(MakeRecipient(recipient.name.c_str(), recipient.faxNumber.c_str(), recipient.company.c_str()));
+    if (AddRecipient(*page.job, entry))
+        return entry;
+    QxFaxFreeRecipient(entry);
+    return nullptr;
+}
+
+// No duplicate test: a recipient may stand in the job as often as the user likes.
+void AddRecipientWithRow(FaxJobPage& page, const Recipient& recipient)
+{
+    if (const FaxRecipient* const entry = AppendToJob(page, recipient))
+        AppendRow(page, *entry);
+}
+
+// A Send that another page refused has left the typed recipient in the record, where no row shows it.
+void TakeBackTypedRecipient(FaxJobPage& page) noexcept
+{
+    if (std::exchange(page.typedIsInJob, false))
+        DeleteRecipient(*page.job, page.job->Recipients.Count - 1);
+}
+
+void RememberRecent(FaxJobPage& page, const PhoneBookItem& item)
+{
+    page.recent->AddRecent(&item, page.book);
+    page.recent->Save();
+    RefreshNameBoxList(page);
+}
+
+void RememberRecent(FaxJobPage& page, const Recipient& recipient)
+{
+    PhoneBookEntry entry; // the list keeps a copy of its own
+    entry.SetName(recipient.name.c_str());
+    entry.SetFaxNumber(recipient.faxNumber.c_str());
+    entry.SetCompany(recipient.company.c_str());
+    RememberRecent(page, entry);
+}
+
+void AddGroupMembers(FaxJobPage& page, const PhoneBookGroup& group)
+{
+    if (!GroupFits(RowCount(page), group.Members().size())) {
+        ShowMessage(page, kTooManyRecipients);
+        return;
+    }
+    for (const PhoneBookItem* const member : group.Members()) {
+        if (const PhoneBookEntry* const entry = AsEntry(member))
+            AddRecipientWithRow(page, {entry->GetName(), OrEmpty(entry->FaxNumber()), OrEmpty(entry->Company())});
+    }
+    RememberRecent(page, group);
+    ClearRecipientFields(page);
+}
+
+void AddEntry(FaxJobPage& page)
+{
+    if (!RecipientFits(RowCount(page))) {
+        ShowMessage(page, kTooManyRecipients);
+        return;
+    }
+    const Recipient recipient = RecipientInFields(page);
+    AddRecipientWithRow(page, recipient);
+    ClearRecipientFields(page);
+    RememberRecent(page, recipient);
+}
+
+// What the fields show is what is added: a group while its text stands in them, else what was typed or picked.
+void AddToRecipients(FaxJobPage& page)
+{
+    TakeBackTypedRecipient(page);
+    if (page.group != nullptr)
+        AddGroupMembers(page, *page.group);
+    else
+        AddEntry(page);
+}
+
+void DeleteSelected(FaxJobPage& page)
+{
+    TakeBackTypedRecipient(page);
+    const HWND list = ControlOf(page, IDC_RECIPIENTS);
+    int before = -1;
+    for (UINT left = ListView_GetSelectedCount(list); left > 0; --left) {
+        const int row = ListView_GetNextItem(list, before, LVNI_SELECTED);
+        if (row < 0)
+            break;
+        ListView_DeleteItem(list, row);
+        DeleteRecipient(*page.job, row);
+        before = row - 1;
+    }
+    Enable(page, IDC_DELETE, false);
+    Focus(list);
+}
+
+void AnswerListKey(FaxJobPage& page, WORD key)
+{
+    if (key == VK_DELETE && ListView_GetSelectedCount(ControlOf(page, IDC_RECIPIENTS)) > 0)
+        DeleteSelected(page);
+    else if (key == 'A' && GetKeyState(VK_CONTROL) < 0)
+        SelectAllRows(page);
+}
+
+// ---- the phone book -------------------------------------------------------------------------------------------------
+
+void PickFromPhoneBook(FaxJobPage& page)
+{
+    TakeBackTypedRecipient(page);
+    AddRecipientsContext context(page, *page.job, *page.book, page.recent);
+    ShowAddRecipients(page.dialog, context);
+    // Whatever its result: the picker writes the record itself, and what it changed in the book is in the file.
+    RefillList(page);
+    page.book->RemoveAll();
+    page.book->Load();
+    RefreshNameBoxList(page);
+}
+
+bool AddToPhoneBook(FaxJobPage& page, const Recipient& recipient)
+{
+    PhoneBookEntry* const entry = page.book->Store().NewEntry();
+    entry->SetId(page.book->NextId()); // drawn before the duplicate test: a refused entry leaves a gap
+    entry->SetName(recipient.name.c_str());
+    entry->SetFaxNumber(recipient.faxNumber.c_str());
+    entry->SetCompany(recipient.company.c_str());
+    if (page.book->HoldsSameEntry(*entry)) {
+        page.book->Store().Discard(entry);
+        return false;
+    }
+    page.book->Add(entry);
+    page.book->Save(page.book->GetCount());
+    return true;
+}
+
+void AddFieldsToPhoneBook(FaxJobPage& page)
+{
+    const Recipient recipient = RecipientInFields(page);
+    if (page.book->GetCount() >= kMaxPhoneBookItems) {
+        ShowMessage(page, kPhoneBookFull);
+    } else if (!recipient.name.empty() && !recipient.faxNumber.empty()) {
+        if (AddToPhoneBook(page, recipient)) {
+            RefreshNameBoxList(page);
+            BroadcastPhoneBookChanged();
+        } else {
+            ShowMessage(page, kDuplicate);
+        }
+    }
+    Focus(page, IDC_NAME_BOX);
+}
+
+// ---- cover page and billing code ------------------------------------------------------------------------------------
+
+void ToggleCoverPage(FaxJobPage& page) { page.checkImage = OnCoverPageToggled(page.dialog); }
+
+void Browse(FaxJobPage& page) { BrowseForOverlayImage(page.dialog); }
+
+void LoadCoverPage(FaxJobPage& page)
+{
+    page.checkImage = LoadCoverPageFields(page.dialog, *page.job);
+    if (page.job->CoverPageLock == 1) {
+        LockCoverPageToOverlay(page.dialog);
+        page.checkImage = false;
+    }
+    // Last: where there can be no cover page, none is forced on either.
+    if (IsSpoolerThunkHost()) {
+        ForbidCoverPage(page.dialog);
+        page.checkImage = false;
+    }
+}
+
+void LoadBillingCode(FaxJobPage& page)
+{
+    if (page.job->BillingCodeEnabled != 0) {
+        SetFilteredText(page.billingCode, ControlOf(page, IDC_BILLING_CODE), page.job->BillingCode);
+        return;
+    }
+    for (const int id : {IDC_BILLING_GROUP, IDC_BILLING_LABEL, IDC_BILLING_CODE})
+        Show(page, id, false);
+}
+
+// ---- Send -----------------------------------------------------------------------------------------------------------
+
+SendFacts FactsOf(const FaxJobPage& page)
+{
+    const std::wstring image = WindowText(ControlOf(page, IDC_IMAGE), kImagePathLimit);
+    return {.rows = RowCount(page),
+            .typed = Holds(page, IDC_FAX_NUMBER),
+            .billingCodeWanted = page.job->BillingCodeEnabled != 0,
+            .billingCodeLength = TextOf(page, IDC_BILLING_CODE).size(),
+            .billingCodeMinLength = page.job->BillingCodeMinLength,
+            .image = page.checkImage && !image.empty() ? CheckImage(image) : ImageProblem::None};
+}
+
+void ShowBillingCodeMissing(const FaxJobPage& page)
+{
+    const std::wstring text = LocalizedText(page, kInformationMissing) + L"\n" + LocalizedText(page, kBillingCode);
+    ShowPreparedMessage(page, text, MB_OK | MB_ICONSTOP, MessageTitle::Error, page.dialog);
+}
+
+void ShowBillingCodeTooShort(const FaxJobPage& page)
+{
+    const std::wstring text = FillTemplate(LocalizedText(page, kBillingCodeTooShort), kBillingCodeTooShort.fallback,
+                                           {static_cast<int>(page.job->BillingCodeMinLength)});
+    ShowPreparedMessage(page, text, MB_OK | MB_ICONSTOP, MessageTitle::Error, page.dialog);
+}
+
+// Tells the user and answers the field to correct.
+int ReportProblem(const FaxJobPage& page, SendProblem problem)
+{
+    switch (problem) {
+    case SendProblem::NoRecipient: ShowMessage(page, kNoRecipient); return IDC_FAX_NUMBER;
+    case SendProblem::TooManyRecipients: ShowMessage(page, kTooManyRecipients); return IDC_FAX_NUMBER;
+    case SendProblem::BillingCodeMissing: ShowBillingCodeMissing(page); return IDC_BILLING_CODE;
+    case SendProblem::BillingCodeTooShort: ShowBillingCodeTooShort(page); return IDC_BILLING_CODE;
+    case SendProblem::ImageNotFound: ShowMessage(page, ImageMessage(ImageProblem::NotFound)); return IDC_IMAGE;
+    case SendProblem::ImageNotABitmap: ShowMessage(page, ImageMessage(ImageProblem::NotABitmap)); return IDC_IMAGE;
+    }
+    return IDC_FAX_NUMBER;
+}
+
+void SaveTypedRecipient(FaxJobPage& page)
+{
+    if (!Holds(page, IDC_FAX_NUMBER))
+        return;
+    const Recipient recipient = RecipientInFields(page);
+    page.typedIsInJob = AppendToJob(page, recipient) != nullptr;
+    RememberRecent(page, recipient);
+}
+
+// The control to correct after a failed Send; null before the first one. A group covers the fax number.
+HWND ErrorFocus(const FaxJobPage& page) noexcept
+{
+    const bool covered = page.errorField == IDC_FAX_NUMBER && page.group != nullptr;
+    return page.errorField != 0 ? ControlOf(page, covered ? IDC_GROUP_TEXT : page.errorField) : nullptr;
+}
+
+INT_PTR Send(FaxJobPage& page)
+{
+    TakeBackTypedRecipient(page);
+    if (ValidateFaxJobPage(page)) {
+        SaveFaxJobPage(page);
+        return Answer(page.dialog, PSNRET_NOERROR);
+    }
+    // Not every sheet asks the page where to start. Posted: the sheet first turns to this page and moves the focus.
+    PostMessageW(GetAncestor(page.dialog, GA_ROOT), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(ErrorFocus(page)), TRUE);
+    return Answer(page.dialog, PSNRET_INVALID);
+}
+
+INT_PTR Cancel(FaxJobPage& page)
+{
+    TakeBackTypedRecipient(page);
+    page.job->Cancelled = 1;
+    return Answer(page.dialog, 0);
+}
+
+// Once a Send has failed, for good: the page opens on the field that failed last.
+INT_PTR AnswerInitialFocus(FaxJobPage& page)
+{
+    const HWND field = ErrorFocus(page);
+    if (field != nullptr && field != ControlOf(page, IDC_RECIPIENTS))
+        SendMessageW(field, EM_SETSEL, 0, -1);
+    return Answer(page.dialog, reinterpret_cast<LONG_PTR>(field));
+}
+
+// ---- start-up -------------------------------------------------------------------------------------------------------
+
+bool InsertColumns(const FaxJobPage& page, HWND list)
+{
+    for (int i = 0; i < static_cast<int>(std::size(kColumns)); ++i) {
+        std::wstring heading = LocalizedText(page, {kColumns[i]});
+        LVCOLUMNW column{};
+        column.mask = LVCF_FMT | LVCF_WIDTH | LVCF_TEXT | LVCF_SUBITEM;
+        column.fmt = LVCFMT_LEFT;
+        column.cx = kColumnWidth;
+        column.pszText = heading.data();
+        column.iSubItem = i;
+        if (SendMessageW(list, LVM_INSERTCOLUMNW, static_cast<WPARAM>(i), reinterpret_cast<LPARAM>(&column)) < 0)
+            return false;
+    }
+    return true;
+}
+
+void SetUpList(const FaxJobPage& page)
+{
+    const HWND list = ControlOf(page, IDC_RECIPIENTS);
+    if (!InsertColumns(page, list))
+        return;
+    SetWindowLongPtrW(list, GWL_STYLE, GetWindowLongPtrW(list, GWL_STYLE) | LVS_SHOWSELALWAYS);
+    constexpr DWORD kStyles = LVS_EX_FULLROWSELECT | LVS_EX_GRIDLINES;
+    SendMessageW(list, LVM_SETEXTENDEDLISTVIEWSTYLE, kStyles, kStyles);
+}
+
+// ---- messages -------------------------------------------------------------------------------------------------------
+
+// The Setup page may have copied the user's defaults into the job since the page was last seen.
+INT_PTR AnswerActivation(FaxJobPage& page)
+{
+    FaxJobData& job = *page.job;
+    const bool reload = job.DefaultsSaved != 0 || (job.ApplyDefaults != 0 && job.CoverPageFromDefaults != 0);
+    if (reload) {
+        job.DefaultsSaved = 0;
+        job.CoverPageFromDefaults = 0;
+        LoadCoverPage(page);
+    }
+    RefreshNameBoxList(page);
+    return Answer(page.dialog, 0);
+}
+
+INT_PTR AnswerSheet(FaxJobPage& page, UINT code)
+{
+    switch (code) {
+    case PSN_SETACTIVE: return AnswerActivation(page);
+    case PSN_APPLY: return Send(page);
+    case PSN_RESET: return Cancel(page);
+    case PSN_QUERYINITIALFOCUS: return AnswerInitialFocus(page);
+    default: return FALSE;
+    }
+}
+
+INT_PTR AnswerNotification(FaxJobPage& page, const NMHDR& header)
+{
+    if (header.idFrom == IDC_RECIPIENTS && header.code == LVN_KEYDOWN) {
+        AnswerListKey(page, reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey);
+        return TRUE;
+    }
+    return AnswerSheet(page, header.code);
+}
+
+INT_PTR DrawPhoneBookButton(const FaxJobPage& page, const DRAWITEMSTRUCT& item)
+{
+    const RECT& place = item.rcItem;
+    FillRect(item.hDC, &place, GetSysColorBrush(COLOR_BTNFACE));
+    {
+        const UniqueMemoryDc source(CreateCompatibleDC(item.hDC));
+        const SelectedObject picture(source.Get(), page.phoneBookPicture.Get());
+        // From a mirrored source to a mirrored target: the picture stays as it was drawn.
+        SetLayout(source.Get(), GetLayout(item.hDC));
+        BITMAP size{};
+        GetObjectW(page.phoneBookPicture.Get(), sizeof size, &size);
+        BitBlt(item.hDC, place.left, place.top, std::min<int>(size.bmWidth, place.right - place.left),
+               std::min<int>(size.bmHeight, place.bottom - place.top), source.Get(), 0, 0, SRCCOPY);
+    }
+    if ((item.itemState & ODS_FOCUS) != 0)
+        DrawFocusRect(item.hDC, &place);
+    return TRUE;
+}
+
+constexpr Route<FaxJobPage> kRoutes[] = {
+    {IDC_FAX_NUMBER, EN_CHANGE, FilterFaxNumber},
+    {IDC_COMPANY, EN_CHANGE, UpdateRecipientButtons},
+    {IDC_PHONE_BOOK, BN_CLICKED, PickFromPhoneBook},
+    {IDC_CLEAR_FIELDS, BN_CLICKED, ClearRecipientFields},
+    {IDC_ADD_TO_PHONE_BOOK, BN_CLICKED, AddFieldsToPhoneBook},
+    {IDC_TO, BN_CLICKED, AddToRecipients},
+    {IDC_RECIPIENTS, static_cast<UINT>(LVN_ITEMCHANGED), SelectionChanged},
+    {IDC_RECIPIENTS, static_cast<UINT>(NM_SETFOCUS), SelectionChanged},
+    {IDC_DELETE, BN_CLICKED, DeleteSelected},
+    {IDC_COVER_PAGE, BN_CLICKED, ToggleCoverPage},
+    {IDC_BROWSE, BN_CLICKED, Browse},
+    {IDC_BILLING_CODE, EN_CHANGE, FilterBillingCode},
+};
+
+} // namespace
+
+// ---- what the dialog machinery looks for ----------------------------------------------------------------------------
+
+void Initialize(FaxJobPage& page)
+{
+    AttachTypeAhead(page.nameBox, ControlOf(page, IDC_NAME_BOX), page.dialog);
+    RefreshNameBoxList(page);
+    SetUpControls(page, page.dialog, kControls);
+    SetUpList(page);
+    RefillList(page);
+    for (const int id : {IDC_CLEAR_FIELDS, IDC_TO, IDC_ADD_TO_PHONE_BOOK})
+        Enable(page, id, false);
+    ShowGroupText(page, false);
+    LoadBillingCode(page);
+    LoadCoverPage(page);
+    page.phoneBookPicture.Reset(static_cast<HBITMAP>(
+        LoadImageW(ModuleInstance(), MAKEINTRESOURCEW(IDB_PHONE_BOOK), IMAGE_BITMAP, 0, 0, LR_DEFAULTCOLOR)));
+    page.pageCreated(page.session, GetParent(page.dialog));
+}
+
+std::span<const Route<FaxJobPage>> RoutesOf(const FaxJobPage&) noexcept { return kRoutes; }
+
+INT_PTR HandleOther(FaxJobPage& page, UINT message, WPARAM w, LPARAM l)
+{
+    switch (message) {
+    case WM_COMMAND:
+        if (LOWORD(w) == IDC_NAME_BOX)
+            AnswerNameBox(page, HIWORD(w));
+        return FALSE;
+    case WM_NOTIFY: return AnswerNotification(page, *reinterpret_cast<const NMHDR*>(l));
+    case kSuggestionChosen: RefillFields(page); return TRUE;
+    case WM_DRAWITEM:
+        return w == IDC_PHONE_BOOK ? DrawPhoneBookButton(page, *reinterpret_cast<const DRAWITEMSTRUCT*>(l)) : FALSE;
+    case WM_DESTROY: DetachTypeAhead(page.nameBox); return FALSE;
+    default: return AnswerHelp(page, page.dialog, message, w, l, kControls);
+    }
+}
+
+// ---- interface ------------------------------------------------------------------------------------------------------
+
+INT_PTR CALLBACK FaxJobPageProcedure(HWND dialog, UINT message, WPARAM w, LPARAM l) noexcept
+{
+    return PageProcedure<FaxJobPage>(dialog, message, w, l);
+}
+
+std::span<const Control> FaxJobPageControls() noexcept { return kControls; }
+
+void RefreshNameBoxList(FaxJobPage& page)
+{
+    if (page.nameBox.combo == nullptr)
+        return;
+    std::vector<SuggestionItem> items;
+    for (const PhoneBookItem* const item : page.recent->Slots()) {
+        if (item != nullptr)
+            items.push_back({item->GetName(), item});
+    }
+    SetSuggestionItems(page.nameBox, std::move(items));
+    RefreshGroup(page);
+}
+
+bool ValidateFaxJobPage(FaxJobPage& page)
+{
+    const std::vector<SendProblem> problems = CheckSend(FactsOf(page));
+    for (const SendProblem problem : problems)
+        page.errorField = ReportProblem(page, problem);
+    return problems.empty();
+}
+
+void SaveFaxJobPage(FaxJobPage& page)
+{
+    FaxJobData& job = *page.job;
+    SaveTypedRecipient(page);
+    // The user's defaults may just have replaced the job's cover page: the fields are then the older ones.
+    if (job.CoverPageFromDefaults == 0)
+        SaveCoverPageFields(page.dialog, job);
+    SetBillingCode(job, TextOf(page, IDC_BILLING_CODE).c_str());
+    job.Cancelled = 0;
+}
+
+} // namespace qx

@@ -1,0 +1,57 @@
+// The Fax Job page, the first of the sheet: to whom the fax goes, its cover page and its billing code, and the checks
+// before it is sent. What stands in the recipient list stands in the job record, row by row.
+#pragma once
+
+#include "base/dialog.h"
+#include "base/number_filter.h"
+#include "base/number_text.h"
+#include "base/unique.h"
+#include "phonebook/ui/type_ahead_combo.h"
+#include "res/fax_job_page_ids.h"
+#include "text/controls.h"
+
+#include <qxfax/send_fax.h>
+
+namespace qx {
+
+class PhoneBook;
+class PhoneBookGroup;
+class RecentRecipientList;
+
+struct FaxJobPage : TextOwner {
+    HWND dialog = nullptr;
+
+    // Set before the page is created; the page owns none of them.
+    FaxJobData* job = nullptr;
+    PhoneBook* book = nullptr;
+    RecentRecipientList* recent = nullptr;
+    void (*pageCreated)(void* session, HWND sheet) = nullptr; // called once the page is ready
+    void* session = nullptr;
+
+    TypeAheadState nameBox;
+    NumberFilter faxNumber{AllowedInFaxNumber, L""};
+    NumberFilter billingCode{AllowedInBillingCode, L""};
+    // The group that stands in the fields, or null. It belongs to the recent list.
+    const PhoneBookGroup* group = nullptr;
+    bool checkImage = false;     // the image path is the user's and is checked on Send
+    bool typedIsInJob = false;   // a Send has put the typed recipient behind those of the list, and the sheet is still open
+    int errorField = 0;          // the control that last failed on Send; from then on the page opens on it
+    UniqueBitmap phoneBookPicture;
+};
+
+inline constexpr DialogTemplate kFaxJobPageTemplate{IDD_FAX_JOB_PAGE, IDD_FAX_JOB_PAGE_RTL};
+
+INT_PTR CALLBACK FaxJobPageProcedure(HWND dialog, UINT message, WPARAM w, LPARAM l) noexcept;
+
+std::span<const Control> FaxJobPageControls() noexcept;
+
+// The recent recipients as they stand become the names that the name box offers. Nothing before the page is created.
+void RefreshNameBoxList(FaxJobPage& page);
+
+// Shows a message for everything that keeps the job from being sent, in order; true when nothing does.
+bool ValidateFaxJobPage(FaxJobPage& page);
+
+// Writes the page to the job record, the recipient that still stands in the fields included. Only after validation.
+void SaveFaxJobPage(FaxJobPage& page);
+
+} // namespace qx

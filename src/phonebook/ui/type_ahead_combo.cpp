@@ -1,0 +1,545 @@
+#include "phonebook/ui/type_ahead_combo.h"
+
+#include "base/dialog.h"
+#include "base/guarded.h"
+
+#include <algorithm>
+#include <array>
+
+namespace qx {
+
+namespace {
+
+constexpr std::size_t kTypedUnits = 1023;
+constexpr int kRowsShown = 10; // the list is made one row higher than the rows it shows
+constexpr int kBelowEdit = 6;  // pixels between edit area and list: the borders of the combo box
+constexpr int kNarrower = 1;   // pixels, on each side
+constexpr WPARAM kFromTop = static_cast<WPARAM>(-1);
+constexpr WPARAM kNothing = static_cast<WPARAM>(-1);
+
+// ---- the registry ---------------------------------------------------------------------------------------------------
+
+struct Slot {
+    HWND combo = nullptr;
+    HWND edit = nullptr;
+    HWND list = nullptr;
+    TypeAheadState* state = nullptr;
+};
+
+// Window procedures get a window and nothing else. The table is the process's; one thread uses it at a time.
+std::array<Slot, 32> g_registry;
+
+bool IsFree(const Slot& slot) noexcept
+{
+    return slot.combo == nullptr && slot.edit == nullptr && slot.list == nullptr;
+}
+
+TypeAheadState* StateOfWindow(HWND window) noexcept
+{
+    for (const Slot& slot : g_registry) {
+        if (slot.combo == window || slot.edit == window || slot.list == window)
+            return slot.state;
+    }
+    return nullptr;
+}
+
+void Register(TypeAheadState& state) noexcept
+{
+    const auto slot = std::ranges::find_if(g_registry, IsFree);
+    if (slot != g_registry.end())
+        *slot = {state.combo, state.edit, state.list, &state};
+}
+
+void Unregister(const TypeAheadState& state) noexcept
+{
+    const auto slot = std::ranges::find(g_registry, &state, &Slot::state);
+    if (slot != g_registry.end())
+        *slot = {};
+}
+
+// ---- list and edit --------------------------------------------------------------------------------------------------
+
+class Completing { // while it lives, changes of the edit are not the user's
+public:
+    explicit Completing(TypeAheadState& state) noexcept : state_(state), before_(state.completing)
+    {
+        state_.completing = true;
+    }
+    ~Completing() { state_.completing = before_; }
+    Completing(const Completing&) = delete;
+    Completing& operator=(const Completing&) = delete;
+
+private:
+    TypeAheadState& state_;
+    bool before_;
+};
+
+std::wstring EditText(const TypeAheadState& state)
+{
+    return WindowText(state.edit, kTypedUnits);
+}
+
+bool ListShows(const TypeAheadState& state) noexcept
+{
+    return IsWindowVisible(state.list) != FALSE;
+}
+
+int SelectedRow(const TypeAheadState& state) noexcept
+{
+    return static_cast<int>(SendMessageW(state.list, LB_GETCURSEL, 0, 0));
+}
+
+void SelectRow(const TypeAheadState& state, WPARAM row) noexcept
+{
+    SendMessageW(state.list, LB_SETCURSEL, row, 0);
+}
+
+std::wstring RowText(const TypeAheadState& state, int row)
+{
+    const auto* const item =
+        reinterpret_cast<const SuggestionItem*>(SendMessageW(state.list, LB_GETITEMDATA, static_cast<WPARAM>(row), 0));
+    return item != nullptr && reinterpret_cast<LRESULT>(item) != LB_ERR ? item->text : std::wstring();
+}
+
+// The combo box itself would empty its edit too.
+void ClearRows(const TypeAheadState& state) noexcept
+{
+    SendMessageW(state.list, LB_RESETCONTENT, 0, 0);
+}
+
+void AppendRow(const TypeAheadState& state, const SuggestionItem& item) noexcept
+{
+    const LRESULT row = SendMessageW(state.list, LB_INSERTSTRING, kNothing, reinterpret_cast<LPARAM>(item.text.c_str()));
+    if (row >= 0)
+        SendMessageW(state.list, LB_SETITEMDATA, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
+}
+
+class RedrawOff {
+public:
+    explicit RedrawOff(HWND window) noexcept : window_(window) { SendMessageW(window_, WM_SETREDRAW, FALSE, 0); }
+    ~RedrawOff()
+    {
+        SendMessageW(window_, WM_SETREDRAW, TRUE, 0);
+        InvalidateRect(window_, nullptr, TRUE);
+    }
+    RedrawOff(const RedrawOff&) = delete;
+    RedrawOff& operator=(const RedrawOff&) = delete;
+
+private:
+    HWND window_;
+};
+
+// The rows point at the matches: they go before them.
+void ShowMatches(TypeAheadState& state, const std::wstring& typed)
+{
+    const RedrawOff redraw(state.list);
+    ClearRows(state);
+    state.suggestions.Rebuild(typed);
+    for (const SuggestionItem& match : state.suggestions.Matches())
+        AppendRow(state, match);
+    state.rowsAreMatches = true;
+}
+
+void ShowOffered(TypeAheadState& state)
+{
+    const RedrawOff redraw(state.list);
+    ClearRows(state);
+    for (const SuggestionItem* item : state.suggestions.Offered())
+        AppendRow(state, *item);
+    state.rowsAreMatches = false;
+}
+
+// Hovering selects rows. A row that was not chosen in the end must not stand for the text in the edit.
+void DropStaleSelection(const TypeAheadState& state)
+{
+    const int row = SelectedRow(state);
+    if (row >= 0 && RowText(state, row) != EditText(state))
+        SelectRow(state, kNothing);
+}
+
+void ShowList(const TypeAheadState& state) noexcept
+{
+    SendMessageW(state.combo, CB_SHOWDROPDOWN, TRUE, 0);
+}
+
+void HideList(const TypeAheadState& state)
+{
+    if (!ListShows(state))
+        return;
+    SendMessageW(state.combo, CB_SHOWDROPDOWN, FALSE, 0);
+    DropStaleSelection(state);
+}
+
+// The row becomes the combo box's selection and its text the edit's: from here on the user deletes from a whole name.
+void ChooseRow(TypeAheadState& state, int row)
+{
+    const Completing ours(state);
+    SendMessageW(state.combo, CB_SETCURSEL, static_cast<WPARAM>(row), 0);
+    state.previousLength = EditText(state).size();
+}
+
+void Complete(TypeAheadState& state, int row, std::size_t typedLength)
+{
+    {
+        const Completing ours(state);
+        SetWindowTextW(state.combo, RowText(state, row).c_str());
+    }
+    ShowList(state);
+    if (SendMessageW(state.list, LB_GETTOPINDEX, 0, 0) != row)
+        SendMessageW(state.list, LB_SETTOPINDEX, static_cast<WPARAM>(row), 0);
+    SelectRow(state, static_cast<WPARAM>(row));
+    SendMessageW(state.edit, EM_SETSEL, typedLength, -1);
+}
+
+void DeleteCompletedTail(TypeAheadState& state)
+{
+    const Completing ours(state);
+    SendMessageW(state.edit, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(L""));
+}
+
+void Notify(const TypeAheadState& state, int row) noexcept
+{
+    SendMessageW(state.notify, kSuggestionChosen, 0, row);
+}
+
+// ---- the edit -------------------------------------------------------------------------------------------------------
+
+void AnswerEscape(TypeAheadState& state)
+{
+    HideList(state);
+    ChooseRow(state, -1);
+    Notify(state, -1);
+}
+
+void AnswerEnterInList(TypeAheadState& state)
+{
+    const int row = SelectedRow(state);
+    if (row >= 0)
+        ChooseRow(state, row);
+    else
+        DeleteCompletedTail(state);
+    HideList(state);
+    Notify(state, SelectedRow(state));
+}
+
+void AnswerEnterWithoutList(TypeAheadState& state)
+{
+    DeleteCompletedTail(state);
+    const std::wstring text = EditText(state);
+    if (!text.empty()) {
+        const auto row = static_cast<int>(
+            SendMessageW(state.combo, CB_FINDSTRING, kFromTop, reinterpret_cast<LPARAM>(text.c_str())));
+        if (row >= 0)
+            ChooseRow(state, row);
+        else
+            SelectRow(state, kNothing);
+    }
+    Notify(state, 0);
+}
+
+// As with any combo box the arrow keys walk through the names, also before the list was ever opened.
+void OfferNamesForArrowKeys(TypeAheadState& state)
+{
+    const bool stale = GetWindowTextLengthW(state.edit) == 0 || SendMessageW(state.list, LB_GETCOUNT, 0, 0) == 0;
+    if (!ListShows(state) && stale)
+        ShowOffered(state);
+}
+
+bool IsEnterOrEscape(WPARAM key) noexcept
+{
+    return key == VK_RETURN || key == VK_ESCAPE;
+}
+
+// With the list shown, Enter and Escape are the list's. With the list hidden the dialog manager keeps them.
+bool WantsKey(const TypeAheadState& state, LPARAM l) noexcept
+{
+    const auto* const message = reinterpret_cast<const MSG*>(l);
+    return message != nullptr && message->message == WM_KEYDOWN && IsEnterOrEscape(message->wParam) && ListShows(state);
+}
+
+LRESULT AnswerEditMessage(TypeAheadState& state, UINT message, WPARAM w, LPARAM l)
+{
+    const auto old = [&] { return CallWindowProcW(state.editProcedure, state.edit, message, w, l); };
+    switch (message) {
+    case WM_GETDLGCODE:
+        return old() | (WantsKey(state, l) ? DLGC_WANTMESSAGE : 0);
+    case WM_KEYDOWN:
+        if (w == VK_RETURN) {
+            ListShows(state) ? AnswerEnterInList(state) : AnswerEnterWithoutList(state);
+            return 0;
+        }
+        if (w == VK_ESCAPE)
+            AnswerEscape(state);
+        else if (w == VK_DOWN || w == VK_UP)
+            OfferNamesForArrowKeys(state);
+        return old();
+    case WM_CHAR:
+        return IsEnterOrEscape(w) ? 0 : old(); // the keys were answered; the edit would only beep
+    case WM_KILLFOCUS:
+        HideList(state);
+        return old();
+    default:
+        return old();
+    }
+}
+
+// ---- the combo box --------------------------------------------------------------------------------------------------
+
+// Screen coordinates.
+RECT ListPlace(const TypeAheadState& state) noexcept
+{
+    RECT combo{};
+    GetWindowRect(state.combo, &combo);
+    RECT place{};
+    SendMessageW(state.combo, CB_GETDROPPEDCONTROLRECT, 0, reinterpret_cast<LPARAM>(&place));
+    if (place.left > place.right)
+        std::swap(place.left, place.right); // mirrored
+    // The dropped-down rectangle begins with the combo box itself on some systems, below its edit area on others.
+    const auto editHeight = static_cast<int>(SendMessageW(state.combo, CB_GETITEMHEIGHT, kNothing, 0));
+    if (place.top < combo.top + editHeight)
+        place.top += editHeight + kBelowEdit;
+    place.left += kNarrower;
+    place.right -= kNarrower;
+    const auto rows = static_cast<int>(SendMessageW(state.list, LB_GETCOUNT, 0, 0));
+    const auto rowHeight = static_cast<int>(SendMessageW(state.list, LB_GETITEMHEIGHT, 0, 0));
+    place.bottom = place.top + (std::min(rows, kRowsShown) + 1) * rowHeight;
+    return place;
+}
+
+void ShowListWindow(TypeAheadState& state) noexcept
+{
+    if (!ListShows(state))
+        GetCursorPos(&state.pointerWhenShown);
+    const RECT place = ListPlace(state);
+    SetWindowPos(state.list, HWND_TOPMOST, place.left, place.top, place.right - place.left, place.bottom - place.top,
+                 SWP_NOACTIVATE | SWP_SHOWWINDOW);
+}
+
+void HideListWindow(const TypeAheadState& state) noexcept
+{
+    // A list that the arrow button opened is open for the combo box, too.
+    if (CallWindowProcW(state.comboProcedure, state.combo, CB_GETDROPPEDSTATE, 0, 0) != 0)
+        CallWindowProcW(state.comboProcedure, state.combo, CB_SHOWDROPDOWN, FALSE, 0);
+    ShowWindow(state.list, SW_HIDE);
+}
+
+LRESULT AnswerComboMessage(TypeAheadState& state, UINT message, WPARAM w, LPARAM l)
+{
+    switch (message) {
+    case CB_RESETCONTENT:
+        ClearRows(state);
+        return CB_OKAY;
+    case CB_SHOWDROPDOWN:
+        w != 0 ? ShowListWindow(state) : HideListWindow(state);
+        return TRUE;
+    case CB_GETDROPPEDSTATE:
+        return ListShows(state);
+    default:
+        return CallWindowProcW(state.comboProcedure, state.combo, message, w, l);
+    }
+}
+
+// ---- the list -------------------------------------------------------------------------------------------------------
+
+// -1 when the point (client coordinates) is over no row.
+int RowAt(const TypeAheadState& state, LPARAM point) noexcept
+{
+    const LRESULT found = SendMessageW(state.list, LB_ITEMFROMPOINT, 0, point);
+    const bool outside = HIWORD(found) != 0;
+    return outside || LOWORD(found) >= SendMessageW(state.list, LB_GETCOUNT, 0, 0) ? -1 : LOWORD(found);
+}
+
+// A list that opens under a pointer at rest gets a move all the same: that is not the user hovering over it.
+bool PointerHasMoved(const TypeAheadState& state, LPARAM l) noexcept
+{
+    POINT point{static_cast<short>(LOWORD(l)), static_cast<short>(HIWORD(l))};
+    ClientToScreen(state.list, &point);
+    return point.x != state.pointerWhenShown.x || point.y != state.pointerWhenShown.y;
+}
+
+void FollowPointer(const TypeAheadState& state, LPARAM l) noexcept
+{
+    const int row = RowAt(state, l);
+    if (row >= 0 && row != SelectedRow(state))
+        SelectRow(state, static_cast<WPARAM>(row));
+}
+
+void TellPageOfSelection(const TypeAheadState& state) noexcept
+{
+    const auto id = static_cast<WORD>(GetDlgCtrlID(state.combo));
+    SendMessageW(state.notify, WM_COMMAND, MAKEWPARAM(id, CBN_SELCHANGE), reinterpret_cast<LPARAM>(state.combo));
+}
+
+LRESULT AnswerClick(TypeAheadState& state, int row, WPARAM w, LPARAM l)
+{
+    ChooseRow(state, row);
+    SendMessageW(state.list, kCaptureMouse, 0, 0);
+    HideList(state);
+    state.selectionNotified = false;
+    const LRESULT result = CallWindowProcW(state.listProcedure, state.list, WM_LBUTTONUP, w, l);
+    // A list box that has lost the capture may stay silent, and the page would not hear of the choice.
+    if (!state.selectionNotified)
+        TellPageOfSelection(state);
+    return result;
+}
+
+void CaptureMouse(HWND list, bool capture) noexcept
+{
+    if (!capture) {
+        ReleaseCapture();
+        return;
+    }
+    const HCURSOR cursor = GetCursor();
+    SetCapture(list);
+    SetCursor(cursor);
+    CURSORINFO info{};
+    info.cbSize = sizeof info;
+    if (GetCursorInfo(&info) && (info.flags & CURSOR_SHOWING) == 0)
+        ShowCursor(TRUE);
+}
+
+LRESULT AnswerListMessage(TypeAheadState& state, UINT message, WPARAM w, LPARAM l)
+{
+    if (message == WM_MOUSEMOVE) {
+        if (!PointerHasMoved(state, l))
+            return 0;
+        FollowPointer(state, l);
+    }
+    if (message == WM_LBUTTONUP) {
+        const int row = RowAt(state, l);
+        if (row >= 0)
+            return AnswerClick(state, row, w, l);
+    }
+    if (message == kCaptureMouse)
+        CaptureMouse(state.list, l != 0);
+    return CallWindowProcW(state.listProcedure, state.list, message, w, l);
+}
+
+// ---- attaching ------------------------------------------------------------------------------------------------------
+
+using Answer = LRESULT (*)(TypeAheadState&, UINT, WPARAM, LPARAM);
+
+template <Answer answer> LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM w, LPARAM l) noexcept
+{
+    TypeAheadState* const state = StateOfWindow(window);
+    if (state == nullptr)
+        return DefWindowProcW(window, message, w, l);
+    return Guarded<LRESULT>(0, [&] { return answer(*state, message, w, l); });
+}
+
+WNDPROC ReplaceProcedure(HWND window, WNDPROC procedure) noexcept
+{
+    return reinterpret_cast<WNDPROC>(SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(procedure)));
+}
+
+void RestoreProcedure(HWND window, WNDPROC& procedure) noexcept
+{
+    if (procedure != nullptr && IsWindow(window))
+        ReplaceProcedure(window, procedure);
+    procedure = nullptr;
+}
+
+} // namespace
+
+void AttachTypeAhead(TypeAheadState& state, HWND combo, HWND notify)
+{
+    COMBOBOXINFO info{};
+    info.cbSize = sizeof info;
+    if (!GetComboBoxInfo(combo, &info))
+        return;
+    state.combo = combo;
+    state.edit = info.hwndItem;
+    state.list = info.hwndList;
+    state.notify = notify;
+    Register(state);
+    state.editProcedure = ReplaceProcedure(state.edit, Procedure<AnswerEditMessage>);
+    state.listProcedure = ReplaceProcedure(state.list, Procedure<AnswerListMessage>);
+    state.comboProcedure = ReplaceProcedure(state.combo, Procedure<AnswerComboMessage>);
+}
+
+void DetachTypeAhead(TypeAheadState& state) noexcept
+{
+    RestoreProcedure(state.combo, state.comboProcedure);
+    RestoreProcedure(state.list, state.listProcedure);
+    RestoreProcedure(state.edit, state.editProcedure);
+    Unregister(state);
+}
+
+void SetSuggestionItems(TypeAheadState& state, std::vector<SuggestionItem> items)
+{
+    HideList(state);
+    ClearRows(state);
+    state.suggestions.SetItems(std::move(items));
+}
+
+void FreeSuggestionItems(TypeAheadState& state) noexcept
+{
+    state.suggestions.SetItems({});
+}
+
+bool HandleNameBoxNotification(TypeAheadState& state, UINT code)
+{
+    if (state.completing)
+        return false;
+    switch (code) {
+    case CBN_EDITCHANGE: OnEditChange(state); break;
+    case CBN_DROPDOWN: OnDropDown(state); break;
+    case CBN_CLOSEUP: DropStaleSelection(state); break;
+    case CBN_SELCHANGE:
+        state.selectionNotified = true;
+        // The combo box writes the edit only after this notification: the page would still find the old name there.
+        if (SelectedRow(state) >= 0)
+            ChooseRow(state, SelectedRow(state));
+        break;
+    default: break;
+    }
+    return true;
+}
+
+void OnEditChange(TypeAheadState& state)
+{
+    const std::wstring typed = EditText(state);
+    ShowMatches(state, typed);
+    const auto row = static_cast<int>(
+        SendMessageW(state.combo, CB_FINDSTRING, kFromTop, reinterpret_cast<LPARAM>(typed.c_str())));
+    switch (AnswerTyping(typed, state.previousLength, row >= 0)) {
+    case EditAnswer::HideList: HideList(state); break;
+    case EditAnswer::ShowList: ShowList(state); break;
+    case EditAnswer::Complete: Complete(state, row, typed.size()); break;
+    }
+    state.previousLength = typed.size();
+}
+
+void OnDropDown(TypeAheadState& state)
+{
+    if (!ListShows(state))
+        ShowOffered(state);
+}
+
+const void* GetChosenItemData(TypeAheadState& state)
+{
+    int row = SelectedRow(state);
+    if (row < 0) {
+        const std::wstring text = EditText(state);
+        if (!state.rowsAreMatches || !state.suggestions.AreFor(text))
+            ShowMatches(state, text);
+        row = static_cast<int>(
+            SendMessageW(state.combo, CB_FINDSTRINGEXACT, kFromTop, reinterpret_cast<LPARAM>(text.c_str())));
+    }
+    if (row < 0)
+        return nullptr;
+    const LRESULT item = SendMessageW(state.list, LB_GETITEMDATA, static_cast<WPARAM>(row), 0);
+    return item != LB_ERR && item != 0 ? reinterpret_cast<const SuggestionItem*>(item)->data : nullptr;
+}
+
+void ClearNameBox(TypeAheadState& state)
+{
+    HideList(state);
+    ClearRows(state);
+    const Completing ours(state);
+    SetWindowTextW(state.combo, L"");
+    SendMessageW(state.combo, CB_SETCURSEL, kNothing, 0);
+    state.previousLength = 0;
+}
+
+} // namespace qx

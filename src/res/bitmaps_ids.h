@@ -1,0 +1,4 @@
+// Bitmaps of the module.
+#pragma once
+
+#define IDB_PHONE_BOOK 214 // 27 by 27 pixels
