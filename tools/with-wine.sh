@@ -39,7 +39,8 @@ case $lang in
     *) die "unknown language '$lang'; $usage" ;;
 esac
 
-export WINEARCH=win64 WINEDEBUG=${WINEDEBUG--all} WINEDLLOVERRIDES='mscoree,mshtml='
+# hhctrl.ocx: a test puts another help viewer into the system folder; without this Wine would go on using its own.
+export WINEARCH=win64 WINEDEBUG=${WINEDEBUG--all} WINEDLLOVERRIDES='mscoree,mshtml=;hhctrl.ocx=n,b'
 export LC_ALL=$locale.UTF-8
 unset LANGUAGE
 

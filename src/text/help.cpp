@@ -5,6 +5,7 @@
 #include "base/unique.h"
 
 #include <htmlhelp.h>
+#include <optional>
 #include <setupapi.h>
 
 namespace qx {
@@ -30,20 +31,23 @@ std::wstring TemporaryFolder()
     return units > 0 && units < MAX_PATH ? std::wstring(folder, units) : std::wstring();
 }
 
-// A folder of that name is no file.
-bool FileExists(const std::wstring& path) noexcept
+// Nothing when there is no such file. A folder of that name is no file.
+std::optional<ULONGLONG> SizeOfFile(const std::wstring& path) noexcept
 {
     WIN32_FIND_DATAW found;
     const UniqueFindFile search(FindFirstFileW(path.c_str(), &found));
-    return search && (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+    if (!search || (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
+        return std::nullopt;
+    return ULONGLONG{found.nFileSizeHigh} << 32 | found.nFileSizeLow;
 }
+
+bool FileExists(const std::wstring& path) noexcept { return SizeOfFile(path).has_value(); }
 
 // One walk through the cabinet, looking for one file.
 struct Extraction {
     const std::wstring& wanted;
     const std::wstring& target; // shorter than MAX_PATH
-    bool started = false;
-    bool finished = false;
+    std::optional<DWORD> bytes; // of the whole file, once it was found
 };
 
 UINT OnFileInCabinet(Extraction& extraction, FILE_IN_CABINET_INFO_W& file) noexcept
@@ -52,26 +56,23 @@ UINT OnFileInCabinet(Extraction& extraction, FILE_IN_CABINET_INFO_W& file) noexc
     const bool wanted = CompareStringOrdinal(file.NameInCabinet, -1, extraction.wanted.c_str(), -1, TRUE) == CSTR_EQUAL;
     if (!wanted || FAILED(CopyText(file.FullTargetName, extraction.target.c_str())))
         return FILEOP_SKIP;
-    extraction.started = true;
+    extraction.bytes = file.FileSize;
     return FILEOP_DOIT;
 }
 
 UINT CALLBACK OnCabinet(PVOID context, UINT notification, UINT_PTR first, UINT_PTR) noexcept
 {
-    auto& extraction = *static_cast<Extraction*>(context);
     if (notification == SPFILENOTIFY_FILEINCABINET)
-        return OnFileInCabinet(extraction, *reinterpret_cast<FILE_IN_CABINET_INFO_W*>(first));
-    if (notification == SPFILENOTIFY_FILEEXTRACTED)
-        extraction.finished = reinterpret_cast<const FILEPATHS_W*>(first)->Win32Error == NO_ERROR;
+        return OnFileInCabinet(*static_cast<Extraction*>(context), *reinterpret_cast<FILE_IN_CABINET_INFO_W*>(first));
     return NO_ERROR;
 }
 
 void ExtractFile(const std::wstring& cabinet, const std::wstring& wanted, const std::wstring& target) noexcept
 {
-    Extraction extraction{.wanted = wanted, .target = target};
+    Extraction extraction{.wanted = wanted, .target = target, .bytes = std::nullopt};
     SetupIterateCabinetW(cabinet.c_str(), 0, OnCabinet, &extraction);
-    // A damaged cabinet leaves the beginning of a file, which would be taken for the help ever after.
-    if (extraction.started && !extraction.finished)
+    // A damaged cabinet leaves the beginning of a file behind, which would be taken for the help ever after.
+    if (extraction.bytes && SizeOfFile(target) != *extraction.bytes)
         DeleteFileW(target.c_str());
 }
 

@@ -1,0 +1,453 @@
+#include "text/help.h"
+
+#include "support/cabinet.h"
+#include "support/help_viewer.h"
+#include "base/unique.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <map>
+#include <memory>
+
+namespace qx {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr wchar_t kCabinet[] = L"QXHELPT.CAB";
+constexpr wchar_t kHelpName[] = L"QXZH_XX_F1.CHM";
+constexpr char kEnglish[] = "QXZHENF1.CHM";
+
+// The code of the language that this run's user has.
+std::string UserCode()
+{
+    static const std::map<LANGID, std::string> kCodes{{0x0409, "EN"}, {0x0C07, "DE"}, {0x040D, "HE"}, {0x0411, "JA"}};
+    return kCodes.at(GetUserDefaultUILanguage());
+}
+
+std::string UserVariant() { return "QXZH" + UserCode() + "F1.CHM"; }
+
+std::string Contents(const fs::path& file)
+{
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+void WriteFile(const fs::path& file, const std::string& content) { std::ofstream(file, std::ios::binary) << content; }
+
+// A printer whose driver has these dependent files, until it goes out of scope.
+class Printer {
+public:
+    explicit Printer(const std::vector<std::wstring>& dependentFiles)
+    {
+        const std::wstring suffix = std::to_wstring(GetCurrentProcessId());
+        driver_ = L"Help test driver " + suffix;
+        std::wstring name = L"Help test printer " + suffix;
+        std::wstring files;
+        for (const std::wstring& file : dependentFiles)
+            files += file + L'\0';
+        files += L'\0';
+
+        DRIVER_INFO_3W driver{};
+        driver.cVersion = 3;
+        driver.pName = driver_.data();
+        driver.pEnvironment = environment_.data();
+        driver.pDriverPath = file_.data();
+        driver.pDataFile = file_.data();
+        driver.pConfigFile = file_.data();
+        driver.pDependentFiles = files.data();
+        EXPECT_TRUE(AddPrinterDriverW(nullptr, 3, reinterpret_cast<BYTE*>(&driver))) << GetLastError();
+
+        PRINTER_INFO_2W printer{};
+        printer.pPrinterName = name.data();
+        printer.pPortName = port_.data();
+        printer.pDriverName = driver_.data();
+        printer.pPrintProcessor = processor_.data();
+        printer.pDatatype = datatype_.data();
+        const UniquePrinter added(AddPrinterW(nullptr, 2, reinterpret_cast<BYTE*>(&printer)));
+        EXPECT_TRUE(added) << GetLastError();
+
+        PRINTER_DEFAULTSW all{.pDatatype = nullptr, .pDevMode = nullptr, .DesiredAccess = PRINTER_ALL_ACCESS};
+        EXPECT_TRUE(OpenPrinterW(name.data(), handle_.Receive(), &all)) << GetLastError();
+    }
+
+    ~Printer()
+    {
+        DeletePrinter(handle_.Get());
+        handle_.Reset();
+        DeletePrinterDriverExW(nullptr, environment_.data(), driver_.data(), 0, 0);
+    }
+
+    HANDLE Handle() const { return handle_.Get(); }
+
+private:
+    std::wstring driver_;
+    std::wstring environment_ = L"Windows x64";
+    std::wstring file_ = L"qxhelpt.dll";
+    std::wstring port_ = L"LPT1:";
+    std::wstring processor_ = L"WinPrint";
+    std::wstring datatype_ = L"RAW";
+    UniquePrinter handle_;
+};
+
+fs::path DriverFolder()
+{
+    wchar_t folder[MAX_PATH] = L"";
+    DWORD bytes = 0;
+    wchar_t environment[] = L"Windows x64";
+    EXPECT_TRUE(GetPrinterDriverDirectoryW(nullptr, environment, 1, reinterpret_cast<BYTE*>(folder), sizeof folder, &bytes));
+    return fs::path(folder) / "3";
+}
+
+// A temporary folder of its own for each test, and a driver folder with at most the test's cabinet in it.
+class Help : public testing::Test {
+protected:
+    Help()
+    {
+        fs::create_directories(folder_);
+        SetTemporaryFolder(folder_);
+        fs::create_directories(cabinet_.parent_path());
+        fs::remove(cabinet_);
+        language_ = TextOwner(); // takes the user's language over
+    }
+
+    ~Help() override
+    {
+        SetTemporaryFolder(original_);
+        for (const auto& entry : fs::recursive_directory_iterator(sandbox_))
+            fs::permissions(entry, fs::perms::owner_write, fs::perm_options::add);
+        fs::remove_all(sandbox_);
+        fs::remove(cabinet_);
+    }
+
+    static void SetTemporaryFolder(const fs::path& folder)
+    {
+        for (const wchar_t* const variable : {L"TMP", L"TEMP"})
+            ASSERT_TRUE(SetEnvironmentVariableW(variable, folder.c_str()));
+    }
+
+    // Relative to the sandbox, everything below it except the temporary folder itself.
+    std::vector<fs::path> FilesInSandbox() const
+    {
+        std::vector<fs::path> files;
+        for (const auto& entry : fs::recursive_directory_iterator(sandbox_)) {
+            if (entry.path() != folder_)
+                files.push_back(fs::relative(entry.path(), sandbox_));
+        }
+        return files;
+    }
+
+    fs::path Extract(std::wstring_view helpName = kHelpName) const
+    {
+        return ExtractHelpFromCabinet(printer_.Handle(), kCabinet, helpName);
+    }
+
+    fs::path original_ = fs::temp_directory_path();
+    fs::path sandbox_ = original_ / ("help test " + std::to_string(GetCurrentProcessId()));
+    fs::path folder_ = sandbox_ / "temp";
+    fs::path cabinet_ = DriverFolder() / kCabinet;
+    Printer printer_{{L"qxother.dll", L"QXZHLF1.CHM"}};
+    TextOwner language_;
+};
+
+TEST(HelpLanguage, ALanguageWithoutCodeGetsEnglish)
+{
+    wchar_t code[4] = L"xxx";
+    VGetLocaleSubstring(0x0439, code);
+    EXPECT_STREQ(code, L"EN");
+    VGetLocaleSubstring(0x0404, code);
+    EXPECT_STREQ(code, L"HT");
+}
+
+TEST(HelpLanguage, NothingIsWrittenToNowhere) { VGetLocaleSubstring(0x0409, nullptr); }
+
+TEST_F(Help, TheLocalizedNameFollowsTheLanguage)
+{
+    EXPECT_EQ(BuildLocalizedHelpName(L"QXFXH_XX_F1.CHM", 0x0407), L"QXFXHDEF1.CHM");
+    EXPECT_EQ(BuildLocalizedHelpName(L"QXFXH_XX_F1.CHM", 0x0439), L"QXFXHENF1.CHM");
+}
+
+TEST_F(Help, ADriverFileLiesBesideTheDriver)
+{
+    EXPECT_TRUE(fs::equivalent(fs::path(BuildDriverFilePath(printer_.Handle(), L"x.cab")).parent_path(), DriverFolder()));
+    EXPECT_EQ(fs::path(BuildDriverFilePath(printer_.Handle(), L"x.cab")).filename(), L"x.cab");
+}
+
+TEST_F(Help, APrintServerHasNoDriverAndABadHandleNoFolder)
+{
+    EXPECT_EQ(BuildDriverFilePath(nullptr, L"x.cab"), L"");
+    EXPECT_EQ(BuildDriverFilePath(INVALID_HANDLE_VALUE, L"x.cab"), L"");
+}
+
+// ---- the cabinet ---------------------------------------------------------------------------------------------------
+
+TEST_F(Help, TheUsersVariantIsUnpackedIntoTheTemporaryFolder)
+{
+    test::WriteCabinet(cabinet_, {{"OTHER.TXT", "other"}, {kEnglish, "english"}, {UserVariant(), "variant"}});
+    EXPECT_EQ(Extract(), folder_ / UserVariant());
+    EXPECT_EQ(Contents(folder_ / UserVariant()), "variant");
+    EXPECT_EQ(FilesInSandbox().size(), 1u);
+}
+
+TEST_F(Help, TheBuiltCabinetHoldsTheUsersVariant)
+{
+    fs::copy_file(fs::path(std::getenv("QX_BINARY_DIR")) / "QXFAXHLP.CAB", cabinet_);
+    EXPECT_EQ(Extract(), folder_ / UserVariant());
+    EXPECT_EQ(Contents(folder_ / UserVariant()).substr(0, 4), "ITSF");
+}
+
+TEST_F(Help, NamesInTheCabinetAreComparedWithoutCase)
+{
+    test::WriteCabinet(cabinet_, {{"qxzh" + UserCode() + "f1.ChM", "variant"}});
+    EXPECT_EQ(Extract(), folder_ / UserVariant());
+    EXPECT_EQ(Contents(folder_ / UserVariant()), "variant");
+}
+
+TEST_F(Help, AVariantThatIsThereIsNeverUnpackedAgain)
+{
+    WriteFile(folder_ / UserVariant(), "kept");
+    test::WriteCabinet(cabinet_, {{UserVariant(), "variant"}});
+    EXPECT_EQ(Extract(), folder_ / UserVariant());
+    EXPECT_EQ(Contents(folder_ / UserVariant()), "kept");
+    fs::remove(cabinet_);
+    EXPECT_EQ(Extract(), folder_ / UserVariant());
+}
+
+TEST_F(Help, WithoutTheUsersVariantTheCabinetYieldsTheEnglishOne)
+{
+    test::WriteCabinet(cabinet_, {{"QXZHFIF1.CHM", "finnish"}, {kEnglish, "english"}});
+    EXPECT_EQ(Extract(), folder_ / kEnglish);
+    EXPECT_EQ(Contents(folder_ / kEnglish), "english");
+}
+
+TEST_F(Help, AnEnglishVariantThatIsThereServesWithoutCabinet)
+{
+    WriteFile(folder_ / kEnglish, "kept");
+    EXPECT_EQ(Extract(), folder_ / kEnglish);
+}
+
+TEST_F(Help, AMissingCabinetGivesNoHelp)
+{
+    EXPECT_EQ(Extract(), "");
+    EXPECT_TRUE(FilesInSandbox().empty());
+}
+
+TEST_F(Help, ACabinetWithOtherNamesGivesNoHelp)
+{
+    test::WriteCabinet(cabinet_, {{"QXZHENF1.CHM.BAK", "1"}, {"XQXZHENF1.CHM", "2"}, {"QXZHFIF1.CHM", "3"}});
+    EXPECT_EQ(Extract(), "");
+    EXPECT_TRUE(FilesInSandbox().empty());
+}
+
+TEST_F(Help, ACabinetsNamesNeverLeadAFileOutOfTheTemporaryFolder)
+{
+    const std::string absolute = (sandbox_ / kEnglish).string();
+    test::WriteCabinet(cabinet_, {{"..\\" + UserVariant(), "1"},
+                                  {"..\\..\\" + std::string(kEnglish), "2"},
+                                  {"sub\\" + UserVariant(), "3"},
+                                  {absolute, "4"},
+                                  {"C:" + UserVariant(), "5"},
+                                  {"../" + UserVariant(), "6"}});
+    EXPECT_EQ(Extract(), "");
+    EXPECT_TRUE(FilesInSandbox().empty());
+    EXPECT_FALSE(fs::exists(sandbox_.parent_path() / kEnglish));
+}
+
+TEST_F(Help, ATruncatedCabinetGivesNoHelpAndLeavesNoPartOfIt)
+{
+    const std::string whole = Contents(fs::path(std::getenv("QX_BINARY_DIR")) / "QXFAXHLP.CAB");
+    ASSERT_GT(whole.size(), 10000u);
+    for (const std::size_t bytes : {std::size_t{0}, std::size_t{3}, std::size_t{40}, std::size_t{100}, std::size_t{300},
+                                    whole.size() / 20, whole.size() / 8}) {
+        WriteFile(cabinet_, whole.substr(0, bytes));
+        EXPECT_EQ(Extract(), "") << bytes;
+        EXPECT_TRUE(FilesInSandbox().empty()) << bytes;
+    }
+}
+
+TEST_F(Help, PrinterDataThatNamesNoPlainFileGivesNoHelp)
+{
+    const std::wstring long1 = std::wstring(120, L'A') + L"_X_" + std::wstring(136, L'B');
+    for (const std::wstring& name :
+         {std::wstring(), std::wstring(L"QXZHENF1.CHM"), std::wstring(L"QXZH_XX"), std::wstring(L"..\\QXZH_XX_F1.CHM"),
+          std::wstring(L"QXZH_XX_*"), std::wstring(L"C:\\QXZH_XX_F1.CHM"), std::wstring(259, L'_'), long1}) {
+        const std::string english = fs::path(BuildLocalizedHelpName(name, 1033)).string();
+        test::WriteCabinet(cabinet_, {{english.empty() ? kEnglish : english, "english"}});
+        WriteFile(folder_ / "QXZHENX.CHM", "what a wildcard would find");
+        EXPECT_EQ(Extract(name), "") << name.substr(0, 30).c_str();
+    }
+    EXPECT_EQ(FilesInSandbox().size(), 1u);
+}
+
+// ---- the temporary folder ------------------------------------------------------------------------------------------
+
+TEST_F(Help, AFolderInTheFilesPlaceIsNoHelp)
+{
+    fs::create_directory(folder_ / UserVariant());
+    fs::create_directories(folder_ / kEnglish);
+    test::WriteCabinet(cabinet_, {{UserVariant(), "variant"}, {kEnglish, "english"}});
+    EXPECT_EQ(Extract(), "");
+    EXPECT_TRUE(fs::is_directory(folder_ / UserVariant()));
+    EXPECT_TRUE(fs::is_directory(folder_ / kEnglish));
+}
+
+TEST_F(Help, AReadOnlyFileInTheFilesPlaceIsUsedAsItIs)
+{
+    WriteFile(folder_ / UserVariant(), "kept");
+    fs::permissions(folder_ / UserVariant(), fs::perms::owner_write, fs::perm_options::remove);
+    test::WriteCabinet(cabinet_, {{UserVariant(), "variant"}});
+    EXPECT_EQ(Extract(), folder_ / UserVariant());
+    EXPECT_EQ(Contents(folder_ / UserVariant()), "kept");
+}
+
+TEST_F(Help, ATemporaryFolderThatCannotBeWrittenGivesNoHelp)
+{
+    test::WriteCabinet(cabinet_, {{UserVariant(), "variant"}, {kEnglish, "english"}});
+    WriteFile(sandbox_ / "file", "");
+    SetTemporaryFolder(sandbox_ / "file"); // nothing can be put below a file
+    EXPECT_EQ(Extract(), "");
+    EXPECT_EQ(FilesInSandbox(), std::vector<fs::path>{"file"});
+}
+
+TEST_F(Help, ATemporaryFolderTooLongForAFileBelowItGivesNoHelp)
+{
+    test::WriteCabinet(cabinet_, {{UserVariant(), "variant"}, {kEnglish, "english"}});
+    fs::path folder = folder_;
+    while (folder.native().size() < 245)
+        folder /= std::wstring(std::min<std::size_t>(40, 250 - folder.native().size()), L'x');
+    fs::create_directories(folder);
+    SetTemporaryFolder(folder);
+    EXPECT_EQ(Extract(), "");
+    EXPECT_EQ(BuildHelpFilePath(printer_.Handle()), L"");
+    EXPECT_TRUE(fs::is_empty(folder));
+}
+
+TEST_F(Help, ManyAttemptsLeaveNoHandleOpen)
+{
+    test::WriteCabinet(cabinet_, {{"..\\" + UserVariant(), "1"}, {"OTHER.CHM", "2"}});
+    const auto attempt = [&] {
+        Extract();
+        BuildHelpFilePath(printer_.Handle());
+        BuildDriverFilePath(nullptr, kCabinet);
+    };
+    attempt();
+    DWORD before = 0;
+    DWORD after = 0;
+    ASSERT_TRUE(GetProcessHandleCount(GetCurrentProcess(), &before));
+    for (int i = 0; i < 50; ++i)
+        attempt();
+    ASSERT_TRUE(GetProcessHandleCount(GetCurrentProcess(), &after));
+    EXPECT_EQ(after, before);
+}
+
+// ---- the path that dialogs keep ------------------------------------------------------------------------------------
+
+class HelpFilePath : public Help {
+protected:
+    std::wstring Of(const std::vector<std::wstring>& dependentFiles)
+    {
+        const Printer printer(dependentFiles);
+        const std::wstring path = BuildHelpFilePath(printer.Handle());
+        const std::wstring folder = folder_.native() + L"\\";
+        EXPECT_TRUE(path.empty() || path.starts_with(folder)) << fs::path(path).string();
+        return path.empty() ? path : path.substr(folder.size());
+    }
+
+    std::wstring UserName(const std::wstring& behind) const
+    {
+        return L"QXZH" + fs::path(UserCode()).native() + behind + L".CHM::/qxhelp.txt";
+    }
+};
+
+TEST_F(HelpFilePath, ComesFromTheDependentFileAndTheUsersLanguage)
+{
+    EXPECT_EQ(Of({L"QXZHLF1.CHM"}), UserName(L"F1"));
+}
+
+TEST_F(HelpFilePath, TheLastDependentFileThatNamesHelpCounts)
+{
+    EXPECT_EQ(Of({L"qxother.dll", L"QXZHLF1.CHM", L"QXZHLF2.CHM", L"last.dll"}), UserName(L"F2"));
+}
+
+TEST_F(HelpFilePath, SmallLettersBecomeCapitals) { EXPECT_EQ(Of({L"qxzhlf1.chm"}), UserName(L"F1")); }
+
+TEST_F(HelpFilePath, WithoutSuchADependentFileThereIsNone)
+{
+    EXPECT_EQ(Of({}), L"");
+    EXPECT_EQ(Of({L"qxother.dll", L"QXZHENF1.CHM"}), L"");
+    EXPECT_EQ(Of({L"QXZHL"}), L"");
+}
+
+TEST_F(HelpFilePath, ABadPrinterHasNone)
+{
+    EXPECT_EQ(BuildHelpFilePath(nullptr), L"");
+    EXPECT_EQ(BuildHelpFilePath(INVALID_HANDLE_VALUE), L"");
+}
+
+// ---- showing a page ------------------------------------------------------------------------------------------------
+
+class HelpPage : public Help {
+protected:
+    static void SetUpTestSuite() { viewer_ = std::make_unique<test::HelpViewerStandIn>(); }
+    static void TearDownTestSuite() { viewer_.reset(); }
+
+    TextOwner OwnerOf(const fs::path& chm) const { return TextOwner(nullptr, (chm.native() + L"::/qxhelp.txt").c_str()); }
+
+    fs::path PutChm(const char* name = kEnglish) const
+    {
+        WriteFile(folder_ / name, "help");
+        return folder_ / name;
+    }
+
+    static inline std::unique_ptr<test::HelpViewerStandIn> viewer_;
+};
+
+TEST_F(HelpPage, IsAskedForByHelpFileAndNumber)
+{
+    const fs::path chm = PutChm();
+    const HWND owner = GetDesktopWindow();
+    ShowHelp(OwnerOf(chm), owner, 15596);
+    const auto requests = viewer_->TakeRequests();
+    ASSERT_EQ(requests.size(), 1u);
+    EXPECT_EQ(requests[0].page, chm.native() + L"::/15596.html");
+    EXPECT_EQ(requests[0].owner, owner);
+    EXPECT_EQ(requests[0].command, 0u); // display the topic
+    EXPECT_EQ(requests[0].data, 0u);
+}
+
+TEST_F(HelpPage, ControlsWithoutATopicOpenNone)
+{
+    ShowHelp(OwnerOf(PutChm()), nullptr, kNoTopic);
+    EXPECT_TRUE(viewer_->TakeRequests().empty());
+}
+
+TEST_F(HelpPage, WithoutAHelpFilePathThereIsNone)
+{
+    ShowHelp(TextOwner(nullptr, nullptr), nullptr, 15596);
+    ShowHelp(TextOwner(nullptr, L"nonsense"), nullptr, 15596);
+    EXPECT_TRUE(viewer_->TakeRequests().empty());
+}
+
+TEST_F(HelpPage, AHelpFileThatIsNotThereIsNotAskedFor)
+{
+    ShowHelp(OwnerOf(folder_ / kEnglish), nullptr, 15596);
+    fs::create_directory(folder_ / "FOLDER.CHM");
+    ShowHelp(OwnerOf(folder_ / "FOLDER.CHM"), nullptr, 15596);
+    EXPECT_TRUE(viewer_->TakeRequests().empty());
+}
+
+TEST_F(HelpPage, FollowsFromPrinterAndCabinetAsInASession)
+{
+    test::WriteCabinet(cabinet_, {{UserVariant(), "variant"}});
+    Extract();
+    ShowHelp(TextOwner(nullptr, BuildHelpFilePath(printer_.Handle()).c_str()), nullptr, 15619);
+    const auto requests = viewer_->TakeRequests();
+    ASSERT_EQ(requests.size(), 1u);
+    EXPECT_EQ(requests[0].page, (folder_ / UserVariant()).native() + L"::/15619.html");
+}
+
+} // namespace
+} // namespace qx

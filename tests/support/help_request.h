@@ -1,0 +1,18 @@
+// What the stand-in for the help viewer was asked to show.
+#pragma once
+
+#include <windows.h>
+
+namespace qx::test {
+
+struct HelpRequest {
+    HWND owner;
+    wchar_t page[512];
+    UINT command;
+    DWORD_PTR data;
+};
+
+// Exported by the stand-in: hands out the oldest request that was not handed out yet. FALSE: there is none.
+using TakeHelpRequest = BOOL(WINAPI*)(HelpRequest* request);
+
+} // namespace qx::test
