@@ -1,6 +1,7 @@
 // What may stand in a number. The fields' keystroke filters and the checks of what comes from outside share these.
 #pragma once
 
+#include <algorithm>
 #include <cwctype>
 #include <string_view>
 
@@ -25,6 +26,12 @@ inline bool AllowedInFaxNumber(wchar_t c) noexcept
 inline bool AllowedInBillingCode(wchar_t c) noexcept
 {
     return IsDigit(c);
+}
+
+// Neither spaces nor "+". An empty text passes.
+inline bool IsValidFaxNumber(std::wstring_view text) noexcept
+{
+    return std::all_of(text.begin(), text.end(), AllowedInFaxNumber);
 }
 
 } // namespace qx

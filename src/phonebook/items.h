@@ -1,12 +1,12 @@
 // Phone book items: entries and groups, and the one owner of all of them.
 #pragma once
 
+#include "base/number_text.h"
 #include "base/process_heap.h"
 
 #include <memory>
 #include <qxfax/send_fax.h>
 #include <span>
-#include <unordered_set>
 #include <vector>
 #include <windows.h>
 
@@ -15,9 +15,6 @@ namespace qx {
 class PhoneBook;
 
 inline constexpr DWORD kNoId = 0xFFFFFFFF;
-
-// Only decimal digits and , - * # ( ) [ ] ; an empty text passes.
-bool IsValidFaxNumber(const wchar_t* text) noexcept;
 
 // Base of an entry and a group. There is no virtual destructor, since the driver reads entries as plain records whose
 // first member is the table of operations: whoever deletes an item uses DestroyItem.
@@ -95,6 +92,7 @@ public:
     void ResolveMembers(const PhoneBook& book);
 
 private:
+    void AddCopy(const PhoneBookEntry& entry);
     void DestroyMembers() noexcept;
 
     std::vector<DWORD> memberIds_;
@@ -144,7 +142,7 @@ public:
     void Discard(PhoneBookItem* item) noexcept;
 
 private:
-    std::unordered_set<PhoneBookItem*> items_;
+    std::vector<PhoneBookItem*> items_; // in the order of their making
 };
 
 } // namespace qx

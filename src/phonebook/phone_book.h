@@ -3,7 +3,11 @@
 
 #include "phonebook/items.h"
 
+#include <compare>
 #include <string>
+#include <winspool.h>
+
+#undef SetPrinter // the spooler's macro would rename the operation below in those files that see it
 
 namespace qx {
 
@@ -11,7 +15,7 @@ namespace qx {
 inline constexpr DWORD kMaxPhoneBookItems = 10000;
 
 // Holds item pointers and never frees an item: the store given to it owns them all.
-class PhoneBook {
+class PhoneBook final {
 public:
     explicit PhoneBook(ItemStore& store) noexcept;
     PhoneBook(const PhoneBook&) = delete;
@@ -39,8 +43,8 @@ public:
     std::span<PhoneBookItem* const> Items() const noexcept { return items_; }
     const std::wstring& FilePath() const noexcept { return filePath_; }
 
-    // First item (first entry) with that id, or null. One call is as fast as a walk; many calls between changes share
-    // an index.
+    // First item (first entry) with that id, or null. One call is as fast as a walk; many calls between changes of
+    // the book share an index, so an item keeps its id while it is in the book.
     PhoneBookItem* FindItem(DWORD id) const;
     PhoneBookEntry* FindEntry(DWORD id) const;
     // Deletes the first item of each id, in order, with the outcome of as many calls of Delete; ids that are not (or
@@ -50,13 +54,29 @@ public:
     bool HoldsSameEntry(const PhoneBookEntry& entry) const noexcept;
 
 private:
+    struct Place {
+        DWORD id = 0;
+        DWORD index = 0;
+        auto operator<=>(const Place&) const = default;
+    };
+
     ~PhoneBook() = default; // Destroy frees the book
+
+    template <class Wanted> PhoneBookItem* FindFirst(DWORD id, Wanted wanted) const;
+    void IndexIds() const;
+    void ForgetIndex() noexcept;
+    void RaiseNextId(LONG id) noexcept;
 
     ItemStore& store_;
     std::vector<PhoneBookItem*> items_;
     HANDLE printer_ = nullptr;
     LONG nextId_ = 0;
+    DWORD nextGap_ = 0;
     std::wstring filePath_;
+    bool keepUnreadable_ = false; // the file was there and could not be understood: it is copied before it is replaced
+
+    mutable std::vector<Place> index_; // by id, then by place in the book; empty when not made
+    mutable bool walkedSinceChange_ = false;
 };
 
 // The reload sequence of every list that shows the book: RemoveAll, Load, Sort ascending.

@@ -32,6 +32,8 @@ public:
     std::span<PhoneBookItem* const> Slots() const noexcept { return slots_; }
 
 private:
+    void Clear() noexcept;
+
     RegistryKeySet keys_;
     std::array<PhoneBookItem*, kSlots> slots_{};
 };

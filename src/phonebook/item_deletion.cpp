@@ -1,0 +1,149 @@
+#include "phonebook/item_deletion.h"
+
+#include <algorithm>
+#include <compare>
+#include <utility>
+
+namespace qx {
+
+namespace {
+
+struct Place {
+    DWORD id = 0;
+    std::size_t position = 0; // in the list
+    auto operator<=>(const Place&) const = default;
+};
+
+// How often an id stands in a group, and how many of these, from the front, have been taken out.
+struct Membership {
+    Place place; // the member's id, the group's position
+    std::size_t left = 0;
+    std::size_t taken = 0;
+};
+
+// Plays the deletions over indexes and writes the outcome back at the end.
+class Deletion {
+public:
+    explicit Deletion(std::span<PhoneBookItem* const> items) : items_(items), present_(items.size(), true)
+    {
+        for (std::size_t i = 0; i < items.size(); ++i)
+            places_.push_back({items[i]->GetId(), i});
+        std::sort(places_.begin(), places_.end());
+        FindMemberships();
+    }
+
+    void Delete(DWORD id)
+    {
+        const auto found = std::find_if(FirstPlace(id), places_.end(), [&](const Place& place) {
+            return place.id != id || present_[place.position];
+        });
+        if (found == places_.end() || found->id != id)
+            return;
+        present_[found->position] = false;
+        DropEmptyGroups();
+        TakeFromGroups(AsEntry(items_[found->position]) != nullptr ? id : kNoId);
+    }
+
+    std::vector<PhoneBookItem*> Finish()
+    {
+        std::vector<PhoneBookItem*> kept;
+        for (std::size_t i = 0; i < items_.size(); ++i) {
+            if (PhoneBookGroup* const group = AsGroup(items_[i]))
+                WriteMembers(*group, i);
+            if (present_[i])
+                kept.push_back(items_[i]);
+        }
+        return kept;
+    }
+
+private:
+    void FindMemberships()
+    {
+        members_.resize(items_.size());
+        std::vector<Place> all;
+        for (std::size_t i = 0; i < items_.size(); ++i) {
+            const PhoneBookGroup* const group = AsGroup(items_[i]);
+            if (group == nullptr)
+                continue;
+            members_[i] = group->MemberIds().size();
+            for (const DWORD id : group->MemberIds())
+                all.push_back({id, i});
+        }
+        std::sort(all.begin(), all.end());
+        for (const Place& place : all) {
+            if (memberships_.empty() || memberships_.back().place != place)
+                memberships_.push_back({.place = place});
+            ++memberships_.back().left;
+        }
+    }
+
+    std::vector<Place>::iterator FirstPlace(DWORD id)
+    {
+        return std::lower_bound(places_.begin(), places_.end(), Place{id, 0});
+    }
+
+    std::vector<Membership>::iterator FirstMembership(const Place& from)
+    {
+        return std::lower_bound(memberships_.begin(), memberships_.end(), from,
+                                [](const Membership& a, const Place& b) { return a.place < b; });
+    }
+
+    // Groups that had no member ids before leave with the first deletion.
+    void DropEmptyGroups()
+    {
+        if (std::exchange(emptyDropped_, true))
+            return;
+        for (std::size_t i = 0; i < items_.size(); ++i) {
+            if (items_[i]->IsGroup() && members_[i] == 0)
+                present_[i] = false;
+        }
+    }
+
+    void TakeFromGroups(DWORD id)
+    {
+        for (auto it = FirstMembership({id, 0}); it != memberships_.end() && it->place.id == id; ++it) {
+            const std::size_t group = it->place.position;
+            if (!present_[group] || it->left == 0)
+                continue;
+            --it->left;
+            ++it->taken;
+            if (--members_[group] == 0)
+                present_[group] = false;
+        }
+    }
+
+    void WriteMembers(PhoneBookGroup& group, std::size_t position)
+    {
+        const auto before = group.MemberIds();
+        if (before.size() == members_[position])
+            return;
+        const std::vector<DWORD> ids(before.begin(), before.end());
+        group.ClearMemberIds();
+        for (const DWORD id : ids) {
+            const auto membership = FirstMembership({id, position});
+            if (membership->taken != 0)
+                --membership->taken;
+            else
+                group.AddMemberId(id);
+        }
+    }
+
+    std::span<PhoneBookItem* const> items_;
+    std::vector<bool> present_;
+    std::vector<Place> places_;
+    std::vector<std::size_t> members_; // of the group at that position
+    std::vector<Membership> memberships_;
+    bool emptyDropped_ = false;
+};
+
+} // namespace
+
+void DeleteItems(std::vector<PhoneBookItem*>& items, std::span<const DWORD> ids)
+{
+    Deletion deletion(items);
+    for (const DWORD id : ids)
+        deletion.Delete(id);
+    items = deletion.Finish();
+}
+
+} // namespace qx

@@ -1,0 +1,244 @@
+#include "phonebook/items.h"
+
+#include "base/text.h"
+#include "phonebook/phone_book.h"
+
+#include <algorithm>
+#include <iterator>
+#include <new>
+#include <utility>
+
+namespace qx {
+
+namespace {
+
+// An entry is what the driver reads as FaxRecipient; the fields' order is tested, their extent is settled here.
+static_assert(sizeof(PhoneBookEntry) == sizeof(FaxRecipient));
+
+void ReplaceText(wchar_t*& field, const wchar_t* text) noexcept
+{
+    // The new copy first: the text may be the field's own.
+    wchar_t* const copy = HeapText(text);
+    HeapRelease(field);
+    field = copy;
+}
+
+bool SameBuffer(const wchar_t* a, const wchar_t* b) noexcept
+{
+    return a != nullptr && a == b;
+}
+
+bool BothPresentAndEqual(const wchar_t* a, const wchar_t* b) noexcept
+{
+    return a != nullptr && b != nullptr && EqualUserText(a, b);
+}
+
+// Whether a stands on the wanted side of b (CSTR_LESS_THAN or CSTR_GREATER_THAN): the first pair of fields that
+// differ decides, and a field that is null on either side ends the comparison.
+bool Compares(const PhoneBookEntry& a, const PhoneBookEntry& b, int wanted) noexcept
+{
+    const std::pair<const wchar_t*, const wchar_t*> fields[] = {
+        {a.Name(), b.Name()}, {a.FaxNumber(), b.FaxNumber()}, {a.Company(), b.Company()}};
+    for (const auto& [ours, theirs] : fields) {
+        if (ours == nullptr || theirs == nullptr)
+            return false;
+        const int order = CompareUserText(ours, theirs);
+        if (order != CSTR_EQUAL)
+            return order == wanted;
+    }
+    return false;
+}
+
+} // namespace
+
+PhoneBookEntry::~PhoneBookEntry()
+{
+    HeapRelease(name_);
+    HeapRelease(faxNumber_);
+    HeapRelease(company_);
+}
+
+const wchar_t* PhoneBookEntry::GetName() const noexcept { return OrEmpty(name_); }
+void PhoneBookEntry::SetName(const wchar_t* text) noexcept { ReplaceText(name_, text); }
+void PhoneBookEntry::SetFaxNumber(const wchar_t* text) noexcept { ReplaceText(faxNumber_, text); }
+void PhoneBookEntry::SetCompany(const wchar_t* text) noexcept { ReplaceText(company_, text); }
+
+void PhoneBookEntry::CopyFrom(const PhoneBookEntry& other) noexcept
+{
+    if (SameBuffer(name_, other.name_) || SameBuffer(faxNumber_, other.faxNumber_) ||
+        SameBuffer(company_, other.company_))
+        return;
+    SetName(other.name_);
+    SetFaxNumber(other.faxNumber_);
+    SetCompany(other.company_);
+    id_ = other.id_;
+}
+
+PhoneBookGroup::~PhoneBookGroup()
+{
+    HeapRelease(name_);
+    DestroyMembers();
+}
+
+const wchar_t* PhoneBookGroup::GetName() const noexcept { return OrEmpty(name_); }
+void PhoneBookGroup::SetName(const wchar_t* text) noexcept { ReplaceText(name_, text); }
+
+bool PhoneBookGroup::RemoveMemberId(DWORD id) noexcept
+{
+    const auto found = std::find(memberIds_.begin(), memberIds_.end(), id);
+    if (found == memberIds_.end())
+        return false;
+    memberIds_.erase(found);
+    return true;
+}
+
+void PhoneBookGroup::AddMember(PhoneBookEntry* entry)
+{
+    UniqueItem<PhoneBookEntry> owned(entry);
+    members_.push_back(entry);
+    owned.release();
+}
+
+void PhoneBookGroup::CopyFrom(const PhoneBookGroup& other)
+{
+    if (this == &other || SameBuffer(name_, other.name_))
+        return;
+    SetName(other.name_);
+    id_ = other.id_;
+    memberIds_ = other.memberIds_;
+    DestroyMembers();
+    for (const PhoneBookItem* const member : other.members_) {
+        if (const PhoneBookEntry* const entry = AsEntry(member))
+            AddCopy(*entry);
+    }
+}
+
+void PhoneBookGroup::ResolveMembers(const PhoneBook& book)
+{
+    if (!members_.empty())
+        return;
+    for (const DWORD id : memberIds_) {
+        if (const PhoneBookEntry* const entry = book.FindEntry(id))
+            AddCopy(*entry);
+    }
+}
+
+void PhoneBookGroup::AddCopy(const PhoneBookEntry& entry)
+{
+    UniqueItem<PhoneBookEntry> copy(new PhoneBookEntry);
+    copy->CopyFrom(entry);
+    AddMember(copy.release());
+}
+
+void PhoneBookGroup::DestroyMembers() noexcept
+{
+    for (PhoneBookItem* const member : members_)
+        DestroyItem(member);
+    members_.clear();
+}
+
+PhoneBookEntry* AsEntry(PhoneBookItem* item) noexcept
+{
+    return item != nullptr && !item->IsGroup() ? static_cast<PhoneBookEntry*>(item) : nullptr;
+}
+
+const PhoneBookEntry* AsEntry(const PhoneBookItem* item) noexcept
+{
+    return item != nullptr && !item->IsGroup() ? static_cast<const PhoneBookEntry*>(item) : nullptr;
+}
+
+PhoneBookGroup* AsGroup(PhoneBookItem* item) noexcept
+{
+    return item != nullptr && item->IsGroup() ? static_cast<PhoneBookGroup*>(item) : nullptr;
+}
+
+const PhoneBookGroup* AsGroup(const PhoneBookItem* item) noexcept
+{
+    return item != nullptr && item->IsGroup() ? static_cast<const PhoneBookGroup*>(item) : nullptr;
+}
+
+void DestroyItem(PhoneBookItem* item) noexcept
+{
+    if (PhoneBookGroup* const group = AsGroup(item))
+        delete group;
+    else
+        delete AsEntry(item);
+}
+
+bool IsSameEntry(const PhoneBookEntry& a, const PhoneBookEntry& b) noexcept
+{
+    if (!BothPresentAndEqual(a.Name(), b.Name()))
+        return false;
+    // An unknown number matches every number; the company does not count.
+    return a.FaxNumber() == nullptr || b.FaxNumber() == nullptr || EqualUserText(a.FaxNumber(), b.FaxNumber());
+}
+
+bool IsLessThan(const PhoneBookEntry& a, const PhoneBookEntry& b) noexcept
+{
+    return Compares(a, b, CSTR_LESS_THAN);
+}
+
+bool IsGreaterThan(const PhoneBookEntry& a, const PhoneBookEntry& b) noexcept
+{
+    return Compares(a, b, CSTR_GREATER_THAN);
+}
+
+bool IsSameGroup(const PhoneBookGroup& a, const PhoneBookGroup& b) noexcept
+{
+    return BothPresentAndEqual(a.Name(), b.Name());
+}
+
+FaxRecipient* AsRecipient(PhoneBookEntry* entry) noexcept
+{
+    return reinterpret_cast<FaxRecipient*>(entry);
+}
+
+const PhoneBookEntry* AsEntry(const FaxRecipient* recipient) noexcept
+{
+    return reinterpret_cast<const PhoneBookEntry*>(recipient);
+}
+
+PhoneBookEntry* MakeRecipient(const wchar_t* name, const wchar_t* faxNumber, const wchar_t* company, DWORD id) noexcept
+try {
+    UniqueItem<PhoneBookEntry> entry(new PhoneBookEntry);
+    entry->SetName(name);
+    entry->SetFaxNumber(faxNumber);
+    entry->SetCompany(company);
+    entry->SetId(id);
+    const bool complete = entry->Name() != nullptr && entry->FaxNumber() != nullptr && entry->Company() != nullptr;
+    return complete ? entry.release() : nullptr;
+} catch (const std::bad_alloc&) {
+    return nullptr;
+}
+
+ItemStore::~ItemStore()
+{
+    for (PhoneBookItem* const item : items_)
+        DestroyItem(item);
+}
+
+PhoneBookEntry* ItemStore::NewEntry()
+{
+    UniqueItem<PhoneBookEntry> entry(new PhoneBookEntry);
+    items_.push_back(entry.get());
+    return entry.release();
+}
+
+PhoneBookGroup* ItemStore::NewGroup()
+{
+    UniqueItem<PhoneBookGroup> group(new PhoneBookGroup);
+    items_.push_back(group.get());
+    return group.release();
+}
+
+void ItemStore::Discard(PhoneBookItem* item) noexcept
+{
+    // From the back: what is refused was nearly always made last.
+    const auto found = std::find(items_.rbegin(), items_.rend(), item);
+    if (item == nullptr || found == items_.rend())
+        return;
+    items_.erase(std::prev(found.base()));
+    DestroyItem(item);
+}
+
+} // namespace qx

@@ -1,0 +1,109 @@
+#include "phonebook/phone_book_document.h"
+
+#include "phonebook/xml_prolog.h"
+
+namespace qx {
+
+namespace {
+
+// Written out: the import libraries do not hold them all.
+constexpr CLSID kDocumentClass = {0x2933BF90, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
+constexpr IID kDocumentInterface = {0x2933BF81, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
+
+constexpr IID kNewerDocumentInterface = {0x2933BF95, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
+
+constexpr wchar_t kDevice[] = L"device";
+constexpr wchar_t kSoftware[] = L"software";
+constexpr wchar_t kComponent[] = L"component";
+constexpr wchar_t kPhoneBook[] = L"qxfax_phonebook";
+constexpr wchar_t kPhoneBookPath[] = L"device/software/component/qxfax_phonebook";
+constexpr wchar_t kComponentName[] = L"name";
+constexpr wchar_t kComponentTitle[] = L"QX Fax Address Book";
+
+// Nothing outside the document is fetched, and nothing in it can grow: without a document type there are no entities,
+// and a parser that can refuse document types is told to.
+void Confine(IXMLDOMDocument& document)
+{
+    document.put_async(VARIANT_FALSE);
+    document.put_validateOnParse(VARIANT_FALSE);
+    document.put_resolveExternals(VARIANT_FALSE);
+
+    ComPtr<IXMLDOMDocument2> newer;
+    if (document.QueryInterface(kNewerDocumentInterface, reinterpret_cast<void**>(newer.Receive())) == S_OK) {
+        VARIANT yes;
+        yes.vt = VT_BOOL;
+        yes.boolVal = VARIANT_TRUE;
+        newer->setProperty(MakeBstr(L"ProhibitDTD").Get(), yes);
+    }
+}
+
+} // namespace
+
+PhoneBookDocument::PhoneBookDocument() noexcept
+{
+    CoCreateInstance(kDocumentClass, nullptr, CLSCTX_INPROC_SERVER, kDocumentInterface,
+                     reinterpret_cast<void**>(document_.Receive()));
+}
+
+// The parser gets the bytes, not the path: what was looked at is what is parsed, a folder whose name holds # or % is
+// not taken for an address, and large files do not take quadratic time.
+bool PhoneBookDocument::Read(const std::string& bytes)
+{
+    if (!document_ || !HasPlainProlog(bytes))
+        return false;
+    Confine(*document_.Get());
+    VARIANT_BOOL loaded = VARIANT_FALSE;
+    return document_->load(Variant(bytes).Get(), &loaded) == S_OK &&
+           document_->selectSingleNode(MakeBstr(kPhoneBookPath).Get(), phoneBook_.Receive()) == S_OK;
+}
+
+bool PhoneBookDocument::Begin()
+{
+    if (!document_)
+        return false;
+    const ComPtr<IXMLDOMElement> device = CreateElement(MakeBstr(kDevice));
+    if (!device || document_->putref_documentElement(device.Get()) != S_OK)
+        return false;
+    const ComPtr<IXMLDOMNode> software = AppendNewElement(device.Get(), kSoftware);
+    const ComPtr<IXMLDOMNode> component = AppendNewElement(software.Get(), kComponent);
+    const ComPtr<IXMLDOMNode> name = AppendNewElement(component.Get(), kComponentName);
+    const ComPtr<IXMLDOMNode> text = CreateText(MakeBstr(kComponentTitle));
+    if (!name || !text || name->appendChild(text.Get(), nullptr) != S_OK)
+        return false;
+    phoneBook_ = AppendNewElement(component.Get(), kPhoneBook);
+    return static_cast<bool>(phoneBook_);
+}
+
+bool PhoneBookDocument::Save(const std::wstring& path)
+{
+    const UniqueBstr text = MakeBstr(path);
+    return document_->save(Variant::Borrowed(text)) == S_OK;
+}
+
+ComPtr<IXMLDOMElement> PhoneBookDocument::CreateElement(const UniqueBstr& name)
+{
+    ComPtr<IXMLDOMElement> element;
+    document_->createElement(name.Get(), element.Receive());
+    return element;
+}
+
+ComPtr<IXMLDOMNode> PhoneBookDocument::CreateText(const UniqueBstr& text)
+{
+    ComPtr<IXMLDOMNode> node;
+    if (document_->createNode(Variant(INT{NODE_TEXT}).Get(), nullptr, nullptr, node.Receive()) != S_OK ||
+        node->put_nodeValue(Variant::Borrowed(text)) != S_OK)
+        node.Reset();
+    return node;
+}
+
+// Null on failure, and below a parent that is null.
+ComPtr<IXMLDOMNode> PhoneBookDocument::AppendNewElement(IXMLDOMNode* parent, const wchar_t* name)
+{
+    const ComPtr<IXMLDOMElement> element = CreateElement(MakeBstr(name));
+    ComPtr<IXMLDOMNode> appended;
+    if (parent != nullptr && element)
+        parent->appendChild(element.Get(), appended.Receive());
+    return appended;
+}
+
+} // namespace qx

@@ -1,0 +1,66 @@
+// Phone books for tests: items made in one line, and a book that ends with its test.
+#pragma once
+
+#include "phonebook/phone_book.h"
+
+#include <initializer_list>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace qx::test {
+
+struct DestroyBook {
+    void operator()(PhoneBook* book) const noexcept { book->Destroy(); }
+};
+
+// A book with the store of its items. Without a printer: its file has the default name.
+struct TestBook {
+    ItemStore store;
+    std::unique_ptr<PhoneBook, DestroyBook> owned{new PhoneBook(store)};
+
+    PhoneBook& operator*() const { return *owned; }
+    PhoneBook* operator->() const { return owned.get(); }
+
+    // Null texts stay as a new entry has them: never set.
+    PhoneBookEntry* AddEntry(const wchar_t* name, const wchar_t* faxNumber, const wchar_t* company, DWORD id)
+    {
+        PhoneBookEntry* const entry = store.NewEntry();
+        if (name != nullptr)
+            entry->SetName(name);
+        if (faxNumber != nullptr)
+            entry->SetFaxNumber(faxNumber);
+        if (company != nullptr)
+            entry->SetCompany(company);
+        entry->SetId(id);
+        owned->Add(entry);
+        return entry;
+    }
+
+    PhoneBookGroup* AddGroup(const wchar_t* name, std::initializer_list<DWORD> memberIds, DWORD id)
+    {
+        PhoneBookGroup* const group = store.NewGroup();
+        if (name != nullptr)
+            group->SetName(name);
+        for (const DWORD member : memberIds)
+            group->AddMemberId(member);
+        group->SetId(id);
+        owned->Add(group);
+        return group;
+    }
+
+    std::vector<std::wstring> Names() const
+    {
+        std::vector<std::wstring> names;
+        for (const PhoneBookItem* const item : owned->Items())
+            names.emplace_back(item->GetName());
+        return names;
+    }
+};
+
+inline std::vector<DWORD> MemberIdsOf(const PhoneBookGroup& group)
+{
+    return {group.MemberIds().begin(), group.MemberIds().end()};
+}
+
+} // namespace qx::test

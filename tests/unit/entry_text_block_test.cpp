@@ -1,0 +1,36 @@
+#include "phonebook/entry_text_block.h"
+
+#include <gtest/gtest.h>
+
+namespace qx {
+namespace {
+
+using namespace std::string_view_literals;
+
+void ExpectTexts(std::wstring_view block, std::wstring_view name, std::wstring_view number, std::wstring_view company)
+{
+    const EntryTexts texts = ReadEntryBlock(block);
+    EXPECT_EQ(texts.name, name);
+    EXPECT_EQ(texts.faxNumber, number);
+    EXPECT_EQ(texts.company, company);
+}
+
+TEST(EntryTextBlock, HoldsThreeTerminatedTexts)
+{
+    ExpectTexts(L"Ann\0" L"555\0Acme\0\0"sv, L"Ann", L"555", L"Acme");
+    EXPECT_EQ(MakeEntryBlock({L"Ann", L"555", L"Acme"}), L"Ann\0" L"555\0Acme\0"sv);
+}
+
+TEST(EntryTextBlock, TextsAndTerminatorsThatAreMissingReadAsEmpty)
+{
+    ExpectTexts(L""sv, L"", L"", L"");
+    ExpectTexts(L"Ann"sv, L"Ann", L"", L"");
+    ExpectTexts(L"Ann\0"sv, L"Ann", L"", L"");
+    ExpectTexts(L"Ann\0" L"555"sv, L"Ann", L"555", L"");
+    ExpectTexts(L"\0\0\0"sv, L"", L"", L"");
+    ExpectTexts(L"Ann\0\0Acme"sv, L"Ann", L"", L"Acme");
+    ExpectTexts(L"Ann\0" L"555\0Acme\0more\0"sv, L"Ann", L"555", L"Acme");
+}
+
+} // namespace
+} // namespace qx
