@@ -1,0 +1,84 @@
+// CSV files of any bytes: encoding, parsing, fields, import rows. What the fast reader finds is compared with the rules
+// taken literally.
+#include "phonebook/csv_text.h"
+#include "phonebook/import_rules.h"
+#include "support/literal_csv.h"
+
+#include <cstdint>
+#include <cstdlib>
+
+namespace {
+
+using namespace qx;
+
+void Check(bool holds)
+{
+    if (!holds)
+        std::abort();
+}
+
+bool LooksLikeUtf16(std::span<const unsigned char> bytes)
+{
+    return bytes[1] == 0;
+}
+
+// Bytes as ANSI, or pairs of them as UTF-16.
+std::wstring TextOf(std::span<const unsigned char> bytes)
+{
+    std::wstring text;
+    if (DetectEncoding(bytes, LooksLikeUtf16) != CsvEncoding::Utf16LittleEndian)
+        return {bytes.begin(), bytes.end()};
+    for (std::size_t i = 2; i + 1 < bytes.size(); i += 2)
+        text += static_cast<wchar_t>(bytes[i] | bytes[i + 1] << 8);
+    return text;
+}
+
+void CheckQuoting(const std::wstring& text)
+{
+    std::wstring quoted(QuotedUnits(text.size()), L'?');
+    quoted.resize(static_cast<std::size_t>(QuoteField(text, quoted.data()) - quoted.data()));
+    std::wstring read;
+    ReadField(quoted, read);
+    Check(read == text);
+}
+
+void CheckFields(const CsvFields& fields, const test::LiteralTable& literal)
+{
+    Check(fields.Rows() == literal.rows.size() && fields.Columns() == literal.columns);
+    std::wstring read;
+    for (std::size_t row = 0; row < fields.Rows(); ++row) {
+        for (std::size_t column = 0; column < fields.Columns(); ++column) {
+            const std::wstring& raw = literal.rows[row][column];
+            Check(fields.Field(row, column) == raw);
+            ReadField(raw, read);
+            Check(read == test::ReadLiterally(raw));
+            CheckQuoting(read);
+        }
+    }
+}
+
+void CheckRows(const CsvFields& fields)
+{
+    Check(HeaderTexts(fields).size() == fields.Columns());
+    ImportRow read;
+    for (std::size_t row = 0; row < fields.Rows(); ++row) {
+        ReadImportRow(fields, row, {.name = 0, .faxNumber = 1, .company = 2}, read);
+        Check(read.name.size() <= kImportedUnits && read.faxNumber.size() <= kImportedUnits &&
+              read.company.size() <= kImportedUnits);
+        Check(read.hasFaxNumberField == !fields.Field(row, 1).empty());
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const std::wstring text = TextOf({data, size});
+    CsvFields fields;
+    const CsvStatus status = fields.Parse(text);
+    const test::LiteralTable literal = test::ParseLiterally(text);
+    Check(status == literal.status);
+    CheckFields(fields, literal);
+    CheckRows(fields);
+    return 0;
+}
