@@ -1,6 +1,7 @@
 // The conversations around a CSV file: asking for it, mapping its columns, importing or exporting, telling the outcome.
 #pragma once
 
+#include "phonebook/import_rules.h"
 #include "phonebook/phone_book.h"
 #include "text/localized_text.h"
 
@@ -8,20 +9,6 @@
 #include <windows.h>
 
 namespace qx {
-
-// How an import or an export ended. The values are the documented result codes; the positive ones have something to
-// tell the user.
-enum class ImportExportStatus {
-    Cancelled = 0,     // also an import in which no row counted: nothing to tell
-    InvalidFormat = 1, // not a CSV file that is understood
-    CannotOpen = 2,
-    ExportFailed = 3,
-    Exported = 4,
-    // The outcome of the last row that counted:
-    Imported = 5,   // it was added
-    BookFull = 6,   // the book could not take it
-    RowRefused = 7, // it was a duplicate or had an invalid fax number
-};
 
 struct ImportExportResult {
     ImportExportStatus status = ImportExportStatus::Cancelled;

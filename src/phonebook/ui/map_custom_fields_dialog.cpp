@@ -1,0 +1,245 @@
+#include "phonebook/ui/map_custom_fields_dialog.h"
+
+#include "base/dialog.h"
+#include "res/map_custom_fields_ids.h"
+
+#include <algorithm>
+#include <array>
+
+namespace qx {
+
+namespace {
+
+constexpr Control kControls[] = {
+    {.id = IDC_MAP_INSTRUCTION,
+     .text = 6092,
+     .fallback = L"-Select a value from the source file on the left. Select a destination field on the right and then "
+                 L"click on the Map button."},
+    {.id = IDC_MAP_SOURCE_BOX, .text = 6084, .fallback = L"-From"},
+    {.id = IDC_MAP_SOURCE_LABEL, .text = 6087, .fallback = L"-Comma Seperated Values"},
+    {.id = IDC_MAP_FILE_NAME, .leftToRight = true},
+    {.id = IDC_MAP_SOURCE_FIELDS, .topic = 15718},
+    {.id = IDC_MAP_DESTINATION_BOX, .text = 6085, .fallback = L"-To"},
+    {.id = IDC_MAP_DESTINATION_LABEL, .text = 6086, .fallback = L"-Fax Phone Book"},
+    {.id = IDC_MAP_DESTINATIONS, .topic = 15719},
+    {.id = IDC_MAP, .text = 6083, .fallback = L"-Map", .topic = 15717},
+    {.id = IDOK, .text = 5249, .fallback = L"-OK"},
+    {.id = IDCANCEL, .text = 5224, .fallback = L"-Cancel"},
+};
+static_assert(IdsAreUnique(kControls));
+
+// Headings, and the rows of the right list in MappedField's order, have no built-in texts.
+struct Column {
+    unsigned heading;
+    int pixels;
+};
+constexpr Column kSourceColumns[] = {{6088, 180}};
+constexpr Column kDestinationColumns[] = {{6088, 80}, {6089, 120}};
+constexpr unsigned kDestinationTexts[kMappedFieldCount] = {1104, 5269, 6216};
+constexpr int kMappedColumn = 1; // of the right list: the source field
+
+constexpr unsigned kTitle = 6082;
+
+// Longest header field that is told apart (UTF-16 units).
+constexpr std::size_t kHeaderUnits = 260;
+using HeaderBuffer = std::array<wchar_t, kHeaderUnits + 1>;
+
+HWND SourceList(const MapCustomFieldsContext& context) noexcept
+{
+    return GetDlgItem(context.dialog, IDC_MAP_SOURCE_FIELDS);
+}
+
+HWND DestinationList(const MapCustomFieldsContext& context) noexcept
+{
+    return GetDlgItem(context.dialog, IDC_MAP_DESTINATIONS);
+}
+
+int SelectedRow(HWND list) noexcept
+{
+    return ListView_GetNextItem(list, -1, LVNI_SELECTED);
+}
+
+std::wstring_view ItemText(HWND list, int row, int column, HeaderBuffer& buffer) noexcept
+{
+    LVITEMW item{};
+    item.iSubItem = column;
+    item.pszText = buffer.data();
+    item.cchTextMax = static_cast<int>(buffer.size());
+    const LRESULT units = SendMessageW(list, LVM_GETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
+    return {item.pszText, static_cast<std::size_t>(units)};
+}
+
+// text is terminated.
+void SetItemText(HWND list, int row, int column, const wchar_t* text) noexcept
+{
+    LVITEMW item{};
+    item.iSubItem = column;
+    item.pszText = const_cast<wchar_t*>(text);
+    SendMessageW(list, LVM_SETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
+}
+
+void AppendRow(HWND list, const wchar_t* text) noexcept
+{
+    LVITEMW item{};
+    item.mask = LVIF_TEXT;
+    item.iItem = ListView_GetItemCount(list);
+    item.pszText = const_cast<wchar_t*>(text);
+    SendMessageW(list, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
+}
+
+// ---- start-up ------------------------------------------------------------------------------------------------------
+
+void SetUpList(const TextOwner& owner, HWND list, std::span<const Column> columns)
+{
+    ListView_SetExtendedListViewStyle(list, LVS_EX_FULLROWSELECT | LVS_EX_GRIDLINES);
+    int position = 0;
+    for (const Column& column : columns) {
+        std::wstring heading = LocalizedText(owner, {column.heading, L""});
+        LVCOLUMNW item{};
+        item.mask = LVCF_TEXT | LVCF_WIDTH | LVCF_SUBITEM;
+        item.cx = column.pixels;
+        item.iSubItem = position;
+        item.pszText = heading.data();
+        SendMessageW(list, LVM_INSERTCOLUMNW, static_cast<WPARAM>(position++), reinterpret_cast<LPARAM>(&item));
+    }
+}
+
+void TrimHeaders(std::vector<std::optional<std::wstring>>& headers)
+{
+    for (std::optional<std::wstring>& header : headers) {
+        if (header)
+            header->resize(UpToLineBreak(Cut(*header, kHeaderUnits)).size());
+    }
+}
+
+void FillSourceList(MapCustomFieldsContext& context)
+{
+    SetUpList(context, SourceList(context), kSourceColumns);
+    TrimHeaders(context.headers);
+    for (const std::optional<std::wstring>& header : context.headers) {
+        if (header && !header->empty())
+            AppendRow(SourceList(context), header->c_str());
+    }
+}
+
+void FillDestinationList(const MapCustomFieldsContext& context)
+{
+    SetUpList(context, DestinationList(context), kDestinationColumns);
+    for (const unsigned text : kDestinationTexts)
+        AppendRow(DestinationList(context), LocalizedText(context, {text, L""}).c_str());
+}
+
+void ShowFileName(const MapCustomFieldsContext& context)
+{
+    const HWND control = GetDlgItem(context.dialog, IDC_MAP_FILE_NAME);
+    SetWindowLongPtrW(control, GWL_STYLE, GetWindowLongPtrW(control, GWL_STYLE) | SS_WORDELLIPSIS);
+    SetWindowTextW(control, context.fileName.c_str());
+}
+
+void Enable(const MapCustomFieldsContext& context, int control, bool enabled) noexcept
+{
+    EnableWindow(GetDlgItem(context.dialog, control), enabled);
+}
+
+// ---- commands ------------------------------------------------------------------------------------------------------
+
+void SelectionChanged(MapCustomFieldsContext& context)
+{
+    Enable(context, IDC_MAP, SelectedRow(SourceList(context)) >= 0 && SelectedRow(DestinationList(context)) >= 0);
+}
+
+bool IsMapped(HWND destinations, int row) noexcept
+{
+    HeaderBuffer buffer;
+    return !ItemText(destinations, row, kMappedColumn, buffer).empty();
+}
+
+// One source field feeds one entry field at most: mapping it again moves it.
+void LeaveEarlierDestination(HWND destinations, std::wstring_view source) noexcept
+{
+    HeaderBuffer buffer;
+    for (int row = 0; row < kMappedFieldCount; ++row) {
+        if (ItemText(destinations, row, kMappedColumn, buffer) == source) {
+            SetItemText(destinations, row, kMappedColumn, L"");
+            return;
+        }
+    }
+}
+
+void MapSelected(MapCustomFieldsContext& context)
+{
+    const HWND destinations = DestinationList(context);
+    HeaderBuffer buffer;
+    const std::wstring_view source = ItemText(SourceList(context), SelectedRow(SourceList(context)), 0, buffer);
+    LeaveEarlierDestination(destinations, source);
+    SetItemText(destinations, SelectedRow(destinations), kMappedColumn, source.data());
+    // The company may stay out.
+    Enable(context, IDOK, IsMapped(destinations, kMappedName) && IsMapped(destinations, kMappedFaxNumber));
+}
+
+void Accept(MapCustomFieldsContext& context)
+{
+    HeaderBuffer buffer;
+    for (int row = 0; row < kMappedFieldCount; ++row) {
+        const std::wstring_view source = ItemText(DestinationList(context), row, kMappedColumn, buffer);
+        // Of two fields with one text, the first.
+        const auto header = std::ranges::find_if(context.headers, [&](const auto& text) { return text == source; });
+        if (!source.empty() && header != context.headers.end())
+            context.mapping.push_back({static_cast<int>(header - context.headers.begin()), row});
+    }
+    EndDialog(context.dialog, IDOK);
+}
+
+void Cancel(MapCustomFieldsContext& context)
+{
+    context.result = 0;
+    EndDialog(context.dialog, IDCANCEL);
+}
+
+// ---- messages ------------------------------------------------------------------------------------------------------
+
+constexpr Route<MapCustomFieldsContext> kRoutes[] = {
+    {IDC_MAP_SOURCE_FIELDS, static_cast<UINT>(LVN_ITEMCHANGED), SelectionChanged},
+    {IDC_MAP_DESTINATIONS, static_cast<UINT>(LVN_ITEMCHANGED), SelectionChanged},
+    {IDC_MAP, BN_CLICKED, MapSelected},
+    {IDOK, BN_CLICKED, Accept},
+    {IDCANCEL, BN_CLICKED, Cancel},
+};
+
+} // namespace
+
+// Found by DialogProcedure through the type of their argument.
+void Initialize(MapCustomFieldsContext& context)
+{
+    context.mapping.reserve(kMappedFieldCount); // OK is not to fail for want of memory
+    Enable(context, IDC_MAP, false);
+    Enable(context, IDOK, false);
+    SetLocalizedText(context, kTitle, context.dialog, L"-Map Custom Fields");
+    SetUpControls(context, context.dialog, kControls);
+    ShowFileName(context);
+    FillSourceList(context);
+    FillDestinationList(context);
+}
+
+std::span<const Route<MapCustomFieldsContext>> RoutesOf(const MapCustomFieldsContext&) noexcept
+{
+    return kRoutes;
+}
+
+INT_PTR HandleOther(MapCustomFieldsContext& context, UINT message, WPARAM w, LPARAM l)
+{
+    return AnswerHelp(context, context.dialog, message, w, l, kControls);
+}
+
+INT_PTR ShowMapCustomFields(HWND owner, MapCustomFieldsContext& context, bool rightToLeft)
+{
+    const int id = rightToLeft ? IDD_MAP_CUSTOM_FIELDS_RTL : IDD_MAP_CUSTOM_FIELDS;
+    return ShowModal(DialogTemplate{id, id}, owner, context);
+}
+
+std::span<const Control> MapCustomFieldsControls() noexcept
+{
+    return kControls;
+}
+
+} // namespace qx

@@ -1,0 +1,30 @@
+// Map Custom Fields: which column of a CSV file feeds which field of an entry.
+#pragma once
+
+#include "phonebook/import_rules.h"
+#include "text/controls.h"
+
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace qx {
+
+// What the dialog is opened with, and what it leaves behind.
+struct MapCustomFieldsContext : TextOwner {
+    using TextOwner::TextOwner;
+
+    HWND dialog = nullptr;
+    std::wstring fileName;                             // full path of the CSV file, shown to the user
+    DWORD result = 1;                                  // 0 once the user has cancelled
+    std::vector<std::optional<std::wstring>> headers;  // one per column, none for an empty one; trimmed in place
+    std::vector<FieldMapping> mapping;                 // filled by OK
+};
+
+// Modal. 1 after OK: the mapping is filled. 2 after Cancel.
+INT_PTR ShowMapCustomFields(HWND owner, MapCustomFieldsContext& context, bool rightToLeft);
+
+std::span<const Control> MapCustomFieldsControls() noexcept;
+
+} // namespace qx
