@@ -18,4 +18,12 @@ std::wstring WindowText(HWND window)
     return WindowText(window, static_cast<std::size_t>(-1));
 }
 
+void EnableControl(HWND dialog, int control, bool enabled) noexcept
+{
+    const HWND window = GetDlgItem(dialog, control);
+    if (!enabled && window != nullptr && GetFocus() == window)
+        SendMessageW(dialog, WM_NEXTDLGCTL, 0, FALSE);
+    EnableWindow(window, enabled);
+}
+
 } // namespace qx

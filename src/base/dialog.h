@@ -71,7 +71,7 @@ template <class State> INT_PTR InitializeDialog(HWND dialog, State* state)
     Initialize(*state);
     // Stored last: the notifications that filling a control sends are ours, not the user's.
     SetWindowLongPtrW(dialog, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(state));
-    return TRUE;
+    return !IsChild(dialog, GetFocus()); // FALSE keeps a focus that Initialize has set
 }
 
 template <class State> INT_PTR DispatchDialogMessage(HWND dialog, UINT message, WPARAM w, LPARAM l)
@@ -130,6 +130,15 @@ template <class State> INT_PTR ShowModal(const DialogTemplate& dialogTemplate, H
 std::wstring WindowText(HWND window, std::size_t units);
 // The whole text of a window.
 std::wstring WindowText(HWND window);
+
+// Moves the keyboard focus as the Tab key would: the default button follows.
+inline void FocusControl(HWND dialog, int control) noexcept
+{
+    SendMessageW(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(GetDlgItem(dialog, control)), TRUE);
+}
+
+// A control that is disabled while it has the keyboard focus hands it on to the next one.
+void EnableControl(HWND dialog, int control, bool enabled) noexcept;
 
 inline bool HasText(HWND window) noexcept { return GetWindowTextLengthW(window) > 0; }
 

@@ -7,6 +7,7 @@
 #include "phonebook/ui/typed_prefix.h"
 #include "res/bitmaps_ids.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <string>
@@ -56,6 +57,18 @@ int ScaledToWindow(HWND window, int pixels) noexcept
     return MulDiv(pixels, GetDeviceCaps(dc.Get(), LOGPIXELSX), kReferenceDpi);
 }
 
+int Width(const RECT& rectangle) noexcept
+{
+    return std::abs(rectangle.right - rectangle.left);
+}
+
+// Work goes on after a failure: at worst a caption is cut.
+void TraceFailure(int succeeded, const wchar_t* call)
+{
+    if (!succeeded)
+        OutputDebugStringW((std::wstring(L"Fitting a button to its caption: no ") + call + L".\n").c_str());
+}
+
 // ---- rows ----
 
 void SetCell(HWND list, int row, int column, const wchar_t* text) noexcept
@@ -83,14 +96,17 @@ void InsertRow(HWND list, int row, const PhoneBookItem& item) noexcept
     }
 }
 
+// The list stays where it was scrolled to.
 template <class Items> void ReplaceRows(HWND list, const Items& items)
 {
+    const auto topRow = static_cast<int>(SendMessageW(list, LVM_GETTOPINDEX, 0, 0));
     const RedrawOff quiet(list);
     SendMessageW(list, LVM_DELETEALLITEMS, 0, 0);
     SendMessageW(list, LVM_SETITEMCOUNT, items.size(), 0);
     int row = 0;
     for (const PhoneBookItem* const item : items)
         InsertRow(list, row++, *item);
+    ScrollItemToTop(list, std::min(topRow, row - 1));
 }
 
 void GiveGroupIcon(PhoneBookList& list) noexcept
@@ -226,6 +242,13 @@ void FillPhoneBookList(PhoneBookList& list, const PhoneBook& book, ListedItems l
     ReplaceRows(list.window, list.rows);
 }
 
+void ShowRowOf(const PhoneBookList& list, const PhoneBookItem* item)
+{
+    const auto row = std::ranges::find(list.rows, item);
+    if (row != list.rows.end())
+        SendMessageW(list.window, LVM_ENSUREVISIBLE, static_cast<WPARAM>(row - list.rows.begin()), FALSE);
+}
+
 void FillEntryList(HWND list, const std::vector<const PhoneBookEntry*>& entries)
 {
     ReplaceRows(list, entries);
@@ -246,6 +269,11 @@ PhoneBookItem* OnlySelectedItem(HWND list, const PhoneBook& book)
 {
     const std::vector<PhoneBookItem*> items = CollectSelectedItems(list, book);
     return items.size() == 1 ? items.front() : nullptr;
+}
+
+int RowCount(HWND list) noexcept
+{
+    return static_cast<int>(SendMessageW(list, LVM_GETITEMCOUNT, 0, 0));
 }
 
 int SelectedCount(HWND list) noexcept
@@ -277,31 +305,35 @@ void ScrollItemToTop(HWND list, int row) noexcept
     const auto topRow = static_cast<int>(SendMessageW(list, LVM_GETTOPINDEX, 0, 0));
     if (topRow == row)
         return;
-    RECT top{.left = LVIR_BOUNDS};
-    RECT wanted{.left = LVIR_BOUNDS};
+    RECT top{LVIR_BOUNDS, 0, 0, 0};
+    RECT wanted{LVIR_BOUNDS, 0, 0, 0};
     SendMessageW(list, LVM_GETITEMRECT, static_cast<WPARAM>(topRow), reinterpret_cast<LPARAM>(&top));
     SendMessageW(list, LVM_GETITEMRECT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&wanted));
     SendMessageW(list, LVM_SCROLL, 0, wanted.top - top.top);
 }
 
-void FitButtonToText(HWND button) noexcept
+void FitButtonToText(HWND button)
 {
     const std::wstring caption = WindowText(button, kTextUnits - 1);
     RECT client{};
-    GetClientRect(button, &client);
+    TraceFailure(GetClientRect(button, &client), L"client rectangle");
     RECT needed = client;
     {
         // The button's font is not selected: the measure stays on the wide side.
         const WindowDc dc(button);
-        DrawTextW(dc.Get(), caption.c_str(), -1, &needed, DT_SINGLELINE | DT_CENTER | DT_NOCLIP | DT_CALCRECT);
+        TraceFailure(DrawTextW(dc.Get(), caption.c_str(), -1, &needed,
+                               DT_SINGLELINE | DT_CENTER | DT_NOCLIP | DT_CALCRECT),
+                     L"text measure");
     }
-    const int missing = std::abs(needed.right - needed.left) - std::abs(client.right - client.left);
+    const int missing = Width(needed) - Width(client);
     if (missing <= 0)
         return;
     RECT place{};
-    GetWindowRect(button, &place);
+    TraceFailure(GetWindowRect(button, &place), L"window rectangle");
     MapWindowPoints(HWND_DESKTOP, GetParent(button), reinterpret_cast<POINT*>(&place), 2);
-    MoveWindow(button, place.left, place.top, place.right - place.left + missing, place.bottom - place.top, TRUE);
+    TraceFailure(MoveWindow(button, place.left, place.top, Width(place) + missing, place.bottom - place.top, TRUE),
+                 L"move");
+    OutputDebugStringW(L"A button was widened to fit its caption.\n");
 }
 
 } // namespace qx

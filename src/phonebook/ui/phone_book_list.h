@@ -37,6 +37,9 @@ void SetUpPhoneBookList(const TextOwner& texts, HWND list, int columnWidth, List
 // name only.
 void FillPhoneBookList(PhoneBookList& list, const PhoneBook& book, ListedItems listed);
 
+// Scrolls the row that shows item into view; nothing when there is none.
+void ShowRowOf(const PhoneBookList& list, const PhoneBookItem* item);
+
 // Replaces all rows by the given entries, one row each.
 void FillEntryList(HWND list, const std::vector<const PhoneBookEntry*>& entries);
 
@@ -46,6 +49,7 @@ std::vector<PhoneBookItem*> CollectSelectedItems(HWND list, const PhoneBook& boo
 // The item behind the only selected row; null when none or several are selected.
 PhoneBookItem* OnlySelectedItem(HWND list, const PhoneBook& book);
 
+int RowCount(HWND list) noexcept;
 int SelectedCount(HWND list) noexcept;
 // Searches behind row (-1: from the top); -1 when there is none.
 int NextSelectedRow(HWND list, int row) noexcept;
@@ -57,6 +61,6 @@ void FollowTypedName(const PhoneBookList& list, HWND edit);
 void ScrollItemToTop(HWND list, int row) noexcept;
 
 // Widens a button whose caption does not fit. Nothing else moves.
-void FitButtonToText(HWND button) noexcept;
+void FitButtonToText(HWND button);
 
 } // namespace qx

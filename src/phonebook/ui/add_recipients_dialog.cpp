@@ -1,0 +1,207 @@
+#include "phonebook/ui/add_recipients_dialog.h"
+
+#include "base/dialog.h"
+#include "entry/fax_job_data.h"
+#include "phonebook/phone_book.h"
+#include "phonebook/recent_list.h"
+#include "phonebook/ui/button_rules.h"
+#include "phonebook/ui/details_dialogs.h"
+#include "phonebook/ui/edit_phone_book_dialog.h"
+#include "phonebook/ui/phone_book_changed.h"
+#include "phonebook/ui/recipient_picks.h"
+#include "res/add_recipients_ids.h"
+
+namespace qx {
+
+namespace {
+
+constexpr DialogTemplate kTemplate{IDD_ADD_RECIPIENTS, IDD_ADD_RECIPIENTS_RTL};
+
+constexpr Control kControls[] = {
+    {.id = IDC_PICK_TYPED_LABEL, .text = 5245, .fallback = L"Type Name or Select From list", .topic = 15611},
+    {.id = IDC_PICK_TYPED, .limit = kNameLimit, .topic = 15611},
+    {.id = IDC_PICK_LIST, .topic = 15622},
+    {.id = IDC_PICK_DETAILS, .text = 6076, .fallback = L"Details...", .topic = 15708},
+    {.id = IDC_PICK_EDIT_BOOK, .text = 6067, .fallback = L"Edit PhoneBook...", .topic = 15703},
+    {.id = IDC_PICK_TO, .text = 5214, .fallback = L"To ->", .topic = 15624},
+    {.id = IDC_PICK_CHOSEN_LABEL, .text = 5213, .fallback = L"Fax Recipients", .topic = 15588},
+    {.id = IDC_PICK_CHOSEN, .topic = 15588},
+    {.id = IDC_PICK_DELETE, .text = 854, .fallback = L"Delete...", .topic = 15590},
+    {.id = IDOK, .text = 5249, .fallback = L"OK"},
+    {.id = IDCANCEL, .text = 5224, .fallback = L"Cancel"},
+};
+static_assert(IdsAreUnique(kControls));
+
+constexpr Text kTitle{6093, L"-Add Recipients From Phone Book"};
+
+constexpr Message kTooManyRecipients{
+    .text = {5265, L"The maximum number of fax numbers has been entered."},
+    .style = MB_OK | MB_ICONSTOP,
+    .title = MessageTitle::Error,
+};
+
+constexpr int kColumnWidth = 90;
+constexpr ListKeys kBookKeys{.activate = IDC_PICK_TO};
+constexpr ListKeys kChosenKeys{.remove = IDC_PICK_DELETE};
+
+void RefreshBookButtons(AddRecipientsContext& picker)
+{
+    const PickerButtons on = PickerButtonsFor(SelectedCount(picker.list.window));
+    EnableControl(picker.dialog, IDC_PICK_DETAILS, on.details);
+    EnableControl(picker.dialog, IDC_PICK_TO, on.to);
+}
+
+void RefreshDelete(AddRecipientsContext& picker)
+{
+    EnableControl(picker.dialog, IDC_PICK_DELETE, SelectedCount(picker.chosenList) > 0);
+}
+
+void FillBookList(AddRecipientsContext& picker)
+{
+    FillPhoneBookList(picker.list, picker.book, ListedItems::All);
+    RefreshBookButtons(picker);
+}
+
+void FillChosenList(AddRecipientsContext& picker)
+{
+    FillEntryList(picker.chosenList, picker.ChosenRecipients);
+    RefreshDelete(picker);
+}
+
+void Reload(AddRecipientsContext& picker)
+{
+    ReloadSorted(picker.book);
+    FillBookList(picker);
+}
+
+// ---- start-up ----
+
+void SetUpLists(AddRecipientsContext& picker)
+{
+    picker.list.window = GetDlgItem(picker.dialog, IDC_PICK_LIST);
+    picker.chosenList = GetDlgItem(picker.dialog, IDC_PICK_CHOSEN);
+    SetUpPhoneBookList(picker, picker.list.window, kColumnWidth, kBookKeys);
+    SetUpPhoneBookList(picker, picker.chosenList, kColumnWidth, kChosenKeys);
+}
+
+void TakeRecipients(AddRecipientsContext& picker)
+{
+    picker.ChosenRecipients.clear();
+    for (const FaxRecipient* const recipient : RecipientsOf(picker.job))
+        picker.ChosenRecipients.push_back(AsEntry(recipient));
+}
+
+// ---- commands ----
+
+void FollowTyping(AddRecipientsContext& picker)
+{
+    FollowTypedName(picker.list, GetDlgItem(picker.dialog, IDC_PICK_TYPED));
+}
+
+void Remember(AddRecipientsContext& picker, const std::vector<const PhoneBookItem*>& used)
+{
+    if (picker.recent == nullptr || used.empty())
+        return;
+    for (const PhoneBookItem* const item : used)
+        picker.recent->AddRecent(item, &picker.book);
+    picker.recent->Save();
+}
+
+// The right list is filled and the recent list saved once, for all items together.
+void MoveToRecipients(AddRecipientsContext& picker)
+{
+    const RecipientPicks picks = PickRecipients(CollectSelectedItems(picker.list.window, picker.book),
+                                                picker.ChosenRecipients.size(), picker.book);
+    auto& chosen = picker.ChosenRecipients;
+    chosen.insert(chosen.end(), picks.entries.begin(), picks.entries.end());
+    FillChosenList(picker);
+    Remember(picker, picks.used);
+    if (picks.tooMany)
+        ShowFaxMessage(picker, kTooManyRecipients, picker.dialog);
+}
+
+void DeleteChosen(AddRecipientsContext& picker)
+{
+    const HWND list = picker.chosenList;
+    std::vector<const PhoneBookEntry*> left;
+    left.reserve(picker.ChosenRecipients.size());
+    int selected = NextSelectedRow(list, -1);
+    for (int row = 0; row < static_cast<int>(picker.ChosenRecipients.size()); ++row) {
+        if (row == selected)
+            selected = NextSelectedRow(list, row);
+        else
+            left.push_back(picker.ChosenRecipients[static_cast<std::size_t>(row)]);
+    }
+    picker.ChosenRecipients = std::move(left);
+    // Before the button goes off: the keyboard would be left with nothing.
+    if (GetFocus() == GetDlgItem(picker.dialog, IDC_PICK_DELETE))
+        FocusControl(picker.dialog, IDC_PICK_CHOSEN);
+    FillChosenList(picker);
+}
+
+void ShowDetails(AddRecipientsContext& picker)
+{
+    const PhoneBookItem* const item = OnlySelectedItem(picker.list.window, picker.book);
+    if (item == nullptr)
+        return;
+    ShowItemDetails(picker.dialog, picker, picker.book, *item);
+    FocusControl(picker.dialog, IDC_PICK_LIST);
+}
+
+// The editor leaves its changes in the book in memory, whatever its result.
+void EditBook(AddRecipientsContext& picker)
+{
+    EditPhoneBookContext editor(picker, picker.book);
+    ShowEditPhoneBook(picker.dialog, editor);
+    Reload(picker);
+}
+
+void Accept(AddRecipientsContext& picker)
+{
+    ReplaceRecipients(picker.job, picker.ChosenRecipients);
+    EndDialog(picker.dialog, IDOK);
+}
+
+void Cancel(AddRecipientsContext& picker) { EndDialog(picker.dialog, IDCANCEL); }
+
+constexpr Route<AddRecipientsContext> kRoutes[] = {
+    {IDC_PICK_TYPED, EN_CHANGE, FollowTyping},
+    {IDC_PICK_LIST, static_cast<UINT>(LVN_ITEMCHANGED), RefreshBookButtons},
+    {IDC_PICK_DETAILS, BN_CLICKED, ShowDetails},
+    {IDC_PICK_EDIT_BOOK, BN_CLICKED, EditBook},
+    {IDC_PICK_TO, BN_CLICKED, MoveToRecipients},
+    {IDC_PICK_CHOSEN, static_cast<UINT>(LVN_ITEMCHANGED), RefreshDelete},
+    {IDC_PICK_DELETE, BN_CLICKED, DeleteChosen},
+    {IDOK, BN_CLICKED, Accept},
+    {IDCANCEL, BN_CLICKED, Cancel},
+};
+
+} // namespace
+
+static void Initialize(AddRecipientsContext& picker)
+{
+    SetUpLists(picker);
+    FillBookList(picker);
+    TakeRecipients(picker);
+    FillChosenList(picker);
+    SetWindowTextW(picker.dialog, LocalizedText(picker, kTitle).c_str());
+    SetUpControls(picker, picker.dialog, kControls);
+    FitButtonToText(GetDlgItem(picker.dialog, IDC_PICK_EDIT_BOOK));
+}
+
+static std::span<const Route<AddRecipientsContext>> RoutesOf(const AddRecipientsContext&) { return kRoutes; }
+
+static INT_PTR HandleOther(AddRecipientsContext& picker, UINT message, WPARAM w, LPARAM l)
+{
+    if (message == PhoneBookChangedMessage()) {
+        Reload(picker);
+        return TRUE;
+    }
+    return AnswerHelp(picker, picker.dialog, message, w, l, kControls);
+}
+
+INT_PTR ShowAddRecipients(HWND owner, AddRecipientsContext& context) { return ShowModal(kTemplate, owner, context); }
+
+std::span<const Control> AddRecipientsControls() noexcept { return kControls; }
+
+} // namespace qx

@@ -1,0 +1,295 @@
+#include "phonebook/ui/edit_phone_book_dialog.h"
+
+#include "base/dialog.h"
+#include "phonebook/phone_book.h"
+#include "phonebook/ui/button_rules.h"
+#include "phonebook/ui/details_dialogs.h"
+#include "phonebook/ui/entry_dialog.h"
+#include "phonebook/ui/group_dialog.h"
+#include "phonebook/ui/import_export.h"
+#include "phonebook/ui/phone_book_changed.h"
+#include "res/edit_phone_book_ids.h"
+
+#include <algorithm>
+
+namespace qx {
+
+namespace {
+
+constexpr DialogTemplate kTemplate{IDD_EDIT_PHONE_BOOK, IDD_EDIT_PHONE_BOOK_RTL};
+
+constexpr Control kControls[] = {
+    {.id = IDC_BOOK_FRAME, .text = 5244, .fallback = L"-Phone Book"},
+    {.id = IDC_BOOK_TYPED_LABEL, .text = 5245, .fallback = L"-Type Name or Select From list", .topic = 15709},
+    {.id = IDC_BOOK_TYPED, .limit = kNameLimit, .topic = 15709},
+    {.id = IDC_BOOK_LIST, .topic = 15723},
+    {.id = IDC_BOOK_ADD_ENTRY, .text = 6070, .fallback = L"-Add Entry...", .topic = 15704},
+    {.id = IDC_BOOK_ADD_GROUP, .text = 6071, .fallback = L"-Add Group...", .topic = 15705},
+    {.id = IDC_BOOK_EXPORT, .text = 6072, .fallback = L"-Export", .topic = 15706},
+    {.id = IDC_BOOK_IMPORT, .text = 6073, .fallback = L"-Import...", .topic = 15707},
+    {.id = IDC_BOOK_EDIT, .text = 5248, .fallback = L"-Edit...", .topic = 15613},
+    {.id = IDC_BOOK_DETAILS, .text = 6076, .fallback = L"-Details...", .topic = 15708},
+    {.id = IDC_BOOK_DELETE, .text = 854, .fallback = L"-Delete...", .topic = 15623},
+    {.id = IDOK, .text = 5249, .fallback = L"-OK"},
+    {.id = IDCANCEL, .text = 5224, .fallback = L"-Cancel"},
+};
+static_assert(IdsAreUnique(kControls));
+
+constexpr Text kTitle{6068, L"-Edit Phone Book"};
+
+constexpr Message kBookIsFull{
+    .text = {6098, L"The maximum number of phone book entries has been entered."},
+    .style = MB_OK | MB_ICONSTOP,
+    .title = MessageTitle::Warning,
+};
+constexpr Message kConfirmDelete{
+    .text = {6097, L"Select OK to permanently remove the selected entries from the phone book."},
+    .style = MB_OKCANCEL | MB_ICONEXCLAMATION,
+    .title = MessageTitle::Warning,
+};
+constexpr Message kImportTooLarge{
+    .text = {6106, L"-Exceeded maximum phone book entries."},
+    .style = MB_OK | MB_ICONSTOP,
+    .title = MessageTitle::Error,
+};
+constexpr Text kImported{6107, L"-Phone book entries imported successfully."};
+constexpr Text kExported{6234, L"-Phone book entries exported successfully."};
+constexpr Text kInformationTitle{5325, L"-QX MFP Send Fax"};
+
+constexpr int kColumnWidth = 108;
+constexpr ListKeys kListKeys{.activate = IDC_BOOK_EDIT, .remove = IDC_BOOK_DELETE};
+
+void RefreshButtons(EditPhoneBookContext& editor)
+{
+    const HWND list = editor.list.window;
+    const EditorButtons on = EditorButtonsFor(RowCount(list), SelectedCount(list));
+    EnableControl(editor.dialog, IDC_BOOK_EXPORT, on.exportBook);
+    EnableControl(editor.dialog, IDC_BOOK_EDIT, on.edit);
+    EnableControl(editor.dialog, IDC_BOOK_DETAILS, on.details);
+    EnableControl(editor.dialog, IDC_BOOK_DELETE, on.remove);
+}
+
+void Refill(EditPhoneBookContext& editor) { FillPhoneBookList(editor.list, editor.book, ListedItems::All); }
+
+void SortAndRefill(EditPhoneBookContext& editor)
+{
+    editor.book.Sort(TRUE);
+    Refill(editor);
+}
+
+// A new or changed item may have moved far away by its new name.
+void SortAndShow(EditPhoneBookContext& editor, const PhoneBookItem* item)
+{
+    SortAndRefill(editor);
+    ShowRowOf(editor.list, item);
+}
+
+// ---- add ----
+
+bool RefuseWhenFull(EditPhoneBookContext& editor)
+{
+    if (editor.book.GetCount() < kMaxPhoneBookItems)
+        return false;
+    ShowFaxMessage(editor, kBookIsFull, editor.dialog);
+    return true;
+}
+
+void AddEntry(EditPhoneBookContext& editor)
+{
+    if (RefuseWhenFull(editor))
+        return;
+    EntryDialogContext context(editor, editor.book, nullptr);
+    if (ShowEntryDialog(editor.dialog, context) == IDOK) {
+        PhoneBookEntry* const entry = context.made.release();
+        editor.book.Add(entry);
+        SortAndShow(editor, entry);
+    }
+    RefreshButtons(editor);
+}
+
+// The buttons are left as they are: alone among the commands, this one has never refreshed them.
+void AddGroup(EditPhoneBookContext& editor)
+{
+    if (RefuseWhenFull(editor))
+        return;
+    GroupDialogContext context(editor, editor.book, nullptr);
+    if (ShowGroupDialog(editor.dialog, context) == IDOK) {
+        PhoneBookGroup* const group = context.working.release();
+        editor.book.Add(group);
+        SortAndShow(editor, group);
+    }
+}
+
+// ---- edit, details, delete ----
+
+bool EditItem(EditPhoneBookContext& editor, PhoneBookItem* item)
+{
+    if (PhoneBookGroup* const group = AsGroup(item)) {
+        GroupDialogContext context(editor, editor.book, group);
+        return ShowGroupDialog(editor.dialog, context) == IDOK;
+    }
+    EntryDialogContext context(editor, editor.book, AsEntry(item));
+    return ShowEntryDialog(editor.dialog, context) == IDOK;
+}
+
+// At the last item with that id, wherever it is by now: the book may have been reloaded while the user was editing.
+void StoreBack(PhoneBook& book, PhoneBookItem* item)
+{
+    for (DWORD index = book.GetCount(); index-- > 0;) {
+        if (book.GetAt(index)->GetId() == item->GetId()) {
+            book.SetAt(index, item);
+            return;
+        }
+    }
+}
+
+void EditSelected(EditPhoneBookContext& editor)
+{
+    PhoneBookItem* const item = OnlySelectedItem(editor.list.window, editor.book);
+    if (item == nullptr)
+        return;
+    if (EditItem(editor, item)) {
+        StoreBack(editor.book, item);
+        SortAndShow(editor, item);
+    }
+    FocusControl(editor.dialog, IDC_BOOK_LIST);
+    RefreshButtons(editor);
+}
+
+void ShowDetails(EditPhoneBookContext& editor)
+{
+    const PhoneBookItem* const item = OnlySelectedItem(editor.list.window, editor.book);
+    if (item == nullptr)
+        return;
+    ShowItemDetails(editor.dialog, editor, editor.book, *item);
+    FocusControl(editor.dialog, IDC_BOOK_DETAILS);
+    RefreshButtons(editor);
+}
+
+void DeleteSelected(EditPhoneBookContext& editor)
+{
+    if (ShowFaxMessage(editor, kConfirmDelete, editor.dialog) != IDOK)
+        return;
+    const std::vector<PhoneBookItem*> items = CollectSelectedItems(editor.list.window, editor.book);
+    std::vector<DWORD> ids(items.size());
+    std::ranges::transform(items, ids.begin(), &PhoneBookItem::GetId);
+    editor.book.DeleteIds(ids);
+    Refill(editor);
+    FocusControl(editor.dialog, IDC_BOOK_LIST);
+    RefreshButtons(editor);
+}
+
+// ---- import and export ----
+
+ImportExportBlock BlockOf(EditPhoneBookContext& editor)
+{
+    return {.book = &editor.book, .texts = &editor, .rightToLeft = editor.rightToLeft};
+}
+
+void ShowInformation(const EditPhoneBookContext& editor, const Text& text)
+{
+    MessageBoxW(editor.dialog, LocalizedText(editor, text).c_str(), LocalizedText(editor, kInformationTitle).c_str(),
+                MB_OK | MB_ICONINFORMATION);
+}
+
+void TellImportResult(const EditPhoneBookContext& editor, const ImportExportResult& result)
+{
+    if (result.status == ImportExportStatus::BookFull) {
+        ShowFaxMessage(editor, kImportTooLarge, editor.dialog);
+        return;
+    }
+    ReportImportExportResult(editor, result, editor.dialog);
+    if (result.status == ImportExportStatus::Imported)
+        ShowInformation(editor, kImported);
+}
+
+void Import(EditPhoneBookContext& editor)
+{
+    if (!RefuseWhenFull(editor)) {
+        const ImportExportResult result = ImportCsv(BlockOf(editor), editor.dialog);
+        if (result.status != ImportExportStatus::Cancelled) {
+            TellImportResult(editor, result);
+            SortAndRefill(editor);
+        }
+    }
+    FocusControl(editor.dialog, IDC_BOOK_IMPORT);
+    RefreshButtons(editor);
+}
+
+void Export(EditPhoneBookContext& editor)
+{
+    const ImportExportResult result = ExportCsv(BlockOf(editor), editor.dialog);
+    if (result.status == ImportExportStatus::Exported)
+        ShowInformation(editor, kExported);
+    else if (result.status != ImportExportStatus::Cancelled)
+        ReportImportExportResult(editor, result, editor.dialog);
+    FocusControl(editor.dialog, IDC_BOOK_EXPORT);
+    RefreshButtons(editor);
+}
+
+// ---- list, end ----
+
+void FollowTyping(EditPhoneBookContext& editor)
+{
+    FollowTypedName(editor.list, GetDlgItem(editor.dialog, IDC_BOOK_TYPED));
+}
+
+void Accept(EditPhoneBookContext& editor)
+{
+    editor.book.Save(editor.book.GetCount());
+    BroadcastPhoneBookChanged(); // this dialog, still open, hears it as well
+    EndDialog(editor.dialog, IDOK);
+}
+
+void Cancel(EditPhoneBookContext& editor) { EndDialog(editor.dialog, IDCANCEL); }
+
+void Reload(EditPhoneBookContext& editor)
+{
+    ReloadSorted(editor.book);
+    Refill(editor);
+    RefreshButtons(editor);
+}
+
+constexpr Route<EditPhoneBookContext> kRoutes[] = {
+    {IDC_BOOK_TYPED, EN_CHANGE, FollowTyping},
+    {IDC_BOOK_LIST, static_cast<UINT>(LVN_ITEMCHANGED), RefreshButtons},
+    {IDC_BOOK_ADD_ENTRY, BN_CLICKED, AddEntry},
+    {IDC_BOOK_ADD_GROUP, BN_CLICKED, AddGroup},
+    {IDC_BOOK_EDIT, BN_CLICKED, EditSelected},
+    {IDC_BOOK_DETAILS, BN_CLICKED, ShowDetails},
+    {IDC_BOOK_DELETE, BN_CLICKED, DeleteSelected},
+    {IDC_BOOK_IMPORT, BN_CLICKED, Import},
+    {IDC_BOOK_EXPORT, BN_CLICKED, Export},
+    {IDOK, BN_CLICKED, Accept},
+    {IDCANCEL, BN_CLICKED, Cancel},
+};
+
+} // namespace
+
+static void Initialize(EditPhoneBookContext& editor)
+{
+    editor.rightToLeft = IsRightToLeftUi();
+    editor.list.window = GetDlgItem(editor.dialog, IDC_BOOK_LIST);
+    SetUpPhoneBookList(editor, editor.list.window, kColumnWidth, kListKeys);
+    Refill(editor);
+    SetWindowTextW(editor.dialog, LocalizedText(editor, kTitle).c_str());
+    SetUpControls(editor, editor.dialog, kControls);
+    RefreshButtons(editor);
+}
+
+static std::span<const Route<EditPhoneBookContext>> RoutesOf(const EditPhoneBookContext&) { return kRoutes; }
+
+static INT_PTR HandleOther(EditPhoneBookContext& editor, UINT message, WPARAM w, LPARAM l)
+{
+    if (message == PhoneBookChangedMessage()) {
+        Reload(editor);
+        return TRUE;
+    }
+    return AnswerHelp(editor, editor.dialog, message, w, l, kControls);
+}
+
+INT_PTR ShowEditPhoneBook(HWND owner, EditPhoneBookContext& context) { return ShowModal(kTemplate, owner, context); }
+
+std::span<const Control> EditPhoneBookControls() noexcept { return kControls; }
+
+} // namespace qx

@@ -1,0 +1,137 @@
+#include "phonebook/ui/entry_dialog.h"
+
+#include "base/dialog.h"
+#include "phonebook/phone_book.h"
+#include "phonebook/ui/stand_in_text.h"
+#include "res/entry_ids.h"
+
+namespace qx {
+
+namespace {
+
+constexpr DialogTemplate kTemplate{IDD_ENTRY, IDD_ENTRY_RTL};
+
+constexpr Text kAddTitle{6074, L"-Add Entry To Phone Book"};
+constexpr Text kEditTitle{5247, L"Edit Phone Book Entry"};
+
+constexpr Message kDuplicate{
+    .text = {5257, L"This is a duplicate entry.  Please enter a different name or fax number"},
+    .style = MB_OK | MB_ICONSTOP,
+    .title = MessageTitle::Warning,
+};
+
+struct Topics {
+    int name, faxNumber, company;
+};
+
+struct ControlTable {
+    Control rows[8];
+};
+
+// The two modes differ in their help alone.
+constexpr ControlTable ControlsWith(Topics topics)
+{
+    return {{
+        {.id = IDC_ENTRY_NAME_LABEL, .text = 5208, .fallback = L"Recipient Name:", .topic = topics.name},
+        {.id = IDC_ENTRY_NAME, .limit = kNameLimit, .topic = topics.name},
+        {.id = IDC_ENTRY_FAX_NUMBER_LABEL, .text = 5209, .fallback = L"Fax Number", .topic = topics.faxNumber},
+        {.id = IDC_ENTRY_FAX_NUMBER, .limit = kNameLimit, .topic = topics.faxNumber, .leftToRight = true},
+        {.id = IDC_ENTRY_COMPANY_LABEL, .text = 5210, .fallback = L"Company Name", .topic = topics.company},
+        {.id = IDC_ENTRY_COMPANY, .limit = kNameLimit, .topic = topics.company},
+        {.id = IDOK, .text = 5249, .fallback = L"OK"},
+        {.id = IDCANCEL, .text = 5224, .fallback = L"Cancel"},
+    }};
+}
+
+constexpr ControlTable kAddControls = ControlsWith({.name = 15710, .faxNumber = 15711, .company = 15712});
+constexpr ControlTable kEditControls = ControlsWith({.name = 15720, .faxNumber = 15721, .company = 15722});
+static_assert(IdsAreUnique(kAddControls.rows));
+
+HWND ControlOf(const EntryDialogContext& entry, int id) noexcept { return GetDlgItem(entry.dialog, id); }
+
+std::wstring TypedText(const EntryDialogContext& entry, int id) { return WindowText(ControlOf(entry, id), kNameLimit); }
+
+// ---- start-up ----
+
+void MakeEntry(EntryDialogContext& context)
+{
+    context.made = {context.book.Store().NewEntry(), {&context.book.Store()}};
+    context.entry = context.made.get();
+    context.entry->SetId(context.book.NextId());
+}
+
+void ShowEntry(EntryDialogContext& context)
+{
+    SetWindowTextW(ControlOf(context, IDC_ENTRY_NAME), ToShown(context.entry->Name()));
+    SetFilteredText(context.faxNumber, ControlOf(context, IDC_ENTRY_FAX_NUMBER), context.entry->FaxNumber());
+    SetWindowTextW(ControlOf(context, IDC_ENTRY_COMPANY), ToShown(context.entry->Company()));
+}
+
+// ---- commands ----
+
+bool IsComplete(const EntryDialogContext& context) noexcept
+{
+    return HasText(ControlOf(context, IDC_ENTRY_NAME)) && HasText(ControlOf(context, IDC_ENTRY_FAX_NUMBER));
+}
+
+void RefreshOk(EntryDialogContext& context)
+{
+    EnableControl(context.dialog, IDOK, IsComplete(context));
+}
+
+void FilterFaxNumber(EntryDialogContext& context)
+{
+    RefuseOtherCharacters(context.faxNumber, ControlOf(context, IDC_ENTRY_FAX_NUMBER));
+    RefreshOk(context);
+}
+
+void Accept(EntryDialogContext& context)
+{
+    if (!IsComplete(context))
+        return; // Enter comes here although the default button is off
+    PhoneBookEntry candidate;
+    candidate.SetId(context.entry->GetId());
+    candidate.SetName(ToStored(TypedText(context, IDC_ENTRY_NAME)).c_str());
+    candidate.SetFaxNumber(TypedText(context, IDC_ENTRY_FAX_NUMBER).c_str());
+    candidate.SetCompany(ToStored(TypedText(context, IDC_ENTRY_COMPANY)).c_str());
+    if (context.book.HoldsSameEntry(candidate)) {
+        ShowFaxMessage(context, kDuplicate, context.dialog);
+        return;
+    }
+    context.entry->CopyFrom(candidate);
+    EndDialog(context.dialog, IDOK);
+}
+
+void Cancel(EntryDialogContext& context) { EndDialog(context.dialog, IDCANCEL); }
+
+constexpr Route<EntryDialogContext> kRoutes[] = {
+    {IDC_ENTRY_NAME, EN_CHANGE, RefreshOk},
+    {IDC_ENTRY_FAX_NUMBER, EN_CHANGE, FilterFaxNumber},
+    {IDOK, BN_CLICKED, Accept},
+    {IDCANCEL, BN_CLICKED, Cancel},
+};
+
+} // namespace
+
+static void Initialize(EntryDialogContext& context)
+{
+    if (context.adds)
+        MakeEntry(context);
+    SetWindowTextW(context.dialog, LocalizedText(context, context.adds ? kAddTitle : kEditTitle).c_str());
+    ShowEntry(context);
+    SetUpControls(context, context.dialog, EntryControls(context.adds));
+    RefreshOk(context);
+}
+
+static std::span<const Route<EntryDialogContext>> RoutesOf(const EntryDialogContext&) { return kRoutes; }
+
+static INT_PTR HandleOther(EntryDialogContext& context, UINT message, WPARAM w, LPARAM l)
+{
+    return AnswerHelp(context, context.dialog, message, w, l, EntryControls(context.adds));
+}
+
+INT_PTR ShowEntryDialog(HWND owner, EntryDialogContext& context) { return ShowModal(kTemplate, owner, context); }
+
+std::span<const Control> EntryControls(bool adds) noexcept { return adds ? kAddControls.rows : kEditControls.rows; }
+
+} // namespace qx

@@ -1,0 +1,201 @@
+#include "phonebook/ui/group_dialog.h"
+
+#include "base/dialog.h"
+#include "phonebook/phone_book.h"
+#include "phonebook/ui/button_rules.h"
+#include "phonebook/ui/details_dialogs.h"
+#include "phonebook/ui/group_members.h"
+#include "phonebook/ui/stand_in_text.h"
+#include "res/group_ids.h"
+
+namespace qx {
+
+namespace {
+
+constexpr DialogTemplate kTemplate{IDD_GROUP, IDD_GROUP_RTL};
+
+constexpr Control kControls[] = {
+    {.id = IDC_GROUP_TYPED_LABEL, .text = 5245, .fallback = L"-Type Name or Select From list", .topic = 15714},
+    {.id = IDC_GROUP_TYPED, .limit = kNameLimit, .topic = 15714},
+    {.id = IDC_GROUP_ENTRIES, .topic = 15723},
+    {.id = IDC_GROUP_DETAILS, .text = 6076, .fallback = L"-Details...", .topic = 15708},
+    {.id = IDC_GROUP_ADD, .text = 6078, .fallback = L"-Add->", .topic = 15715},
+    {.id = IDC_GROUP_NAME_LABEL, .text = 6077, .fallback = L"-Group Name", .topic = 15713},
+    {.id = IDC_GROUP_NAME, .limit = kNameLimit, .topic = 15713},
+    {.id = IDC_GROUP_MEMBERS_LABEL, .text = 6079, .fallback = L"-Members", .topic = 15716},
+    {.id = IDC_GROUP_MEMBERS, .topic = 15716},
+    {.id = IDC_GROUP_DELETE, .text = 854, .fallback = L"-Delete", .topic = 15752},
+    {.id = IDOK, .text = 5249, .fallback = L"-OK"},
+    {.id = IDCANCEL, .text = 5224, .fallback = L"-Cancel"},
+};
+static_assert(IdsAreUnique(kControls));
+
+constexpr Text kAddTitle{6075, L"-Add Group To Phone Book"};
+constexpr Text kEditTitle{6081, L"-Edit Group"};
+
+constexpr Message kDuplicate{
+    .text = {6099, L"This is a duplicate entry.  This is a duplicate phone book entry. Please enter a different Group "
+                   L"Name."},
+    .style = MB_OK | MB_ICONSTOP,
+    .title = MessageTitle::Warning,
+};
+
+constexpr int kColumnWidth = 90;
+constexpr ListKeys kEntryKeys{.activate = IDC_GROUP_ADD};
+constexpr ListKeys kMemberKeys{.remove = IDC_GROUP_DELETE};
+
+// One less than can be typed: a name of full length loses its last character when it is stored. Groups have always
+// been stored so, and other copies of the phone book know them by these names.
+constexpr std::size_t kStoredNameUnits = kNameLimit - 1;
+
+int MemberCount(const GroupDialogContext& group) noexcept
+{
+    return static_cast<int>(group.working->MemberIds().size());
+}
+
+// ---- what is enabled ----
+
+void RefreshButtons(GroupDialogContext& group)
+{
+    const GroupButtons on = GroupButtonsFor({.members = MemberCount(group),
+                                             .selectedEntries = SelectedCount(group.entries.window),
+                                             .selectedMembers = SelectedCount(group.members)});
+    EnableControl(group.dialog, IDC_GROUP_DETAILS, on.details);
+    EnableControl(group.dialog, IDC_GROUP_ADD, on.add);
+    EnableControl(group.dialog, IDC_GROUP_DELETE, on.remove);
+}
+
+bool IsComplete(const GroupDialogContext& group) noexcept
+{
+    return HasText(GetDlgItem(group.dialog, IDC_GROUP_NAME)) && RowCount(group.members) > 0;
+}
+
+void RefreshOk(GroupDialogContext& group)
+{
+    EnableControl(group.dialog, IDOK, IsComplete(group));
+}
+
+// ---- start-up ----
+
+void FillMembers(GroupDialogContext& group)
+{
+    FillEntryList(group.members, MembersInOwnOrder(group.book, group.working->MemberIds()));
+}
+
+void TakeWorkingCopy(GroupDialogContext& group)
+{
+    SetDlgItemTextW(group.dialog, IDC_GROUP_NAME, ToShown(group.stored->Name()));
+    group.working->CopyFrom(*group.stored);
+    FillMembers(group);
+}
+
+void SetUpLists(GroupDialogContext& group)
+{
+    group.entries.window = GetDlgItem(group.dialog, IDC_GROUP_ENTRIES);
+    group.members = GetDlgItem(group.dialog, IDC_GROUP_MEMBERS);
+    SetUpPhoneBookList(group, group.entries.window, kColumnWidth, kEntryKeys);
+    SetUpPhoneBookList(group, group.members, kColumnWidth, kMemberKeys);
+    FillPhoneBookList(group.entries, group.book, ListedItems::EntriesOnly);
+}
+
+// ---- commands ----
+
+void FollowTyping(GroupDialogContext& group)
+{
+    FollowTypedName(group.entries, GetDlgItem(group.dialog, IDC_GROUP_TYPED));
+}
+
+void AddSelected(GroupDialogContext& group)
+{
+    AddMembers(*group.working, CollectSelectedItems(group.entries.window, group.book));
+    FillMembers(group);
+    RefreshButtons(group);
+}
+
+// Nothing is asked: the book changes only on OK.
+void DeleteSelected(GroupDialogContext& group)
+{
+    for (const PhoneBookItem* const item : CollectSelectedItems(group.members, group.book))
+        group.working->RemoveMemberId(item->GetId());
+    FillMembers(group);
+    FocusControl(group.dialog, IDC_GROUP_MEMBERS);
+    RefreshButtons(group);
+    RefreshOk(group);
+}
+
+void ShowDetails(GroupDialogContext& group)
+{
+    const PhoneBookItem* const item = OnlySelectedItem(group.entries.window, group.book);
+    if (item == nullptr)
+        return;
+    ShowItemDetails(group.dialog, group, group.book, *item);
+    RefreshButtons(group);
+    FocusControl(group.dialog, IDC_GROUP_DETAILS);
+}
+
+void StoreMembers(GroupDialogContext& group)
+{
+    group.stored->ClearMemberIds();
+    group.stored->SetName(group.working->Name());
+    for (const DWORD id : group.working->MemberIds())
+        group.stored->AddMemberId(id);
+}
+
+void Accept(GroupDialogContext& group)
+{
+    if (!IsComplete(group))
+        return; // Enter comes here although the default button is off
+    const HWND name = GetDlgItem(group.dialog, IDC_GROUP_NAME);
+    group.working->SetName(ToStored(WindowText(name, kStoredNameUnits)).c_str());
+    if (HoldsSameGroup(group.book, *group.working)) {
+        ShowFaxMessage(group, kDuplicate, group.dialog);
+        return;
+    }
+    if (group.stored != nullptr)
+        StoreMembers(group);
+    EndDialog(group.dialog, IDOK);
+}
+
+void Cancel(GroupDialogContext& group) { EndDialog(group.dialog, IDCANCEL); }
+
+constexpr Route<GroupDialogContext> kRoutes[] = {
+    {IDC_GROUP_TYPED, EN_CHANGE, FollowTyping},
+    {IDC_GROUP_ENTRIES, static_cast<UINT>(LVN_ITEMCHANGED), RefreshButtons},
+    {IDC_GROUP_DETAILS, BN_CLICKED, ShowDetails},
+    {IDC_GROUP_ADD, BN_CLICKED, AddSelected},
+    {IDC_GROUP_NAME, EN_CHANGE, RefreshOk},
+    {IDC_GROUP_MEMBERS, static_cast<UINT>(LVN_ITEMCHANGED), RefreshButtons},
+    {IDC_GROUP_MEMBERS, static_cast<UINT>(LVN_INSERTITEM), RefreshOk},
+    {IDC_GROUP_DELETE, BN_CLICKED, DeleteSelected},
+    {IDOK, BN_CLICKED, Accept},
+    {IDCANCEL, BN_CLICKED, Cancel},
+};
+
+} // namespace
+
+static void Initialize(GroupDialogContext& group)
+{
+    SetUpLists(group);
+    SetWindowTextW(group.dialog, LocalizedText(group, group.stored != nullptr ? kEditTitle : kAddTitle).c_str());
+    SetUpControls(group, group.dialog, kControls);
+    group.working = {group.book.Store().NewGroup(), {&group.book.Store()}};
+    if (group.stored != nullptr)
+        TakeWorkingCopy(group);
+    else
+        group.working->SetId(group.book.NextId());
+    RefreshButtons(group);
+    RefreshOk(group);
+}
+
+static std::span<const Route<GroupDialogContext>> RoutesOf(const GroupDialogContext&) { return kRoutes; }
+
+static INT_PTR HandleOther(GroupDialogContext& group, UINT message, WPARAM w, LPARAM l)
+{
+    return AnswerHelp(group, group.dialog, message, w, l, kControls);
+}
+
+INT_PTR ShowGroupDialog(HWND owner, GroupDialogContext& context) { return ShowModal(kTemplate, owner, context); }
+
+std::span<const Control> GroupControls() noexcept { return kControls; }
+
+} // namespace qx

@@ -1,0 +1,26 @@
+// A group names its members by id; these are the entries that its lists show. No window here.
+#pragma once
+
+#include "phonebook/items.h"
+
+#include <span>
+#include <vector>
+
+namespace qx {
+
+class PhoneBook;
+
+// In the order of the ids, of which only the first 100 are looked at: every entry of the book that has the id. An id
+// without an entry gives nothing.
+std::vector<const PhoneBookEntry*> MembersInOwnOrder(const PhoneBook& book, std::span<const DWORD> ids);
+
+// In the book's order: the entries whose id is among ids, at most as many as there are ids.
+std::vector<const PhoneBookEntry*> MembersInBookOrder(const PhoneBook& book, std::span<const DWORD> ids);
+
+// Adds the items' ids to the group, but none twice. False when the group was full before all were looked at.
+bool AddMembers(PhoneBookGroup& group, std::span<PhoneBookItem* const> items);
+
+// Whether the book has another group, by id, of the same name.
+bool HoldsSameGroup(const PhoneBook& book, const PhoneBookGroup& group) noexcept;
+
+} // namespace qx
