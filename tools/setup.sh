@@ -9,7 +9,8 @@ readonly packages=(
     cmake ninja-build g++-mingw-w64-x86-64 python3                  # building
     googletest nlohmann-json3-dev libcli11-dev                      # libraries of the tests and of the stand-in driver
     fp-utils gcab                                                   # compiling and packing the help
-    wine wine64 xvfb fonts-dejavu-extra fonts-noto-core fonts-noto-cjk # running and looking at it
+    wine wine64 xvfb                                                # running and looking at it
+    fonts-wine fonts-dejavu-extra fonts-noto-core fonts-noto-cjk
     locales
 )
 # Wine takes its user-interface language from the locale.

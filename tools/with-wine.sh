@@ -94,9 +94,11 @@ stop_wineserver() { WINEPREFIX=$1 wineserver -k 2>/dev/null || true; WINEPREFIX=
 
 make_template() {
     template_settings >"$home/settings.reg"
-    wine64 wineboot -i
+    wine64 wineboot --init
     wine64 regedit /S "$(wine64 winepath -w "$home/settings.reg")"
     wineserver -w
+    # The caption buttons are drawn with a font that Debian's Wine does not look for.
+    cp /usr/share/wine/fonts/marlett.ttf "$WINEPREFIX/drive_c/windows/Fonts/"
     # Wine makes the user's folders links into the home directory: nothing of ours may go there.
     local link
     find "$WINEPREFIX/drive_c/users" -type l | while read -r link; do

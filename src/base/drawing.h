@@ -7,6 +7,21 @@ namespace qx {
 
 using UniqueMemoryDc = Unique<NullEmpty<HDC, DeleteDC>>;
 
+// The device context of a window's client area.
+class WindowDc {
+public:
+    explicit WindowDc(HWND window) noexcept : window_(window), dc_(GetDC(window)) {}
+    ~WindowDc() { ReleaseDC(window_, dc_); }
+    WindowDc(const WindowDc&) = delete;
+    WindowDc& operator=(const WindowDc&) = delete;
+
+    HDC Get() const noexcept { return dc_; }
+
+private:
+    HWND window_;
+    HDC dc_;
+};
+
 // The object is selected into the device context while this lives.
 class SelectedObject {
 public:

@@ -100,4 +100,12 @@ void SaveFaxDefaults(FaxJobData& record)
     SaveNumber(record, kApplyDefaults);
 }
 
+void CopyFaxDefaults(const FaxJobData& from, FaxJobData& to) noexcept
+{
+    for (const StoredText& text : kTexts)
+        text.set(to, from.*text.field);
+    for (const StoredNumber& number : kNumbers)
+        to.*number.field = from.*number.field;
+}
+
 } // namespace qx

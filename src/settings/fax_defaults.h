@@ -13,4 +13,7 @@ bool LoadFaxDefaults(FaxJobData& record);
 // printer nothing is written.
 void SaveFaxDefaults(FaxJobData& record);
 
+// Gives to what from has, all but whether defaults are to be applied. Nothing is read or written.
+void CopyFaxDefaults(const FaxJobData& from, FaxJobData& to) noexcept;
+
 } // namespace qx

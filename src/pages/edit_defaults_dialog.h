@@ -1,0 +1,28 @@
+// The Edit Defaults dialog: the user's standing send settings of a printer.
+#pragma once
+
+#include "base/dialog.h"
+#include "pages/send_settings.h"
+#include "text/controls.h"
+
+#include <qxfax/send_fax.h>
+#include <span>
+
+namespace qx {
+
+inline constexpr DialogTemplate kEditDefaultsTemplate{208, 209};
+
+struct EditDefaultsDialog : TextOwner {
+    HANDLE printer = nullptr;       // not owned
+    FaxJobData* defaults = nullptr; // the working copy, not owned; the device's flags are set in it already
+    HWND dialog = nullptr;
+    SendSettings settings;
+};
+
+// Shows the dialog. IDOK: the working copy holds what the user chose and was stored; its DefaultsSaved tells that
+// nothing had been stored before. IDCANCEL: nothing was stored, and DefaultsSaved is off.
+INT_PTR ShowEditDefaults(HWND owner, EditDefaultsDialog& state);
+
+std::span<const Control> EditDefaultsControls() noexcept;
+
+} // namespace qx

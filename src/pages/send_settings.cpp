@@ -1,0 +1,228 @@
+#include "pages/send_settings.h"
+
+#include "base/text.h"
+#include "entry/fax_job_data.h"
+#include "pages/email_rule.h"
+#include "pages/preview_rule.h"
+#include "res/send_settings_ids.h"
+
+#include <algorithm>
+
+namespace qx {
+
+namespace {
+
+constexpr std::size_t kSenderUnits = 256;
+constexpr std::size_t kEmailUnits = 257;
+
+constexpr Text kRequired{5256};
+constexpr Text kEmailAddress{5318};
+constexpr Message kUnrecognizedEmail{
+    {5264, L"The e-mail address is not in a recognized e-mail format.  Do you still want to use it?"},
+    MB_YESNO | MB_ICONEXCLAMATION,
+    MessageTitle::Warning};
+
+// A radio button and the value that it stands for.
+struct Choice {
+    int control;
+    DWORD value;
+};
+
+constexpr DWORD kNotifyNever = 0;
+constexpr DWORD kMethodNone = 0;
+constexpr DWORD kMethodPrint = 1;
+constexpr DWORD kMethodEmail = 2;
+
+constexpr Choice kResolutions[] = {{IDC_STANDARD, 0}, {IDC_FINE, 1}, {IDC_SUPERFINE, 2}};
+constexpr Choice kOccasions[] = {{IDC_NOTIFY_NEVER, kNotifyNever}, {IDC_NOTIFY_THIS_JOB, 1}, {IDC_NOTIFY_ON_ERROR, 2}};
+constexpr Choice kMethods[] = {{IDC_NOTIFY_PRINT, kMethodPrint}, {IDC_NOTIFY_EMAIL, kMethodEmail}};
+
+constexpr int kNotificationFields[] = {IDC_NOTIFY_NEVER, IDC_NOTIFY_THIS_JOB, IDC_NOTIFY_ON_ERROR,
+                                       IDC_NOTIFY_PRINT, IDC_NOTIFY_EMAIL,    IDC_EMAIL};
+constexpr int kNotificationLabels[] = {IDC_NOTIFICATION_GROUP, IDC_NOTIFY_LABEL, IDC_NOTIFY_TYPE_LABEL,
+                                       IDC_EMAIL_LABEL};
+
+void SetField(HWND dialog, int control, const WCHAR* text) noexcept
+{
+    SetDlgItemTextW(dialog, control, OrEmpty(text));
+}
+
+std::wstring Field(HWND dialog, int control, std::size_t units)
+{
+    return WindowText(GetDlgItem(dialog, control), units);
+}
+
+void Enable(HWND dialog, int control, bool enabled) noexcept
+{
+    EnableWindow(GetDlgItem(dialog, control), enabled);
+}
+
+void Hide(HWND dialog, int control) noexcept
+{
+    ShowWindow(GetDlgItem(dialog, control), SW_HIDE);
+}
+
+void TakeAway(HWND dialog, int control) noexcept
+{
+    Enable(dialog, control, false);
+    Hide(dialog, control);
+}
+
+// A value that no button stands for leaves the buttons and the value chosen before as they are.
+void Choose(HWND dialog, std::span<const Choice> choices, DWORD value, DWORD& chosen) noexcept
+{
+    if (std::ranges::find(choices, value, &Choice::value) == choices.end())
+        return;
+    for (const Choice& choice : choices)
+        CheckDlgButton(dialog, choice.control, choice.value == value ? BST_CHECKED : BST_UNCHECKED);
+    chosen = value;
+}
+
+void LoadSender(SendSettings& settings, const FaxJobData& record)
+{
+    const HWND dialog = settings.dialog;
+    SetField(dialog, IDC_SENDER_NAME, record.SenderName);
+    SetFilteredText(settings.faxNumber, GetDlgItem(dialog, IDC_SENDER_FAX), record.SenderFaxNo);
+    SetField(dialog, IDC_SENDER_COMPANY, record.SenderCompany);
+    SetFilteredText(settings.voiceNumber, GetDlgItem(dialog, IDC_SENDER_VOICE), record.SenderVoiceNo);
+}
+
+void LoadMethod(SendSettings& settings, const FaxJobData& record)
+{
+    const HWND dialog = settings.dialog;
+    SetField(dialog, IDC_EMAIL, record.NotifyEmail);
+    Choose(dialog, kMethods, record.NotifyMethod, settings.notifyMethod);
+    if (record.NotifyMethod == kMethodPrint || record.NotifyMethod == kMethodEmail)
+        Enable(dialog, IDC_EMAIL, record.NotifyMethod == kMethodEmail);
+}
+
+// The address is not shown, and what the empty field says is what is saved.
+void OfferPrintOnly(SendSettings& settings) noexcept
+{
+    Enable(settings.dialog, IDC_NOTIFY_EMAIL, false);
+    Enable(settings.dialog, IDC_EMAIL, false);
+    Choose(settings.dialog, kMethods, kMethodPrint, settings.notifyMethod);
+}
+
+void TakeNotificationAway(SendSettings& settings) noexcept
+{
+    for (const int control : kNotificationFields)
+        TakeAway(settings.dialog, control);
+    for (const int control : kNotificationLabels)
+        Hide(settings.dialog, control);
+    settings.notifyOn = kNotifyNever;
+    settings.notifyMethod = kMethodNone;
+}
+
+void LoadNotification(SendSettings& settings, const FaxJobData& record)
+{
+    if (record.NotificationAvailable == 0)
+        return TakeNotificationAway(settings);
+    Choose(settings.dialog, kOccasions, record.NotifyOn, settings.notifyOn);
+    if (record.EmailServiceOperational != 0)
+        LoadMethod(settings, record);
+    else
+        OfferPrintOnly(settings);
+}
+
+template <DWORD value> void ChooseResolution(SendSettings& settings)
+{
+    settings.resolution = value;
+}
+
+template <DWORD value> void ChooseOccasion(SendSettings& settings)
+{
+    settings.notifyOn = value;
+}
+
+template <DWORD value> void ChooseMethod(SendSettings& settings)
+{
+    settings.notifyMethod = value;
+    Enable(settings.dialog, IDC_EMAIL, value == kMethodEmail);
+}
+
+void FilterFaxNumber(SendSettings& settings)
+{
+    RefuseOtherCharacters(settings.faxNumber, GetDlgItem(settings.dialog, IDC_SENDER_FAX));
+}
+
+void FilterVoiceNumber(SendSettings& settings)
+{
+    RefuseOtherCharacters(settings.voiceNumber, GetDlgItem(settings.dialog, IDC_SENDER_VOICE));
+}
+
+constexpr Route<SendSettings> kRoutes[] = {
+    {IDC_SENDER_FAX, EN_CHANGE, FilterFaxNumber},
+    {IDC_SENDER_VOICE, EN_CHANGE, FilterVoiceNumber},
+    {IDC_STANDARD, BN_CLICKED, ChooseResolution<0>},
+    {IDC_FINE, BN_CLICKED, ChooseResolution<1>},
+    {IDC_SUPERFINE, BN_CLICKED, ChooseResolution<2>},
+    {IDC_NOTIFY_NEVER, BN_CLICKED, ChooseOccasion<0>},
+    {IDC_NOTIFY_THIS_JOB, BN_CLICKED, ChooseOccasion<1>},
+    {IDC_NOTIFY_ON_ERROR, BN_CLICKED, ChooseOccasion<2>},
+    {IDC_NOTIFY_PRINT, BN_CLICKED, ChooseMethod<kMethodPrint>},
+    {IDC_NOTIFY_EMAIL, BN_CLICKED, ChooseMethod<kMethodEmail>},
+};
+
+} // namespace
+
+void LoadSendSettings(SendSettings& settings, const FaxJobData& record)
+{
+    LoadSender(settings, record);
+    Choose(settings.dialog, kResolutions, record.Resolution, settings.resolution);
+    LoadNotification(settings, record);
+}
+
+void LoadPreview(SendSettings& settings, HANDLE printer, const FaxJobData& record)
+{
+    const bool offered = IsLocalPrinter(printer);
+    settings.showPreview = offered && record.ShowPreview != 0 ? 1 : 0;
+    CheckDlgButton(settings.dialog, IDC_PREVIEW, settings.showPreview != 0 ? BST_CHECKED : BST_UNCHECKED);
+    if (offered)
+        return;
+    TakeAway(settings.dialog, IDC_PREVIEW);
+    Hide(settings.dialog, IDC_PREVIEW_GROUP);
+}
+
+bool PreviewIsChecked(HWND dialog) noexcept
+{
+    return IsDlgButtonChecked(dialog, IDC_PREVIEW) == BST_CHECKED;
+}
+
+bool ConfirmEmailAddress(const TextOwner& texts, HWND dialog, const FaxJobData& record)
+{
+    if (record.EmailServiceOperational == 0 || IsDlgButtonChecked(dialog, IDC_NOTIFY_EMAIL) != BST_CHECKED)
+        return true;
+    switch (CheckEmailAddress(Field(dialog, IDC_EMAIL, kEmailUnits))) {
+    case EmailProblem::None:
+        return true;
+    case EmailProblem::Unrecognized:
+        return ShowFaxMessage(texts, kUnrecognizedEmail, dialog) == IDYES;
+    case EmailProblem::Missing:
+        break;
+    }
+    ShowPreparedMessage(texts, LocalizedText(texts, kRequired) + L"\n" + LocalizedText(texts, kEmailAddress),
+                        MB_OK | MB_ICONSTOP, MessageTitle::Error, dialog);
+    return false;
+}
+
+void SaveSendSettings(const SendSettings& settings, FaxJobData& record)
+{
+    const HWND dialog = settings.dialog;
+    SetSenderName(record, Field(dialog, IDC_SENDER_NAME, kSenderUnits).c_str());
+    SetSenderFaxNo(record, Field(dialog, IDC_SENDER_FAX, kSenderUnits).c_str());
+    SetSenderCompany(record, Field(dialog, IDC_SENDER_COMPANY, kSenderUnits).c_str());
+    SetSenderVoiceNo(record, Field(dialog, IDC_SENDER_VOICE, kSenderUnits).c_str());
+    record.Resolution = settings.resolution;
+    record.NotifyOn = settings.notifyOn;
+    record.NotifyMethod = settings.notifyMethod;
+    SetNotifyEmail(record, Field(dialog, IDC_EMAIL, kEmailUnits).c_str());
+    record.ShowPreview = settings.showPreview;
+}
+
+std::span<const Route<SendSettings>> RoutesOf(const SendSettings&) noexcept
+{
+    return kRoutes;
+}
+
+} // namespace qx

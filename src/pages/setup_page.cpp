@@ -1,0 +1,234 @@
+#include "pages/setup_page.h"
+
+#include "pages/sheet_page.h"
+#include "phonebook/phone_book.h"
+#include "phonebook/ui/edit_phone_book_dialog.h"
+#include "res/setup_page_ids.h"
+#include "settings/device_state.h"
+#include "settings/fax_defaults.h"
+#include "settings/registry.h"
+
+namespace qx {
+
+namespace {
+
+constexpr Control kControls[] = {
+    {.id = IDC_EDIT_DEFAULTS, .text = 5226, .fallback = L"-Edit Defaults...", .topic = 15599},
+    {.id = IDC_EDIT_PHONE_BOOK, .text = 6067, .fallback = L"-Edit PhoneBook...", .topic = 15703},
+    {.id = IDC_SENDER_GROUP, .text = 5227, .fallback = L"-Sender Information"},
+    {.id = IDC_SENDER_NAME_LABEL, .text = 5228, .fallback = L"-Sender Name:", .topic = 15600},
+    {.id = IDC_SENDER_NAME, .limit = kNameLimit, .topic = 15600},
+    {.id = IDC_SENDER_FAX_LABEL, .text = 5209, .fallback = L"-Fax Number:", .topic = 15627},
+    {.id = IDC_SENDER_FAX, .limit = kNameLimit, .topic = 15627, .leftToRight = true},
+    {.id = IDC_SENDER_COMPANY_LABEL, .text = 5210, .fallback = L"-Company Name:", .topic = 15626},
+    {.id = IDC_SENDER_COMPANY, .limit = kNameLimit, .topic = 15626},
+    {.id = IDC_SENDER_VOICE_LABEL, .text = 5229, .fallback = L"-Voice Phone Number:", .topic = 15601},
+    {.id = IDC_SENDER_VOICE, .limit = kNameLimit, .topic = 15601, .leftToRight = true},
+    {.id = IDC_QUALITY_GROUP, .text = 5230, .fallback = L"-Fax Quality"},
+    {.id = IDC_RESOLUTION_LABEL, .text = 5231, .fallback = L"-Resolution:"},
+    {.id = IDC_STANDARD, .text = 5311, .fallback = L"-Standard", .topic = 15620},
+    {.id = IDC_FINE, .text = 5232, .fallback = L"-Fine", .topic = 15603},
+    {.id = IDC_SUPERFINE, .text = 5233, .fallback = L"-Superfine", .topic = 15604},
+    {.id = IDC_NOTIFICATION_GROUP, .text = 5234, .fallback = L"-Notification"},
+    {.id = IDC_NOTIFY_LABEL, .text = 5235, .fallback = L"-Notification:"},
+    {.id = IDC_NOTIFY_NEVER, .text = 5312, .fallback = L"-None", .topic = 15628},
+    {.id = IDC_NOTIFY_THIS_JOB, .text = 5236, .fallback = L"-This Job", .topic = 15605},
+    {.id = IDC_NOTIFY_ON_ERROR, .text = 5237, .fallback = L"-On Error", .topic = 15606},
+    {.id = IDC_NOTIFY_TYPE_LABEL, .text = 5238, .fallback = L"-Type:"},
+    {.id = IDC_NOTIFY_PRINT, .text = 5239, .fallback = L"-Print", .topic = 15607},
+    {.id = IDC_NOTIFY_EMAIL, .text = 5240, .fallback = L"-E-mail", .topic = 15608},
+    {.id = IDC_EMAIL_LABEL, .text = 5241, .fallback = L"-E-mail Address:", .topic = 15609},
+    {.id = IDC_EMAIL, .limit = kEmailLimit, .topic = 15609, .leftToRight = true},
+    {.id = IDC_PREVIEW_GROUP, .text = 4304, .fallback = L"-Preview"},
+    {.id = IDC_PREVIEW, .text = 5242, .fallback = L"-Show Preview Before Sending Fax", .topic = 15610},
+};
+static_assert(IdsAreUnique(kControls));
+
+// ---- start-up ----
+
+void FitSendButtonToText(SetupPage& page)
+{
+    const bool preview = PreviewIsChecked(page.dialog);
+    FitSendButton(page, GetParent(page.dialog), preview, page.sendButtonGrowth);
+    page.settings.showPreview = preview ? 1 : 0;
+}
+
+bool PreviewIsOffered(const SetupPage& page) noexcept
+{
+    return IsWindowEnabled(GetDlgItem(page.dialog, IDC_PREVIEW));
+}
+
+void LoadSetupPage(SetupPage& page)
+{
+    LoadSendSettings(page.settings, *page.job);
+    LoadPreview(page.settings, page.printer, *page.job);
+    if (PreviewIsOffered(page))
+        FitSendButtonToText(page);
+}
+
+// The device's flags decide in the defaults dialog, too, what can be chosen.
+void LoadWorkingDefaults(SetupPage& page)
+{
+    FaxJobData& defaults = page.defaults.Get();
+    ReadDeviceState(defaults, page.printer);
+    LoadFaxDefaults(defaults);
+
+    page.defaultsDialog.hStringDll = page.hStringDll;
+    CopyText(page.defaultsDialog.HelpFilePath, page.HelpFilePath);
+    page.defaultsDialog.printer = page.printer;
+    page.defaultsDialog.defaults = &defaults;
+}
+
+void HookSheet(SetupPage& page)
+{
+    if (page.pageCreated == nullptr)
+        return;
+    page.pageCreated(page.session, GetParent(page.dialog));
+    // Hooking the sheet gives the Send button its first caption.
+    if (PreviewIsOffered(page))
+        FitSendButtonToText(page);
+}
+
+// ---- commands ----
+
+// Whether the job takes the defaults that the user has just stored. The first ones it takes in any case.
+bool TakeDefaults(FaxJobData& job, const FaxJobData& defaults)
+{
+    if (defaults.DefaultsSaved != 0)
+        job.DefaultsSaved = 1;
+    else if (defaults.ApplyDefaults != 0)
+        job.ApplyDefaults = 1;
+    else
+        return false;
+    CopyFaxDefaults(defaults, job);
+    job.CoverPageFromDefaults = 1;
+    return true;
+}
+
+void EditDefaults(SetupPage& page)
+{
+    if (ShowEditDefaults(page.dialog, page.defaultsDialog) == IDOK && TakeDefaults(*page.job, page.defaults.Get()))
+        LoadSetupPage(page);
+}
+
+// The book in memory holds what a cancelled edit left behind: it is read again either way.
+void EditPhoneBook(SetupPage& page)
+{
+    EditPhoneBookContext context(page, *page.book);
+    ShowEditPhoneBook(page.dialog, context);
+    ReloadSorted(*page.book);
+}
+
+// ---- the sheet's questions ----
+
+INT_PTR Apply(SetupPage& page)
+{
+    if (!ValidateSetupPage(page)) {
+        TurnToField(page.dialog, page.errorField);
+        return Answer(page.dialog, PSNRET_INVALID);
+    }
+    SaveSetupPage(page);
+    return Answer(page.dialog, PSNRET_NOERROR);
+}
+
+INT_PTR Reset(SetupPage& page) noexcept
+{
+    page.job->Cancelled = 1;
+    return Answer(page.dialog, 0);
+}
+
+// Null lets the sheet choose.
+INT_PTR InitialFocus(const SetupPage& page) noexcept
+{
+    if (page.errorField != nullptr)
+        SendMessageW(page.errorField, EM_SETSEL, 0, -1);
+    return Answer(page.dialog, reinterpret_cast<LONG_PTR>(page.errorField));
+}
+
+INT_PTR AnswerSheet(SetupPage& page, UINT code)
+{
+    switch (code) {
+    case PSN_APPLY:
+        return Apply(page);
+    case PSN_RESET:
+        return Reset(page);
+    case PSN_QUERYINITIALFOCUS:
+        return InitialFocus(page);
+    default:
+        return FALSE;
+    }
+}
+
+// ---- routes ----
+
+constexpr Route<SetupPage> kRoutes[] = {
+    {IDC_EDIT_DEFAULTS, BN_CLICKED, EditDefaults},
+    {IDC_EDIT_PHONE_BOOK, BN_CLICKED, EditPhoneBook},
+    {IDC_PREVIEW, BN_CLICKED, FitSendButtonToText},
+};
+
+} // namespace
+
+// ---- the dialog procedure's questions ----
+
+void Initialize(SetupPage& page)
+{
+    page.settings.dialog = page.dialog;
+    SetUpControls(page, page.dialog, kControls);
+    LoadWorkingDefaults(page);
+    LoadSetupPage(page);
+    HookSheet(page);
+}
+
+std::span<const Route<SetupPage>> RoutesOf(const SetupPage&) noexcept
+{
+    return kRoutes;
+}
+
+INT_PTR HandleOther(SetupPage& page, UINT message, WPARAM w, LPARAM l)
+{
+    switch (message) {
+    case WM_COMMAND:
+        return RunRoute(page.settings, LOWORD(w), HIWORD(w));
+    case WM_NOTIFY:
+        return AnswerSheet(page, reinterpret_cast<const NMHDR*>(l)->code);
+    default:
+        return AnswerHelp(page, page.dialog, message, w, l, kControls);
+    }
+}
+
+// ---- interface ----
+
+SetupPage::~SetupPage()
+{
+    CloseKeys(KeySetOf(defaults.Get()));
+}
+
+INT_PTR CALLBACK SetupPageProcedure(HWND dialog, UINT message, WPARAM w, LPARAM l) noexcept
+{
+    return PageProcedure<SetupPage>(dialog, message, w, l);
+}
+
+std::span<const Control> SetupPageControls() noexcept
+{
+    return kControls;
+}
+
+bool ValidateSetupPage(SetupPage& page)
+{
+    if (ConfirmEmailAddress(page, page.dialog, *page.job))
+        return true;
+    page.errorField = GetDlgItem(page.dialog, IDC_EMAIL);
+    return false;
+}
+
+void SaveSetupPage(SetupPage& page)
+{
+    FaxJobData& job = *page.job;
+    SaveSendSettings(page.settings, job);
+    if (job.NotifyOn == 0)
+        job.NotifyMethod = 0;
+    job.Cancelled = 0;
+}
+
+} // namespace qx

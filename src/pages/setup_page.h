@@ -1,0 +1,50 @@
+// The Setup page of the sheet: sender, fax quality, notification and preview of the job, and the way to the user's
+// defaults and to the phone book editor.
+#pragma once
+
+#include "base/dialog.h"
+#include "entry/fax_job_data.h"
+#include "pages/edit_defaults_dialog.h"
+#include "pages/send_button.h"
+#include "pages/send_settings.h"
+#include "text/controls.h"
+
+#include <span>
+
+namespace qx {
+
+class PhoneBook;
+
+inline constexpr DialogTemplate kSetupPageTemplate{202, 205};
+
+struct SetupPage : TextOwner {
+    SetupPage() = default;
+    ~SetupPage(); // closes the keys of the working copy
+    SetupPage(const SetupPage&) = delete;
+    SetupPage& operator=(const SetupPage&) = delete;
+
+    // Set before the page is created. None is owned.
+    HANDLE printer = nullptr;
+    FaxJobData* job = nullptr;
+    PhoneBook* book = nullptr;
+    void (*pageCreated)(void* session, HWND sheet) = nullptr; // called while the page is created
+    void* session = nullptr;
+
+    HWND dialog = nullptr; // null until the page is created
+    SendSettings settings;
+    HWND errorField = nullptr; // the field that failed the last check; never cleared once set
+    SendButtonGrowth sendButtonGrowth;
+    OwnedFaxJobData defaults; // the working copy of the user's defaults, with the device's state
+    EditDefaultsDialog defaultsDialog;
+};
+
+INT_PTR CALLBACK SetupPageProcedure(HWND dialog, UINT message, WPARAM w, LPARAM l) noexcept;
+
+std::span<const Control> SetupPageControls() noexcept;
+
+// Shows the message of what is wrong, if anything. True: the page may be saved.
+[[nodiscard]] bool ValidateSetupPage(SetupPage& page);
+// Writes the page into the job.
+void SaveSetupPage(SetupPage& page);
+
+} // namespace qx
