@@ -3,6 +3,9 @@
 #include <cstdint>
 #include <fstream>
 #include <stdexcept>
+#include <windows.h>
+
+#include <setupapi.h>
 
 namespace qx::test {
 
@@ -16,6 +19,16 @@ void Append(std::string& out, std::uint64_t value, int bytes)
 {
     for (int i = 0; i < bytes; ++i)
         out.push_back(static_cast<char>(value >> 8 * i & 0xFF));
+}
+
+UINT CALLBACK Unpack(PVOID folder, UINT notification, UINT_PTR first, UINT_PTR) noexcept
+{
+    if (notification != SPFILENOTIFY_FILEINCABINET)
+        return NO_ERROR;
+    auto& file = *reinterpret_cast<FILE_IN_CABINET_INFO_W*>(first);
+    const auto target = *static_cast<const std::filesystem::path*>(folder) / file.NameInCabinet;
+    lstrcpynW(file.FullTargetName, target.c_str(), MAX_PATH);
+    return FILEOP_DOIT;
 }
 
 } // namespace
@@ -57,6 +70,13 @@ void WriteCabinet(const std::filesystem::path& path, const std::vector<CabinetFi
     Append(cabinet, data.size(), 2);
     cabinet += data;
     std::ofstream(path, std::ios::binary) << cabinet;
+}
+
+void UnpackCabinet(const std::filesystem::path& cabinet, const std::filesystem::path& folder)
+{
+    std::filesystem::path to = folder;
+    if (!SetupIterateCabinetW(std::filesystem::absolute(cabinet).c_str(), 0, Unpack, &to))
+        throw std::runtime_error("cannot unpack " + cabinet.string());
 }
 
 } // namespace qx::test

@@ -15,4 +15,7 @@ struct CabinetFile {
 // Stored without compression. All contents together are shorter than 32 KB.
 void WriteCabinet(const std::filesystem::path& path, const std::vector<CabinetFile>& files);
 
+// Unpacks all of a cabinet into a folder. Throws std::runtime_error when it cannot.
+void UnpackCabinet(const std::filesystem::path& cabinet, const std::filesystem::path& folder);
+
 } // namespace qx::test
