@@ -30,7 +30,7 @@ std::wstring MakeEntryBlock(const EntryTexts& texts)
     std::wstring block;
     for (const std::wstring_view text : {texts.name, texts.faxNumber, texts.company})
         block.append(text).push_back(L'\0');
-    return block; // c_str() adds the terminator of the list
+    return block; // c_str() adds the one that ends the list
 }
 
 } // namespace qx

@@ -16,8 +16,7 @@ struct EntryTexts {
 // The first three strings of a block; those that are not there are empty. The views look into the block.
 EntryTexts ReadEntryBlock(std::wstring_view block) noexcept;
 
-// A block for REG_MULTI_SZ. Whoever stores it as a list stops at the first empty text: an entry without fax number
-// loses its company there. That is how the list has always been kept.
+// The three texts with their terminators.
 std::wstring MakeEntryBlock(const EntryTexts& texts);
 
 } // namespace qx

@@ -220,8 +220,6 @@ private:
     const UniqueBstr groupName_ = MakeBstr(xml::kGroupName);
 };
 
-bool IsThere(DWORD attributes) noexcept { return attributes != INVALID_FILE_ATTRIBUTES; }
-
 // However a save ends, it leaves the file hidden.
 class HiddenAfterwards {
 public:
@@ -229,7 +227,7 @@ public:
     ~HiddenAfterwards()
     {
         const DWORD attributes = GetFileAttributesW(path_.c_str());
-        if (IsThere(attributes) && (attributes & FILE_ATTRIBUTE_HIDDEN) == 0)
+        if (attributes != INVALID_FILE_ATTRIBUTES)
             SetFileAttributesW(path_.c_str(), attributes | FILE_ATTRIBUTE_HIDDEN);
     }
     HiddenAfterwards(const HiddenAfterwards&) = delete;
@@ -239,16 +237,22 @@ private:
     const std::wstring& path_;
 };
 
-// Whether the file can be written, and visible so that the document may be saved over it. One that was not there is
-// there, and empty, from now on.
+bool Has(DWORD attributes, DWORD attribute) noexcept
+{
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & attribute) != 0;
+}
+
+// Whether the file can be written; it is visible then, so that the document may be saved over it. One that was not
+// there is there, and empty, from now on.
 bool MakeWritable(const std::wstring& path)
 {
+    if (Has(GetFileAttributesW(path.c_str()), FILE_ATTRIBUTE_READONLY))
+        return false; // asked first: to a privileged user some systems open it all the same
     const bool opened = RetryWhileInUse([&path] {
         return static_cast<bool>(UniqueFile(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
                                                         OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr)));
     });
-    const DWORD attributes = GetFileAttributesW(path.c_str());
-    if (opened && IsThere(attributes) && (attributes & FILE_ATTRIBUTE_HIDDEN) != 0)
+    if (opened && Has(GetFileAttributesW(path.c_str()), FILE_ATTRIBUTE_HIDDEN))
         SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
     return opened;
 }

@@ -1,12 +1,12 @@
 #include "phonebook/recent_list.h"
 
-#include "base/text.h"
 #include "base/unique.h"
-#include "phonebook/entry_text_block.h"
 #include "phonebook/phone_book.h"
+#include "phonebook/registry_entry.h"
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 namespace qx {
 
@@ -20,13 +20,6 @@ constexpr wchar_t kDefaultValue[] = L"";
 
 // Writing
 
-void WriteEntry(HKEY key, const wchar_t* valueName, const PhoneBookEntry& entry)
-{
-    const std::wstring block = MakeEntryBlock(
-        {OrEmpty(entry.Name()), OrEmpty(entry.FaxNumber()), OrEmpty(entry.Company())});
-    WriteString(key, valueName, block.c_str(), REG_MULTI_SZ);
-}
-
 // A group whose members are unknown keeps nothing but its kind, and is not there at the next load.
 void WriteGroup(HKEY key, const PhoneBookGroup& group)
 {
@@ -37,7 +30,7 @@ void WriteGroup(HKEY key, const PhoneBookGroup& group)
     WriteDword(key, kMemberCount, static_cast<DWORD>(members.size()));
     for (std::size_t i = 0; i < members.size(); ++i) {
         if (const PhoneBookEntry* const entry = AsEntry(members[i]))
-            WriteEntry(key, std::to_wstring(i).c_str(), *entry);
+            WriteRegistryEntry(key, std::to_wstring(i).c_str(), *entry);
     }
 }
 
@@ -48,7 +41,7 @@ void WriteItem(HKEY key, const PhoneBookItem& item)
     if (const PhoneBookGroup* const group = AsGroup(&item))
         WriteGroup(key, *group);
     else
-        WriteEntry(key, kDefaultValue, *AsEntry(&item));
+        WriteRegistryEntry(key, kDefaultValue, *AsEntry(&item));
 }
 
 // An empty subkey with that name; none when the old one cannot be removed (it has subkeys, say).
@@ -66,15 +59,8 @@ UniqueKey FreshSubkey(HKEY list, const std::wstring& name)
 
 UniqueItem<PhoneBookEntry> ReadEntry(HKEY key, const wchar_t* valueName)
 {
-    std::wstring block;
-    if (!ReadString(key, valueName, block))
-        return nullptr;
-    const EntryTexts texts = ReadEntryBlock(block);
     UniqueItem<PhoneBookEntry> entry(new PhoneBookEntry);
-    entry->SetName(std::wstring(texts.name).c_str());
-    entry->SetFaxNumber(std::wstring(texts.faxNumber).c_str());
-    entry->SetCompany(std::wstring(texts.company).c_str());
-    return entry;
+    return ReadRegistryEntry(key, valueName, *entry) ? std::move(entry) : nullptr;
 }
 
 // The indexes below count of the values that are really there, in order: a made-up count costs nothing.

@@ -1,0 +1,150 @@
+#include "phonebook/address_book_import.h"
+
+#include "support/documents_folder.h"
+#include "support/phone_book.h"
+#include "support/test_printer.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+
+namespace qx {
+namespace {
+
+using namespace test;
+using namespace std::string_literals;
+using Names = std::vector<std::wstring>;
+
+class AddressBookImport : public ::testing::Test {
+protected:
+    AddressBookImport() { book->SetPrinter(printer.Handle()); }
+
+    static void Publish(const TestPrinter& any) { any.SetText(L"DsSpooler", L"PrinterName", any.Name()); }
+
+    void PutOld(const std::wstring& valueName, const std::wstring& block, DWORD type = REG_MULTI_SZ) const
+    {
+        PutBytes(printer.Key(L"QX-FAX\\Address Book").Get(), valueName.c_str(), type, block.data(),
+                 block.size() * sizeof(wchar_t));
+    }
+
+    static StoredValue Version(const TestPrinter& any)
+    {
+        StoredValue value;
+        DWORD number = 0;
+        DWORD bytes = 0;
+        if (GetPrinterDataExW(any.Handle(), L"QXPresetRoot", L"Version", &value.type, reinterpret_cast<BYTE*>(&number),
+                              sizeof number, &bytes) != ERROR_SUCCESS)
+            return {};
+        return AsStored(number);
+    }
+
+    Names NamesInFile() const
+    {
+        TestBook saved;
+        saved->SetPrinter(printer.Handle());
+        saved->Load();
+        return saved.Names();
+    }
+
+    DocumentsFolder documents;
+    TestPrinter printer;
+    TestBook book;
+};
+
+TEST_F(AddressBookImport, AddsTheOldEntriesAsTheyAreSavesThemAndWritesTheVersion)
+{
+    Publish(printer);
+    PutOld(L"first", L"Ann\0" L"1\0Acme\0\0"s);
+    PutOld(L"second", L"Ann\0" L"1\0Acme\0\0"s); // a duplicate like any other
+    book.AddEntry(L"Ann", L"1", L"Acme", book->NextId());
+    ImportOldAddressBookOnce(printer.Handle(), *book);
+    EXPECT_EQ(book.Names(), (Names{L"Ann", L"Ann", L"Ann"}));
+    const PhoneBookEntry& last = *AsEntry(book->GetAt(2));
+    EXPECT_STREQ(last.FaxNumber(), L"1");
+    EXPECT_STREQ(last.Company(), L"Acme");
+    EXPECT_EQ(last.GetId(), 2u);
+    EXPECT_EQ(NamesInFile(), book.Names());
+    EXPECT_EQ(Version(printer), AsStored(0x10000));
+}
+
+TEST_F(AddressBookImport, RunsOnce)
+{
+    Publish(printer);
+    PutOld(L"first", L"Ann\0\0"s);
+    ImportOldAddressBookOnce(printer.Handle(), *book);
+    ImportOldAddressBookOnce(printer.Handle(), *book);
+    EXPECT_EQ(book.Names(), Names{L"Ann"});
+    EXPECT_NE(GetStored(printer.Key(L"QX-FAX\\Address Book").Get(), L"first"), StoredValue()); // the old one stays
+}
+
+TEST_F(AddressBookImport, LeavesAPrinterAloneThatHasAnyVersion)
+{
+    Publish(printer);
+    PutOld(L"first", L"Ann\0\0"s);
+    printer.SetText(L"QXPresetRoot", L"Version", L"a text where a number is expected");
+    ImportOldAddressBookOnce(printer.Handle(), *book);
+    EXPECT_EQ(book->GetCount(), 0u);
+}
+
+TEST_F(AddressBookImport, DoesNothingForAPrinterWithoutPublishedName)
+{
+    PutOld(L"first", L"Ann\0\0"s);
+    ImportOldAddressBookOnce(printer.Handle(), *book);
+    EXPECT_EQ(book->GetCount(), 0u);
+    EXPECT_EQ(Version(printer), StoredValue());
+}
+
+TEST_F(AddressBookImport, DoesNothingForAPrinterThatCannotBeOpenedByItsPublishedName)
+{
+    printer.SetText(L"DsSpooler", L"PrinterName", L"no such printer");
+    PutOld(L"first", L"Ann\0\0"s);
+    ImportOldAddressBookOnce(printer.Handle(), *book);
+    EXPECT_EQ(book->GetCount(), 0u);
+    EXPECT_EQ(Version(printer), StoredValue());
+}
+
+TEST_F(AddressBookImport, WithoutSubtreeImportsNothingButWritesTheVersion)
+{
+    const TestPrinter unnamed(TestPrinter::Subtree::Unnamed);
+    Publish(unnamed);
+    ImportOldAddressBookOnce(unnamed.Handle(), *book);
+    EXPECT_EQ(book->GetCount(), 0u);
+    EXPECT_EQ(Version(unnamed), AsStored(0x10000));
+}
+
+TEST_F(AddressBookImport, OfAnEmptyAddressBookDoesNotSave)
+{
+    Publish(printer);
+    ImportOldAddressBookOnce(printer.Handle(), *book);
+    EXPECT_TRUE(documents.Files().empty());
+    EXPECT_EQ(Version(printer), AsStored(0x10000));
+}
+
+TEST_F(AddressBookImport, GivesValuesWithFewerStringsEmptyTexts)
+{
+    Publish(printer);
+    PutOld(L"a", L"Ann"); // no terminator at all
+    PutOld(L"b", L"Bob\0" L"2"s, REG_BINARY);
+    PutOld(L"c", L"");
+    ImportOldAddressBookOnce(printer.Handle(), *book);
+    EXPECT_EQ(book.Names(), (Names{L"Ann", L"Bob", L""}));
+    EXPECT_STREQ(AsEntry(book->GetAt(0))->FaxNumber(), L"");
+    EXPECT_STREQ(AsEntry(book->GetAt(1))->FaxNumber(), L"2");
+    EXPECT_STREQ(AsEntry(book->GetAt(1))->Company(), L"");
+}
+
+TEST_F(AddressBookImport, PassesOverAValueWhoseNameIsTooLongAndGoesOn)
+{
+    Publish(printer);
+    PutOld(L"before", L"Ann\0\0"s);
+    PutOld(std::wstring(260, L'n'), L"Too long\0\0"s);
+    PutOld(std::wstring(259, L'n'), L"Just fits\0\0"s);
+    PutOld(L"behind", L"Bob\0\0"s);
+    PutOld(L"", L"Of no name\0\0"s);
+    ImportOldAddressBookOnce(printer.Handle(), *book);
+    Names names = book.Names();
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(names, (Names{L"Ann", L"Bob", L"Just fits", L"Of no name"}));
+}
+
+} // namespace
+} // namespace qx
