@@ -1,0 +1,240 @@
+#include "entry/fax_sheet.h"
+
+#include "base/activation_context.h"
+#include "base/guarded.h"
+#include "base/module.h"
+#include "base/process_heap.h"
+#include "entry/guest.h"
+#include "phonebook/phone_book.h"
+#include "phonebook/ui/phone_book_changed.h"
+#include "text/controls.h"
+#include "text/help.h"
+
+#include <algorithm>
+#include <memory>
+#include <prsht.h>
+#include <vector>
+
+namespace qx {
+
+namespace {
+
+constexpr int kPageCount = 2;
+constexpr int kSendButton = IDOK;
+constexpr int kHelpButton = IDHELP;
+constexpr int kHelpButtonTopic = 15619; // of a click; the button's own context help is another page
+constexpr UINT kTakeOverButtons = 1465; // sent to the sheet once, when it is hooked
+
+constexpr Text kFaxJobTitle{5313, L"Fax Job"};
+constexpr Text kSetupTitle{5314, L"Setup"};
+constexpr Text kSendCaption{5223, L"-&Send"};
+
+constexpr Control kSheetControls[] = {
+    {.id = kSendButton, .topic = 15596},
+    {.id = IDCANCEL, .topic = 15597},
+    {.id = kHelpButton, .topic = 15598},
+};
+static_assert(IdsAreUnique(kSheetControls));
+
+struct HookedSheet {
+    FaxSheet* sheet;
+    HWND window;
+};
+
+// Sheets of this process that are hooked, one per running session.
+std::vector<HookedSheet>& HookedSheets()
+{
+    static std::vector<HookedSheet> sheets = [] {
+        std::vector<HookedSheet> empty;
+        empty.reserve(30);
+        return empty;
+    }();
+    return sheets;
+}
+
+bool Remember(FaxSheet* sheet, HWND window)
+{
+    auto& sheets = HookedSheets();
+    if (std::ranges::any_of(sheets, [&](const auto& s) { return s.sheet == sheet || s.window == window; }))
+        return false;
+    sheets.push_back({sheet, window});
+    return true;
+}
+
+FaxSheet* SheetOf(HWND window)
+{
+    const auto found = std::ranges::find(HookedSheets(), window, &HookedSheet::window);
+    return found != HookedSheets().end() ? found->sheet : nullptr;
+}
+
+void Forget(HWND window)
+{
+    std::erase_if(HookedSheets(), [&](const auto& s) { return s.window == window; });
+}
+
+LRESULT CALLBACK SheetProcedure(HWND window, UINT message, WPARAM w, LPARAM l) noexcept
+{
+    return Guarded<LRESULT>(0, [&]() -> LRESULT {
+        FaxSheet* const sheet = SheetOf(window);
+        return sheet != nullptr ? sheet->Handle(message, w, l) : DefWindowProcW(window, message, w, l);
+    });
+}
+
+int CALLBACK SheetCallback(HWND, UINT, LPARAM) noexcept
+{
+    return 0;
+}
+
+// 1: the page may be created.
+UINT CALLBACK PageCallback(HWND, UINT, PROPSHEETPAGEW*) noexcept
+{
+    return 1;
+}
+
+template <class Page>
+void DescribePage(PROPSHEETPAGEW& page, const DialogTemplate& dialogTemplate, const std::wstring& title,
+                  DLGPROC procedure, Page& state)
+{
+    page.dwSize = sizeof page;
+    // Premature: a page that was never created gets no PSN_APPLY.
+    page.dwFlags = PSP_USETITLE | PSP_HASHELP | PSP_USECALLBACK | PSP_PREMATURE;
+    page.hInstance = ModuleInstance();
+    page.pszTemplate = MAKEINTRESOURCEW(dialogTemplate.Id());
+    page.pszTitle = title.c_str();
+    page.pfnDlgProc = procedure;
+    page.lParam = reinterpret_cast<LPARAM>(&state);
+    page.pfnCallback = PageCallback;
+}
+
+struct HeapDeleter {
+    void operator()(void* block) const noexcept { HeapRelease(block); }
+};
+
+} // namespace
+
+void FaxSheet::Run(const FaxSheetContent& content)
+{
+    content_ = &content;
+    owner_ = ActiveWindowOfThread();
+    const std::wstring faxJobTitle = LocalizedText(content.texts, kFaxJobTitle);
+    const std::wstring setupTitle = LocalizedText(content.texts, kSetupTitle);
+
+    const std::unique_ptr<PROPSHEETPAGEW, HeapDeleter> pages(
+        static_cast<PROPSHEETPAGEW*>(HeapAllocate(kPageCount * sizeof(PROPSHEETPAGEW))));
+    if (pages != nullptr) {
+        DescribePage(pages.get()[0], kFaxJobPageTemplate, faxJobTitle, FaxJobPageProcedure, content.faxJobPage);
+        DescribePage(pages.get()[1], kSetupPageTemplate, setupTitle, SetupPageProcedure, content.setupPage);
+    }
+
+    PROPSHEETHEADERW header{};
+    header.dwSize = sizeof header;
+    header.dwFlags = PSH_PROPSHEETPAGE | PSH_NOAPPLYNOW | PSH_USECALLBACK | PSH_HASHELP | PSH_RTLREADING;
+    if (WindowsMajorVersion() >= 6)
+        header.dwFlags |= PSH_NOCONTEXTHELP;
+    header.hwndParent = owner_;
+    header.hInstance = ModuleInstance();
+    header.pszCaption = content.title.c_str();
+    header.nPages = pages != nullptr ? kPageCount : 0;
+    header.nStartPage = content.startOnFaxJob ? 0 : 1;
+    header.ppsp = pages.get();
+    header.pfnCallback = SheetCallback;
+
+    const ActivationScope context;
+    PropertySheetW(&header);
+}
+
+void FaxSheet::Hook(HWND sheet)
+{
+    if (!Remember(this, sheet))
+        return;
+    window_ = sheet;
+    previous_ = reinterpret_cast<WNDPROC>(
+        SetWindowLongPtrW(sheet, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(SheetProcedure)));
+    SendMessageW(sheet, kTakeOverButtons, 0, 0);
+}
+
+LRESULT FaxSheet::CallPrevious(UINT message, WPARAM w, LPARAM l) const
+{
+    return CallWindowProcW(previous_, window_, message, w, l);
+}
+
+void FaxSheet::TakeOverButtons()
+{
+    sendButton_ = GetDlgItem(window_, kSendButton);
+    helpButton_ = GetDlgItem(window_, kHelpButton);
+    SetLocalizedText(content_->texts, kSendCaption.id, sendButton_, kSendCaption.fallback);
+}
+
+// Not every common-controls version creates pages up front, and only a created page is asked at Send.
+void FaxSheet::CreateMissingPages()
+{
+    const HWND pages[kPageCount] = {content_->faxJobPage.dialog, content_->setupPage.dialog};
+    const auto shown = reinterpret_cast<HWND>(SendMessageW(window_, PSM_GETCURRENTPAGEHWND, 0, 0));
+    for (int i = 0; i < kPageCount; ++i) {
+        if (pages[i] == nullptr)
+            SendMessageW(window_, PSM_SETCURSEL, static_cast<WPARAM>(i), 0);
+    }
+    for (int i = 0; i < kPageCount; ++i) {
+        if (pages[i] != nullptr && pages[i] == shown)
+            SendMessageW(window_, PSM_SETCURSEL, static_cast<WPARAM>(i), 0);
+    }
+}
+
+void FaxSheet::ReloadPhoneBook()
+{
+    PhoneBook& book = *content_->faxJobPage.book;
+    book.RemoveAll();
+    book.Load();
+    if (content_->faxJobPage.dialog != nullptr)
+        RefreshNameBoxList(content_->faxJobPage);
+}
+
+// A printing program without a window of its own would leave the sheet behind other programs' windows.
+void FaxSheet::ComeToFront()
+{
+    if (owner_ == nullptr && !cameToFront_)
+        SetForegroundWindow(window_);
+    cameToFront_ = true;
+}
+
+LRESULT FaxSheet::Handle(UINT message, WPARAM w, LPARAM l)
+{
+    if (message == PhoneBookChangedMessage()) {
+        ReloadPhoneBook();
+        return 0;
+    }
+    switch (message) {
+    case kTakeOverButtons:
+        TakeOverButtons();
+        return 0;
+    case WM_SHOWWINDOW: {
+        const LRESULT result = CallPrevious(message, w, l);
+        if (w != FALSE)
+            ComeToFront();
+        return result;
+    }
+    case WM_HELP:
+    case WM_CONTEXTMENU:
+        if (AnswerHelp(content_->texts, window_, message, w, l, kSheetControls))
+            return TRUE;
+        break;
+    case WM_COMMAND:
+        if (LOWORD(w) == kHelpButton && HIWORD(w) == 0) {
+            ShowHelp(content_->texts, window_, kHelpButtonTopic);
+            return 0;
+        }
+        if (LOWORD(w) == kSendButton && HIWORD(w) == BN_CLICKED)
+            CreateMissingPages();
+        break;
+    case WM_DESTROY: {
+        const LRESULT result = CallPrevious(message, w, l);
+        Forget(window_);
+        return result;
+    }
+    default:
+        break;
+    }
+    return CallPrevious(message, w, l);
+}
+
+} // namespace qx

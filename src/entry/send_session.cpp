@@ -1,0 +1,171 @@
+#include "entry/send_session.h"
+
+#include "base/activation_context.h"
+#include "entry/guest.h"
+#include "settings/device_state.h"
+#include "settings/fax_defaults.h"
+#include "settings/registry.h"
+#include "text/help.h"
+
+#include <vector>
+
+namespace qx {
+
+namespace {
+
+constexpr std::size_t kHelpNameUnits = 260;
+constexpr wchar_t kStringLibraryName[] = L"QXTEXT64.DLL";
+constexpr Text kTitle{5325, L"QX MFP Send Fax"};
+constexpr Message kNotOperational{
+    {5266, L"The PC fax feature may be disabled at the MFP. Before sending any faxes, make sure that it is enabled. Then "
+           L"update software configuration settings as described in the software Help"},
+    MB_OK | MB_ICONEXCLAMATION,
+    MessageTitle::Warning};
+
+// Texts handed to the driver. Two stand here twice on purpose: the driver finds texts by id, never by position.
+constexpr INT32 kDriverStrings[] = {5320, 5316, 5210, 5229, 5319, 5316, 5210, 5219, 5218, 5202, 5203, 5204};
+
+// Beside the driver's file; empty when the spooler does not say where that is.
+std::wstring StringLibraryPath(HANDLE printer)
+{
+    DWORD bytes = 0;
+    GetPrinterDriverW(printer, nullptr, 3, nullptr, 0, &bytes);
+    std::vector<BYTE> buffer(bytes);
+    if (bytes < sizeof(DRIVER_INFO_3W) || !GetPrinterDriverW(printer, nullptr, 3, buffer.data(), bytes, &bytes))
+        return {};
+    const std::wstring driver = OrEmpty(reinterpret_cast<const DRIVER_INFO_3W*>(buffer.data())->pDriverPath);
+    const std::size_t folder = driver.find_last_of(L'\\');
+    return folder == std::wstring::npos ? std::wstring() : driver.substr(0, folder + 1) + kStringLibraryName;
+}
+
+std::wstring PrinterText(HANDLE printer, const wchar_t* name)
+{
+    wchar_t text[kHelpNameUnits + 1] = L""; // the stored value may lack its terminator
+    DWORD type = 0;
+    DWORD bytes = 0;
+    if (GetPrinterDataW(printer, const_cast<wchar_t*>(name), &type, reinterpret_cast<BYTE*>(text),
+                        kHelpNameUnits * sizeof(wchar_t), &bytes) != ERROR_SUCCESS)
+        return {};
+    return text;
+}
+
+} // namespace
+
+SendSession::SendSession(HANDLE printer, FaxJobData& record)
+    : printer_(printer), record_(record), book_(new PhoneBook(items_))
+{
+}
+
+SendSession::~SendSession()
+{
+    CloseKeys(KeySetOf(record_));
+}
+
+void SendSession::Run()
+{
+    PrepareRecord();
+    LoadStringLibrary();
+    FillStrings();
+    FindHelp();
+    WarnWhenNotOperational();
+    RunSheet();
+}
+
+// The order matters to the driver. The title is looked up before there is a library: it is always the built-in text.
+void SendSession::PrepareRecord()
+{
+    title_ = LocalizedText(*this, kTitle);
+    SetTitle(record_, title_.c_str());
+    record_.PrinterHandleCopy = printer_;
+    MakeRoomForRecipients(record_);
+
+    SetSenderName(record_, L"");
+    SetSenderFaxNo(record_, L"");
+    SetSenderCompany(record_, L"");
+    SetSenderVoiceNo(record_, L"");
+    SetNotifyEmail(record_, L"");
+    SetCoverPageNotes(record_, L"");
+    SetCoverPageSubject(record_, L"");
+    SetOverlayPath(record_, L"");
+    SetBillingCode(record_, L"");
+    SetDefaultOverlayPath(record_, L"");
+
+    record_.PrinterHandle = printer_;
+    ReadDeviceState(record_, printer_);
+    defaultsLoaded_ = LoadFaxDefaults(record_) != 0;
+    ReadCoverPageLock(record_);
+}
+
+void SendSession::LoadStringLibrary()
+{
+    const std::wstring path = StringLibraryPath(printer_);
+    if (path.empty())
+        return;
+    const ActivationScope context;
+    stringLibrary_.Reset(LoadLibraryExW(path.c_str(), nullptr, DONT_RESOLVE_DLL_REFERENCES));
+    hStringDll = stringLibrary_.Get();
+}
+
+void SendSession::FillStrings()
+{
+    RestartStrings(record_);
+    for (const INT32 id : kDriverStrings) {
+        wchar_t text[kTextUnits];
+        if (LoadLocalizedString(*this, static_cast<unsigned>(id), text))
+            AppendString(record_, id, text);
+    }
+}
+
+void SendSession::FindHelp()
+{
+    const std::wstring cabinet = PrinterText(printer_, L"HelpCabName");
+    const std::wstring help = PrinterText(printer_, L"GPDHelpFileName");
+    if (!cabinet.empty() && !help.empty())
+        ExtractHelpFromCabinet(printer_, cabinet, help); // only has to be there: dialogs ask by the path built next
+    const std::wstring path = BuildHelpFilePath(printer_);
+    CopyText(HelpFilePath, path.c_str());
+}
+
+void SendSession::WarnWhenNotOperational() const
+{
+    if (record_.PcFaxSendOperational == 0)
+        ShowFaxMessage(*this, kNotOperational, ActiveWindowOfThread());
+}
+
+void SendSession::PreparePages()
+{
+    for (TextOwner* const page : {static_cast<TextOwner*>(&faxJobPage_), static_cast<TextOwner*>(&setupPage_)}) {
+        page->hStringDll = hStringDll;
+        CopyText(page->HelpFilePath, HelpFilePath);
+    }
+    const auto hookSheet = [](void* session, HWND sheet) { static_cast<SendSession*>(session)->sheet_.Hook(sheet); };
+
+    faxJobPage_.job = &record_;
+    faxJobPage_.book = book_.get();
+    faxJobPage_.recent = &recent_;
+    faxJobPage_.pageCreated = hookSheet;
+    faxJobPage_.session = this;
+
+    setupPage_.printer = printer_;
+    setupPage_.job = &record_;
+    setupPage_.book = book_.get();
+    setupPage_.pageCreated = hookSheet;
+    setupPage_.session = this;
+}
+
+void SendSession::RunSheet()
+{
+    book_->SetPrinter(record_.PrinterHandleCopy);
+    book_->BuildFilePath();
+    book_->Load();
+    PreparePages();
+    recent_.Open(printer_);
+    recent_.Load();
+    sheet_.Run({.texts = *this,
+                .title = title_,
+                .startOnFaxJob = defaultsLoaded_,
+                .faxJobPage = faxJobPage_,
+                .setupPage = setupPage_});
+}
+
+} // namespace qx
