@@ -1,0 +1,195 @@
+#include "support/fax_job_page_stand.h"
+
+#include "host/utf8.h"
+
+#include <ostream>
+#include <stdexcept>
+
+namespace qx::test {
+
+std::ostream& operator<<(std::ostream& out, const Row& row)
+{
+    return out << '{' << host::Utf8(row.name) << " | " << host::Utf8(row.faxNumber) << " | "
+               << host::Utf8(row.company) << '}';
+}
+
+FaxJobPageStand::FaxJobPageStand()
+    : sheet_(CreateWindowExW(WS_EX_CONTROLPARENT, WC_DIALOG, L"Sheet", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 40, 40, 560,
+                             560, nullptr, nullptr, ModuleInstance(), nullptr))
+{
+    MakeRoomForRecipients(Job()); // as the session does
+    page_.job = &Job();
+    page_.book = book_;
+    page_.recent = &recent_;
+    page_.pageCreated = [](void*, HWND) {};
+}
+
+FaxJobPageStand::~FaxJobPageStand()
+{
+    DestroyWindow(sheet_);
+    book_->Destroy();
+}
+
+PhoneBookEntry* FaxJobPageStand::NewEntry(const wchar_t* name, const wchar_t* faxNumber, const wchar_t* company)
+{
+    PhoneBookEntry* const entry = store_.NewEntry();
+    entry->SetName(name);
+    entry->SetFaxNumber(faxNumber);
+    entry->SetCompany(company);
+    return entry;
+}
+
+void FaxJobPageStand::AddRecentEntry(const wchar_t* name, const wchar_t* faxNumber, const wchar_t* company)
+{
+    recent_.AddRecent(NewEntry(name, faxNumber, company), book_);
+}
+
+void FaxJobPageStand::AddRecentGroup(const wchar_t* name, int members)
+{
+    PhoneBookGroup* const group = store_.NewGroup();
+    group->SetName(name);
+    for (int i = 1; i <= members; ++i) {
+        // A group owns its members: they must not come from the store.
+        PhoneBookEntry* const member = new PhoneBookEntry;
+        const std::wstring number = std::to_wstring(i);
+        member->SetName((name + (L" " + number)).c_str());
+        member->SetFaxNumber((L"900" + number).c_str());
+        member->SetCompany(L"");
+        group->AddMember(member);
+    }
+    recent_.AddRecent(group, book_);
+}
+
+void FaxJobPageStand::Show()
+{
+    PROPSHEETPAGEW description{};
+    description.dwSize = sizeof description;
+    description.lParam = reinterpret_cast<LPARAM>(&page_);
+    const ActivationScope context;
+    const HWND dialog = CreateDialogParamW(ModuleInstance(), MAKEINTRESOURCEW(kFaxJobPageTemplate.Id()), sheet_,
+                                           FaxJobPageProcedure, reinterpret_cast<LPARAM>(&description));
+    if (dialog == nullptr)
+        throw std::runtime_error("the page cannot be created");
+    EnableWindow(dialog, TRUE);
+    ShowWindow(dialog, SW_SHOW);
+    Notify(static_cast<UINT>(PSN_SETACTIVE));
+    SetFocus(page_.nameBox.edit);
+}
+
+void FaxJobPageStand::SetText(int id, const std::wstring& text)
+{
+    const HWND edit = id == IDC_NAME_BOX ? page_.nameBox.edit : Control(id);
+    SendMessageW(edit, EM_SETSEL, 0, -1);
+    SendMessageW(edit, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(text.c_str()));
+}
+
+void FaxJobPageStand::TypeName(const std::wstring& text)
+{
+    for (const wchar_t character : text)
+        SendMessageW(page_.nameBox.edit, WM_CHAR, character, 1);
+}
+
+void FaxJobPageStand::PressNameKey(WPARAM key)
+{
+    SendMessageW(page_.nameBox.edit, WM_KEYDOWN, key, 1);
+    if (key == VK_BACK || key == VK_RETURN || key == VK_ESCAPE)
+        SendMessageW(page_.nameBox.edit, WM_CHAR, key, 1); // as the message loop translates it
+    SendMessageW(page_.nameBox.edit, WM_KEYUP, key, 1);
+}
+
+void FaxJobPageStand::Press(int id)
+{
+    if (IsEnabled(id))
+        SendMessageW(Control(id), BM_CLICK, 0, 0);
+}
+
+void FaxJobPageStand::PickName(int row)
+{
+    SendMessageW(page_.nameBox.list, LB_SETCURSEL, static_cast<WPARAM>(row), 0);
+    SendMessageW(page_.dialog, WM_COMMAND, MAKEWPARAM(IDC_NAME_BOX, CBN_SELCHANGE),
+                 reinterpret_cast<LPARAM>(page_.nameBox.combo));
+}
+
+void FaxJobPageStand::DropNames(bool open)
+{
+    // As the arrow button does it, which knows nothing of messages to the combo box.
+    SendMessageW(page_.nameBox.edit, WM_SYSKEYDOWN, open ? VK_DOWN : VK_UP, 1 << 29);
+}
+
+void FaxJobPageStand::SelectRows(const std::vector<int>& rows)
+{
+    const HWND list = Control(IDC_RECIPIENTS);
+    ListView_SetItemState(list, -1, 0, LVIS_SELECTED);
+    for (const int row : rows)
+        ListView_SetItemState(list, row, LVIS_SELECTED, LVIS_SELECTED);
+}
+
+void FaxJobPageStand::PressListKey(WPARAM key)
+{
+    SendMessageW(Control(IDC_RECIPIENTS), WM_KEYDOWN, key, 1);
+}
+
+LRESULT FaxJobPageStand::Notify(UINT code)
+{
+    PSHNOTIFY notification{};
+    notification.hdr.hwndFrom = sheet_;
+    notification.hdr.code = code;
+    SendMessageW(page_.dialog, WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&notification));
+    return GetWindowLongPtrW(page_.dialog, DWLP_MSGRESULT);
+}
+
+std::wstring FaxJobPageStand::Text(int id) const
+{
+    return WindowText(Control(id));
+}
+
+bool FaxJobPageStand::IsVisible(int id) const
+{
+    return (GetWindowLongPtrW(Control(id), GWL_STYLE) & WS_VISIBLE) != 0;
+}
+
+std::vector<Row> FaxJobPageStand::Rows() const
+{
+    const HWND list = Control(IDC_RECIPIENTS);
+    const auto cell = [&](int row, int column) {
+        wchar_t text[300] = L"";
+        LVITEMW item{};
+        item.iSubItem = column;
+        item.pszText = text;
+        item.cchTextMax = 300;
+        SendMessageW(list, LVM_GETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
+        return std::wstring(text);
+    };
+    std::vector<Row> rows;
+    for (int row = 0; row < ListView_GetItemCount(list); ++row)
+        rows.push_back({cell(row, 0), cell(row, 1), cell(row, 2)});
+    return rows;
+}
+
+std::vector<Row> FaxJobPageStand::Recipients()
+{
+    std::vector<Row> rows;
+    for (const FaxRecipient* const recipient : RecipientsOf(Job()))
+        rows.push_back({recipient->Name, recipient->FaxNumber, recipient->Company});
+    return rows;
+}
+
+std::vector<std::wstring> FaxJobPageStand::Names() const
+{
+    std::vector<std::wstring> names;
+    for (LRESULT row = 0; row < SendMessageW(page_.nameBox.list, LB_GETCOUNT, 0, 0); ++row) {
+        wchar_t text[300] = L"";
+        SendMessageW(page_.nameBox.list, LB_GETTEXT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(text));
+        names.push_back(text);
+    }
+    return names;
+}
+
+std::wstring FaxJobPageStand::SelectedTail() const
+{
+    DWORD from = 0, to = 0;
+    SendMessageW(page_.nameBox.edit, EM_GETSEL, reinterpret_cast<WPARAM>(&from), reinterpret_cast<LPARAM>(&to));
+    return Text(IDC_NAME_BOX).substr(from, to - from);
+}
+
+} // namespace qx::test

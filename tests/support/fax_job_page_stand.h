@@ -1,0 +1,73 @@
+// The real Fax Job page alone, in a window that stands for the sheet: driven by messages, without a message loop.
+#pragma once
+
+#include "entry/fax_job_data.h"
+#include "pages/fax_job_page.h"
+#include "phonebook/phone_book.h"
+#include "phonebook/recent_list.h"
+#include "support/message_boxes.h"
+
+#include <string>
+#include <vector>
+
+namespace qx::test {
+
+struct Row {
+    std::wstring name, faxNumber, company;
+    bool operator==(const Row&) const = default;
+};
+std::ostream& operator<<(std::ostream& out, const Row& row);
+
+class FaxJobPageStand {
+public:
+    FaxJobPageStand();
+    ~FaxJobPageStand();
+    FaxJobPageStand(const FaxJobPageStand&) = delete;
+    FaxJobPageStand& operator=(const FaxJobPageStand&) = delete;
+
+    // ---- before Show: what the session has (the last one given becomes the most recent)
+    FaxJobData& Job() { return job_.Get(); }
+    PhoneBook& Book() { return *book_; }
+    PhoneBookEntry* NewEntry(const wchar_t* name, const wchar_t* faxNumber, const wchar_t* company = L"");
+    void AddRecentEntry(const wchar_t* name, const wchar_t* faxNumber, const wchar_t* company = L"");
+    void AddRecentGroup(const wchar_t* name, int members); // named "name 1", "name 2", ...
+
+    void Show();
+    FaxJobPage& Page() { return page_; }
+    HWND Sheet() const { return sheet_; }
+    HWND Control(int id) const { return GetDlgItem(page_.dialog, id); }
+
+    // ---- the user
+    void SetText(int id, const std::wstring& text);  // as a paste over everything
+    void TypeName(const std::wstring& text);         // character by character into the name box
+    void PressNameKey(WPARAM key);                   // a key that reaches the name box's edit
+    void Press(int id);                              // a button, also one that is disabled does nothing
+    void PickName(int row);                          // an item of the name box, as its list would
+    void DropNames(bool open);
+    void SelectRows(const std::vector<int>& rows);
+    void PressListKey(WPARAM key);
+    LRESULT Notify(UINT code);                       // from the sheet
+    bool Send() { return Notify(static_cast<UINT>(PSN_APPLY)) == PSNRET_NOERROR; }
+
+    // ---- what there is
+    std::wstring Text(int id) const;
+    bool IsEnabled(int id) const { return IsWindowEnabled(Control(id)) != FALSE; }
+    bool IsVisible(int id) const; // as far as the page decides
+    std::vector<Row> Rows() const;
+    std::vector<Row> Recipients(); // of the record
+    std::vector<std::wstring> Names() const; // rows of the name box
+    bool NamesShown() const { return IsWindowVisible(page_.nameBox.list) != FALSE; }
+    std::wstring SelectedTail() const; // the selected characters of the name
+    MessageBoxes& Boxes() { return boxes_; }
+
+private:
+    ItemStore store_;
+    PhoneBook* book_ = new PhoneBook(store_); // frees itself in Destroy
+    RecentRecipientList recent_;
+    OwnedFaxJobData job_;
+    FaxJobPage page_;
+    HWND sheet_;
+    MessageBoxes boxes_;
+};
+
+} // namespace qx::test
