@@ -1,11 +1,23 @@
+#include "pages/edit_defaults_dialog.h"
+#include "pages/fax_job_page.h"
+#include "pages/setup_page.h"
+#include "phonebook/ui/add_recipients_dialog.h"
+#include "phonebook/ui/details_dialogs.h"
+#include "phonebook/ui/edit_phone_book_dialog.h"
+#include "phonebook/ui/entry_dialog.h"
+#include "phonebook/ui/group_dialog.h"
+#include "phonebook/ui/map_custom_fields_dialog.h"
 #include "support/cabinet.h"
 #include "support/compiled_help.h"
+#include "support/help_topics.h"
 
 #include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <regex>
 #include <set>
+#include <span>
+#include <vector>
 #include <windows.h>
 
 namespace qx {
@@ -22,6 +34,57 @@ std::set<std::string> Matches(const std::string& text, const std::string& patter
     for (auto match = std::sregex_iterator(text.begin(), text.end(), regex); match != std::sregex_iterator(); ++match)
         matches.insert((*match)[1]);
     return matches;
+}
+
+struct Dialog {
+    const char* name;
+    std::span<const Control> controls;
+    test::HelpTopics topics;
+};
+
+// The sheet's own buttons have no table of controls.
+std::vector<Dialog> Dialogs()
+{
+    return {
+        {"Fax Job page", FaxJobPageControls(), test::kFaxJobPageTopics},
+        {"Setup page", SetupPageControls(), test::kSetupPageTopics},
+        {"Edit Defaults", EditDefaultsControls(), test::kEditDefaultsTopics},
+        {"Add Recipients", AddRecipientsControls(), test::kAddRecipientsTopics},
+        {"Edit Phone Book", EditPhoneBookControls(), test::kEditPhoneBookTopics},
+        {"Entry, new", EntryControls(true), test::kAddEntryTopics},
+        {"Entry, changed", EntryControls(false), test::kEditEntryTopics},
+        {"Group", GroupControls(), test::kGroupTopics},
+        {"Map Custom Fields", MapCustomFieldsControls(), test::kMapCustomFieldsTopics},
+        {"Entry Details", EntryDetailsControls(), test::kDetailsTopics},
+        {"Group Details", GroupDetailsControls(), test::kDetailsTopics},
+    };
+}
+
+// Only controls that have a topic.
+std::set<test::HelpTopic> TopicsOf(std::span<const Control> controls)
+{
+    std::set<test::HelpTopic> topics;
+    for (const Control& control : controls) {
+        if (control.topic != kNoTopic)
+            topics.insert({control.id, control.topic});
+    }
+    return topics;
+}
+
+// Of all tables and Help buttons.
+std::set<std::string> PagesAskedFor()
+{
+    std::set<int> topics{test::kSheetHelpTopic, test::kEditDefaultsHelpTopic};
+    for (const test::HelpTopic& topic : test::kSheetTopics)
+        topics.insert(topic.topic);
+    for (const Dialog& dialog : Dialogs()) {
+        for (const test::HelpTopic& topic : TopicsOf(dialog.controls))
+            topics.insert(topic.topic);
+    }
+    std::set<std::string> pages;
+    for (const int topic : topics)
+        pages.insert(std::to_string(topic) + ".html");
+    return pages;
 }
 
 // The help of every language, by name, as it comes out of the built cabinet.
@@ -58,12 +121,16 @@ TEST_F(HelpPages, ThereIsOneHelpFilePerLanguage)
     EXPECT_EQ(names, (std::set<std::string>{"QXZHENF1.CHM", "QXZHDEF1.CHM", "QXZHHEF1.CHM", "QXZHJAF1.CHM"}));
 }
 
-TEST_F(HelpPages, EveryLanguageHasTheSamePages)
+TEST(HelpTables, EveryControlNamesItsPage)
 {
-    const std::set<std::string> english = PagesOf(help_.at("QXZHENF1.CHM"));
-    EXPECT_FALSE(english.empty());
+    for (const Dialog& dialog : Dialogs())
+        EXPECT_EQ(TopicsOf(dialog.controls), std::set(dialog.topics.begin(), dialog.topics.end())) << dialog.name;
+}
+
+TEST_F(HelpPages, EveryTopicHasAPageInEveryLanguageAndEveryPageATopic)
+{
     for (const auto& [name, files] : help_)
-        EXPECT_EQ(PagesOf(files), english) << name;
+        EXPECT_EQ(PagesOf(files), PagesAskedFor()) << name;
 }
 
 TEST_F(HelpPages, NoLinkIsDead)
