@@ -1,0 +1,265 @@
+// Every dialog with the captions of the string library, in the language of the session: can each control be reached
+// by a letter of its own, and is there room for its text?
+#include "base/dialog.h"
+#include "pages/edit_defaults_dialog.h"
+#include "pages/fax_job_page.h"
+#include "pages/setup_page.h"
+#include "phonebook/ui/add_recipients_dialog.h"
+#include "phonebook/ui/details_dialogs.h"
+#include "phonebook/ui/edit_phone_book_dialog.h"
+#include "phonebook/ui/entry_dialog.h"
+#include "phonebook/ui/group_dialog.h"
+#include "phonebook/ui/map_custom_fields_dialog.h"
+#include "res/add_recipients_ids.h"
+#include "res/details_ids.h"
+#include "res/edit_phone_book_ids.h"
+#include "res/entry_ids.h"
+#include "res/group_ids.h"
+#include "res/map_custom_fields_ids.h"
+#include "support/string_library.h"
+#include "support/text_rules.h"
+#include "text/controls.h"
+
+#include <algorithm>
+#include <commctrl.h>
+#include <gtest/gtest.h>
+#include <optional>
+
+namespace qx::testing {
+namespace {
+
+constexpr unsigned kSend = 5223;
+constexpr unsigned kPreviewAndSend = 6091;
+
+// They are printed by the driver as well, ampersand and all.
+constexpr unsigned kCoverPageLabels[] = {5210, 5218, 5219, 5229};
+
+struct DialogCase {
+    const char* name;
+    DialogTemplate dialogTemplate;
+    std::span<const Control> (*controls)() noexcept;
+    bool isPage = false; // shares its letters with the Send button
+};
+
+void PrintTo(const DialogCase& dialog, std::ostream* out)
+{
+    *out << dialog.name;
+}
+
+const DialogCase kDialogs[] = {
+    {"FaxJobPage", kFaxJobPageTemplate, FaxJobPageControls, true},
+    {"SetupPage", kSetupPageTemplate, SetupPageControls, true},
+    {"EditDefaults", kEditDefaultsTemplate, EditDefaultsControls},
+    {"AddRecipients", {IDD_ADD_RECIPIENTS, IDD_ADD_RECIPIENTS_RTL}, AddRecipientsControls},
+    {"EditPhoneBook", {IDD_EDIT_PHONE_BOOK, IDD_EDIT_PHONE_BOOK_RTL}, EditPhoneBookControls},
+    {"AddEntry", {IDD_ENTRY, IDD_ENTRY_RTL}, []() noexcept { return EntryControls(true); }},
+    {"EditEntry", {IDD_ENTRY, IDD_ENTRY_RTL}, []() noexcept { return EntryControls(false); }},
+    {"Group", {IDD_GROUP, IDD_GROUP_RTL}, GroupControls},
+    {"EntryDetails", {IDD_ENTRY_DETAILS, IDD_ENTRY_DETAILS_RTL}, EntryDetailsControls},
+    {"GroupDetails", {IDD_GROUP_DETAILS, IDD_GROUP_DETAILS_RTL}, GroupDetailsControls},
+    {"MapCustomFields", {IDD_MAP_CUSTOM_FIELDS, IDD_MAP_CUSTOM_FIELDS_RTL}, MapCustomFieldsControls},
+};
+
+std::wstring ClassOf(HWND window)
+{
+    wchar_t name[64] = L"";
+    GetClassNameW(window, name, 64);
+    return name;
+}
+
+bool Is(HWND window, const wchar_t* className)
+{
+    return window != nullptr && lstrcmpiW(ClassOf(window).c_str(), className) == 0;
+}
+
+LONG ButtonType(HWND button)
+{
+    return static_cast<LONG>(GetWindowLongPtrW(button, GWL_STYLE)) & BS_TYPEMASK;
+}
+
+bool IsGroupBox(HWND window)
+{
+    return Is(window, L"Button") && ButtonType(window) == BS_GROUPBOX;
+}
+
+bool IsPicture(HWND window)
+{
+    return Is(window, L"Button") && ButtonType(window) == BS_OWNERDRAW;
+}
+
+bool IsChoice(HWND window)
+{
+    const LONG type = ButtonType(window);
+    return type == BS_AUTOCHECKBOX || type == BS_CHECKBOX || type == BS_AUTORADIOBUTTON || type == BS_RADIOBUTTON;
+}
+
+bool IsField(HWND window)
+{
+    return Is(window, L"Edit") || Is(window, L"ComboBox") || Is(window, WC_LISTVIEWW);
+}
+
+bool IsLabelOfAField(HWND window)
+{
+    return Is(window, L"Static") && IsField(GetWindow(window, GW_HWNDNEXT));
+}
+
+std::string Utf8(const std::wstring& text)
+{
+    std::string utf8(text.size() * 4 + 1, '\0');
+    const int bytes = WideCharToMultiByte(CP_UTF8, 0, text.c_str(), static_cast<int>(text.size()), utf8.data(),
+                                          static_cast<int>(utf8.size()), nullptr, nullptr);
+    utf8.resize(static_cast<std::size_t>(bytes));
+    return utf8;
+}
+
+INT_PTR CALLBACK NothingElse(HWND, UINT, WPARAM, LPARAM)
+{
+    return FALSE;
+}
+
+class DialogTexts : public ::testing::TestWithParam<DialogCase> {
+protected:
+    static void SetUpTestSuite()
+    {
+        const INITCOMMONCONTROLSEX classes{sizeof classes, ICC_LISTVIEW_CLASSES};
+        InitCommonControlsEx(&classes);
+        library_.emplace();
+    }
+    static void TearDownTestSuite() { library_.reset(); }
+
+    void SetUp() override
+    {
+        owner_ = CreateWindowExW(0, L"Static", L"", WS_OVERLAPPEDWINDOW, 0, 0, 1200, 900, nullptr, nullptr, nullptr, nullptr);
+        const int id = GetParam().dialogTemplate.Id();
+        dialog_ = CreateDialogParamW(ModuleInstance(), MAKEINTRESOURCEW(id), owner_, NothingElse, 0);
+        ASSERT_NE(dialog_, nullptr) << GetLastError();
+        SetUpControls(texts_, dialog_, GetParam().controls());
+    }
+    void TearDown() override { DestroyWindow(owner_); }
+
+    // The controls with a caption, in tab order.
+    std::vector<HWND> Captioned() const
+    {
+        std::vector<HWND> controls;
+        for (HWND child = GetWindow(dialog_, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
+            if ((Is(child, L"Button") || Is(child, L"Static")) && !IsPicture(child) && !WindowText(child).empty())
+                controls.push_back(child);
+        }
+        return controls;
+    }
+
+    static std::string NameOf(HWND control)
+    {
+        return "control " + std::to_string(GetDlgCtrlID(control)) + " \"" + Utf8(WindowText(control)) + "\"";
+    }
+
+    static bool IsPrinted(HWND control)
+    {
+        for (const Control& row : GetParam().controls()) {
+            if (row.id == GetDlgCtrlID(control))
+                return std::ranges::find(kCoverPageLabels, row.text) != std::end(kCoverPageLabels);
+        }
+        return false;
+    }
+
+    std::wstring Text(unsigned id) const { return LocalizedText(texts_, {id, L""}); }
+
+private:
+    inline static std::optional<StringLibrary> library_;
+
+    TextOwner texts_{library_->Module(), L""};
+    HWND owner_ = nullptr;
+    HWND dialog_ = nullptr;
+};
+
+TEST_P(DialogTexts, NoTwoControlsShareALetter)
+{
+    std::vector<Caption> captions;
+    for (const HWND control : Captioned())
+        captions.push_back({NameOf(control), WindowText(control)});
+    if (!GetParam().isPage) {
+        EXPECT_EQ(MnemonicClashes(captions), std::vector<std::string>{});
+        return;
+    }
+    for (const unsigned send : {kSend, kPreviewAndSend}) {
+        captions.push_back({"the Send button", Text(send)});
+        EXPECT_EQ(MnemonicClashes(captions), std::vector<std::string>{});
+        captions.pop_back();
+    }
+}
+
+TEST_P(DialogTexts, EveryButtonAndEveryFieldHasALetterAndNothingElseHas)
+{
+    for (const HWND control : Captioned()) {
+        const bool hasLetter = Mnemonic(WindowText(control)) != 0;
+        const int id = GetDlgCtrlID(control);
+        const bool hasAKeyOfItsOwn = id == IDOK || id == IDCANCEL;
+        const bool leadsSomewhere = Is(control, L"Button") ? !IsGroupBox(control) && !hasAKeyOfItsOwn
+                                                           : IsLabelOfAField(control) && !IsPrinted(control);
+        EXPECT_EQ(hasLetter, leadsSomewhere) << NameOf(control);
+    }
+}
+
+// Wide enough for a text, or high enough for the lines it breaks into.
+struct Room {
+    HWND control;
+    RECT available{};
+    UINT wrap = 0;
+
+    explicit Room(HWND of) : control(of)
+    {
+        constexpr int kButtonMargin = 4;
+        constexpr int kCheckMark = 18;
+        constexpr int kGroupBoxCorners = 18;
+        GetClientRect(of, &available);
+        const auto style = static_cast<DWORD>(GetWindowLongPtrW(of, GWL_STYLE));
+        if (Is(of, L"Static")) {
+            wrap = DT_WORDBREAK;
+        } else if (IsGroupBox(of)) {
+            available.right -= kGroupBoxCorners;
+        } else if (IsChoice(of)) {
+            available.right -= kCheckMark;
+            wrap = (style & BS_MULTILINE) != 0 ? DT_WORDBREAK : 0;
+        } else {
+            InflateRect(&available, -kButtonMargin, -kButtonMargin / 2);
+            wrap = (style & BS_MULTILINE) != 0 ? DT_WORDBREAK : 0;
+        }
+    }
+
+    // How much of the text, in pixels, is cut off in width or height; 0: all of it is seen.
+    SIZE Missing(const std::wstring& text) const
+    {
+        const HDC dc = GetDC(control);
+        const HGDIOBJ previous = SelectObject(dc, reinterpret_cast<HFONT>(SendMessageW(control, WM_GETFONT, 0, 0)));
+        RECT needed{0, 0, available.right - available.left, 0};
+        DrawTextW(dc, text.c_str(), -1, &needed, DT_CALCRECT | wrap);
+        SelectObject(dc, previous);
+        ReleaseDC(control, dc);
+        return {std::max(0L, needed.right - (available.right - available.left)),
+                std::max(0L, needed.bottom - (available.bottom - available.top))};
+    }
+};
+
+// A caption with a third more words of the same length.
+std::wstring GrownByAThird(const std::wstring& text)
+{
+    return text + text.substr(0, (text.size() + 2) / 3);
+}
+
+TEST_P(DialogTexts, EveryCaptionIsSeenWhole)
+{
+    const bool isEnglish = PRIMARYLANGID(GetUserDefaultUILanguage()) == LANG_ENGLISH;
+    for (const HWND control : Captioned()) {
+        // English leaves room for the languages that are still to come.
+        const std::wstring text = isEnglish ? GrownByAThird(WindowText(control)) : WindowText(control);
+        const SIZE missing = Room(control).Missing(text);
+        EXPECT_EQ(missing.cx, 0) << NameOf(control) << " is too narrow";
+        EXPECT_EQ(missing.cy, 0) << NameOf(control) << " is too low";
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(, DialogTexts, ::testing::ValuesIn(kDialogs),
+                         [](const auto& dialog) { return std::string(dialog.param.name); });
+
+} // namespace
+} // namespace qx::testing
