@@ -11,6 +11,7 @@ struct ImportOutcome {
     ImportExportStatus status = ImportExportStatus::Cancelled; // of the last row that counted
     int duplicates = 0;
     int invalidFaxNumbers = 0;
+    bool operator==(const ImportOutcome&) const = default;
 };
 
 // Adds every row below the header that has a name and a valid fax number and that the book does not hold yet, until the

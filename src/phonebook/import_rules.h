@@ -40,6 +40,7 @@ inline constexpr int kMappedFieldCount = 3;
 struct FieldMapping {
     int source = 0;      // column of the file
     int destination = 0; // MappedField
+    bool operator==(const FieldMapping&) const = default;
 };
 
 inline constexpr int kNotMapped = -1;

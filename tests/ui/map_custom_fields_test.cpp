@@ -6,12 +6,6 @@
 #include <gtest/gtest.h>
 
 namespace qx {
-
-bool operator==(const FieldMapping& a, const FieldMapping& b)
-{
-    return a.source == b.source && a.destination == b.destination;
-}
-
 namespace {
 
 using Mapping = std::vector<FieldMapping>;

@@ -1,0 +1,58 @@
+// A folder that ends, with all that is in it, with its test; and files as plain bytes.
+#pragma once
+
+#include <atomic>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <string_view>
+#include <windows.h>
+
+namespace qx::test {
+
+class TemporaryFolder {
+public:
+    TemporaryFolder()
+    {
+        static std::atomic<int> count{0};
+        path_ = std::filesystem::temp_directory_path() /
+                (L"qx-" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(++count));
+        std::filesystem::create_directories(path_);
+    }
+    ~TemporaryFolder()
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+    const std::filesystem::path& Path() const { return path_; }
+    std::filesystem::path operator/(const std::wstring& name) const { return path_ / name; }
+
+private:
+    std::filesystem::path path_;
+};
+
+inline void WriteBytes(const std::filesystem::path& file, std::string_view bytes)
+{
+    std::ofstream(file, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+inline std::string ReadBytes(const std::filesystem::path& file)
+{
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+// The bytes of UTF-16, little-endian, without a mark.
+inline std::string Utf16Bytes(std::wstring_view text)
+{
+    return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(wchar_t)};
+}
+
+inline const std::string kUtf16Mark = "\xFF\xFE";
+inline const std::string kUtf8Mark = "\xEF\xBB\xBF";
+
+} // namespace qx::test
