@@ -101,6 +101,17 @@ std::wstring RowText(const TypeAheadState& state, int row)
     return item != nullptr && reinterpret_cast<LRESULT>(item) != LB_ERR ? item->text : std::wstring();
 }
 
+int RowCount(const TypeAheadState& state) noexcept
+{
+    return static_cast<int>(SendMessageW(state.list, LB_GETCOUNT, 0, 0));
+}
+
+// search: CB_FINDSTRING or CB_FINDSTRINGEXACT, the combo box's own, from the top. -1 when there is no such row.
+int FindRow(const TypeAheadState& state, UINT search, const std::wstring& text) noexcept
+{
+    return static_cast<int>(SendMessageW(state.combo, search, kFromTop, reinterpret_cast<LPARAM>(text.c_str())));
+}
+
 // The combo box itself would empty its edit too.
 void ClearRows(const TypeAheadState& state) noexcept
 {
@@ -222,25 +233,30 @@ void AnswerEnterInList(TypeAheadState& state)
     Notify(state, SelectedRow(state));
 }
 
+void ChooseFirstRowThatBeginsWith(TypeAheadState& state, const std::wstring& text)
+{
+    if (RowCount(state) == 0) // the names have changed since the list was last shown
+        ShowMatches(state, text);
+    const int row = FindRow(state, CB_FINDSTRING, text);
+    if (row >= 0)
+        ChooseRow(state, row);
+    else
+        SelectRow(state, kNothing);
+}
+
 void AnswerEnterWithoutList(TypeAheadState& state)
 {
     DeleteCompletedTail(state);
     const std::wstring text = EditText(state);
-    if (!text.empty()) {
-        const auto row = static_cast<int>(
-            SendMessageW(state.combo, CB_FINDSTRING, kFromTop, reinterpret_cast<LPARAM>(text.c_str())));
-        if (row >= 0)
-            ChooseRow(state, row);
-        else
-            SelectRow(state, kNothing);
-    }
+    if (!text.empty())
+        ChooseFirstRowThatBeginsWith(state, text);
     Notify(state, 0);
 }
 
 // As with any combo box the arrow keys walk through the names, also before the list was ever opened.
 void OfferNamesForArrowKeys(TypeAheadState& state)
 {
-    const bool stale = GetWindowTextLengthW(state.edit) == 0 || SendMessageW(state.list, LB_GETCOUNT, 0, 0) == 0;
+    const bool stale = GetWindowTextLengthW(state.edit) == 0 || RowCount(state) == 0;
     if (!ListShows(state) && stale)
         ShowOffered(state);
 }
@@ -300,7 +316,7 @@ RECT ListPlace(const TypeAheadState& state) noexcept
         place.top += editHeight + kBelowEdit;
     place.left += kNarrower;
     place.right -= kNarrower;
-    const auto rows = static_cast<int>(SendMessageW(state.list, LB_GETCOUNT, 0, 0));
+    const int rows = RowCount(state);
     const auto rowHeight = static_cast<int>(SendMessageW(state.list, LB_GETITEMHEIGHT, 0, 0));
     place.bottom = place.top + (std::min(rows, kRowsShown) + 1) * rowHeight;
     return place;
@@ -346,7 +362,7 @@ int RowAt(const TypeAheadState& state, LPARAM point) noexcept
 {
     const LRESULT found = SendMessageW(state.list, LB_ITEMFROMPOINT, 0, point);
     const bool outside = HIWORD(found) != 0;
-    return outside || LOWORD(found) >= SendMessageW(state.list, LB_GETCOUNT, 0, 0) ? -1 : LOWORD(found);
+    return outside || LOWORD(found) >= RowCount(state) ? -1 : LOWORD(found);
 }
 
 // A list that opens under a pointer at rest gets a move all the same: that is not the user hovering over it.
@@ -500,8 +516,7 @@ void OnEditChange(TypeAheadState& state)
 {
     const std::wstring typed = EditText(state);
     ShowMatches(state, typed);
-    const auto row = static_cast<int>(
-        SendMessageW(state.combo, CB_FINDSTRING, kFromTop, reinterpret_cast<LPARAM>(typed.c_str())));
+    const int row = FindRow(state, CB_FINDSTRING, typed);
     switch (AnswerTyping(typed, state.previousLength, row >= 0)) {
     case EditAnswer::HideList: HideList(state); break;
     case EditAnswer::ShowList: ShowList(state); break;
@@ -523,8 +538,7 @@ const void* GetChosenItemData(TypeAheadState& state)
         const std::wstring text = EditText(state);
         if (!state.rowsAreMatches || !state.suggestions.AreFor(text))
             ShowMatches(state, text);
-        row = static_cast<int>(
-            SendMessageW(state.combo, CB_FINDSTRINGEXACT, kFromTop, reinterpret_cast<LPARAM>(text.c_str())));
+        row = FindRow(state, CB_FINDSTRINGEXACT, text);
     }
     if (row < 0)
         return nullptr;
