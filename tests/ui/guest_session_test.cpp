@@ -1,0 +1,147 @@
+// What the printing program finds after a session: its own state, untouched.
+#include "host/provision.h"
+#include "res/fax_job_page_ids.h"
+#include "support/send_fax_session.h"
+
+#include <combaseapi.h>
+#include <gtest/gtest.h>
+#include <xmmintrin.h>
+
+namespace qx::test {
+namespace {
+
+struct HostState {
+    std::wstring directory;
+    unsigned floatingPoint = 0;
+    DWORD errorMode = 0;
+    HANDLE dpiContext = nullptr;
+    HCURSOR cursor = nullptr;
+    HANDLE activationContext = nullptr;
+    APTTYPE apartment = APTTYPE_CURRENT;
+    bool operator==(const HostState&) const = default;
+};
+
+HANDLE ThreadDpiContext()
+{
+    using Get = HANDLE(WINAPI*)();
+    const auto get = reinterpret_cast<Get>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"user32.dll"), "GetThreadDpiAwarenessContext")));
+    return get != nullptr ? get() : nullptr;
+}
+
+HostState Snapshot()
+{
+    HostState state;
+    wchar_t directory[MAX_PATH] = L"";
+    GetCurrentDirectoryW(MAX_PATH, directory);
+    state.directory = directory;
+    state.floatingPoint = _mm_getcsr();
+    state.errorMode = GetThreadErrorMode();
+    state.dpiContext = ThreadDpiContext();
+    state.cursor = GetCursor();
+    GetCurrentActCtx(&state.activationContext);
+    if (state.activationContext != nullptr)
+        ReleaseActCtx(state.activationContext);
+    APTTYPEQUALIFIER qualifier;
+    if (CoGetApartmentType(&state.apartment, &qualifier) != S_OK)
+        state.apartment = APTTYPE_CURRENT; // not initialised
+    return state;
+}
+
+// A printing program's thread, with COM in a mode of its choice, that calls the module while the test drives the sheet.
+class PrintingProgram {
+public:
+    explicit PrintingProgram(DWORD comMode)
+    {
+        session_.SetDefault(L"ApplyDefaults", 1u);
+        const auto display = reinterpret_cast<decltype(&DisplayFaxUI)>(
+            reinterpret_cast<void*>(GetProcAddress(session_.Module(), "DisplayFaxUI")));
+        thread_ = std::thread([this, display, comMode] {
+            threadId_ = GetCurrentThreadId();
+            SetEvent(ready_);
+            WaitForSingleObject(go_, INFINITE);
+            const bool initialised = comMode != kNoCom && SUCCEEDED(CoInitializeEx(nullptr, comMode));
+            _mm_setcsr(_mm_getcsr() & ~static_cast<unsigned>(_MM_MASK_DIV_ZERO));
+            SetCursor(LoadCursorW(nullptr, IDC_CROSS));
+            before_ = Snapshot();
+            display(session_.PrinterHandle(), &session_.Record());
+            after_ = Snapshot();
+            if (initialised)
+                CoUninitialize();
+            SetEvent(finished_);
+        });
+        WaitForSingleObject(ready_, INFINITE);
+    }
+
+    ~PrintingProgram()
+    {
+        thread_.join();
+        for (const HANDLE event : {ready_, go_, finished_})
+            CloseHandle(event);
+    }
+
+    static constexpr DWORD kNoCom = 0xFFFFFFFF;
+
+    void SendOneFax()
+    {
+        host::UiDriver ui(threadId_, finished_);
+        SetEvent(go_);
+        ui.WaitForControl(IDC_FAX_NUMBER);
+        ui.Type(IDC_NAME_BOX, L"Ann");
+        ui.Type(IDC_FAX_NUMBER, L"5550100");
+        ui.Press(IDC_ADD_TO_PHONE_BOOK); // saves the phone book, through COM
+        wchar_t elsewhere[] = L"C:\\windows";
+        ui.Do([&] { SetCurrentDirectoryW(elsewhere); }); // what a file dialog does
+        ui.Press(IDOK);
+        ui.WaitForEnd();
+    }
+
+    void ExpectSentAndUntouched()
+    {
+        EXPECT_EQ(session_.Record().Cancelled, 0u);
+        EXPECT_TRUE(std::filesystem::exists(session_.PhoneBookFile()));
+        EXPECT_EQ(after_.directory, before_.directory);
+        EXPECT_EQ(after_.floatingPoint, before_.floatingPoint);
+        EXPECT_EQ(after_.errorMode, before_.errorMode);
+        EXPECT_EQ(after_.dpiContext, before_.dpiContext);
+        EXPECT_EQ(after_.cursor, before_.cursor);
+        EXPECT_EQ(after_.activationContext, before_.activationContext);
+        EXPECT_EQ(after_.apartment, before_.apartment);
+    }
+
+private:
+    SendFaxSession session_;
+    HANDLE ready_ = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    HANDLE go_ = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    HANDLE finished_ = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    DWORD threadId_ = 0;
+    HostState before_, after_;
+    std::thread thread_;
+};
+
+class GuestSession : public testing::TestWithParam<DWORD> {};
+
+TEST_P(GuestSession, ThePrintingProgramsStateIsWhatItWas)
+{
+    PrintingProgram program(GetParam());
+    program.SendOneFax();
+    program.ExpectSentAndUntouched();
+}
+
+INSTANTIATE_TEST_SUITE_P(ComModes, GuestSession,
+                         testing::Values(PrintingProgram::kNoCom, static_cast<DWORD>(COINIT_APARTMENTTHREADED),
+                                         static_cast<DWORD>(COINIT_MULTITHREADED)));
+
+TEST(GuestSession, ASheetWithoutAnOwnerComesToTheFront)
+{
+    SendFaxSession session; // its thread has no window, so none is active
+    session.SetDefault(L"ApplyDefaults", 1u);
+    session.Start();
+    const HWND sheet = session.Ui().Dialog();
+    session.Ui().Settle();
+    EXPECT_EQ(GetWindow(sheet, GW_OWNER), nullptr);
+    EXPECT_EQ(GetForegroundWindow(), sheet);
+}
+
+} // namespace
+} // namespace qx::test

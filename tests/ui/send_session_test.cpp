@@ -1,0 +1,170 @@
+#include "res/fax_job_page_ids.h"
+#include "support/send_fax_session.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+
+namespace qx::test {
+namespace {
+
+using host::BoxContents;
+
+const wchar_t* const kTexts[] = {
+    // The texts of the driver's table that the built-in library has, in the order in which they are handed over.
+    L"From:", L"Name:", L"Company Name:", L"Voice Phone Number:", L"To:", L"Name:",
+    L"Company Name:", L"Subject:", L"Notes:", L"Date:", L"Time:", L"Pages:"};
+
+SendFaxSession& OnFaxJobPage(SendFaxSession& session)
+{
+    session.SetDefault(L"ApplyDefaults", 1u);
+    session.Start();
+    session.Ui().WaitForControl(IDC_FAX_NUMBER);
+    return session;
+}
+
+TEST(SendSession, WhatIsTypedComesOutAsTyped)
+{
+    SendFaxSession session(WithDevice(L"FAX_BILLING_CODE_ENABLED", 1u));
+    host::UiDriver& ui = OnFaxJobPage(session).Ui();
+    ui.Type(IDC_NAME_BOX, L"Ann Lee");
+    ui.Type(IDC_FAX_NUMBER, L"(030)1234-5678,,#9");
+    ui.Type(IDC_COMPANY, L"\u00c4rzte & S\u00f6hne");
+    ui.Press(IDC_TO);
+    ui.Type(IDC_NAME_BOX, L"Bob");
+    ui.Type(IDC_FAX_NUMBER, L"5550101");
+    ui.Check(IDC_COVER_PAGE, true);
+    ui.Paste(IDC_NOTES, L"line 1\r\nline 2");
+    ui.Type(IDC_SUBJECT, L"Offer 7");
+    ui.Type(IDC_BILLING_CODE, L"0042");
+    const FaxJobData& job = session.Send();
+    EXPECT_EQ(job.Cancelled, 0u);
+    EXPECT_EQ(session.Recipients(), (std::vector<Recipient>{{L"Ann Lee", L"(030)1234-5678,,#9", L"\u00c4rzte & S\u00f6hne"},
+                                                            {L"Bob", L"5550101", L""}}));
+    EXPECT_NE(job.AddCoverPage, 0u);
+    EXPECT_STREQ(job.CoverPageNotes, L"line 1\r\nline 2");
+    EXPECT_STREQ(job.CoverPageSubject, L"Offer 7");
+    EXPECT_STREQ(job.BillingCode, L"0042");
+}
+
+TEST(SendSession, CancelMarksTheJobCancelled)
+{
+    SendFaxSession session;
+    OnFaxJobPage(session);
+    session.Record().Cancelled = 7;
+    EXPECT_EQ(session.Cancel().Cancelled, 1u);
+}
+
+TEST(SendSession, ANullPrinterLeavesTheRecordUntouchedAndShowsNothing)
+{
+    const SendFaxSession session;
+    const auto display = reinterpret_cast<decltype(&DisplayFaxUI)>(
+        reinterpret_cast<void*>(GetProcAddress(session.Module(), "DisplayFaxUI")));
+    FaxJobData record;
+    std::memset(&record, 0xA5, sizeof record);
+    FaxJobData before = record;
+    display(nullptr, &record);
+    EXPECT_EQ(std::memcmp(&record, &before, sizeof record), 0);
+}
+
+TEST(SendSession, ADeviceThatIsNotOperationalIsWarnedOfExactlyOnce)
+{
+    SendFaxSession session(WithDevice(L"PCFAX_SEND_OPERATIONAL", 0u));
+    session.SetDefault(L"ApplyDefaults", 1u);
+    session.Start();
+    const BoxContents box = session.Ui().AnswerBox(IDOK);
+    EXPECT_EQ(box.title, L"QX MFP Send Fax Warning");
+    EXPECT_EQ(box.text.find(L"The PC fax feature may be disabled at the MFP. Before sending any faxes, make sure"), 0u);
+    EXPECT_EQ(box.icon, static_cast<UINT>(MB_ICONWARNING));
+    session.Ui().WaitForControl(IDC_FAX_NUMBER); // the sheet comes next, and no second box before it
+    session.Ui().Type(IDC_FAX_NUMBER, L"5550100");
+    EXPECT_EQ(session.Send().Cancelled, 0u);     // a warning never blocks sending
+}
+
+TEST(SendSession, TheFirstUseOpensOnTheSetupPageAndALaterOneOnTheFaxJobPage)
+{
+    SendFaxSession session;
+    session.Start();
+    session.Ui().Dialog();
+    EXPECT_FALSE(session.Ui().HasControl(IDC_FAX_NUMBER) && session.Ui().HasControl(IDC_NAME_BOX));
+    session.Cancel();
+    OnFaxJobPage(session);
+    EXPECT_TRUE(session.Ui().IsVisible(IDC_NAME_BOX));
+}
+
+TEST(SendSession, WithoutTheTextLibraryTheBuiltInTextsKeepTheirDashes)
+{
+    SendFaxSession session(WithoutTextLibrary());
+    OnFaxJobPage(session);
+    EXPECT_EQ(session.Ui().Text(IDOK), L"-&Send");
+    EXPECT_EQ(session.Ui().Title(), L"QX MFP Send Fax");
+    EXPECT_EQ(session.Cancel().Strings.Count, 0);
+}
+
+TEST(SendSession, TheTextLibraryBesideTheDriverIsUsed)
+{
+    SendFaxSession session;
+    OnFaxJobPage(session);
+    EXPECT_EQ(session.Ui().Text(IDOK), L"&Send");
+    const FaxJobData& job = session.Cancel();
+    ASSERT_EQ(job.Strings.Count, static_cast<INT32>(std::size(kTexts)));
+    for (INT32 i = 0; i < job.Strings.Count; ++i)
+        EXPECT_STREQ(job.Strings.Items[i].Text, kTexts[i]);
+    EXPECT_EQ(job.Strings.Items[1].Id, 5316); // handed over twice on purpose
+    EXPECT_EQ(job.Strings.Items[5].Id, 5316);
+}
+
+TEST(SendSession, TheRecordsTextsAreResetAndItsKeysClosed)
+{
+    SendFaxSession session;
+    OnFaxJobPage(session);
+    session.Ui().Type(IDC_FAX_NUMBER, L"5550100");
+    const FaxJobData& job = session.Send();
+    EXPECT_STREQ(job.Title, L"QX MFP Send Fax");
+    EXPECT_STREQ(job.SenderName, L"");
+    EXPECT_STREQ(job.DefaultOverlayPath, L"");
+    EXPECT_EQ(job.PrinterHandle, session.PrinterHandle());
+    EXPECT_EQ(job.PrinterHandleCopy, session.PrinterHandle());
+    for (const HKEY key : {job.hDefaultKey, job.hAddressBookKey, job.hJobDataKey, job.hBidiInfoKey, job.hMruListKey})
+        EXPECT_EQ(key, nullptr);
+}
+
+TEST(SendSession, ASecondSessionInTheProcessWorksLikeTheFirst)
+{
+    SendFaxSession session(WithoutTextLibrary());
+    for (int i = 0; i < 3; ++i) {
+        OnFaxJobPage(session);
+        EXPECT_EQ(session.Ui().Text(IDOK), L"-&Send"); // hooked again
+        session.Ui().Type(IDC_FAX_NUMBER, std::to_wstring(100 + i));
+        session.Send();
+        EXPECT_EQ(session.Recipients(), (std::vector<Recipient>{{L"", std::to_wstring(100 + i), L""}}));
+    }
+}
+
+TEST(SendSession, NothingIsSentWithoutARecipientEvenWhenTheFaxJobPageWasNeverSeen)
+{
+    SendFaxSession session;
+    session.Start(); // first use: on the Setup page
+    session.Ui().Press(IDOK);
+    EXPECT_EQ(session.Ui().AnswerBox(IDOK).text, L"At least one fax number is required.");
+    EXPECT_FALSE(session.Ui().Finished());
+    session.Ui().WaitForControl(IDC_FAX_NUMBER); // and the page that lacks it is shown
+    EXPECT_EQ(session.Cancel().Cancelled, 1u);
+}
+
+TEST(SendSession, ThePagesThatWereNeverSeenAreSavedAllTheSame)
+{
+    SendFaxSession session;
+    session.SetDefault(L"ApplyDefaults", 1u);
+    session.SetDefault(L"SenderName", std::wstring(L"Carol"));
+    session.SetDefault(L"NotifyOn", 0u);
+    session.SetDefault(L"NotifyMethod", 1u);
+    session.Start();
+    session.Ui().Type(IDC_FAX_NUMBER, L"5550100");
+    const FaxJobData& job = session.Send();
+    EXPECT_EQ(job.Cancelled, 0u);
+    EXPECT_STREQ(job.SenderName, L"Carol");
+    EXPECT_EQ(job.NotifyMethod, 0u); // the Setup page's own rule: nobody is notified, so by no method
+}
+
+} // namespace
+} // namespace qx::test
