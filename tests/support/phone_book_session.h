@@ -1,0 +1,56 @@
+// A send session with a phone book, for tests of the phone book dialogs.
+//
+//     PhoneBookSession session(BookText().Entry(1, L"Ann", L"555").Group(2, L"Sales", {1}));
+//     host::UiDriver& ui = session.OpenPicker();
+#pragma once
+
+#include "support/send_fax_session.h"
+
+#include <string>
+#include <vector>
+
+namespace qx::test {
+
+// The text of a phone book file, item by item.
+class BookText {
+public:
+    BookText& Entry(DWORD id, std::wstring_view name, std::wstring_view faxNumber, std::wstring_view company = L"");
+    BookText& Group(DWORD id, std::wstring_view name, const std::vector<DWORD>& members);
+    // Entries "Person 00000", "Person 00001" and so on, with that number as fax number and id.
+    BookText& People(DWORD count);
+    std::string Text() const;
+
+private:
+    std::string items_;
+};
+
+// An item of a phone book file.
+struct SavedItem {
+    std::wstring name, faxNumber, company;
+    std::vector<DWORD> members; // of a group
+    bool operator==(const SavedItem&) const = default;
+};
+
+class PhoneBookSession : public SendFaxSession {
+public:
+    explicit PhoneBookSession(const BookText& book, SessionOptions options = {});
+
+    // Start the session and lead there; to be called once.
+    host::UiDriver& OpenFaxJobPage();
+    host::UiDriver& OpenPicker();
+    host::UiDriver& OpenEditor(); // by way of the Setup page
+
+    // What the file holds now, in its order.
+    std::vector<SavedItem> SavedBook() const;
+    std::vector<std::wstring> SavedNames() const;
+};
+
+// The names in the first column.
+std::vector<std::wstring> NamesIn(host::UiDriver& ui, int list);
+
+// The first row in view.
+int TopRow(host::UiDriver& ui, int list);
+
+std::vector<int> RowsUpTo(int count);
+
+} // namespace qx::test
