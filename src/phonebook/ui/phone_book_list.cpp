@@ -145,18 +145,12 @@ void PressButton(HWND dialog, int id) noexcept
         SendMessageW(dialog, WM_COMMAND, MAKEWPARAM(id, BN_CLICKED), reinterpret_cast<LPARAM>(button));
 }
 
-constexpr UINT_PTR kKeySubclass = 1;
-
-// The two buttons travel in the subclass's own value.
-DWORD_PTR Packed(ListKeys keys) noexcept
-{
-    return static_cast<DWORD_PTR>(MAKELONG(keys.activate, keys.remove));
-}
-
-ListKeys Unpacked(DWORD_PTR packed) noexcept
-{
-    return {.activate = LOWORD(packed), .remove = HIWORD(packed)};
-}
+// What a list view's own window data points to. A subclass of the common controls' kind would be simpler, but it looks
+// its data up by name with every message, and filling a long list takes ten times as long.
+struct ListSubclass {
+    ListKeys keys;
+    WNDPROC previous;
+};
 
 // True when the key was for us.
 bool AnswerKey(HWND list, ListKeys keys, WPARAM key) noexcept
@@ -181,9 +175,11 @@ bool ClaimsEnter(HWND list, ListKeys keys, LPARAM question) noexcept
            keys.activate != 0 && SelectedCount(list) > 0;
 }
 
-LRESULT CALLBACK ListKeyProcedure(HWND list, UINT message, WPARAM w, LPARAM l, UINT_PTR id, DWORD_PTR packed) noexcept
+LRESULT CALLBACK ListProcedure(HWND list, UINT message, WPARAM w, LPARAM l) noexcept
 {
-    const ListKeys keys = Unpacked(packed);
+    auto* const subclass = reinterpret_cast<ListSubclass*>(GetWindowLongPtrW(list, GWLP_USERDATA));
+    const ListKeys keys = subclass->keys;
+    const WNDPROC previous = subclass->previous;
     switch (message) {
     case WM_GETDLGCODE:
         if (ClaimsEnter(list, keys, l))
@@ -198,14 +194,22 @@ LRESULT CALLBACK ListKeyProcedure(HWND list, UINT message, WPARAM w, LPARAM l, U
             return 0; // of keys answered above; the list view would search for it
         break;
     case WM_LBUTTONDBLCLK:
-        DefSubclassProc(list, message, w, l); // selects the row, or nothing beside the rows
+        CallWindowProcW(previous, list, message, w, l); // selects the row, or nothing beside the rows
         PressButton(GetParent(list), keys.activate);
         return 0;
     case WM_NCDESTROY:
-        RemoveWindowSubclass(list, ListKeyProcedure, id);
+        SetWindowLongPtrW(list, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(previous));
+        delete subclass;
         break;
     }
-    return DefSubclassProc(list, message, w, l);
+    return CallWindowProcW(previous, list, message, w, l);
+}
+
+void AnswerKeys(HWND list, ListKeys keys)
+{
+    const auto previous = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(list, GWLP_WNDPROC));
+    SetWindowLongPtrW(list, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(new ListSubclass{keys, previous}));
+    SetWindowLongPtrW(list, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(ListProcedure));
 }
 
 } // namespace
@@ -226,7 +230,7 @@ void SetUpPhoneBookList(const TextOwner& texts, HWND list, int columnWidth, List
         SendMessageW(list, LVM_INSERTCOLUMNW, static_cast<WPARAM>(column.iSubItem), reinterpret_cast<LPARAM>(&column));
         ++column.iSubItem;
     }
-    SetWindowSubclass(list, ListKeyProcedure, kKeySubclass, Packed(keys));
+    AnswerKeys(list, keys);
 }
 
 void FillPhoneBookList(PhoneBookList& list, const PhoneBook& book, ListedItems listed)
