@@ -1,7 +1,8 @@
-#include "phonebook/phone_book.h"
+#include "phonebook/phone_book_file.h"
 
 #include "support/documents_folder.h"
 #include "support/phone_book.h"
+#include "support/process_use.h"
 #include "support/test_printer.h"
 
 #include <gtest/gtest.h>
@@ -401,14 +402,39 @@ TEST_F(PhoneBookFile, ThatWasEmptyOrUnderstoodIsNotKept)
     EXPECT_EQ(documents.Files(), Names{L"qxfaxab.xml"});
 }
 
-TEST_F(PhoneBookFile, ThatCannotBeKeptIsNotReplaced)
+// A file name so long that there is none for a second file beside it.
+class PhoneBookFileThatStandsAlone : public ::testing::Test {
+protected:
+    PhoneBookFileThatStandsAlone()
+    {
+        constexpr std::size_t kLongestName = 255;
+        const std::wstring start = L"qxtest-" + std::to_wstring(GetCurrentProcessId()) + L"-";
+        path = L"C:\\" + start + std::wstring(kLongestName - start.size(), L'x');
+    }
+    ~PhoneBookFileThatStandsAlone() override
+    {
+        SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
+        DeleteFileW(path.c_str());
+    }
+
+    std::wstring path;
+    TestBook book;
+};
+
+TEST_F(PhoneBookFileThatStandsAlone, IsSavedInPlace)
 {
-    LoadBytes("my only copy");
-    // A folder has the name of the copy, and of every next one there is none: the copy would go there.
-    ASSERT_TRUE(CreateDirectoryW(documents.File(L"qxfaxab.xml.bak").c_str(), nullptr));
-    book->Save(0);
-    EXPECT_EQ(ReadFileBytes(documents.File(L"qxfaxab.xml.2.bak")), "my only copy");
-    EXPECT_TRUE(RemoveDirectoryW(documents.File(L"qxfaxab.xml.bak").c_str()));
+    book.AddEntry(L"Ann", L"", L"", 1);
+    EXPECT_TRUE(SavePhoneBookFile(path, book->Items(), false));
+    EXPECT_TRUE(SavePhoneBookFile(path, book->Items(), false));
+    EXPECT_EQ(LoadPhoneBookFile(path, book.store).items.size(), 1u);
+    EXPECT_TRUE(IsHidden(path));
+}
+
+TEST_F(PhoneBookFileThatStandsAlone, IsNotReplacedWhenItWasNotUnderstoodSinceItCannotBeKept)
+{
+    WriteFileBytes(path, "my only copy");
+    EXPECT_FALSE(SavePhoneBookFile(path, book->Items(), true));
+    EXPECT_EQ(ReadFileBytes(path), "my only copy");
 }
 
 TEST_F(PhoneBookFile, ThatCouldNotBeOpenedIsKeptBeforeItIsReplaced)
@@ -422,6 +448,33 @@ TEST_F(PhoneBookFile, ThatCouldNotBeOpenedIsKeptBeforeItIsReplaced)
     }
     book->Save(0);
     EXPECT_EQ(ReadFileBytes(documents.File(L"qxfaxab.xml.bak")), before);
+}
+
+// Nothing is left behind
+
+TEST_F(PhoneBookFile, LeavesNoHandlesAndNoMemoryBehindHoweverOftenItIsUsed)
+{
+    const auto session = [this] {
+        TestBook used;
+        for (DWORD i = 0; i < 100; ++i)
+            used.AddEntry(L"A name of some length", L"555-0100", L"A company", i);
+        used.AddGroup(L"Group", {1, 2, 3}, 100);
+        used->Save(101);
+        ReloadSorted(*used);
+        WriteFileBytes(documents.File(L"other"), "");
+        LoadPhoneBookFile(documents.File(L"other"), used.store);
+        LoadPhoneBookFile(documents.File(L"missing"), used.store);
+    };
+    for (int i = 0; i < 3; ++i)
+        session(); // what the system allocates once
+    const std::size_t handle = NextHandle();
+    const std::size_t bytes = HeapBytesInUse();
+    for (int i = 0; i < 20; ++i)
+        session();
+    EXPECT_EQ(NextHandle(), handle);
+    const UniqueKernelHandle another(CreateEventW(nullptr, FALSE, FALSE, nullptr));
+    EXPECT_GT(NextHandle(), handle); // it does grow
+    EXPECT_LT(HeapBytesInUse(), bytes + 20 * 1000); // a session that lost its items would lose 20000 bytes each time
 }
 
 } // namespace

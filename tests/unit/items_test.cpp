@@ -1,6 +1,7 @@
 #include "phonebook/items.h"
 
 #include "support/phone_book.h"
+#include "support/process_use.h"
 
 #include <gtest/gtest.h>
 
@@ -208,18 +209,6 @@ TEST(Items, OnlyTheFirstOccurrenceOfAMemberIdIsRemoved)
     EXPECT_FALSE(group.RemoveMemberId(9));
 }
 
-// The size of every block of the process heap in use.
-std::size_t HeapUse()
-{
-    std::size_t bytes = 0;
-    PROCESS_HEAP_ENTRY entry{};
-    while (HeapWalk(GetProcessHeap(), &entry)) {
-        if ((entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0)
-            bytes += entry.cbData;
-    }
-    return bytes;
-}
-
 TEST(ItemStore, FreesEveryItemEverMadeAlsoThoseThatTheBookDropped)
 {
     const auto session = [] {
@@ -233,9 +222,9 @@ TEST(ItemStore, FreesEveryItemEverMadeAlsoThoseThatTheBookDropped)
         book->RemoveAll();
     };
     session(); // what the runtime allocates once
-    const std::size_t before = HeapUse();
+    const std::size_t before = HeapBytesInUse();
     session();
-    EXPECT_LE(HeapUse(), before + 4096);
+    EXPECT_LE(HeapBytesInUse(), before + 4096);
 }
 
 TEST(ItemStore, ADiscardedItemIsForgottenAndForeignOnesAreLeftAlone)
