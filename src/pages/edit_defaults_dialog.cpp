@@ -129,13 +129,6 @@ int FieldToCorrect(const EditDefaultsDialog& state)
     return ConfirmImage(state) ? 0 : IDC_IMAGE;
 }
 
-void FocusField(HWND dialog, int control) noexcept
-{
-    const HWND field = GetDlgItem(dialog, control);
-    SendMessageW(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(field), TRUE);
-    SendMessageW(field, EM_SETSEL, 0, -1);
-}
-
 void Store(const EditDefaultsDialog& state)
 {
     FaxJobData& defaults = *state.defaults;
@@ -149,7 +142,7 @@ void Ok(EditDefaultsDialog& state)
 {
     const int field = FieldToCorrect(state);
     if (field != 0)
-        return FocusField(state.dialog, field);
+        return FocusControl(state.dialog, field);
     Store(state);
     EndDialog(state.dialog, IDOK);
 }

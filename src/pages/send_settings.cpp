@@ -52,11 +52,6 @@ std::wstring Field(HWND dialog, int control, std::size_t units)
     return WindowText(GetDlgItem(dialog, control), units);
 }
 
-void Enable(HWND dialog, int control, bool enabled) noexcept
-{
-    EnableWindow(GetDlgItem(dialog, control), enabled);
-}
-
 void Hide(HWND dialog, int control) noexcept
 {
     ShowWindow(GetDlgItem(dialog, control), SW_HIDE);
@@ -64,7 +59,7 @@ void Hide(HWND dialog, int control) noexcept
 
 void TakeAway(HWND dialog, int control) noexcept
 {
-    Enable(dialog, control, false);
+    EnableControl(dialog, control, false);
     Hide(dialog, control);
 }
 
@@ -93,14 +88,14 @@ void LoadMethod(SendSettings& settings, const FaxJobData& record)
     SetField(dialog, IDC_EMAIL, record.NotifyEmail);
     Choose(dialog, kMethods, record.NotifyMethod, settings.notifyMethod);
     if (record.NotifyMethod == kMethodPrint || record.NotifyMethod == kMethodEmail)
-        Enable(dialog, IDC_EMAIL, record.NotifyMethod == kMethodEmail);
+        EnableControl(dialog, IDC_EMAIL, record.NotifyMethod == kMethodEmail);
 }
 
 // The address is not shown, and what the empty field says is what is saved.
 void OfferPrintOnly(SendSettings& settings) noexcept
 {
-    Enable(settings.dialog, IDC_NOTIFY_EMAIL, false);
-    Enable(settings.dialog, IDC_EMAIL, false);
+    EnableControl(settings.dialog, IDC_NOTIFY_EMAIL, false);
+    EnableControl(settings.dialog, IDC_EMAIL, false);
     Choose(settings.dialog, kMethods, kMethodPrint, settings.notifyMethod);
 }
 
@@ -138,7 +133,7 @@ template <DWORD value> void ChooseOccasion(SendSettings& settings)
 template <DWORD value> void ChooseMethod(SendSettings& settings)
 {
     settings.notifyMethod = value;
-    Enable(settings.dialog, IDC_EMAIL, value == kMethodEmail);
+    EnableControl(settings.dialog, IDC_EMAIL, value == kMethodEmail);
 }
 
 void FilterFaxNumber(SendSettings& settings)

@@ -1,0 +1,21 @@
+// Printers of a print server, without a second computer.
+#pragma once
+
+#include <windows.h>
+
+namespace qx::test {
+
+// As long as it lives, module hears from the spooler that every printer stands behind a print server. Everything else
+// that the spooler says stays as it is.
+class PrintersBehindServer {
+public:
+    explicit PrintersBehindServer(HMODULE module); // throws std::runtime_error when it asks no spooler
+    ~PrintersBehindServer();
+    PrintersBehindServer(const PrintersBehindServer&) = delete;
+    PrintersBehindServer& operator=(const PrintersBehindServer&) = delete;
+
+private:
+    void** slot_;
+};
+
+} // namespace qx::test

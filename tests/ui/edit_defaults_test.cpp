@@ -1,0 +1,412 @@
+#include "res/edit_defaults_ids.h"
+#include "res/fax_job_page_ids.h"
+#include "res/setup_page_ids.h"
+#include "support/send_fax_session.h"
+#include "support/test_printer.h"
+
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+
+namespace qx::test {
+namespace {
+
+using host::BoxContents;
+using host::UiDriver;
+
+// Opens the dialog on a first use: nothing is stored, and the sheet starts on the Setup page.
+UiDriver& InEditDefaults(SendFaxSession& session)
+{
+    session.Start();
+    UiDriver& ui = session.Ui();
+    ui.WaitForControl(IDC_EDIT_DEFAULTS);
+    ui.Press(IDC_EDIT_DEFAULTS);
+    ui.WaitForControl(IDC_APPLY_DEFAULTS);
+    return ui;
+}
+
+// The same when there are stored defaults.
+UiDriver& InEditDefaultsAgain(SendFaxSession& session)
+{
+    session.SetDefault(L"ApplyDefaults", 0u);
+    session.Start();
+    UiDriver& ui = session.Ui();
+    ui.WaitForControl(IDC_NAME_BOX);
+    ui.GoToPage(1);
+    ui.WaitForControl(IDC_EDIT_DEFAULTS);
+    ui.Press(IDC_EDIT_DEFAULTS);
+    ui.WaitForControl(IDC_APPLY_DEFAULTS);
+    return ui;
+}
+
+UniqueKey StoredDefaults(const SendFaxSession& session)
+{
+    HKEY key = nullptr;
+    RegOpenKeyExW(HKEY_CURRENT_USER, (session.SettingsKey() + L"\\QX-FAX\\Default").c_str(), 0, KEY_READ, &key);
+    return UniqueKey(key);
+}
+
+DWORD StoredValues(const SendFaxSession& session)
+{
+    DWORD values = 0;
+    RegQueryInfoKeyW(StoredDefaults(session).Get(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, &values,
+                     nullptr, nullptr, nullptr, nullptr);
+    return values;
+}
+
+bool AllSelected(UiDriver& ui, int edit)
+{
+    const LRESULT selection = SendMessageW(ui.Control(edit), EM_GETSEL, 0, 0);
+    return LOWORD(selection) == 0 && HIWORD(selection) == ui.Text(edit).size();
+}
+
+// A file of that name with a little content, gone with its test.
+class TemporaryFile {
+public:
+    explicit TemporaryFile(const std::wstring& name)
+        : path_(std::filesystem::temp_directory_path() / (std::to_wstring(GetCurrentProcessId()) + L"-" + name))
+    {
+        std::ofstream(path_) << "BM";
+    }
+    ~TemporaryFile()
+    {
+        std::error_code ignored;
+        std::filesystem::remove(path_, ignored);
+    }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    std::wstring Path() const { return path_.wstring(); }
+
+private:
+    std::filesystem::path path_;
+};
+
+// ---- load and store -------------------------------------------------------------------------------------------------
+
+TEST(EditDefaults, StoresEveryValueWithItsType)
+{
+    const TemporaryFile image(L"logo.bmp");
+    SendFaxSession session;
+    UiDriver& ui = InEditDefaults(session);
+    ui.Type(IDC_SENDER_NAME, L"Ann Lee");
+    ui.Type(IDC_SENDER_FAX, L"(555)1");
+    ui.Type(IDC_SENDER_COMPANY, L"Acme");
+    ui.Type(IDC_SENDER_VOICE, L"555-2");
+    ui.Choose(IDC_SUPERFINE);
+    ui.Choose(IDC_NOTIFY_THIS_JOB);
+    ui.Choose(IDC_NOTIFY_EMAIL);
+    ui.Type(IDC_EMAIL, L"ann@example.com");
+    ui.Check(IDC_COVER_PAGE, true);
+    ui.Paste(IDC_NOTES, L"line 1\r\nline 2");
+    ui.Type(IDC_SUBJECT, L"Offer");
+    ui.Paste(IDC_IMAGE, image.Path());
+    ui.Check(IDC_PREVIEW, true);
+    ui.Check(IDC_APPLY_DEFAULTS, true);
+    EXPECT_EQ(StoredValues(session), 0u); // nothing before OK
+    ui.Press(IDOK);
+    ui.WaitForControl(IDC_EDIT_DEFAULTS);
+
+    const UniqueKey key = StoredDefaults(session);
+    EXPECT_EQ(StoredValues(session), 14u);
+    EXPECT_EQ(GetStored(key.Get(), L"SenderName"), AsStored(L"Ann Lee"));
+    EXPECT_EQ(GetStored(key.Get(), L"SenderCompany"), AsStored(L"Acme"));
+    EXPECT_EQ(GetStored(key.Get(), L"SenderFaxNo"), AsStored(L"(555)1"));
+    EXPECT_EQ(GetStored(key.Get(), L"SenderVoiceNo"), AsStored(L"555-2"));
+    EXPECT_EQ(GetStored(key.Get(), L"CoverPageNotes"), AsStored(L"line 1\r\nline 2"));
+    EXPECT_EQ(GetStored(key.Get(), L"CoverPageSubject"), AsStored(L"Offer"));
+    EXPECT_EQ(GetStored(key.Get(), L"OverlayPath"), AsStored(image.Path()));
+    EXPECT_EQ(GetStored(key.Get(), L"NotifyEmail"), AsStored(L"ann@example.com"));
+    EXPECT_EQ(GetStored(key.Get(), L"Resolution"), AsStored(2));
+    EXPECT_EQ(GetStored(key.Get(), L"NotifyOn"), AsStored(1));
+    EXPECT_EQ(GetStored(key.Get(), L"NotifyMethod"), AsStored(2));
+    EXPECT_EQ(GetStored(key.Get(), L"AddCoverPage"), AsStored(1));
+    EXPECT_EQ(GetStored(key.Get(), L"ShowPreview"), AsStored(1));
+    EXPECT_EQ(GetStored(key.Get(), L"ApplyDefaults"), AsStored(1));
+    session.Cancel();
+}
+
+TEST(EditDefaults, ShowsWhatIsStored)
+{
+    SendFaxSession session;
+    session.SetDefault(L"SenderName", L"Ann Lee");
+    session.SetDefault(L"SenderFaxNo", L"(555)1");
+    session.SetDefault(L"SenderCompany", L"Acme");
+    session.SetDefault(L"SenderVoiceNo", L"555-2");
+    session.SetDefault(L"CoverPageNotes", L"line 1\r\nline 2");
+    session.SetDefault(L"CoverPageSubject", L"Offer");
+    session.SetDefault(L"OverlayPath", L"C:\\logo.bmp");
+    session.SetDefault(L"NotifyEmail", L"ann@example.com");
+    session.SetDefault(L"Resolution", 1u);
+    session.SetDefault(L"NotifyOn", 2u);
+    session.SetDefault(L"NotifyMethod", 2u);
+    session.SetDefault(L"AddCoverPage", 1u);
+    session.SetDefault(L"ShowPreview", 1u);
+    UiDriver& ui = InEditDefaultsAgain(session);
+    EXPECT_EQ(ui.Text(IDC_SENDER_NAME), L"Ann Lee");
+    EXPECT_EQ(ui.Text(IDC_SENDER_FAX), L"(555)1");
+    EXPECT_EQ(ui.Text(IDC_SENDER_COMPANY), L"Acme");
+    EXPECT_EQ(ui.Text(IDC_SENDER_VOICE), L"555-2");
+    EXPECT_EQ(ui.Text(IDC_NOTES), L"line 1\r\nline 2");
+    EXPECT_EQ(ui.Text(IDC_SUBJECT), L"Offer");
+    EXPECT_EQ(ui.Text(IDC_IMAGE), L"C:\\logo.bmp");
+    EXPECT_EQ(ui.Text(IDC_EMAIL), L"ann@example.com");
+    EXPECT_TRUE(ui.IsChecked(IDC_FINE));
+    EXPECT_TRUE(ui.IsChecked(IDC_NOTIFY_ON_ERROR));
+    EXPECT_TRUE(ui.IsChecked(IDC_NOTIFY_EMAIL));
+    EXPECT_TRUE(ui.IsEnabled(IDC_EMAIL));
+    EXPECT_TRUE(ui.IsChecked(IDC_COVER_PAGE));
+    EXPECT_TRUE(ui.IsChecked(IDC_PREVIEW));
+    EXPECT_FALSE(ui.IsChecked(IDC_APPLY_DEFAULTS));
+}
+
+TEST(EditDefaults, OkWithoutAChangeStoresTheSameValuesAgain)
+{
+    SendFaxSession session;
+    session.SetDefault(L"SenderName", L"Ann Lee");
+    session.SetDefault(L"Resolution", 2u);
+    session.SetDefault(L"NotifyOn", 1u);
+    session.SetDefault(L"NotifyMethod", 1u);
+    session.SetDefault(L"ShowPreview", 1u);
+    InEditDefaultsAgain(session).Press(IDOK);
+    session.Ui().WaitForControl(IDC_EDIT_DEFAULTS);
+    const UniqueKey key = StoredDefaults(session);
+    EXPECT_EQ(GetStored(key.Get(), L"SenderName"), AsStored(L"Ann Lee"));
+    EXPECT_EQ(GetStored(key.Get(), L"Resolution"), AsStored(2));
+    EXPECT_EQ(GetStored(key.Get(), L"NotifyOn"), AsStored(1));
+    EXPECT_EQ(GetStored(key.Get(), L"NotifyMethod"), AsStored(1));
+    EXPECT_EQ(GetStored(key.Get(), L"ShowPreview"), AsStored(1));
+    EXPECT_EQ(GetStored(key.Get(), L"ApplyDefaults"), AsStored(0));
+    session.Cancel();
+}
+
+TEST(EditDefaults, CancelStoresNothing)
+{
+    SendFaxSession session;
+    UiDriver& ui = InEditDefaults(session);
+    ui.Type(IDC_SENDER_NAME, L"Ann Lee");
+    ui.Press(IDCANCEL);
+    ui.WaitForControl(IDC_EDIT_DEFAULTS);
+    EXPECT_EQ(StoredValues(session), 0u);
+    ui.Press(IDC_EDIT_DEFAULTS);
+    EXPECT_EQ(ui.Text(IDC_SENDER_NAME), L""); // and nothing is kept for the next time
+}
+
+// Cancel after a first use, then OK with defaults that another program has stored meanwhile: those are not the first.
+TEST(EditDefaults, WhetherTheyAreTheFirstIsAskedAnewEachTime)
+{
+    SendFaxSession session;
+    UiDriver& ui = InEditDefaults(session);
+    ui.Press(IDCANCEL);
+    ui.WaitForControl(IDC_EDIT_DEFAULTS);
+    session.SetDefault(L"ApplyDefaults", 0u);
+    ui.Press(IDC_EDIT_DEFAULTS);
+    ui.Type(IDC_SENDER_NAME, L"Ann Lee");
+    ui.Press(IDOK);
+    ui.WaitForControl(IDC_EDIT_DEFAULTS);
+    EXPECT_EQ(ui.Text(IDC_SENDER_NAME), L""); // not taken by the job
+    EXPECT_EQ(session.Cancel().DefaultsSaved, 0u);
+}
+
+TEST(EditDefaults, FieldsTakeNoMoreThanTheirLimits)
+{
+    SendFaxSession session;
+    UiDriver& ui = InEditDefaults(session);
+    ui.Choose(IDC_NOTIFY_EMAIL);
+    ui.Check(IDC_COVER_PAGE, true);
+    const std::pair<int, std::size_t> limits[] = {
+        {IDC_SENDER_NAME, 50}, {IDC_SENDER_FAX, 50}, {IDC_SENDER_COMPANY, 50}, {IDC_SENDER_VOICE, 50},
+        {IDC_EMAIL, 256},      {IDC_NOTES, 500},     {IDC_SUBJECT, 50},        {IDC_IMAGE, 260},
+    };
+    for (const auto& [edit, limit] : limits) {
+        ui.Type(edit, std::wstring(limit + 9, L'5'));
+        EXPECT_EQ(ui.Text(edit), std::wstring(limit, L'5')) << edit;
+    }
+}
+
+TEST(EditDefaults, TheNumberFieldsRefuseWhatIsNoNumber)
+{
+    SendFaxSession session;
+    UiDriver& ui = InEditDefaults(session);
+    ui.Type(IDC_SENDER_FAX, L"1[2]3 x");
+    EXPECT_EQ(ui.Text(IDC_SENDER_FAX), L"1[2]3");
+    ui.Type(IDC_SENDER_VOICE, L"1[2]3 x");
+    EXPECT_EQ(ui.Text(IDC_SENDER_VOICE), L"123");
+}
+
+// ---- what the device offers -----------------------------------------------------------------------------------------
+
+TEST(EditDefaults, WithoutNotificationItsControlsAreGone)
+{
+    SendFaxSession session(WithDevice(L"FAX_NOTIFICATION_AVAILABLE", 0u));
+    session.SetDefault(L"NotifyOn", 2u);
+    session.SetDefault(L"NotifyMethod", 2u);
+    UiDriver& ui = InEditDefaultsAgain(session);
+    for (const int control :
+         {IDC_NOTIFICATION_GROUP, IDC_NOTIFY_LABEL, IDC_NOTIFY_NEVER, IDC_NOTIFY_THIS_JOB, IDC_NOTIFY_ON_ERROR,
+          IDC_NOTIFY_TYPE_LABEL, IDC_NOTIFY_PRINT, IDC_NOTIFY_EMAIL, IDC_EMAIL_LABEL, IDC_EMAIL})
+        EXPECT_FALSE(ui.IsVisible(control)) << control;
+    ui.Press(IDOK);
+    ui.WaitForControl(IDC_EDIT_DEFAULTS);
+    EXPECT_EQ(GetStored(StoredDefaults(session).Get(), L"NotifyOn"), AsStored(0));
+    EXPECT_EQ(GetStored(StoredDefaults(session).Get(), L"NotifyMethod"), AsStored(0));
+    session.Cancel();
+}
+
+TEST(EditDefaults, WithoutTheEmailServiceOnlyPrintIsOffered)
+{
+    SendFaxSession session(WithDevice(L"EMAIL-SERVICE-OPERATIONAL", 0u));
+    session.SetDefault(L"NotifyMethod", 2u);
+    session.SetDefault(L"NotifyEmail", L"ann@example.com");
+    UiDriver& ui = InEditDefaultsAgain(session);
+    EXPECT_FALSE(ui.IsEnabled(IDC_NOTIFY_EMAIL));
+    EXPECT_FALSE(ui.IsEnabled(IDC_EMAIL));
+    EXPECT_TRUE(ui.IsChecked(IDC_NOTIFY_PRINT));
+    ui.Press(IDOK);
+    ui.WaitForControl(IDC_EDIT_DEFAULTS);
+    EXPECT_EQ(GetStored(StoredDefaults(session).Get(), L"NotifyMethod"), AsStored(1));
+    EXPECT_EQ(GetStored(StoredDefaults(session).Get(), L"NotifyEmail"), AsStored(L"")); // what its field shows
+    session.Cancel();
+}
+
+TEST(EditDefaults, TheMethodIsStoredAlsoWhenThereIsNothingToNotifyOf)
+{
+    SendFaxSession session;
+    UiDriver& ui = InEditDefaults(session);
+    ui.Choose(IDC_NOTIFY_NEVER);
+    ui.Choose(IDC_NOTIFY_PRINT);
+    ui.Press(IDOK);
+    ui.WaitForControl(IDC_EDIT_DEFAULTS);
+    EXPECT_EQ(GetStored(StoredDefaults(session).Get(), L"NotifyMethod"), AsStored(1));
+    session.Cancel();
+}
+
+TEST(EditDefaults, TheLockOfTheCoverPageDoesNotReachThem)
+{
+    SessionOptions options;
+    options.printer.coverPageLock = 1;
+    options.printer.coverPagePath = L"C:\\locked.bmp";
+    SendFaxSession session(std::move(options));
+    UiDriver& ui = InEditDefaults(session);
+    EXPECT_TRUE(ui.IsEnabled(IDC_COVER_PAGE));
+    ui.Check(IDC_COVER_PAGE, true);
+    EXPECT_TRUE(ui.IsEnabled(IDC_IMAGE));
+    EXPECT_TRUE(ui.IsEnabled(IDC_BROWSE));
+}
+
+// ---- cover page -----------------------------------------------------------------------------------------------------
+
+TEST(EditDefaults, TheCoverPagesFieldsFollowItsCheckBox)
+{
+    SendFaxSession session;
+    UiDriver& ui = InEditDefaults(session);
+    for (const bool on : {true, false}) {
+        ui.Check(IDC_COVER_PAGE, on);
+        for (const int control : {IDC_NOTES, IDC_SUBJECT, IDC_IMAGE, IDC_BROWSE})
+            EXPECT_EQ(ui.IsEnabled(control), on) << control;
+    }
+}
+
+TEST(EditDefaults, BrowsePutsTheChosenFileIntoTheImageField)
+{
+    const TemporaryFile image(L"chosen.bmp");
+    SendFaxSession session;
+    UiDriver& ui = InEditDefaults(session);
+    ui.Check(IDC_COVER_PAGE, true);
+    ui.Press(IDC_BROWSE);
+    ui.AnswerFileDialog(image.Path());
+    ui.WaitForControl(IDC_APPLY_DEFAULTS);
+    EXPECT_EQ(ui.Text(IDC_IMAGE), image.Path());
+}
+
+// ---- checks ---------------------------------------------------------------------------------------------------------
+
+TEST(EditDefaults, ABadAddressAndAMissingImageGiveOnlyTheMessageAboutTheAddress)
+{
+    SendFaxSession session(WithoutTextLibrary());
+    UiDriver& ui = InEditDefaults(session);
+    ui.Choose(IDC_NOTIFY_EMAIL);
+    ui.Type(IDC_EMAIL, L"user.example");
+    ui.Check(IDC_COVER_PAGE, true);
+    ui.Paste(IDC_IMAGE, L"C:\\missing.bmp");
+    ui.Press(IDOK);
+    const BoxContents question = ui.AnswerBox(IDNO);
+    EXPECT_EQ(question.title, L"QX MFP Send Fax Warning");
+    EXPECT_EQ(question.text, L"The e-mail address is not in a recognized e-mail format.  Do you still want to use it?");
+    EXPECT_EQ(question.buttons, (std::vector<int>{IDYES, IDNO}));
+    EXPECT_TRUE(ui.HasControl(IDC_APPLY_DEFAULTS)); // no second box, the dialog is still open
+    EXPECT_EQ(ui.FocusedControl(), IDC_EMAIL);
+    EXPECT_TRUE(AllSelected(ui, IDC_EMAIL));
+
+    ui.Press(IDOK);
+    ui.AnswerBox(IDYES);
+    const BoxContents error = ui.AnswerBox(IDOK);
+    EXPECT_EQ(error.title, L"QX MFP Send Fax Error");
+    EXPECT_EQ(error.text, L"The file cannot be found.");
+    EXPECT_EQ(error.icon, static_cast<UINT>(MB_ICONERROR));
+    EXPECT_EQ(ui.FocusedControl(), IDC_IMAGE);
+    EXPECT_TRUE(AllSelected(ui, IDC_IMAGE));
+    EXPECT_EQ(StoredValues(session), 0u); // nothing until all checks pass
+}
+
+TEST(EditDefaults, AMissingAddressIsAnErrorOnlyWithNotificationByEmail)
+{
+    SendFaxSession session;
+    UiDriver& ui = InEditDefaults(session);
+    ui.Choose(IDC_NOTIFY_EMAIL);
+    ui.Press(IDOK);
+    EXPECT_EQ(ui.AnswerBox(IDOK).icon, static_cast<UINT>(MB_ICONERROR));
+    EXPECT_EQ(ui.FocusedControl(), IDC_EMAIL);
+    ui.Choose(IDC_NOTIFY_PRINT);
+    ui.Press(IDOK);
+    ui.WaitForControl(IDC_EDIT_DEFAULTS);
+    EXPECT_EQ(StoredValues(session), 14u);
+    session.Cancel();
+}
+
+TEST(EditDefaults, AnImageMustBeNamedAsABitmap)
+{
+    const TemporaryFile upper(L"Logo.BMP");
+    const TemporaryFile text(L"logo.bmp.txt");
+    SendFaxSession session(WithoutTextLibrary());
+    UiDriver& ui = InEditDefaults(session);
+    ui.Check(IDC_COVER_PAGE, true);
+    ui.Paste(IDC_IMAGE, text.Path());
+    ui.Press(IDOK);
+    EXPECT_EQ(ui.AnswerBox(IDOK).text, L"The file format is not supported. Please specify a bitmap (.bmp) file.");
+    EXPECT_EQ(ui.FocusedControl(), IDC_IMAGE);
+    ui.Paste(IDC_IMAGE, upper.Path());
+    ui.Press(IDOK);
+    ui.WaitForControl(IDC_EDIT_DEFAULTS);
+    EXPECT_EQ(GetStored(StoredDefaults(session).Get(), L"OverlayPath"), AsStored(upper.Path()));
+    session.Cancel();
+}
+
+TEST(EditDefaults, TheImageIsNotCheckedWithoutACoverPage)
+{
+    SendFaxSession session;
+    session.SetDefault(L"OverlayPath", L"C:\\missing.bmp");
+    UiDriver& ui = InEditDefaultsAgain(session);
+    ui.Press(IDOK);
+    ui.WaitForControl(IDC_EDIT_DEFAULTS);
+    EXPECT_EQ(GetStored(StoredDefaults(session).Get(), L"OverlayPath"), AsStored(L"C:\\missing.bmp"));
+    session.Cancel();
+}
+
+// ---- captions -------------------------------------------------------------------------------------------------------
+
+TEST(EditDefaults, TheBuiltInTextsHaveNoDashButTheTitle)
+{
+    SendFaxSession session(WithoutTextLibrary());
+    UiDriver& ui = InEditDefaults(session);
+    EXPECT_EQ(ui.Title(), L"-Default Settings");
+    EXPECT_EQ(ui.Text(IDC_STANDARD), L"Standard");
+    EXPECT_EQ(ui.Text(IDC_NOTIFY_NEVER), L"None");
+    EXPECT_EQ(ui.Text(IDC_NOTES_LABEL), L"Notes:");
+    EXPECT_EQ(ui.Text(IDC_SENDER_NAME_LABEL), L"Sender Name:");
+    EXPECT_EQ(ui.Text(IDC_APPLY_DEFAULTS), L"Apply Defaults to this &job");
+    EXPECT_EQ(ui.Text(IDHELP), L"HELP");
+}
+
+} // namespace
+} // namespace qx::test
