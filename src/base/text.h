@@ -25,7 +25,7 @@ inline std::wstring_view Cut(std::wstring_view text, std::size_t units) noexcept
 int CompareUserText(std::wstring_view a, std::wstring_view b) noexcept;
 inline bool EqualUserText(std::wstring_view a, std::wstring_view b) noexcept
 {
-    return CompareUserText(a, b) == CSTR_EQUAL;
+    return a == b || CompareUserText(a, b) == CSTR_EQUAL; // a comparison costs far more than a look
 }
 
 // Never null: what a terminated text that may be absent shows.

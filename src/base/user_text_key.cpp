@@ -103,14 +103,16 @@ bool UserTextKeys::Append(std::string& keys, std::wstring_view text) const
 bool UserTextKeys::AppendPlain(std::string& keys, std::wstring_view text) const
 {
     const std::size_t start = keys.size();
+    keys.resize(start + 2 * text.size());
+    auto to = keys.begin() + static_cast<std::ptrdiff_t>(start);
     for (const wchar_t c : text) {
         const Weight weight = kFirst <= c && c <= kLast ? plain_[c - kFirst] : Weight{};
         if (weight.character == 0) {
             keys.resize(start);
             return false;
         }
-        keys += weight.script;
-        keys += weight.character;
+        *to++ = weight.script;
+        *to++ = weight.character;
     }
     keys += kPlainTail;
     return true;

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <new>
+#include <optional>
 
 namespace qx {
 
@@ -24,10 +25,11 @@ public:
             return;
         PhoneBookEntry& entry = MakeEntry(row);
         // An invalid row is tested for being a duplicate all the same, and may count as both.
-        if (held_.HoldsSame(entry))
+        const auto keys = held_.KeysOf(entry);
+        if (held_.HoldsSame(entry, keys))
             Refuse(outcome_.duplicates);
         else if (!invalid)
-            Add(entry);
+            Add(entry, keys);
     }
 
     void Finish() noexcept { book_.Store().Discard(unused_); }
@@ -51,13 +53,13 @@ private:
         return *unused_;
     }
 
-    void Add(PhoneBookEntry& entry)
+    void Add(PhoneBookEntry& entry, const std::optional<DuplicateIndex::Keys>& keys)
     {
         if (book_.GetCount() >= kMaxPhoneBookItems) {
             outcome_.status = ImportExportStatus::BookFull;
             return;
         }
-        held_.Add(entry);
+        held_.Add(entry, keys);
         book_.Add(&entry);
         unused_ = nullptr;
         outcome_.status = ImportExportStatus::Imported;

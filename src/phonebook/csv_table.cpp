@@ -168,13 +168,16 @@ std::size_t CsvTableWriter::MappedBytes() const noexcept
 
 wchar_t* CsvTableWriter::WriteRows(wchar_t* to) const noexcept
 {
-    for (std::size_t cell = 0; cell < cells_.size(); ++cell) {
-        const bool isLast = (cell + 1) % columns_ == 0;
-        to = std::ranges::copy(cells_[cell], to).out;
-        if (!isLast && !cells_[cell].empty())
-            *to++ = L',';
-        if (isLast)
-            to = std::ranges::copy(kLineEnd, to).out;
+    for (std::size_t row = 0; row < cells_.size(); row += columns_) {
+        for (std::size_t column = 0; column < columns_; ++column) {
+            const std::wstring_view cell = cells_[row + column];
+            if (cell.empty())
+                continue;
+            to = std::ranges::copy(cell, to).out;
+            if (column + 1 < columns_)
+                *to++ = L',';
+        }
+        to = std::ranges::copy(kLineEnd, to).out;
     }
     return to;
 }

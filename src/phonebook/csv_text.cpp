@@ -7,6 +7,7 @@ namespace qx {
 namespace {
 
 constexpr std::size_t kSmallestFile = 4; // bytes
+constexpr std::size_t kUsualFieldUnits = 8;
 
 bool StartsWith(std::span<const unsigned char> bytes, std::initializer_list<unsigned char> mark)
 {
@@ -40,18 +41,19 @@ CsvEncoding DetectEncoding(std::span<const unsigned char> bytes,
 CsvStatus CsvFields::Parse(std::wstring_view text)
 {
     Clear();
-    text_ = text.substr(0, text.find(L'\0'));
+    text_ = text;
+    fields_.reserve(text.size() / kUsualFieldUnits); // room that is not used costs nothing, growing does
     for (std::size_t at = 0; at < text_.size();) {
         const std::size_t firstField = fields_.size();
         const std::size_t lineEnd = ParseLine(at);
         const std::size_t count = fields_.size() - firstField;
-        if (rows_.empty())
+        if (firstFields_.empty())
             columns_ = count;
         if (count == 0 || count > columns_) {
             Clear();
             return count == 0 ? CsvStatus::EmptyLine : CsvStatus::TooManyFields;
         }
-        rows_.push_back({firstField, static_cast<std::uint32_t>(count)});
+        firstFields_.push_back(static_cast<std::uint32_t>(firstField));
         at = lineEnd + 2;
     }
     return CsvStatus::Good;
@@ -69,14 +71,26 @@ std::size_t CsvFields::ParseLine(std::size_t at)
             AppendField(field, at);
             field = at + 1;
         } else if (unit == L'"') {
-            at = std::min(text_.find(L'"', at + 1), text_.size() - 1);
+            at = SkipQuoted(at);
+        } else if (unit == L'\0') {
+            text_ = text_.substr(0, at);
         } else if (unit == L'\r' && at + 1 < text_.size() && text_[at + 1] == L'\n') {
             break;
         }
     }
+    at = std::min(at, text_.size());
     if (field < at) // a comma at the very end adds no further field
         AppendField(field, at);
     return at;
+}
+
+// From a quote to its partner, or to the last unit before the text ends.
+std::size_t CsvFields::SkipQuoted(std::size_t at) const noexcept
+{
+    do
+        ++at;
+    while (at < text_.size() && text_[at] != L'"' && text_[at] != L'\0');
+    return at < text_.size() && text_[at] == L'"' ? at : at - 1;
 }
 
 void CsvFields::AppendField(std::size_t begin, std::size_t end)
@@ -88,15 +102,18 @@ void CsvFields::Clear() noexcept
 {
     text_ = {};
     fields_.clear();
-    rows_.clear();
+    firstFields_.clear();
     columns_ = 0;
 }
 
 std::wstring_view CsvFields::Field(std::size_t row, std::size_t column) const noexcept
 {
-    if (row >= rows_.size() || column >= rows_[row].fields)
+    if (row >= Rows())
         return {};
-    const Extent field = fields_[rows_[row].firstField + column];
+    const std::size_t end = row + 1 < Rows() ? firstFields_[row + 1] : fields_.size();
+    if (column >= end - firstFields_[row])
+        return {};
+    const Extent field = fields_[firstFields_[row] + column];
     return text_.substr(field.begin, field.units);
 }
 

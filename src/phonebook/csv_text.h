@@ -35,7 +35,7 @@ public:
     // no rows. Throws std::bad_alloc.
     CsvStatus Parse(std::wstring_view text);
 
-    std::size_t Rows() const noexcept { return rows_.size(); }
+    std::size_t Rows() const noexcept { return firstFields_.size(); }
     std::size_t Columns() const noexcept { return columns_; }
 
     // The field as it stands in the text, quotes included; empty for an empty cell: a field without characters, one
@@ -46,18 +46,15 @@ private:
     struct Extent {
         std::uint32_t begin, units;
     };
-    struct Line {
-        std::size_t firstField;
-        std::uint32_t fields;
-    };
 
     std::size_t ParseLine(std::size_t at);
+    std::size_t SkipQuoted(std::size_t at) const noexcept;
     void AppendField(std::size_t begin, std::size_t end);
     void Clear() noexcept;
 
     std::wstring_view text_;
     std::vector<Extent> fields_;
-    std::vector<Line> rows_;
+    std::vector<std::uint32_t> firstFields_; // of each row: its place in fields_
     std::size_t columns_ = 0;
 };
 

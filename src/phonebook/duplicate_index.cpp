@@ -1,6 +1,7 @@
 #include "phonebook/duplicate_index.h"
 
 #include "base/text.h"
+#include "phonebook/phone_book.h"
 
 #include <algorithm>
 #include <functional>
@@ -24,56 +25,54 @@ bool AnyIsSame(std::span<const PhoneBookEntry* const> held, const PhoneBookEntry
 
 DuplicateIndex::DuplicateIndex(std::span<PhoneBookItem* const> items)
 {
-    byKey_.reserve(items.size());
+    byKey_.reserve(std::max<std::size_t>(items.size(), kMaxPhoneBookItems));
     for (const PhoneBookItem* const item : items) {
         if (const PhoneBookEntry* const entry = AsEntry(item))
-            Add(*entry);
+            Add(*entry, KeysOf(*entry));
     }
 }
 
-void DuplicateIndex::Add(const PhoneBookEntry& entry)
-{
-    if (entry.Name() == nullptr) // never the same as another
-        return;
-    entries_.push_back(&entry);
-    if (const std::optional<Keys> keys = KeysOf(entry))
-        byKey_.emplace(entry.FaxNumber() != nullptr ? keys->nameAndFaxNumber : keys->name, &entry);
-    else
-        withoutKey_.push_back(&entry);
-}
-
-bool DuplicateIndex::HoldsSame(const PhoneBookEntry& entry)
-{
-    if (entry.Name() == nullptr)
-        return false;
-    const std::optional<Keys> keys = KeysOf(entry);
-    if (!keys || entry.FaxNumber() == nullptr)
-        return AnyIsSame(entries_, entry);
-    return HoldsSameUnder(keys->nameAndFaxNumber, entry) || HoldsSameUnder(keys->name, entry) ||
-           AnyIsSame(withoutKey_, entry);
-}
-
-bool DuplicateIndex::HoldsSameUnder(Key key, const PhoneBookEntry& entry) const
-{
-    const auto [first, last] = byKey_.equal_range(key);
-    return std::any_of(first, last, [&](const auto& held) { return IsSameButAnother(*held.second, entry); });
-}
-
-// None when a text's key proves nothing: texts that compare equal may then have different keys.
 std::optional<DuplicateIndex::Keys> DuplicateIndex::KeysOf(const PhoneBookEntry& entry)
 {
     const std::hash<std::string_view> hash;
-    const std::wstring_view name = entry.Name();
+    const std::wstring_view name = OrEmpty(entry.Name());
     const std::wstring_view faxNumber = OrEmpty(entry.FaxNumber());
     if (!UserTextKeys::Decide(name) || !UserTextKeys::Decide(faxNumber))
         return std::nullopt;
     buffer_.clear();
     if (!keys_.Append(buffer_, name))
         return std::nullopt;
-    const Key nameKey = hash(buffer_);
+    const std::size_t nameKey = hash(buffer_);
     if (!keys_.Append(buffer_, faxNumber))
         return std::nullopt;
     return Keys{nameKey, hash(buffer_)};
+}
+
+void DuplicateIndex::Add(const PhoneBookEntry& entry, const std::optional<Keys>& keys)
+{
+    if (entry.Name() == nullptr) // never the same as another
+        return;
+    entries_.push_back(&entry);
+    if (keys)
+        byKey_.emplace(entry.FaxNumber() != nullptr ? keys->nameAndFaxNumber : keys->name, &entry);
+    else
+        withoutKeys_.push_back(&entry);
+}
+
+bool DuplicateIndex::HoldsSame(const PhoneBookEntry& entry, const std::optional<Keys>& keys) const
+{
+    if (entry.Name() == nullptr)
+        return false;
+    if (!keys || entry.FaxNumber() == nullptr)
+        return AnyIsSame(entries_, entry);
+    return HoldsSameUnder(keys->nameAndFaxNumber, entry) || HoldsSameUnder(keys->name, entry) ||
+           AnyIsSame(withoutKeys_, entry);
+}
+
+bool DuplicateIndex::HoldsSameUnder(std::size_t key, const PhoneBookEntry& entry) const
+{
+    const auto [first, last] = byKey_.equal_range(key);
+    return std::any_of(first, last, [&](const auto& held) { return IsSameButAnother(*held.second, entry); });
 }
 
 } // namespace qx

@@ -19,29 +19,31 @@ namespace qx {
 // is compared with all, and all with it. The entries have to live as long, unchanged.
 class DuplicateIndex {
 public:
-    explicit DuplicateIndex(std::span<PhoneBookItem* const> items); // groups are passed over
-
-    void Add(const PhoneBookEntry& entry);
-    // Whether one of them, with another id, is the same.
-    bool HoldsSame(const PhoneBookEntry& entry);
-
-private:
-    using Key = std::size_t;
+    // What an entry is looked up by. None when the keys of its texts prove nothing.
     struct Keys {
-        Key name;
-        Key nameAndFaxNumber; // meaningless without a fax number
+        std::size_t name;
+        std::size_t nameAndFaxNumber; // meaningless without a fax number
     };
 
+    explicit DuplicateIndex(std::span<PhoneBookItem* const> items); // groups are passed over
+
     std::optional<Keys> KeysOf(const PhoneBookEntry& entry);
-    bool HoldsSameUnder(Key key, const PhoneBookEntry& entry) const;
+
+    // keys are those of the entry.
+    void Add(const PhoneBookEntry& entry, const std::optional<Keys>& keys);
+    // Whether one of them, with another id, is the same.
+    bool HoldsSame(const PhoneBookEntry& entry, const std::optional<Keys>& keys) const;
+
+private:
+    bool HoldsSameUnder(std::size_t key, const PhoneBookEntry& entry) const;
 
     UserTextKeys keys_;
     std::string buffer_; // of the key being made
     std::pmr::monotonic_buffer_resource memory_;
     // An entry without fax number is the same as any of its name: it stands under its name alone.
-    std::pmr::unordered_multimap<Key, const PhoneBookEntry*> byKey_{&memory_};
+    std::pmr::unordered_multimap<std::size_t, const PhoneBookEntry*> byKey_{&memory_};
     std::vector<const PhoneBookEntry*> entries_;
-    std::vector<const PhoneBookEntry*> withoutKey_;
+    std::vector<const PhoneBookEntry*> withoutKeys_;
 };
 
 } // namespace qx
