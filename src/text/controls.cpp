@@ -6,11 +6,18 @@ namespace qx {
 
 namespace {
 
-bool IsComboBox(HWND control) noexcept
+bool IsOfClass(HWND control, const wchar_t* wanted) noexcept
 {
     wchar_t name[16] = L"";
     GetClassNameW(control, name, 16);
-    return lstrcmpiW(name, L"ComboBox") == 0;
+    return lstrcmpiW(name, wanted) == 0;
+}
+
+bool IsComboBox(HWND control) noexcept { return IsOfClass(control, L"ComboBox"); }
+
+bool IsGroupBox(HWND control) noexcept
+{
+    return IsOfClass(control, L"Button") && (GetWindowLongPtrW(control, GWL_STYLE) & BS_TYPEMASK) == BS_GROUPBOX;
 }
 
 // In a mirrored dialog a control inherits the layout; this one stays as it is on a left-to-right system.
@@ -32,13 +39,30 @@ HWND ChildOf(HWND dialog, HWND window) noexcept
     return nullptr;
 }
 
+// The visible control that lies in the group box at a point of the screen, or the box itself.
+HWND ChildInGroupBox(HWND groupBox, POINT point) noexcept
+{
+    for (HWND child = groupBox; child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
+        RECT rectangle;
+        if (IsWindowVisible(child) && !IsGroupBox(child) && GetWindowRect(child, &rectangle) &&
+            PtInRect(&rectangle, point))
+            return child;
+    }
+    return groupBox;
+}
+
 HWND VisibleChildUnderCursor(HWND dialog) noexcept
 {
     POINT point;
-    if (!GetCursorPos(&point) || !ScreenToClient(dialog, &point))
+    if (!GetCursorPos(&point))
         return nullptr;
-    const HWND child = RealChildWindowFromPoint(dialog, point);
-    return child != dialog && child != nullptr && IsWindowVisible(child) ? child : nullptr;
+    POINT inDialog = point;
+    ScreenToClient(dialog, &inDialog);
+    const HWND child = RealChildWindowFromPoint(dialog, inDialog);
+    if (child == dialog || child == nullptr || !IsWindowVisible(child))
+        return nullptr;
+    // Windows looks through a group box by itself; Wine finds the box and nothing behind it.
+    return IsGroupBox(child) ? ChildInGroupBox(child, point) : child;
 }
 
 HWND ControlAskingForHelp(HWND dialog, UINT message, WPARAM w, LPARAM l) noexcept

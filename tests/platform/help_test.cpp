@@ -1,16 +1,15 @@
 #include "text/help.h"
 
-#include "support/cabinet.h"
-#include "support/help_viewer.h"
 #include "base/unique.h"
+#include "support/cabinet.h"
+#include "support/help_topics.h"
+#include "support/help_viewer.h"
 
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
-#include <map>
-#include <memory>
 
 namespace qx {
 namespace {
@@ -21,14 +20,8 @@ constexpr wchar_t kCabinet[] = L"QXHELPT.CAB";
 constexpr wchar_t kHelpName[] = L"QXZH_XX_F1.CHM";
 constexpr char kEnglish[] = "QXZHENF1.CHM";
 
-// The code of the language that this run's user has.
-std::string UserCode()
-{
-    static const std::map<LANGID, std::string> kCodes{{0x0409, "EN"}, {0x0C07, "DE"}, {0x040D, "HE"}, {0x0411, "JA"}};
-    return kCodes.at(GetUserDefaultUILanguage());
-}
-
-std::string UserVariant() { return "QXZH" + UserCode() + "F1.CHM"; }
+std::string UserCode() { return test::UsersHelpFile().substr(4, 2); }
+std::string UserVariant() { return test::UsersHelpFile(); }
 
 std::string Contents(const fs::path& file)
 {
@@ -129,12 +122,12 @@ protected:
             ASSERT_TRUE(SetEnvironmentVariableW(variable, folder.c_str()));
     }
 
-    // Relative to the sandbox, everything below it except the temporary folder itself.
+    // Relative to the sandbox, everything below it except the way to the temporary folder.
     std::vector<fs::path> FilesInSandbox() const
     {
         std::vector<fs::path> files;
         for (const auto& entry : fs::recursive_directory_iterator(sandbox_)) {
-            if (entry.path() != folder_)
+            if (entry.path() != folder_ && entry.path() != folder_.parent_path())
                 files.push_back(fs::relative(entry.path(), sandbox_));
         }
         return files;
@@ -147,7 +140,7 @@ protected:
 
     fs::path original_ = fs::temp_directory_path();
     fs::path sandbox_ = original_ / ("help test " + std::to_string(GetCurrentProcessId()));
-    fs::path folder_ = sandbox_ / "temp";
+    fs::path folder_ = sandbox_ / "user" / "temp";
     fs::path cabinet_ = DriverFolder() / kCabinet;
     Printer printer_{{L"qxother.dll", L"QXZHLF1.CHM"}};
     TextOwner language_;
@@ -253,7 +246,6 @@ TEST_F(Help, ACabinetsNamesNeverLeadAFileOutOfTheTemporaryFolder)
                                   {"../" + UserVariant(), "6"}});
     EXPECT_EQ(Extract(), "");
     EXPECT_TRUE(FilesInSandbox().empty());
-    EXPECT_FALSE(fs::exists(sandbox_.parent_path() / kEnglish));
 }
 
 TEST_F(Help, ATruncatedCabinetGivesNoHelpAndLeavesNoPartOfIt)
@@ -391,9 +383,6 @@ TEST_F(HelpFilePath, ABadPrinterHasNone)
 
 class HelpPage : public Help {
 protected:
-    static void SetUpTestSuite() { viewer_ = std::make_unique<test::HelpViewerStandIn>(); }
-    static void TearDownTestSuite() { viewer_.reset(); }
-
     TextOwner OwnerOf(const fs::path& chm) const { return TextOwner(nullptr, (chm.native() + L"::/qxhelp.txt").c_str()); }
 
     fs::path PutChm(const char* name = kEnglish) const
@@ -402,7 +391,7 @@ protected:
         return folder_ / name;
     }
 
-    static inline std::unique_ptr<test::HelpViewerStandIn> viewer_;
+    test::HelpViewerStandIn& viewer_ = test::HelpViewerStandIn::OfThisProgram();
 };
 
 TEST_F(HelpPage, IsAskedForByHelpFileAndNumber)
@@ -410,7 +399,7 @@ TEST_F(HelpPage, IsAskedForByHelpFileAndNumber)
     const fs::path chm = PutChm();
     const HWND owner = GetDesktopWindow();
     ShowHelp(OwnerOf(chm), owner, 15596);
-    const auto requests = viewer_->TakeRequests();
+    const auto requests = viewer_.TakeRequests();
     ASSERT_EQ(requests.size(), 1u);
     EXPECT_EQ(requests[0].page, chm.native() + L"::/15596.html");
     EXPECT_EQ(requests[0].owner, owner);
@@ -421,14 +410,14 @@ TEST_F(HelpPage, IsAskedForByHelpFileAndNumber)
 TEST_F(HelpPage, ControlsWithoutATopicOpenNone)
 {
     ShowHelp(OwnerOf(PutChm()), nullptr, kNoTopic);
-    EXPECT_TRUE(viewer_->TakeRequests().empty());
+    EXPECT_TRUE(viewer_.TakeRequests().empty());
 }
 
 TEST_F(HelpPage, WithoutAHelpFilePathThereIsNone)
 {
     ShowHelp(TextOwner(nullptr, nullptr), nullptr, 15596);
     ShowHelp(TextOwner(nullptr, L"nonsense"), nullptr, 15596);
-    EXPECT_TRUE(viewer_->TakeRequests().empty());
+    EXPECT_TRUE(viewer_.TakeRequests().empty());
 }
 
 TEST_F(HelpPage, AHelpFileThatIsNotThereIsNotAskedFor)
@@ -436,7 +425,7 @@ TEST_F(HelpPage, AHelpFileThatIsNotThereIsNotAskedFor)
     ShowHelp(OwnerOf(folder_ / kEnglish), nullptr, 15596);
     fs::create_directory(folder_ / "FOLDER.CHM");
     ShowHelp(OwnerOf(folder_ / "FOLDER.CHM"), nullptr, 15596);
-    EXPECT_TRUE(viewer_->TakeRequests().empty());
+    EXPECT_TRUE(viewer_.TakeRequests().empty());
 }
 
 TEST_F(HelpPage, FollowsFromPrinterAndCabinetAsInASession)
@@ -444,7 +433,7 @@ TEST_F(HelpPage, FollowsFromPrinterAndCabinetAsInASession)
     test::WriteCabinet(cabinet_, {{UserVariant(), "variant"}});
     Extract();
     ShowHelp(TextOwner(nullptr, BuildHelpFilePath(printer_.Handle()).c_str()), nullptr, 15619);
-    const auto requests = viewer_->TakeRequests();
+    const auto requests = viewer_.TakeRequests();
     ASSERT_EQ(requests.size(), 1u);
     EXPECT_EQ(requests[0].page, (folder_ / UserVariant()).native() + L"::/15619.html");
 }

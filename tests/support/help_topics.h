@@ -1,11 +1,22 @@
-// Which page each control of each dialog is to open: stated here once more, away from the dialogs' own tables.
+// Which page each control of each dialog is to open, and of which help file: stated here once more, away from the
+// module's own tables.
 #pragma once
 
 #include <compare>
+#include <map>
 #include <ostream>
+#include <string>
 #include <vector>
+#include <windows.h>
 
 namespace qx::test {
+
+// The help file of this run's user, in the languages that tests are run in.
+inline std::string UsersHelpFile()
+{
+    static const std::map<LANGID, std::string> kCodes{{0x0409, "EN"}, {0x0C07, "DE"}, {0x040D, "HE"}, {0x0411, "JA"}};
+    return "QXZH" + kCodes.at(GetUserDefaultUILanguage()) + "F1.CHM";
+}
 
 struct HelpTopic {
     int control;

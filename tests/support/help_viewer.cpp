@@ -1,7 +1,8 @@
 #include "help_viewer.h"
 
-#include <cstdlib>
+#include <filesystem>
 #include <stdexcept>
+#include <string>
 #include <windows.h>
 
 namespace qx::test {
@@ -39,12 +40,12 @@ void RestoreViewer()
     std::filesystem::remove(Used(), ignored);
 }
 
+// The build leaves it beside the test programs.
 std::filesystem::path StandIn()
 {
-    const char* const folder = std::getenv("QX_BINARY_DIR");
-    if (folder == nullptr)
-        throw std::runtime_error("QX_BINARY_DIR is not set: run the test through CTest");
-    return std::filesystem::path(folder) / "tests" / "help_viewer_stand_in.dll";
+    wchar_t program[MAX_PATH];
+    GetModuleFileNameW(nullptr, program, MAX_PATH);
+    return std::filesystem::path(program).replace_filename("help_viewer_stand_in.dll");
 }
 
 } // namespace
@@ -59,7 +60,11 @@ HiddenHelpViewer::~HiddenHelpViewer() { RestoreViewer(); }
 
 HelpViewerStandIn::HelpViewerStandIn() { std::filesystem::copy_file(StandIn(), Viewer()); }
 
-HelpViewerStandIn::~HelpViewerStandIn() = default;
+HelpViewerStandIn& HelpViewerStandIn::OfThisProgram()
+{
+    static HelpViewerStandIn viewer;
+    return viewer;
+}
 
 std::vector<HelpRequest> HelpViewerStandIn::TakeRequests()
 {

@@ -3,8 +3,6 @@
 
 #include "help_request.h"
 
-#include <filesystem>
-#include <optional>
 #include <vector>
 
 namespace qx::test {
@@ -18,19 +16,18 @@ public:
     HiddenHelpViewer& operator=(const HiddenHelpViewer&) = delete;
 };
 
-// While it lives, a viewer that only takes notes is in its place. Once loaded, it stays in the process: one stand-in per
-// test program.
+// A viewer that only takes notes, in the system's place from the first use to the end of the program. (Once loaded, a
+// viewer stays in the process, so another one cannot follow it.)
 class HelpViewerStandIn {
 public:
-    HelpViewerStandIn();
-    ~HelpViewerStandIn();
-    HelpViewerStandIn(const HelpViewerStandIn&) = delete;
-    HelpViewerStandIn& operator=(const HelpViewerStandIn&) = delete;
+    static HelpViewerStandIn& OfThisProgram();
 
     // What it was asked since the last call, in order.
     std::vector<HelpRequest> TakeRequests();
 
 private:
+    HelpViewerStandIn();
+
     HiddenHelpViewer hidden_;
 };
 
