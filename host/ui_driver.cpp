@@ -603,7 +603,7 @@ void UiDriver::GoToPage(int index)
     Do([=] { PropSheet_SetCurSel(sheet, nullptr, static_cast<WPARAM>(index)); });
 }
 
-void UiDriver::PressKey(WORD key, std::initializer_list<WORD> modifiers)
+void UiDriver::PressKey(WORD key, const std::vector<WORD>& modifiers)
 {
     SetForegroundWindow(Dialog());
     std::vector<INPUT> inputs;

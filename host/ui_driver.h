@@ -95,7 +95,7 @@ public:
     void ClickColumn(int id, int column);
     void GoToPage(int index);
     // Real keyboard input to the window with the focus. modifiers: any of VK_CONTROL, VK_SHIFT, VK_MENU.
-    void PressKey(WORD key, std::initializer_list<WORD> modifiers = {});
+    void PressKey(WORD key, const std::vector<WORD>& modifiers = {});
     BoxContents AnswerBox(int button);                // waits for a message box, presses its button, says what it said
     void AnswerFileDialog(const std::filesystem::path& file); // waits for it, types the name and confirms
     void CloseEverything();                           // cancels whatever is open until the end
