@@ -4,7 +4,6 @@
 #include "host/utf8.h"
 
 #include <algorithm>
-#include <fstream>
 #include <set>
 #include <span>
 #include <stdexcept>
@@ -16,10 +15,11 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr wchar_t kEnvironment[] = L"Windows x64";
+constexpr wchar_t kDriver[] = L"QXFAXDRV.DLL";
 constexpr wchar_t kModule[] = L"qxfaxui.dll";
 constexpr wchar_t kTextLibrary[] = L"QXTEXT64.DLL";
-// Its name tells the module how the help files are called; nobody reads it.
-constexpr wchar_t kHelpMarker[] = L"QXZHLF1.CHM";
+// The module takes the names of its help files from this one's.
+constexpr wchar_t kHelp[] = L"QXZHLF1.CHM";
 constexpr wchar_t kSettingsRoot[] = L"Software\\Quillmarsh\\";
 constexpr wchar_t kDeviceKey[] = L"QXBIDIInfo";
 
@@ -50,19 +50,19 @@ template <class Info, class Query> std::optional<std::vector<BYTE>> QuerySpooler
 
 // ---- the driver ----------------------------------------------------------------------------------------------------
 
-// The files of the driver that were built, the module first.
+// The files of the driver that were built, the driver itself first.
 std::vector<std::wstring> DriverFiles(const PrinterSetup& setup)
 {
-    std::vector<std::wstring> files{kModule};
+    for (const wchar_t* file : {kDriver, kModule}) {
+        if (!fs::exists(setup.moduleFolder / file))
+            throw std::runtime_error("module not found: there is no " + Utf8((setup.moduleFolder / file).native()));
+    }
+    std::vector<std::wstring> files{kDriver, kModule};
     if (setup.textLibrary)
         files.push_back(kTextLibrary);
-    if (setup.help && setup.helpCabinet)
-        files.push_back(*setup.helpCabinet);
-    std::erase_if(files, [&](const std::wstring& file) { return !fs::exists(setup.moduleFolder / file); });
-    if (files.empty() || files.front() != kModule)
-        throw std::runtime_error("module not found: " + Utf8((setup.moduleFolder / kModule).native()));
     if (setup.help)
-        files.push_back(kHelpMarker);
+        files.insert(files.end(), {setup.helpCabinet.value_or(kHelp), kHelp});
+    std::erase_if(files, [&](const std::wstring& file) { return !fs::exists(setup.moduleFolder / file); });
     return files;
 }
 
@@ -92,8 +92,8 @@ bool IsUpToDate(const PrinterSetup& setup)
         const fs::path source = setup.moduleFolder / file, installed = DriverFolder() / file;
         if (!fs::exists(installed))
             return false;
-        if (file != kHelpMarker && (fs::file_size(source) != fs::file_size(installed) ||
-                                    fs::last_write_time(source) > fs::last_write_time(installed)))
+        if (fs::file_size(source) != fs::file_size(installed) ||
+            fs::last_write_time(source) > fs::last_write_time(installed))
             return false;
         wanted.insert(installed);
     }
@@ -108,10 +108,7 @@ public:
     {
         fs::create_directories(folder_);
         for (const std::wstring& file : DriverFiles(setup)) {
-            if (file == kHelpMarker)
-                std::ofstream(folder_ / file) << "Names the help files of this driver.\n";
-            else
-                fs::copy_file(setup.moduleFolder / file, folder_ / file, fs::copy_options::overwrite_existing);
+            fs::copy_file(setup.moduleFolder / file, folder_ / file, fs::copy_options::overwrite_existing);
             files_.push_back((folder_ / file).native());
         }
     }
@@ -123,7 +120,7 @@ public:
     Staging(const Staging&) = delete;
     Staging& operator=(const Staging&) = delete;
 
-    const std::vector<std::wstring>& Files() const { return files_; } // the module first
+    const std::vector<std::wstring>& Files() const { return files_; } // the driver first
 
 private:
     fs::path folder_;
@@ -140,13 +137,12 @@ void InstallDriver(const PrinterSetup& setup)
     std::wstring dependents; // a list of terminated texts
     for (std::size_t i = 1; i < staging.Files().size(); ++i)
         dependents += staging.Files()[i] + L'\0';
-    const std::wstring& module = staging.Files().front();
 
     DRIVER_INFO_3W driver{};
     driver.cVersion = 3;
     driver.pName = Changeable(setup.driver);
     driver.pEnvironment = const_cast<wchar_t*>(kEnvironment);
-    driver.pDriverPath = driver.pDataFile = driver.pConfigFile = Changeable(module);
+    driver.pDriverPath = driver.pDataFile = driver.pConfigFile = Changeable(staging.Files().front());
     driver.pDependentFiles = Changeable(dependents);
     if (!AddPrinterDriverExW(nullptr, 3, reinterpret_cast<BYTE*>(&driver),
                              APD_COPY_ALL_FILES | APD_COPY_FROM_DIRECTORY))

@@ -672,7 +672,8 @@ void UiDriver::SavePicture(const std::filesystem::path& file)
 {
     const HWND dialog = Dialog();
     Do([=] {
-        BringWindowToTop(dialog);
+        if (GetForegroundWindow() != dialog)
+            SetForegroundWindow(dialog);
         RedrawWindow(dialog, nullptr, nullptr, RDW_INVALIDATE | RDW_FRAME | RDW_ALLCHILDREN | RDW_UPDATENOW);
     });
     Settle();
