@@ -47,6 +47,8 @@ CsvStatus CsvFields::Parse(std::wstring_view text)
         const std::size_t firstField = fields_.size();
         const std::size_t lineEnd = ParseLine(at);
         const std::size_t count = fields_.size() - firstField;
+        if (count == 0 && lineEnd == text_.size()) // a zero: the text ended with the line before
+            break;
         if (firstFields_.empty())
             columns_ = count;
         if (count == 0 || count > columns_) {
