@@ -137,6 +137,8 @@ protected:
     }
     void TearDown() override { DestroyWindow(owner_); }
 
+    void ShowBuiltInTexts() { SetUpControls(TextOwner{nullptr, L""}, dialog_, GetParam().controls()); }
+
     // The controls with a caption, in tab order.
     std::vector<HWND> Captioned() const
     {
@@ -253,6 +255,16 @@ TEST_P(DialogTexts, EveryCaptionIsSeenWhole)
         // English leaves room for the languages that are still to come.
         const std::wstring text = isEnglish ? GrownByAThird(WindowText(control)) : WindowText(control);
         const SIZE missing = Room(control).Missing(text);
+        EXPECT_EQ(missing.cx, 0) << NameOf(control) << " is too narrow";
+        EXPECT_EQ(missing.cy, 0) << NameOf(control) << " is too low";
+    }
+}
+
+TEST_P(DialogTexts, EveryBuiltInCaptionIsSeenWholeWhenThereIsNoLibrary)
+{
+    ShowBuiltInTexts();
+    for (const HWND control : Captioned()) {
+        const SIZE missing = Room(control).Missing(WindowText(control));
         EXPECT_EQ(missing.cx, 0) << NameOf(control) << " is too narrow";
         EXPECT_EQ(missing.cy, 0) << NameOf(control) << " is too low";
     }
