@@ -170,10 +170,10 @@ void LoadSendSettings(SendSettings& settings, const FaxJobData& record)
 
 void LoadPreview(SendSettings& settings, HANDLE printer, const FaxJobData& record)
 {
-    const bool offered = IsLocalPrinter(printer);
-    settings.showPreview = offered && record.ShowPreview != 0 ? 1 : 0;
+    settings.previewOffered = IsLocalPrinter(printer);
+    settings.showPreview = settings.previewOffered && record.ShowPreview != 0 ? 1 : 0;
     CheckDlgButton(settings.dialog, IDC_PREVIEW, settings.showPreview != 0 ? BST_CHECKED : BST_UNCHECKED);
-    if (offered)
+    if (settings.previewOffered)
         return;
     TakeAway(settings.dialog, IDC_PREVIEW);
     Hide(settings.dialog, IDC_PREVIEW_GROUP);

@@ -22,6 +22,7 @@ struct SendSettings {
     DWORD notifyOn = 0;
     DWORD notifyMethod = 0;
     DWORD showPreview = 0;
+    bool previewOffered = false;
 };
 
 // Shows the record's sender, quality and notification. What the device cannot do is hidden or disabled.

@@ -53,16 +53,11 @@ void FitSendButtonToText(SetupPage& page)
     page.settings.showPreview = preview ? 1 : 0;
 }
 
-bool PreviewIsOffered(const SetupPage& page) noexcept
-{
-    return IsWindowEnabled(GetDlgItem(page.dialog, IDC_PREVIEW));
-}
-
 void LoadSetupPage(SetupPage& page)
 {
     LoadSendSettings(page.settings, *page.job);
     LoadPreview(page.settings, page.printer, *page.job);
-    if (PreviewIsOffered(page))
+    if (page.settings.previewOffered)
         FitSendButtonToText(page);
 }
 
@@ -85,7 +80,7 @@ void HookSheet(SetupPage& page)
         return;
     page.pageCreated(page.session, GetParent(page.dialog));
     // Hooking the sheet gives the Send button its first caption.
-    if (PreviewIsOffered(page))
+    if (page.settings.previewOffered)
         FitSendButtonToText(page);
 }
 

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <process.h>
 
 namespace qx::test {
 namespace {
@@ -292,6 +293,33 @@ TEST(EditDefaults, TheLockOfTheCoverPageDoesNotReachThem)
     ui.Check(IDC_COVER_PAGE, true);
     EXPECT_TRUE(ui.IsEnabled(IDC_IMAGE));
     EXPECT_TRUE(ui.IsEnabled(IDC_BROWSE));
+}
+
+// The print host is known by its name alone: this program runs itself again under that name.
+TEST(EditDefaults, InThePrintHostFor32BitProgramsThereIsNoCoverPage)
+{
+    constexpr wchar_t kPrintHost[] = L"splwow64.exe";
+    wchar_t program[MAX_PATH];
+    GetModuleFileNameW(nullptr, program, MAX_PATH);
+    if (std::filesystem::path(program).filename() != kPrintHost) {
+        // Beside the folder of the tests, where the module is found as well.
+        const std::filesystem::path folder = BuiltModuleFolder() / L"print_host";
+        std::filesystem::create_directory(folder);
+        std::filesystem::copy_file(program, folder / kPrintHost, std::filesystem::copy_options::overwrite_existing);
+        const std::wstring command = L"--gtest_filter=EditDefaults.InThePrintHost*";
+        EXPECT_EQ(_wspawnl(_P_WAIT, (folder / kPrintHost).c_str(), kPrintHost, command.c_str(), nullptr), 0);
+        std::filesystem::remove_all(folder);
+        return;
+    }
+
+    SendFaxSession session;
+    session.SetDefault(L"AddCoverPage", 1u);
+    session.SetDefault(L"CoverPageSubject", L"Offer");
+    UiDriver& ui = InEditDefaultsAgain(session);
+    EXPECT_FALSE(ui.IsChecked(IDC_COVER_PAGE));
+    for (const int control : {IDC_COVER_PAGE, IDC_NOTES, IDC_SUBJECT, IDC_IMAGE, IDC_BROWSE})
+        EXPECT_FALSE(ui.IsEnabled(control)) << control;
+    EXPECT_EQ(ui.Text(IDC_SUBJECT), L"Offer");
 }
 
 // ---- cover page -----------------------------------------------------------------------------------------------------
