@@ -1,0 +1,85 @@
+// Another printing program of the same user: opens the phone book picker for a printer and does what it is told on its
+// standard input, line by line, answering each line with one of its own.
+//
+//   phone_book_neighbour PRINTER
+//   names        the names in the picker's list, separated by |
+//   add NAME     adds an entry with the phone book editor, which saves the phone book
+#include "host/provision.h"
+#include "host/utf8.h"
+#include "res/add_recipients_ids.h"
+#include "res/edit_phone_book_ids.h"
+#include "res/entry_ids.h"
+#include "res/fax_job_page_ids.h"
+#include "support/ui_conversation.h"
+
+#include <iostream>
+#include <qxfax/send_fax.h>
+#include <string>
+#include <winspool.h>
+
+namespace qx::test {
+namespace {
+
+std::wstring Names(host::UiDriver& ui)
+{
+    std::wstring names;
+    for (int row = 0; row < ui.RowCount(IDC_PICK_LIST); ++row)
+        names += (row > 0 ? L"|" : L"") + ui.CellText(IDC_PICK_LIST, row, 0);
+    return names;
+}
+
+void Add(host::UiDriver& ui, std::wstring_view name)
+{
+    ui.Press(IDC_PICK_EDIT_BOOK);
+    ui.Press(IDC_BOOK_ADD_ENTRY);
+    ui.Type(IDC_ENTRY_NAME, name);
+    ui.Type(IDC_ENTRY_FAX_NUMBER, L"1");
+    ui.Press(IDOK);
+    ui.Press(IDOK);
+}
+
+void Obey(host::UiDriver& ui)
+{
+    for (std::string line; std::getline(std::cin, line);) {
+        if (!line.empty() && line.back() == '\r')
+            line.pop_back();
+        if (line.starts_with("add "))
+            Add(ui, host::Wide(line.substr(4)));
+        std::cout << host::Utf8(Names(ui)) << std::endl;
+    }
+}
+
+int Run(const std::wstring& printerName)
+{
+    const HMODULE module = LoadLibraryW((host::DriverFolder() / L"qxfaxui.dll").c_str());
+    const auto display =
+        reinterpret_cast<decltype(&DisplayFaxUI)>(reinterpret_cast<void*>(GetProcAddress(module, "DisplayFaxUI")));
+    HANDLE printer = nullptr;
+    OpenPrinterW(const_cast<wchar_t*>(printerName.c_str()), &printer, nullptr);
+    FaxJobData job;
+    QxFaxInitJob(&job);
+    {
+        UiConversation conversation([&] { display(printer, &job); });
+        conversation.Ui().WaitForControl(IDC_PHONE_BOOK);
+        conversation.Ui().Press(IDC_PHONE_BOOK);
+        std::cout << "ready" << std::endl;
+        Obey(conversation.Ui());
+    }
+    QxFaxReleaseJob(&job);
+    ClosePrinter(printer);
+    FreeLibrary(module);
+    return 0;
+}
+
+} // namespace
+} // namespace qx::test
+
+int main(int count, char** arguments)
+{
+    try {
+        return count == 2 ? qx::test::Run(qx::host::Wide(arguments[1])) : 2;
+    } catch (const std::exception& failure) {
+        std::cout << "failed: " << failure.what() << std::endl;
+        return 1;
+    }
+}
