@@ -31,7 +31,8 @@ def load(path):
 
 
 def plain_caption(text):
-    """The caption as people read it: no mnemonic, no colon or dots at its end."""
+    """The caption as people read it: no mnemonic, no colon or dots at its end, no invisible marks of direction."""
+    text = re.sub(r"[\u200e\u200f\u202a-\u202e]", "", text)
     text = re.sub(r"\(&\w\)", "", text)
     text = re.sub(r"&(?!&)", "", text)
     return re.sub(r"\s*(\.\.\.|…|:|：)$", "", text).strip()

@@ -163,6 +163,17 @@ TEST_F(HelpPages, EveryPageHasATitleAndSaysSomething)
     }
 }
 
+TEST_F(HelpPages, CaptionsAreWrittenAsPeopleReadThem)
+{
+    const std::regex leftOver("&amp;|[:.]$|\xE2\x80[\x8E\x8F]"); // mnemonic, end of a label, mark of direction
+    for (const auto& [name, files] : help_) {
+        for (const std::string& page : PagesOf(files)) {
+            for (const std::string& caption : Matches(files.at(page), "<b>([^<]*)</b>"))
+                EXPECT_FALSE(std::regex_search(caption, leftOver)) << name << ": " << page << ": " << caption;
+        }
+    }
+}
+
 TEST_F(HelpPages, OnlyHebrewReadsFromRightToLeft)
 {
     for (const auto& [name, files] : help_) {
