@@ -32,10 +32,47 @@ constexpr Range kDecided[] = {
     {0xAC00, 0xD7A3}, // Hangul
 };
 
-bool IsDecided(wchar_t c) noexcept
+// Ranges in which equal keys and equal texts were found to coincide, with combining marks in any number and order. Left
+// out: soft hyphens and other invisible characters, Arabic vowel marks, presentation forms, symbols that combine.
+constexpr Range kEqualityDecided[] = {
+    {0x0020, 0x007E}, // ASCII
+    {0x00A0, 0x00AC}, // Latin
+    {0x00AE, 0x02AF},
+    {0x0300, 0x036F}, // combining marks
+    {0x0386, 0x03FF}, // Greek
+    {0x0400, 0x052F}, // Cyrillic
+    {0x0531, 0x0556}, // Armenian
+    {0x0561, 0x0587},
+    {0x05B0, 0x05C2}, // Hebrew points and letters
+    {0x05D0, 0x05EA},
+    {0x0621, 0x063A}, // Arabic letters and digits
+    {0x0641, 0x064A},
+    {0x0660, 0x0669},
+    {0x0671, 0x06C1},
+    {0x06C3, 0x06D3},
+    {0x06F0, 0x06F9},
+    {0x0900, 0x0DFF}, // Indic scripts
+    {0x0E01, 0x0E5B}, // Thai
+    {0x10A0, 0x11FF}, // Georgian, Hangul letters
+    {0x1E00, 0x1EFF}, // Latin with several accents
+    {0x2010, 0x2027}, // dashes, quotes
+    {0x2030, 0x205E},
+    {0x20A0, 0x20BF}, // currencies
+    {0x2100, 0x218F}, // letterlike symbols
+    {0x3000, 0x30FF}, // kana
+    {0x3105, 0x312F}, // Bopomofo
+    {0x3400, 0x4DBF}, // Han
+    {0x4E00, 0x9FFF},
+    {0xAC00, 0xD7A3}, // Hangul
+    {0xD800, 0xDFFF}, // what lies beyond 16 bits
+    {0xFF01, 0xFFEF}, // full and half width
+};
+
+template <std::size_t N> bool LiesIn(const Range (&ranges)[N], std::wstring_view text) noexcept
 {
-    return std::any_of(std::begin(kDecided), std::end(kDecided),
-                       [c](const Range& range) { return range.first <= c && c <= range.last; });
+    return std::ranges::all_of(text, [&ranges](wchar_t c) {
+        return std::ranges::any_of(ranges, [c](const Range& range) { return range.first <= c && c <= range.last; });
+    });
 }
 
 // The system's own key with its final zero; empty when it makes none.
@@ -87,7 +124,12 @@ void UserTextKeys::ForgetPlainWhenLettersCombine()
 
 bool UserTextKeys::Decide(std::wstring_view text) noexcept
 {
-    return std::all_of(text.begin(), text.end(), IsDecided);
+    return LiesIn(kDecided, text);
+}
+
+bool UserTextKeys::DecideEquality(std::wstring_view text) noexcept
+{
+    return LiesIn(kEqualityDecided, text);
 }
 
 bool UserTextKeys::Append(std::string& keys, std::wstring_view text) const

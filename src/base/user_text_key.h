@@ -16,6 +16,8 @@ public:
     // Whether keys decide for text: it holds only characters whose keys are known to agree with CompareUserText, in
     // order and in equality. Other texts (combining marks, presentation forms, Greek, ...) must be compared themselves.
     static bool Decide(std::wstring_view text) noexcept;
+    // Whether keys decide at least if text equals another of this kind: that holds for many more scripts.
+    static bool DecideEquality(std::wstring_view text) noexcept;
 
     // Appends text's key, for byte-wise comparison. A key ends with a zero byte and holds no other: keys can be
     // chained. False, and nothing appended, when the system makes none.

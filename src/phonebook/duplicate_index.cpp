@@ -37,7 +37,7 @@ std::optional<DuplicateIndex::Keys> DuplicateIndex::KeysOf(const PhoneBookEntry&
     const std::hash<std::string_view> hash;
     const std::wstring_view name = OrEmpty(entry.Name());
     const std::wstring_view faxNumber = OrEmpty(entry.FaxNumber());
-    if (!UserTextKeys::Decide(name) || !UserTextKeys::Decide(faxNumber))
+    if (!UserTextKeys::DecideEquality(name) || !UserTextKeys::DecideEquality(faxNumber))
         return std::nullopt;
     buffer_.clear();
     if (!keys_.Append(buffer_, name))

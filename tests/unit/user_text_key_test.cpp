@@ -2,6 +2,7 @@
 
 #include "base/text.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <random>
 #include <vector>
@@ -77,6 +78,86 @@ TEST(UserTextKeys, RandomTextsOrderAsTheComparisonDoes)
                 CharUpperW(b.data());
             ExpectAgreement(keys, a, b);
         }
+    }
+}
+
+// Equal texts stand next to each other once sorted: so few comparisons look at all pairs.
+void ExpectEqualTextsToHaveEqualKeys(std::vector<std::wstring> texts)
+{
+    const UserTextKeys keys;
+    std::stable_sort(texts.begin(), texts.end(), [](const std::wstring& a, const std::wstring& b) {
+        return CompareUserText(a, b) == CSTR_LESS_THAN;
+    });
+    for (std::size_t i = 0; i + 1 < texts.size(); ++i) {
+        std::string keyOfA, keyOfB;
+        keys.Append(keyOfA, texts[i]);
+        keys.Append(keyOfB, texts[i + 1]);
+        ASSERT_EQ(keyOfA == keyOfB, EqualUserText(texts[i], texts[i + 1]))
+            << testing::PrintToString(texts[i]) << " and " << testing::PrintToString(texts[i + 1]);
+    }
+}
+
+std::vector<wchar_t> CharactersWhoseEqualityKeysDecide()
+{
+    std::vector<wchar_t> characters;
+    for (unsigned c = 1; c < 0xFFFF; ++c) {
+        const auto character = static_cast<wchar_t>(c);
+        if (UserTextKeys::DecideEquality({&character, 1}))
+            characters.push_back(character);
+    }
+    return characters;
+}
+
+TEST(UserTextKeys, DecideTheEqualityOfManyMoreTexts)
+{
+    EXPECT_TRUE(UserTextKeys::DecideEquality(L"Αθήνα Nguyễn O’Neill e\x0301 สมชาย"));
+    EXPECT_FALSE(UserTextKeys::DecideEquality(L"soft\xADhyphen"));
+    EXPECT_FALSE(UserTextKeys::DecideEquality(L"tatwee\x0640l"));
+    EXPECT_FALSE(UserTextKeys::DecideEquality(L"tab\t"));
+    for (const wchar_t c : CharactersThatKeysDecide())
+        EXPECT_TRUE(UserTextKeys::DecideEquality({&c, 1}));
+}
+
+TEST(UserTextKeys, EveryCharacterWhoseEqualityTheyDecideEqualsWhatItsKeyEquals)
+{
+    const std::vector<wchar_t> characters = CharactersWhoseEqualityKeysDecide();
+    ASSERT_GT(characters.size(), 45000u);
+    for (const std::wstring before : {L"", L"a", L"\u05d0"}) {
+        for (const std::wstring after : {L"", L"b\u0301"}) {
+            std::vector<std::wstring> texts;
+            for (const wchar_t character : characters)
+                texts.push_back(before + character + after);
+            ASSERT_NO_FATAL_FAILURE(ExpectEqualTextsToHaveEqualKeys(texts));
+        }
+    }
+}
+
+TEST(UserTextKeys, RandomTextsAreEqualWhenTheirKeysAre)
+{
+    const std::vector<wchar_t> all = CharactersWhoseEqualityKeysDecide();
+    std::vector<wchar_t> marks;
+    for (const wchar_t character : all) {
+        WORD kind = 0;
+        GetStringTypeW(CT_CTYPE3, &character, 1, &kind);
+        if ((kind & (C3_NONSPACING | C3_DIACRITIC | C3_VOWELMARK)) != 0)
+            marks.push_back(character);
+    }
+    std::mt19937 random(11);
+    for (int round = 0; round < 40; ++round) {
+        // A handful of characters, so that many texts come out equal.
+        std::wstring few = L"eE\u00e9\u00df";
+        for (int i = 0; i < 6; ++i) {
+            few += marks[random() % marks.size()];
+            few += all[random() % all.size()];
+        }
+        std::vector<std::wstring> texts;
+        for (int i = 0; i < 3000; ++i) {
+            std::wstring text;
+            for (auto units = 1 + random() % 5; units > 0; --units)
+                text += few[random() % few.size()];
+            texts.push_back(text);
+        }
+        ASSERT_NO_FATAL_FAILURE(ExpectEqualTextsToHaveEqualKeys(texts)) << round;
     }
 }
 
