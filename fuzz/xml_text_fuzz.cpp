@@ -32,6 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         at += units != 0 ? units : 1;
     }
     Check(XmlText(text) == expected);
+    Check(FitsXml(text) == (text == expected));
     Check(XmlText(expected) == expected);
     return 0;
 }

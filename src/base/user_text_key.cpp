@@ -136,6 +136,8 @@ bool UserTextKeys::Append(std::string& keys, std::wstring_view text) const
 {
     if (AppendPlain(keys, text))
         return true;
+    if (!Decide(text))
+        return false;
     const std::string key = SystemKey(text);
     keys += key;
     return !key.empty();
@@ -145,8 +147,8 @@ bool UserTextKeys::Append(std::string& keys, std::wstring_view text) const
 bool UserTextKeys::AppendPlain(std::string& keys, std::wstring_view text) const
 {
     const std::size_t start = keys.size();
-    keys.resize(start + 2 * text.size());
-    auto to = keys.begin() + static_cast<std::ptrdiff_t>(start);
+    keys.resize(start + 2 * text.size() + kPlainTail.size());
+    char* to = keys.data() + start;
     for (const wchar_t c : text) {
         const Weight weight = kFirst <= c && c <= kLast ? plain_[c - kFirst] : Weight{};
         if (weight.character == 0) {
@@ -156,7 +158,7 @@ bool UserTextKeys::AppendPlain(std::string& keys, std::wstring_view text) const
         *to++ = weight.script;
         *to++ = weight.character;
     }
-    keys += kPlainTail;
+    kPlainTail.copy(to, kPlainTail.size());
     return true;
 }
 

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <algorithm>
+#include <charconv>
 #include <cstdint>
 #include <cwchar>
+#include <iterator>
 #include <limits>
 #include <string>
 
@@ -20,7 +22,8 @@ inline std::uint32_t ParseId(const wchar_t* text) noexcept
 
 inline std::wstring FormatId(std::uint32_t id)
 {
-    return std::to_wstring(static_cast<std::int32_t>(id));
+    char digits[std::numeric_limits<std::int32_t>::digits10 + 2]; // and a sign
+    return {digits, std::to_chars(std::begin(digits), std::end(digits), static_cast<std::int32_t>(id)).ptr};
 }
 
 } // namespace qx

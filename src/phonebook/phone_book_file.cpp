@@ -170,9 +170,9 @@ private:
         if (!element)
             return;
         SetAttribute(*element.Get(), id_, FormatId(entry.GetId()));
-        SetAttribute(*element.Get(), name_, XmlText(OrEmpty(entry.Name())));
-        SetAttribute(*element.Get(), faxNumber_, XmlText(OrEmpty(entry.FaxNumber())));
-        SetAttribute(*element.Get(), company_, XmlText(OrEmpty(entry.Company())));
+        SetAttribute(*element.Get(), name_, OrEmpty(entry.Name()));
+        SetAttribute(*element.Get(), faxNumber_, OrEmpty(entry.FaxNumber()));
+        SetAttribute(*element.Get(), company_, OrEmpty(entry.Company()));
     }
 
     void WriteGroup(const PhoneBookGroup& group)
@@ -180,7 +180,7 @@ private:
         const ComPtr<IXMLDOMElement> element = Append(*document_.PhoneBookNode(), group_);
         if (!element)
             return;
-        SetAttribute(*element.Get(), groupName_, XmlText(group.GetName()));
+        SetAttribute(*element.Get(), groupName_, group.GetName());
         SetAttribute(*element.Get(), id_, FormatId(group.GetId()));
         const ComPtr<IXMLDOMElement> list = Append(*element.Get(), memberList_);
         if (!list)
@@ -202,9 +202,9 @@ private:
         return element;
     }
 
-    static void SetAttribute(IXMLDOMElement& element, const UniqueBstr& name, const std::wstring& text)
+    static void SetAttribute(IXMLDOMElement& element, const UniqueBstr& name, std::wstring_view text)
     {
-        const UniqueBstr value = MakeBstr(text);
+        const UniqueBstr value = FitsXml(text) ? MakeBstr(text) : MakeBstr(XmlText(text));
         element.setAttribute(name.Get(), Variant::Borrowed(value));
     }
 

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <iterator>
+#include <span>
+#include <string>
 
 namespace qx {
 
@@ -47,43 +49,40 @@ bool ComesBefore(const PhoneBookItem* left, const PhoneBookItem* right) noexcept
     return CompareUserText(a.company, b.company) == CSTR_LESS_THAN;
 }
 
-// One chained key for all fields of an item. The first bytes stand in the record, since they nearly always decide.
+// What an item is sorted by next.
 struct KeyedItem {
-    std::uint64_t start = 0;
-    std::size_t offset = 0;
-    std::size_t bytes = 0;
+    std::uint64_t start = 0; // the first bytes of the key, which nearly always decide
+    std::uint32_t offset = 0;
+    std::uint32_t bytes = 0;
     PhoneBookItem* item = nullptr;
 };
 
-std::uint64_t FirstBytes(std::string_view key) noexcept
-{
-    std::uint64_t start = 0;
-    for (std::size_t i = 0; i < sizeof start; ++i)
-        start = start << 8 | (i < key.size() ? static_cast<unsigned char>(key[i]) : 0u);
-    return start;
-}
-
+// By one field after the other: the later ones hardly ever count, and need no keys then.
 class KeySorter {
 public:
-    // False when keys do not decide for a text of the item.
+    explicit KeySorter(std::size_t items)
+    {
+        constexpr std::size_t kUsualBytes = 100; // of an item's keys
+        keyed_.reserve(items);
+        keys_.reserve(items * kUsualBytes);
+    }
+
+    // False when keys do not decide for the item's name.
     bool Take(PhoneBookItem* item)
     {
-        const SortFields fields = FieldsOf(*item);
-        const std::size_t offset = keys_.size();
-        if (!AppendKeys(fields)) {
-            keys_.resize(offset);
+        KeyedItem keyed{.item = item};
+        if (!TakeKey(keyed, item->GetName()))
             return false;
-        }
-        const std::string_view key = std::string_view(keys_).substr(offset);
-        keyed_.push_back({FirstBytes(key), offset, key.size(), item});
+        keys_ += item->IsGroup() ? '\1' : '\2';
+        ++keyed.bytes;
+        keyed_.push_back(keyed);
         return true;
     }
 
     std::vector<PhoneBookItem*> Sorted()
     {
-        std::sort(keyed_.begin(), keyed_.end(), [this](const KeyedItem& a, const KeyedItem& b) {
-            return a.start != b.start ? a.start < b.start : KeyOf(a) < KeyOf(b);
-        });
+        SortByKeys(keyed_);
+        ForEachRun(keyed_, [this](std::span<KeyedItem> run) { SortByField(run, &SortFields::faxNumber); });
         std::vector<PhoneBookItem*> items;
         items.reserve(keyed_.size());
         for (const KeyedItem& keyed : keyed_)
@@ -92,19 +91,86 @@ public:
     }
 
 private:
-    bool AppendKeys(const SortFields& fields)
+    using Field = std::wstring_view SortFields::*;
+
+    bool TakeKey(KeyedItem& keyed, std::wstring_view text)
     {
-        if (!AppendKey(fields.name))
-            return false;
-        keys_ += fields.isEntry ? '\2' : '\1';
-        return !fields.isEntry || (AppendKey(fields.faxNumber) && AppendKey(fields.company));
+        const std::size_t offset = keys_.size();
+        const bool taken = textKeys_.Append(keys_, text);
+        keyed.offset = Narrow(offset);
+        keyed.bytes = Narrow(keys_.size() - offset);
+        return taken;
     }
 
-    bool AppendKey(std::wstring_view text) { return UserTextKeys::Decide(text) && textKeys_.Append(keys_, text); }
-
-    std::string_view KeyOf(const KeyedItem& item) const noexcept
+    // Items of one kind that are equal so far.
+    void SortByField(std::span<KeyedItem> items, Field field)
     {
-        return std::string_view(keys_).substr(item.offset, item.bytes);
+        if (items.front().item->IsGroup())
+            return;
+        if (!std::all_of(items.begin(), items.end(),
+                         [&](KeyedItem& keyed) { return TakeKey(keyed, FieldsOf(*keyed.item).*field); })) {
+            std::stable_sort(items.begin(), items.end(), [](const KeyedItem& a, const KeyedItem& b) {
+                return ComesBefore(a.item, b.item);
+            });
+            return;
+        }
+        SortByKeys(items);
+        if (field == &SortFields::faxNumber)
+            ForEachRun(items, [this](std::span<KeyedItem> run) { SortByField(run, &SortFields::company); });
+    }
+
+    // Leaves the items with the part of their keys behind what all have in common.
+    void SortByKeys(std::span<KeyedItem> items)
+    {
+        const std::uint32_t common = CommonBytes(items);
+        for (KeyedItem& keyed : items) {
+            keyed.offset += common;
+            keyed.bytes -= common;
+            keyed.start = FirstBytes(KeyOf(keyed));
+        }
+        std::sort(items.begin(), items.end(), [this](const KeyedItem& a, const KeyedItem& b) {
+            return a.start != b.start ? a.start < b.start : KeyOf(a) < KeyOf(b);
+        });
+    }
+
+    // Calls visit for each two or more items in a row whose keys are equal.
+    template <class Visit> void ForEachRun(std::span<KeyedItem> items, Visit visit)
+    {
+        for (std::size_t begin = 0; begin < items.size();) {
+            std::size_t end = begin + 1;
+            while (end < items.size() && KeyOf(items[end]) == KeyOf(items[begin]))
+                ++end;
+            if (end - begin > 1)
+                visit(items.subspan(begin, end - begin));
+            begin = end;
+        }
+    }
+
+    std::string_view KeyOf(const KeyedItem& item) const noexcept { return {keys_.data() + item.offset, item.bytes}; }
+
+    // Offsets into the keys, which are far below four gigabytes.
+    static std::uint32_t Narrow(std::size_t offset) noexcept { return static_cast<std::uint32_t>(offset); }
+
+    // With which all keys start.
+    std::uint32_t CommonBytes(std::span<const KeyedItem> items) const noexcept
+    {
+        if (items.empty())
+            return 0;
+        std::string_view common = KeyOf(items.front());
+        for (const KeyedItem& keyed : items) {
+            const std::string_view key = KeyOf(keyed);
+            const auto [end, ignored] = std::mismatch(common.begin(), common.end(), key.begin(), key.end());
+            common = {common.begin(), end};
+        }
+        return Narrow(common.size());
+    }
+
+    static std::uint64_t FirstBytes(std::string_view key) noexcept
+    {
+        std::uint64_t start = 0;
+        for (std::size_t i = 0; i < sizeof start; ++i)
+            start = start << 8 | (i < key.size() ? static_cast<unsigned char>(key[i]) : 0u);
+        return start;
     }
 
     UserTextKeys textKeys_;
@@ -116,7 +182,7 @@ private:
 
 void SortItems(std::vector<PhoneBookItem*>& items, bool ascending)
 {
-    KeySorter byKey;
+    KeySorter byKey(items.size());
     std::vector<PhoneBookItem*> others;
     for (PhoneBookItem* const item : items) {
         if (!byKey.Take(item))

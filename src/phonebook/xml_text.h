@@ -6,9 +6,12 @@
 
 namespace qx {
 
-// text without the characters that no XML document may contain, not even as references: a document with one of them
-// could be written and never be read again. These are control characters other than tab and line ends, halves of
-// surrogate pairs, U+FFFE and U+FFFF.
+// Whether text holds only characters that an XML document may contain. A document with others could be written and
+// never be read again, even when they are given as references: control characters other than tab and line ends, halves
+// of surrogate pairs, U+FFFE and U+FFFF.
+bool FitsXml(std::wstring_view text) noexcept;
+
+// text without those characters.
 std::wstring XmlText(std::wstring_view text);
 
 } // namespace qx
