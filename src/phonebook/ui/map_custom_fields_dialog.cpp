@@ -136,16 +136,12 @@ void ShowFileName(const MapCustomFieldsContext& context)
     SetWindowTextW(control, context.fileName.c_str());
 }
 
-void Enable(const MapCustomFieldsContext& context, int control, bool enabled) noexcept
-{
-    EnableWindow(GetDlgItem(context.dialog, control), enabled);
-}
-
 // ---- commands ------------------------------------------------------------------------------------------------------
 
 void SelectionChanged(MapCustomFieldsContext& context)
 {
-    Enable(context, IDC_MAP, SelectedRow(SourceList(context)) >= 0 && SelectedRow(DestinationList(context)) >= 0);
+    EnableControl(context.dialog, IDC_MAP,
+                  SelectedRow(SourceList(context)) >= 0 && SelectedRow(DestinationList(context)) >= 0);
 }
 
 bool IsMapped(HWND destinations, int row) noexcept
@@ -174,7 +170,8 @@ void MapSelected(MapCustomFieldsContext& context)
     LeaveEarlierDestination(destinations, source);
     SetItemText(destinations, SelectedRow(destinations), kMappedColumn, source.data());
     // The company may stay out.
-    Enable(context, IDOK, IsMapped(destinations, kMappedName) && IsMapped(destinations, kMappedFaxNumber));
+    EnableControl(context.dialog, IDOK,
+                  IsMapped(destinations, kMappedName) && IsMapped(destinations, kMappedFaxNumber));
 }
 
 void Accept(MapCustomFieldsContext& context)
@@ -212,8 +209,8 @@ constexpr Route<MapCustomFieldsContext> kRoutes[] = {
 void Initialize(MapCustomFieldsContext& context)
 {
     context.mapping.reserve(kMappedFieldCount); // OK is not to fail for want of memory
-    Enable(context, IDC_MAP, false);
-    Enable(context, IDOK, false);
+    EnableControl(context.dialog, IDC_MAP, false);
+    EnableControl(context.dialog, IDOK, false);
     SetLocalizedText(context, kTitle, context.dialog, L"-Map Custom Fields");
     SetUpControls(context, context.dialog, kControls);
     ShowFileName(context);
