@@ -1,0 +1,181 @@
+// What the phone book dialogs' lists share, on a bare list view.
+#include "phonebook/ui/phone_book_list.h"
+
+#include "base/activation_context.h"
+#include "base/dialog.h"
+#include "support/phone_book.h"
+
+#include <gtest/gtest.h>
+
+namespace qx {
+namespace {
+
+using namespace test;
+
+class PhoneBookListTest : public ::testing::Test {
+protected:
+    ActivationScope context;
+    HWND parent = CreateWindowExW(0, L"#32770", L"", WS_POPUP | WS_VISIBLE, 0, 0, 600, 400, nullptr, nullptr,
+                                  ModuleInstance(), nullptr);
+    PhoneBookList list{.window = Child(WC_LISTVIEWW, LVS_REPORT), .rows = {}};
+    TestBook book;
+
+    PhoneBookListTest() { SetUpPhoneBookList(TextOwner(), list.window, 90, {}); }
+    ~PhoneBookListTest() override { DestroyWindow(parent); }
+
+    HWND Child(const wchar_t* type, DWORD style, const wchar_t* text = L"", int width = 400)
+    {
+        return CreateWindowExW(0, type, text, WS_CHILD | WS_VISIBLE | style, 10, 10, width, 200, parent, nullptr,
+                               ModuleInstance(), nullptr);
+    }
+    LRESULT Send(UINT message, WPARAM w = 0, void* l = nullptr) const
+    {
+        return SendMessageW(list.window, message, w, reinterpret_cast<LPARAM>(l));
+    }
+    LVITEMW Row(int row) const
+    {
+        LVITEMW item{};
+        item.mask = LVIF_PARAM | LVIF_IMAGE;
+        item.iItem = row;
+        Send(LVM_GETITEMW, 0, &item);
+        return item;
+    }
+    void Select(int row) const
+    {
+        LVITEMW item{};
+        item.stateMask = item.state = LVIS_SELECTED;
+        Send(LVM_SETITEMSTATE, static_cast<WPARAM>(row), &item);
+    }
+    void AddPeople(DWORD count)
+    {
+        for (DWORD id = 0; id < count; ++id)
+            book.AddEntry((L"Person " + std::to_wstring(1000 + id)).c_str(), L"1", L"", id);
+    }
+    int TopRow() const { return static_cast<int>(Send(LVM_GETTOPINDEX)); }
+};
+
+TEST_F(PhoneBookListTest, HasThreeColumnsWholeRowsGridLinesAndAStandingSelection)
+{
+    const auto header = reinterpret_cast<HWND>(Send(LVM_GETHEADER));
+    EXPECT_EQ(SendMessageW(header, HDM_GETITEMCOUNT, 0, 0), 3);
+    EXPECT_NE(GetWindowLongPtrW(list.window, GWL_STYLE) & LVS_SHOWSELALWAYS, 0);
+    const LRESULT style = Send(LVM_GETEXTENDEDLISTVIEWSTYLE);
+    EXPECT_EQ(style & (LVS_EX_FULLROWSELECT | LVS_EX_GRIDLINES | LVS_EX_SUBITEMIMAGES),
+              LVS_EX_FULLROWSELECT | LVS_EX_GRIDLINES);
+}
+
+TEST_F(PhoneBookListTest, ColumnsFollowTheScaleOfTheWindow)
+{
+    const HDC dc = GetDC(list.window);
+    const int dotsPerInch = GetDeviceCaps(dc, LOGPIXELSX);
+    ReleaseDC(list.window, dc);
+    for (const WPARAM column : {0, 1, 2})
+        EXPECT_EQ(Send(LVM_GETCOLUMNWIDTH, column), MulDiv(90, dotsPerInch, 96));
+}
+
+TEST_F(PhoneBookListTest, RowsCarryTheIdsAndGroupsTheIcon)
+{
+    book.AddEntry(L"Ann", L"1", nullptr, 7);
+    book.AddGroup(L"Sales", {7}, 9);
+    FillPhoneBookList(list, *book, ListedItems::All);
+    EXPECT_EQ(Row(0).lParam, 7);
+    EXPECT_EQ(Row(0).iImage, I_IMAGENONE);
+    EXPECT_EQ(Row(1).lParam, 9);
+    EXPECT_EQ(Row(1).iImage, 0);
+    const auto icons = reinterpret_cast<HIMAGELIST>(Send(LVM_GETIMAGELIST, LVSIL_SMALL));
+    int width = 0, height = 0;
+    ASSERT_TRUE(ImageList_GetIconSize(icons, &width, &height));
+    EXPECT_EQ(width, 16);
+    EXPECT_EQ(height, 16);
+    FillPhoneBookList(list, *book, ListedItems::All);
+    EXPECT_EQ(reinterpret_cast<HIMAGELIST>(Send(LVM_GETIMAGELIST, LVSIL_SMALL)), icons); // made once
+}
+
+TEST_F(PhoneBookListTest, EntriesOnlyLeavesGroupsAndIconsOut)
+{
+    book.AddGroup(L"Sales", {7}, 9);
+    book.AddEntry(L"Ann", L"1", L"", 7);
+    FillPhoneBookList(list, *book, ListedItems::EntriesOnly);
+    EXPECT_EQ(RowCount(list.window), 1);
+    EXPECT_EQ(Row(0).lParam, 7);
+    EXPECT_EQ(Send(LVM_GETIMAGELIST, LVSIL_SMALL), 0);
+}
+
+TEST_F(PhoneBookListTest, CollectedItemsAreTheFirstWithEachRowsIdInRowOrder)
+{
+    PhoneBookEntry* const first = book.AddEntry(L"First", L"1", L"", 7);
+    book.AddEntry(L"Second", L"2", L"", 7);
+    PhoneBookEntry* const third = book.AddEntry(L"Third", L"3", L"", 8);
+    FillPhoneBookList(list, *book, ListedItems::All);
+    Select(2);
+    Select(1);
+    EXPECT_EQ(CollectSelectedItems(list.window, *book), (std::vector<PhoneBookItem*>{first, third}));
+    EXPECT_EQ(OnlySelectedItem(list.window, *book), nullptr);
+}
+
+TEST_F(PhoneBookListTest, RowWhoseItemLeftTheBookIsSkipped)
+{
+    book.AddEntry(L"Ann", L"1", L"", 7);
+    PhoneBookEntry* const bob = book.AddEntry(L"Bob", L"2", L"", 8);
+    FillPhoneBookList(list, *book, ListedItems::All);
+    Select(-1);
+    book->Delete(0);
+    EXPECT_EQ(CollectSelectedItems(list.window, *book), std::vector<PhoneBookItem*>{bob});
+    EXPECT_EQ(OnlySelectedItem(list.window, *book), bob);
+}
+
+TEST_F(PhoneBookListTest, RowIsScrolledToTheTopFromBothSides)
+{
+    AddPeople(200);
+    FillPhoneBookList(list, *book, ListedItems::All);
+    ScrollItemToTop(list.window, 120);
+    EXPECT_EQ(TopRow(), 120);
+    ScrollItemToTop(list.window, 30);
+    EXPECT_EQ(TopRow(), 30);
+    ScrollItemToTop(list.window, 30);
+    EXPECT_EQ(TopRow(), 30);
+    ScrollItemToTop(list.window, 199); // as far as the list goes
+    EXPECT_LT(TopRow(), 199);
+    EXPECT_GT(TopRow(), 180);
+}
+
+TEST_F(PhoneBookListTest, NameIsComparedUpToItsNinetyEighthCharacter)
+{
+    AddPeople(100);
+    book.AddEntry(std::wstring(98, L'x').append(20, L'y').c_str(), L"1", L"", 500);
+    AddPeople(100);
+    FillPhoneBookList(list, *book, ListedItems::All);
+    const HWND edit = Child(L"EDIT", 0, std::wstring(50, L'X').c_str());
+    FollowTypedName(list, edit);
+    EXPECT_EQ(TopRow(), 100);
+}
+
+TEST_F(PhoneBookListTest, CaptionThatDoesNotFitWidensTheButtonToTheRightOnly)
+{
+    const HWND button = Child(L"BUTTON", 0, L"Edit a phone book with a very long caption...", 60);
+    RECT before{}, after{};
+    GetWindowRect(button, &before);
+    FitButtonToText(button);
+    GetWindowRect(button, &after);
+    EXPECT_GT(after.right, before.right + 100);
+    EXPECT_EQ(after.left, before.left);
+    EXPECT_EQ(after.top, before.top);
+    EXPECT_EQ(after.bottom, before.bottom);
+    RECT again{};
+    FitButtonToText(button);
+    GetWindowRect(button, &again);
+    EXPECT_EQ(again.right, after.right);
+}
+
+TEST_F(PhoneBookListTest, CaptionThatFitsLeavesTheButtonAlone)
+{
+    const HWND button = Child(L"BUTTON", 0, L"Edit...", 200);
+    RECT before{}, after{};
+    GetWindowRect(button, &before);
+    FitButtonToText(button);
+    GetWindowRect(button, &after);
+    EXPECT_TRUE(EqualRect(&before, &after));
+}
+
+} // namespace
+} // namespace qx
