@@ -48,6 +48,7 @@ unset LANGUAGE
 PATH=$PATH:/usr/lib/wine
 command -v wine64 >/dev/null || die "Wine is not installed: run tools/setup.sh"
 
+[[ $own_display == yes || -n ${DISPLAY-} ]] || die "--display needs a display: DISPLAY is not set"
 session=$lang
 [[ $own_display == yes ]] || session=$lang-on-display
 dir=$home/$session
@@ -135,6 +136,8 @@ prepare_prefix() {
     [[ -f $WINEPREFIX/.copied && ! $home/template.stamp -nt $WINEPREFIX/.copied ]] && return
     rm -rf "$WINEPREFIX"
     cp -a "$home/template" "$WINEPREFIX"
+    # On the user's display the window manager is there, and has its say.
+    [[ $own_display == yes ]] || sed -i 's/^"Managed"="N"/"Managed"="Y"/' "$WINEPREFIX/user.reg"
     touch "$WINEPREFIX/.copied"
 }
 
