@@ -136,11 +136,15 @@ bool UserTextKeys::Append(std::string& keys, std::wstring_view text) const
 {
     if (AppendPlain(keys, text))
         return true;
-    if (!Decide(text))
-        return false;
     const std::string key = SystemKey(text);
     keys += key;
     return !key.empty();
+}
+
+bool UserTextKeys::AppendDeciding(std::string& keys, std::wstring_view text) const
+{
+    // What the table holds decides: that needs no look of its own.
+    return AppendPlain(keys, text) || (Decide(text) && Append(keys, text));
 }
 
 // By table, without a call. False, and nothing appended, when a character is not in the table.

@@ -20,8 +20,10 @@ public:
     static bool DecideEquality(std::wstring_view text) noexcept;
 
     // Appends text's key, for byte-wise comparison. A key ends with a zero byte and holds no other: keys can be
-    // chained. False, and nothing appended, when keys do not decide for text, or the system makes none.
+    // chained. False, and nothing appended, when the system makes none.
     bool Append(std::string& keys, std::wstring_view text) const;
+    // The same, but false also when keys do not decide for text.
+    bool AppendDeciding(std::string& keys, std::wstring_view text) const;
 
 private:
     static constexpr wchar_t kFirst = 0x20;

@@ -96,7 +96,7 @@ private:
     bool TakeKey(KeyedItem& keyed, std::wstring_view text)
     {
         const std::size_t offset = keys_.size();
-        const bool taken = textKeys_.Append(keys_, text);
+        const bool taken = textKeys_.AppendDeciding(keys_, text);
         keyed.offset = Narrow(offset);
         keyed.bytes = Narrow(keys_.size() - offset);
         return taken;

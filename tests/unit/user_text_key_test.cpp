@@ -177,6 +177,22 @@ TEST(UserTextKeys, AChainOfKeysOrdersByTheFirstThenTheSecond)
     EXPECT_NE(chain(L"a", L"b"), chain(L"ab", L""));
 }
 
+TEST(UserTextKeys, AreMadeOnRequestOnlyOfTextsForWhichTheyDecide)
+{
+    const UserTextKeys keys;
+    std::string any;
+    EXPECT_TRUE(keys.Append(any, L"Αθήνα"));
+    std::string deciding;
+    EXPECT_FALSE(keys.AppendDeciding(deciding, L"Αθήνα"));
+    EXPECT_EQ(deciding, "");
+    for (const wchar_t* const text : {L"Ann", L"Änn", L""}) {
+        deciding.clear();
+        any.clear();
+        EXPECT_TRUE(keys.AppendDeciding(deciding, text) && keys.Append(any, text));
+        EXPECT_EQ(deciding, any);
+    }
+}
+
 TEST(UserTextKeys, LongTextsHaveKeysToo)
 {
     const UserTextKeys keys;
