@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <winspool.h>
 
 namespace qx::test {
 namespace {
@@ -261,6 +262,38 @@ TEST_F(HelpOnControls, OfADialogsOwnSurfaceIsNone)
         SendMessageW(dialog, WM_CONTEXTMENU, reinterpret_cast<WPARAM>(dialog), MAKELPARAM(corner.x, corner.y));
     });
     EXPECT_TRUE(PagesShown().empty());
+}
+
+// Whether a session puts the user's help file into the temporary folder. emptied: printer data that is made empty.
+bool SessionUnpacksHelp(SessionOptions options, std::wstring emptied = {})
+{
+    const fs::path help = fs::temp_directory_path() / UsersHelpFile();
+    fs::remove(help);
+    SendFaxSession session(std::move(options));
+    wchar_t empty[] = L"";
+    if (!emptied.empty())
+        SetPrinterDataW(session.PrinterHandle(), emptied.data(), REG_SZ, reinterpret_cast<BYTE*>(empty), sizeof empty);
+    session.Start();
+    session.Cancel();
+    return fs::exists(help);
+}
+
+TEST(HelpOfASession, IsUnpackedWhenThePrinterNamesCabinetAndHelpFile) { EXPECT_TRUE(SessionUnpacksHelp({})); }
+
+TEST(HelpOfASession, IsNotUnpackedWithoutCabinetName)
+{
+    SessionOptions missing;
+    missing.printer.helpCabinet = std::nullopt;
+    EXPECT_FALSE(SessionUnpacksHelp(missing));
+    EXPECT_FALSE(SessionUnpacksHelp({}, L"HelpCabName"));
+}
+
+TEST(HelpOfASession, IsNotUnpackedWithoutHelpFileName)
+{
+    SessionOptions missing;
+    missing.printer.helpFile = std::nullopt;
+    EXPECT_FALSE(SessionUnpacksHelp(missing));
+    EXPECT_FALSE(SessionUnpacksHelp({}, L"GPDHelpFileName"));
 }
 
 class WithoutHelp : public HelpOnControls {
