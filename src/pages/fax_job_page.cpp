@@ -5,6 +5,7 @@
 #include "entry/fax_job_data.h"
 #include "pages/cover_page.h"
 #include "pages/recipient_rules.h"
+#include "pages/sheet_page.h"
 #include "phonebook/phone_book.h"
 #include "phonebook/recent_list.h"
 #include "phonebook/ui/add_recipients_dialog.h"
@@ -530,8 +531,7 @@ INT_PTR Send(FaxJobPage& page)
         SaveFaxJobPage(page);
         return Answer(page.dialog, PSNRET_NOERROR);
     }
-    // Not every sheet asks the page where to start. Posted: the sheet first turns to this page and moves the focus.
-    PostMessageW(GetAncestor(page.dialog, GA_ROOT), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(ErrorFocus(page)), TRUE);
+    FocusAfterRefusal(ErrorFocus(page));
     return Answer(page.dialog, PSNRET_INVALID);
 }
 

@@ -119,7 +119,7 @@ void EditPhoneBook(SetupPage& page)
 INT_PTR Apply(SetupPage& page)
 {
     if (!ValidateSetupPage(page)) {
-        TurnToField(page.dialog, page.errorField);
+        FocusAfterRefusal(page.errorField);
         return Answer(page.dialog, PSNRET_INVALID);
     }
     SaveSetupPage(page);

@@ -5,8 +5,11 @@
 
 namespace qx {
 
-// After a refused Send: the sheet turns to page, and field gets the focus with all its text selected. Happens when the
-// caller has returned to the sheet; not every sheet does it by itself or asks the page where to start.
-void TurnToField(HWND page, HWND field) noexcept;
+// After a refused Send: field gets the focus with all its text selected. Posted, since the sheet first turns to the
+// page and moves the focus itself; and not every sheet asks the page where to start.
+inline void FocusAfterRefusal(HWND field) noexcept
+{
+    PostMessageW(GetAncestor(field, GA_ROOT), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(field), TRUE);
+}
 
 } // namespace qx

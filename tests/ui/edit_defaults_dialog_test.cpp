@@ -1,0 +1,95 @@
+#include "entry/fax_job_data.h"
+#include "pages/edit_defaults_dialog.h"
+#include "res/edit_defaults_ids.h"
+#include "settings/device_state.h"
+#include "settings/registry.h"
+#include "support/test_printer.h"
+#include "support/ui_conversation.h"
+
+#include <gtest/gtest.h>
+#include <optional>
+
+namespace qx {
+namespace {
+
+using namespace test;
+
+// The dialog alone: what it does to the working copy that its opener keeps.
+class EditDefaultsDialogTest : public ::testing::Test {
+protected:
+    EditDefaultsDialogTest()
+    {
+        ReadDeviceState(Defaults(), printer.Handle());
+        dialog.printer = printer.Handle();
+        dialog.defaults = &Defaults();
+    }
+    ~EditDefaultsDialogTest() override { CloseKeys(KeySetOf(Defaults())); }
+
+    FaxJobData& Defaults() { return defaults.Get(); }
+
+    host::UiDriver& Open()
+    {
+        conversation.emplace([this] { answer = ShowEditDefaults(nullptr, dialog); });
+        conversation->Ui().WaitForControl(IDC_APPLY_DEFAULTS);
+        return conversation->Ui();
+    }
+
+    void Press(int button)
+    {
+        conversation->Ui().Press(button);
+        conversation->End();
+    }
+
+    TestPrinter printer;
+    OwnedFaxJobData defaults;
+    EditDefaultsDialog dialog;
+    INT_PTR answer = 0;
+    std::optional<UiConversation> conversation;
+};
+
+TEST_F(EditDefaultsDialogTest, OkOnAFirstUseTellsThatTheseAreTheFirstDefaults)
+{
+    Defaults().PrinterHandle = nullptr;
+    Open().Type(IDC_SENDER_NAME, L"Ann Lee");
+    EXPECT_EQ(Defaults().DefaultsSaved, 1u);
+    EXPECT_EQ(Defaults().SenderName, nullptr); // the working copy waits for OK
+    Press(IDOK);
+    EXPECT_EQ(answer, IDOK);
+    EXPECT_EQ(Defaults().DefaultsSaved, 1u);
+    EXPECT_STREQ(Defaults().SenderName, L"Ann Lee");
+    EXPECT_EQ(Defaults().PrinterHandle, printer.Handle());
+
+    Open();
+    EXPECT_EQ(Defaults().DefaultsSaved, 0u); // they are stored now
+    Press(IDOK);
+}
+
+TEST_F(EditDefaultsDialogTest, CancelOnAFirstUseClearsIt)
+{
+    Open();
+    EXPECT_EQ(Defaults().DefaultsSaved, 1u);
+    Press(IDCANCEL);
+    EXPECT_EQ(answer, IDCANCEL);
+    EXPECT_EQ(Defaults().DefaultsSaved, 0u);
+}
+
+TEST_F(EditDefaultsDialogTest, EscapeCancels)
+{
+    Open().PressKey(VK_ESCAPE);
+    conversation->End();
+    EXPECT_EQ(answer, IDCANCEL);
+    EXPECT_EQ(Defaults().DefaultsSaved, 0u);
+}
+
+TEST_F(EditDefaultsDialogTest, ANumberThatNoButtonStandsForChecksNone)
+{
+    Defaults().Resolution = 7;
+    host::UiDriver& ui = Open();
+    for (const int button : {IDC_STANDARD, IDC_FINE, IDC_SUPERFINE})
+        EXPECT_FALSE(ui.IsChecked(button)) << button;
+    Press(IDOK);
+    EXPECT_EQ(Defaults().Resolution, 0u);
+}
+
+} // namespace
+} // namespace qx
