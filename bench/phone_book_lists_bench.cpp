@@ -120,13 +120,13 @@ private:
         return static_cast<int>(SendMessageW(list_, LVM_GETNEXTITEM, static_cast<WPARAM>(row), LVNI_SELECTED));
     }
 
-    HWND parent_ = CreateWindowExW(0, L"#32770", L"", WS_POPUP, 0, 0, 600, 400, nullptr, nullptr, ModuleInstance(),
-                                   nullptr);
-    HWND list_ = CreateWindowExW(0, WC_LISTVIEWW, L"", WS_CHILD | WS_VISIBLE | LVS_REPORT | LVS_SHOWSELALWAYS, 0, 0, 400,
-                                 300, parent_, nullptr, ModuleInstance(), nullptr);
+    HWND parent_ =
+        CreateWindowExW(0, L"#32770", L"", WS_POPUP, 0, 0, 600, 400, nullptr, nullptr, ModuleInstance(), nullptr);
+    HWND list_ = CreateWindowExW(0, WC_LISTVIEWW, L"", WS_CHILD | WS_VISIBLE | LVS_REPORT | LVS_SHOWSELALWAYS, 0, 0,
+                                 400, 300, parent_, nullptr, ModuleInstance(), nullptr);
 };
 
-// ---- a dialog, cancelled as soon as it waits for the user ------------------------------------------------------------
+// ---- a dialog, cancelled as soon as it waits for the user -----------------------------------------------------------
 
 LRESULT CALLBACK OwnerProcedure(HWND window, UINT message, WPARAM w, LPARAM l)
 {
@@ -238,8 +238,8 @@ void CompareKeystrokes(Benchmark& benchmark, DWORD items)
     const BareList bare;
     PhoneBookList list{.window = bare.Window(), .rows = {}};
     FillPhoneBookList(list, **book, ListedItems::All);
-    const HWND edit = CreateWindowExW(0, L"EDIT", L"", WS_CHILD, 0, 0, 50, 20, bare.Parent(), nullptr,
-                                      ModuleInstance(), nullptr);
+    const HWND edit =
+        CreateWindowExW(0, L"EDIT", L"", WS_CHILD, 0, 0, 50, 20, bare.Parent(), nullptr, ModuleInstance(), nullptr);
     const auto compare = [&](const char* what, const std::wstring& typed) {
         const auto prepare = [&] {
             ScrollItemToTop(bare.Window(), 0);

@@ -97,8 +97,9 @@ TEST(AddRecipients, GroupAndOneOfItsMembersTogetherGiveTheMemberTwice)
     ui.Press(IDOK);
     EXPECT_EQ(NamesIn(ui, IDC_RECIPIENTS), (Names{L"Ann", L"Cat", L"Ann"}));
     session.Send();
-    EXPECT_EQ(session.Recipients(), (std::vector<Recipient>{
-                                        {L"Ann", L"111", L"Acme"}, {L"Cat", L"333", L"Cats"}, {L"Ann", L"111", L"Acme"}}));
+    EXPECT_EQ(
+        session.Recipients(),
+        (std::vector<Recipient>{{L"Ann", L"111", L"Acme"}, {L"Cat", L"333", L"Cats"}, {L"Ann", L"111", L"Acme"}}));
     EXPECT_EQ(session.Record().RecipientCount, 3);
 }
 
@@ -278,8 +279,8 @@ TEST(AddRecipients, WhatWasChosenOutlivesTheEntryInThePhoneBook)
     EXPECT_FALSE(ui.IsEnabled(IDC_PICK_TO));
     ui.Press(IDOK);
     session.Send();
-    EXPECT_EQ(session.Recipients(), (std::vector<Recipient>{
-                                        {L"Ann", L"111", L"Acme"}, {L"Bob", L"222", L""}, {L"Cat", L"333", L"Cats"}}));
+    EXPECT_EQ(session.Recipients(),
+              (std::vector<Recipient>{{L"Ann", L"111", L"Acme"}, {L"Bob", L"222", L""}, {L"Cat", L"333", L"Cats"}}));
 }
 
 TEST(AddRecipients, CancelledEditsAreGoneFromTheListWhichIsSortedNow)

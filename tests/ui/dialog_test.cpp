@@ -31,9 +31,15 @@ void Initialize(Probe& probe)
         SetFocus(GetDlgItem(probe.dialog, IDC_ENTRY_COMPANY));
 }
 
-std::span<const Route<Probe>> RoutesOf(const Probe&) { return kRoutes; }
+std::span<const Route<Probe>> RoutesOf(const Probe&)
+{
+    return kRoutes;
+}
 
-INT_PTR HandleOther(Probe&, UINT message, WPARAM, LPARAM) { return message == WM_APP; }
+INT_PTR HandleOther(Probe&, UINT message, WPARAM, LPARAM)
+{
+    return message == WM_APP;
+}
 
 class DialogTest : public ::testing::Test {
 protected:

@@ -20,10 +20,7 @@ using Names = std::vector<std::wstring>;
 
 BookText Acquaintances()
 {
-    return BookText()
-        .Entry(1, L"Ann", L"111", L"Acme")
-        .Entry(2, L"Bob", L"222")
-        .Group(4, L"Sales", {2});
+    return BookText().Entry(1, L"Ann", L"111", L"Acme").Entry(2, L"Bob", L"222").Group(4, L"Sales", {2});
 }
 
 void ExpectBookIsFull(const BoxContents& box)

@@ -15,7 +15,10 @@ namespace {
 using host::UiDriver;
 using Names = std::vector<std::wstring>;
 
-BookText Acquaintances() { return BookText().Entry(1, L"Bob", L"222").Entry(2, L"Ann", L"111"); }
+BookText Acquaintances()
+{
+    return BookText().Entry(1, L"Bob", L"222").Entry(2, L"Ann", L"111");
+}
 
 struct Pipe {
     HANDLE read = nullptr, write = nullptr;
@@ -153,12 +156,28 @@ TEST(PhoneBookChanged, EditThatAReloadOvertookReplacesTheEntryOfThatId)
     UiDriver& ui = session.OpenEditor();
     ui.SelectRows(IDC_BOOK_LIST, {1}); // Ann
     ui.Press(IDC_BOOK_EDIT);
-    session.WritePhoneBook(
-        BookText().Entry(2, L"Ann", L"111").Entry(3, L"Amy", L"3").Entry(1, L"Bob", L"222").Text());
+    session.WritePhoneBook(BookText().Entry(2, L"Ann", L"111").Entry(3, L"Amy", L"3").Entry(1, L"Bob", L"222").Text());
     BroadcastPhoneBookChanged();
     ui.Type(IDC_ENTRY_NAME, L"Zoe");
     ui.Press(IDOK);
     EXPECT_EQ(NamesIn(ui, IDC_BOOK_LIST), (Names{L"Amy", L"Bob", L"Zoe"}));
+}
+
+// Two programs that add at the same time draw the same id.
+TEST(PhoneBookChanged, NewEntryNeverSharesItsIdWithOneThatAReloadBrought)
+{
+    PhoneBookSession session(BookText().Entry(1, L"Bob", L"222"));
+    UiDriver& ui = session.OpenEditor();
+    ui.Press(IDC_BOOK_ADD_ENTRY);
+    session.WritePhoneBook(BookText().Entry(1, L"Bob", L"222").Entry(2, L"Amy", L"3").Text());
+    BroadcastPhoneBookChanged();
+    ui.Type(IDC_ENTRY_NAME, L"Zoe");
+    ui.Type(IDC_ENTRY_FAX_NUMBER, L"5");
+    ui.Press(IDOK);
+    ASSERT_EQ(NamesIn(ui, IDC_BOOK_LIST), (Names{L"Amy", L"Bob", L"Zoe"}));
+    ui.SelectRows(IDC_BOOK_LIST, {2});
+    ui.Press(IDC_BOOK_EDIT);
+    EXPECT_EQ(ui.Text(IDC_ENTRY_NAME), L"Zoe");
 }
 
 } // namespace

@@ -74,7 +74,7 @@ void Reload(AddRecipientsContext& picker)
     FillBookList(picker);
 }
 
-// ---- start-up ----
+// ---- start-up -----------------------------------------------------------------------------------------------------
 
 void SetUpLists(AddRecipientsContext& picker)
 {
@@ -91,7 +91,7 @@ void TakeRecipients(AddRecipientsContext& picker)
         picker.ChosenRecipients.push_back(AsEntry(recipient));
 }
 
-// ---- commands ----
+// ---- commands -----------------------------------------------------------------------------------------------------
 
 void FollowTyping(AddRecipientsContext& picker)
 {
@@ -162,7 +162,10 @@ void Accept(AddRecipientsContext& picker)
     EndDialog(picker.dialog, IDOK);
 }
 
-void Cancel(AddRecipientsContext& picker) { EndDialog(picker.dialog, IDCANCEL); }
+void Cancel(AddRecipientsContext& picker)
+{
+    EndDialog(picker.dialog, IDCANCEL);
+}
 
 constexpr Route<AddRecipientsContext> kRoutes[] = {
     {IDC_PICK_TYPED, EN_CHANGE, FollowTyping},
@@ -189,7 +192,10 @@ static void Initialize(AddRecipientsContext& picker)
     FitButtonToText(GetDlgItem(picker.dialog, IDC_PICK_EDIT_BOOK));
 }
 
-static std::span<const Route<AddRecipientsContext>> RoutesOf(const AddRecipientsContext&) { return kRoutes; }
+static std::span<const Route<AddRecipientsContext>> RoutesOf(const AddRecipientsContext&)
+{
+    return kRoutes;
+}
 
 static INT_PTR HandleOther(AddRecipientsContext& picker, UINT message, WPARAM w, LPARAM l)
 {
@@ -200,8 +206,14 @@ static INT_PTR HandleOther(AddRecipientsContext& picker, UINT message, WPARAM w,
     return AnswerHelp(picker, picker.dialog, message, w, l, kControls);
 }
 
-INT_PTR ShowAddRecipients(HWND owner, AddRecipientsContext& context) { return ShowModal(kTemplate, owner, context); }
+INT_PTR ShowAddRecipients(HWND owner, AddRecipientsContext& context)
+{
+    return ShowModal(kTemplate, owner, context);
+}
 
-std::span<const Control> AddRecipientsControls() noexcept { return kControls; }
+std::span<const Control> AddRecipientsControls() noexcept
+{
+    return kControls;
+}
 
 } // namespace qx

@@ -70,8 +70,14 @@ void ShowGroup(DetailsContext& details, const PhoneBookGroup& group)
     SetFocus(members);
 }
 
-void Accept(DetailsContext& details) { EndDialog(details.dialog, IDOK); }
-void Cancel(DetailsContext& details) { EndDialog(details.dialog, IDCANCEL); }
+void Accept(DetailsContext& details)
+{
+    EndDialog(details.dialog, IDOK);
+}
+void Cancel(DetailsContext& details)
+{
+    EndDialog(details.dialog, IDCANCEL);
+}
 
 constexpr Route<DetailsContext> kRoutes[] = {
     {IDOK, BN_CLICKED, Accept},
@@ -86,9 +92,15 @@ void Initialize(DetailsContext& details)
         ShowEntry(details, *AsEntry(&details.item));
 }
 
-std::span<const Route<DetailsContext>> RoutesOf(const DetailsContext&) { return kRoutes; }
+std::span<const Route<DetailsContext>> RoutesOf(const DetailsContext&)
+{
+    return kRoutes;
+}
 
-INT_PTR HandleOther(DetailsContext&, UINT, WPARAM, LPARAM) { return FALSE; }
+INT_PTR HandleOther(DetailsContext&, UINT, WPARAM, LPARAM)
+{
+    return FALSE;
+}
 
 } // namespace
 
@@ -98,7 +110,13 @@ INT_PTR ShowItemDetails(HWND owner, const TextOwner& texts, const PhoneBook& boo
     return ShowModal(item.IsGroup() ? kGroupTemplate : kEntryTemplate, owner, details);
 }
 
-std::span<const Control> EntryDetailsControls() noexcept { return kEntryControls; }
-std::span<const Control> GroupDetailsControls() noexcept { return kGroupControls; }
+std::span<const Control> EntryDetailsControls() noexcept
+{
+    return kEntryControls;
+}
+std::span<const Control> GroupDetailsControls() noexcept
+{
+    return kGroupControls;
+}
 
 } // namespace qx

@@ -69,7 +69,10 @@ void RefreshButtons(EditPhoneBookContext& editor)
     EnableControl(editor.dialog, IDC_BOOK_DELETE, on.remove);
 }
 
-void Refill(EditPhoneBookContext& editor) { FillPhoneBookList(editor.list, editor.book, ListedItems::All); }
+void Refill(EditPhoneBookContext& editor)
+{
+    FillPhoneBookList(editor.list, editor.book, ListedItems::All);
+}
 
 void SortAndRefill(EditPhoneBookContext& editor)
 {
@@ -84,7 +87,7 @@ void SortAndShow(EditPhoneBookContext& editor, const PhoneBookItem* item)
     ShowRowOf(editor.list, item);
 }
 
-// ---- add ----
+// ---- add ----------------------------------------------------------------------------------------------------------
 
 bool RefuseWhenFull(EditPhoneBookContext& editor)
 {
@@ -94,15 +97,22 @@ bool RefuseWhenFull(EditPhoneBookContext& editor)
     return true;
 }
 
+template <class Item> void TakeNewItem(EditPhoneBookContext& editor, Item* item)
+{
+    // A reload under the open dialog may have brought another program's item with the id that was drawn for this one.
+    if (editor.book.FindItem(item->GetId()) != nullptr)
+        item->SetId(editor.book.NextId());
+    editor.book.Add(item);
+    SortAndShow(editor, item);
+}
+
 void AddEntry(EditPhoneBookContext& editor)
 {
     if (RefuseWhenFull(editor))
         return;
     EntryDialogContext context(editor, editor.book, nullptr);
     if (ShowEntryDialog(editor.dialog, context) == IDOK) {
-        PhoneBookEntry* const entry = context.made.release();
-        editor.book.Add(entry);
-        SortAndShow(editor, entry);
+        TakeNewItem(editor, context.made.release());
     }
     RefreshButtons(editor);
 }
@@ -114,13 +124,11 @@ void AddGroup(EditPhoneBookContext& editor)
         return;
     GroupDialogContext context(editor, editor.book, nullptr);
     if (ShowGroupDialog(editor.dialog, context) == IDOK) {
-        PhoneBookGroup* const group = context.working.release();
-        editor.book.Add(group);
-        SortAndShow(editor, group);
+        TakeNewItem(editor, context.working.release());
     }
 }
 
-// ---- edit, details, delete ----
+// ---- edit, details, delete ----------------------------------------------------------------------------------------
 
 bool EditItem(EditPhoneBookContext& editor, PhoneBookItem* item)
 {
@@ -179,7 +187,7 @@ void DeleteSelected(EditPhoneBookContext& editor)
     RefreshButtons(editor);
 }
 
-// ---- import and export ----
+// ---- import and export --------------------------------------------------------------------------------------------
 
 ImportExportBlock BlockOf(EditPhoneBookContext& editor)
 {
@@ -227,7 +235,7 @@ void Export(EditPhoneBookContext& editor)
     RefreshButtons(editor);
 }
 
-// ---- list, end ----
+// ---- list, end ----------------------------------------------------------------------------------------------------
 
 void FollowTyping(EditPhoneBookContext& editor)
 {
@@ -241,7 +249,10 @@ void Accept(EditPhoneBookContext& editor)
     EndDialog(editor.dialog, IDOK);
 }
 
-void Cancel(EditPhoneBookContext& editor) { EndDialog(editor.dialog, IDCANCEL); }
+void Cancel(EditPhoneBookContext& editor)
+{
+    EndDialog(editor.dialog, IDCANCEL);
+}
 
 void Reload(EditPhoneBookContext& editor)
 {
@@ -277,7 +288,10 @@ static void Initialize(EditPhoneBookContext& editor)
     RefreshButtons(editor);
 }
 
-static std::span<const Route<EditPhoneBookContext>> RoutesOf(const EditPhoneBookContext&) { return kRoutes; }
+static std::span<const Route<EditPhoneBookContext>> RoutesOf(const EditPhoneBookContext&)
+{
+    return kRoutes;
+}
 
 static INT_PTR HandleOther(EditPhoneBookContext& editor, UINT message, WPARAM w, LPARAM l)
 {
@@ -288,8 +302,14 @@ static INT_PTR HandleOther(EditPhoneBookContext& editor, UINT message, WPARAM w,
     return AnswerHelp(editor, editor.dialog, message, w, l, kControls);
 }
 
-INT_PTR ShowEditPhoneBook(HWND owner, EditPhoneBookContext& context) { return ShowModal(kTemplate, owner, context); }
+INT_PTR ShowEditPhoneBook(HWND owner, EditPhoneBookContext& context)
+{
+    return ShowModal(kTemplate, owner, context);
+}
 
-std::span<const Control> EditPhoneBookControls() noexcept { return kControls; }
+std::span<const Control> EditPhoneBookControls() noexcept
+{
+    return kControls;
+}
 
 } // namespace qx

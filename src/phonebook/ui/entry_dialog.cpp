@@ -47,11 +47,17 @@ constexpr ControlTable kAddControls = ControlsWith({.name = 15710, .faxNumber = 
 constexpr ControlTable kEditControls = ControlsWith({.name = 15720, .faxNumber = 15721, .company = 15722});
 static_assert(IdsAreUnique(kAddControls.rows));
 
-HWND ControlOf(const EntryDialogContext& entry, int id) noexcept { return GetDlgItem(entry.dialog, id); }
+HWND ControlOf(const EntryDialogContext& entry, int id) noexcept
+{
+    return GetDlgItem(entry.dialog, id);
+}
 
-std::wstring TypedText(const EntryDialogContext& entry, int id) { return WindowText(ControlOf(entry, id), kNameLimit); }
+std::wstring TypedText(const EntryDialogContext& entry, int id)
+{
+    return WindowText(ControlOf(entry, id), kNameLimit);
+}
 
-// ---- start-up ----
+// ---- start-up -----------------------------------------------------------------------------------------------------
 
 void MakeEntry(EntryDialogContext& context)
 {
@@ -67,7 +73,7 @@ void ShowEntry(EntryDialogContext& context)
     SetWindowTextW(ControlOf(context, IDC_ENTRY_COMPANY), ToShown(context.entry->Company()));
 }
 
-// ---- commands ----
+// ---- commands -----------------------------------------------------------------------------------------------------
 
 bool IsComplete(const EntryDialogContext& context) noexcept
 {
@@ -102,7 +108,10 @@ void Accept(EntryDialogContext& context)
     EndDialog(context.dialog, IDOK);
 }
 
-void Cancel(EntryDialogContext& context) { EndDialog(context.dialog, IDCANCEL); }
+void Cancel(EntryDialogContext& context)
+{
+    EndDialog(context.dialog, IDCANCEL);
+}
 
 constexpr Route<EntryDialogContext> kRoutes[] = {
     {IDC_ENTRY_NAME, EN_CHANGE, RefreshOk},
@@ -123,15 +132,24 @@ static void Initialize(EntryDialogContext& context)
     RefreshOk(context);
 }
 
-static std::span<const Route<EntryDialogContext>> RoutesOf(const EntryDialogContext&) { return kRoutes; }
+static std::span<const Route<EntryDialogContext>> RoutesOf(const EntryDialogContext&)
+{
+    return kRoutes;
+}
 
 static INT_PTR HandleOther(EntryDialogContext& context, UINT message, WPARAM w, LPARAM l)
 {
     return AnswerHelp(context, context.dialog, message, w, l, EntryControls(context.adds));
 }
 
-INT_PTR ShowEntryDialog(HWND owner, EntryDialogContext& context) { return ShowModal(kTemplate, owner, context); }
+INT_PTR ShowEntryDialog(HWND owner, EntryDialogContext& context)
+{
+    return ShowModal(kTemplate, owner, context);
+}
 
-std::span<const Control> EntryControls(bool adds) noexcept { return adds ? kAddControls.rows : kEditControls.rows; }
+std::span<const Control> EntryControls(bool adds) noexcept
+{
+    return adds ? kAddControls.rows : kEditControls.rows;
+}
 
 } // namespace qx

@@ -53,7 +53,7 @@ int MemberCount(const GroupDialogContext& group) noexcept
     return static_cast<int>(group.working->MemberIds().size());
 }
 
-// ---- what is enabled ----
+// ---- what is enabled ----------------------------------------------------------------------------------------------
 
 void RefreshButtons(GroupDialogContext& group)
 {
@@ -75,7 +75,7 @@ void RefreshOk(GroupDialogContext& group)
     EnableControl(group.dialog, IDOK, IsComplete(group));
 }
 
-// ---- start-up ----
+// ---- start-up -----------------------------------------------------------------------------------------------------
 
 void FillMembers(GroupDialogContext& group)
 {
@@ -98,7 +98,7 @@ void SetUpLists(GroupDialogContext& group)
     FillPhoneBookList(group.entries, group.book, ListedItems::EntriesOnly);
 }
 
-// ---- commands ----
+// ---- commands -----------------------------------------------------------------------------------------------------
 
 void FollowTyping(GroupDialogContext& group)
 {
@@ -156,7 +156,10 @@ void Accept(GroupDialogContext& group)
     EndDialog(group.dialog, IDOK);
 }
 
-void Cancel(GroupDialogContext& group) { EndDialog(group.dialog, IDCANCEL); }
+void Cancel(GroupDialogContext& group)
+{
+    EndDialog(group.dialog, IDCANCEL);
+}
 
 constexpr Route<GroupDialogContext> kRoutes[] = {
     {IDC_GROUP_TYPED, EN_CHANGE, FollowTyping},
@@ -187,15 +190,24 @@ static void Initialize(GroupDialogContext& group)
     RefreshOk(group);
 }
 
-static std::span<const Route<GroupDialogContext>> RoutesOf(const GroupDialogContext&) { return kRoutes; }
+static std::span<const Route<GroupDialogContext>> RoutesOf(const GroupDialogContext&)
+{
+    return kRoutes;
+}
 
 static INT_PTR HandleOther(GroupDialogContext& group, UINT message, WPARAM w, LPARAM l)
 {
     return AnswerHelp(group, group.dialog, message, w, l, kControls);
 }
 
-INT_PTR ShowGroupDialog(HWND owner, GroupDialogContext& context) { return ShowModal(kTemplate, owner, context); }
+INT_PTR ShowGroupDialog(HWND owner, GroupDialogContext& context)
+{
+    return ShowModal(kTemplate, owner, context);
+}
 
-std::span<const Control> GroupControls() noexcept { return kControls; }
+std::span<const Control> GroupControls() noexcept
+{
+    return kControls;
+}
 
 } // namespace qx

@@ -13,7 +13,10 @@ namespace {
 
 constexpr std::size_t kMostMembers = kMaxRecipients;
 
-bool IsFull(const PhoneBookGroup& group) noexcept { return group.MemberIds().size() >= kMostMembers; }
+bool IsFull(const PhoneBookGroup& group) noexcept
+{
+    return group.MemberIds().size() >= kMostMembers;
+}
 
 } // namespace
 

@@ -87,7 +87,7 @@ void AppendRow(HWND list, const wchar_t* text) noexcept
     SendMessageW(list, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
 }
 
-// ---- start-up ------------------------------------------------------------------------------------------------------
+// ---- start-up -----------------------------------------------------------------------------------------------------
 
 void SetUpList(const TextOwner& owner, HWND list, std::span<const Column> columns)
 {
@@ -136,7 +136,7 @@ void ShowFileName(const MapCustomFieldsContext& context)
     SetWindowTextW(control, context.fileName.c_str());
 }
 
-// ---- commands ------------------------------------------------------------------------------------------------------
+// ---- commands -----------------------------------------------------------------------------------------------------
 
 void SelectionChanged(MapCustomFieldsContext& context)
 {
@@ -193,7 +193,7 @@ void Cancel(MapCustomFieldsContext& context)
     EndDialog(context.dialog, IDCANCEL);
 }
 
-// ---- messages ------------------------------------------------------------------------------------------------------
+// ---- messages -----------------------------------------------------------------------------------------------------
 
 constexpr Route<MapCustomFieldsContext> kRoutes[] = {
     {IDC_MAP_SOURCE_FIELDS, static_cast<UINT>(LVN_ITEMCHANGED), SelectionChanged},

@@ -2,10 +2,10 @@
 
 #include "base/dialog.h"
 #include "base/module.h"
-#include "text/controls.h"
 #include "phonebook/phone_book.h"
 #include "phonebook/ui/typed_prefix.h"
 #include "res/bitmaps_ids.h"
+#include "text/controls.h"
 
 #include <algorithm>
 #include <array>
@@ -19,7 +19,7 @@ namespace {
 constexpr int kReferenceDpi = 96;
 constexpr int kIconPixels = 16;
 constexpr COLORREF kIconBackground = RGB(255, 0, 255);
-constexpr std::size_t kComparedNameUnits = 98; // of a row, when it is compared with what was typed
+constexpr std::size_t kComparedNameUnits = 98;                     // of a row, when it is compared with what was typed
 constexpr std::array<Text, 3> kHeadings{{{1104}, {5269}, {6216}}}; // no built-in texts: empty without the library
 
 // Inserting row by row into a list that redraws takes a hundred times as long.
@@ -69,7 +69,7 @@ void TraceFailure(int succeeded, const wchar_t* call)
         OutputDebugStringW((std::wstring(L"Fitting a button to its caption: no ") + call + L".\n").c_str());
 }
 
-// ---- rows ----
+// ---- rows ---------------------------------------------------------------------------------------------------------
 
 void SetCell(HWND list, int row, int column, const wchar_t* text) noexcept
 {
@@ -128,7 +128,7 @@ DWORD IdOfRow(HWND list, int row) noexcept
     return static_cast<DWORD>(line.lParam);
 }
 
-// ---- keys ----
+// ---- keys ---------------------------------------------------------------------------------------------------------
 
 void SelectAllRows(HWND list) noexcept
 {
@@ -171,8 +171,8 @@ bool AnswerKey(HWND list, ListKeys keys, WPARAM key) noexcept
 bool ClaimsEnter(HWND list, ListKeys keys, LPARAM question) noexcept
 {
     const auto* const message = reinterpret_cast<const MSG*>(question);
-    return message != nullptr && message->message == WM_KEYDOWN && message->wParam == VK_RETURN &&
-           keys.activate != 0 && SelectedCount(list) > 0;
+    return message != nullptr && message->message == WM_KEYDOWN && message->wParam == VK_RETURN && keys.activate != 0 &&
+           SelectedCount(list) > 0;
 }
 
 LRESULT CALLBACK ListProcedure(HWND list, UINT message, WPARAM w, LPARAM l) noexcept
@@ -217,8 +217,7 @@ void AnswerKeys(HWND list, ListKeys keys)
 void SetUpPhoneBookList(const TextOwner& texts, HWND list, int columnWidth, ListKeys keys)
 {
     SetWindowLongPtrW(list, GWL_STYLE, GetWindowLongPtrW(list, GWL_STYLE) | LVS_SHOWSELALWAYS);
-    SendMessageW(list, LVM_SETEXTENDEDLISTVIEWSTYLE,
-                 LVS_EX_FULLROWSELECT | LVS_EX_GRIDLINES | LVS_EX_SUBITEMIMAGES,
+    SendMessageW(list, LVM_SETEXTENDEDLISTVIEWSTYLE, LVS_EX_FULLROWSELECT | LVS_EX_GRIDLINES | LVS_EX_SUBITEMIMAGES,
                  LVS_EX_FULLROWSELECT | LVS_EX_GRIDLINES);
     LVCOLUMNW column{};
     column.mask = LVCF_FMT | LVCF_WIDTH | LVCF_TEXT | LVCF_SUBITEM;
@@ -325,9 +324,9 @@ void FitButtonToText(HWND button)
     {
         // The button's font is not selected: the measure stays on the wide side.
         const WindowDc dc(button);
-        TraceFailure(DrawTextW(dc.Get(), caption.c_str(), -1, &needed,
-                               DT_SINGLELINE | DT_CENTER | DT_NOCLIP | DT_CALCRECT),
-                     L"text measure");
+        TraceFailure(
+            DrawTextW(dc.Get(), caption.c_str(), -1, &needed, DT_SINGLELINE | DT_CENTER | DT_NOCLIP | DT_CALCRECT),
+            L"text measure");
     }
     const int missing = Width(needed) - Width(client);
     if (missing <= 0)

@@ -14,7 +14,7 @@ class PhoneBook;
 struct RecipientPicks {
     std::vector<const PhoneBookEntry*> entries; // new recipients; one that was chosen before is there again
     std::vector<const PhoneBookItem*> used;     // recently used from now on: a group itself, not its members
-    bool tooMany = false;                       // an item would have passed the limit; it and all behind it are left out
+    bool tooMany = false; // an item would have passed the limit; it and all behind it are left out
 };
 
 // Groups are replaced by those of their members that the book still has. A group whose member ids would pass the limit
