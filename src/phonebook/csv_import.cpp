@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <array>
 #include <new>
-#include <optional>
 
 namespace qx {
 
@@ -25,7 +24,7 @@ public:
             return;
         PhoneBookEntry& entry = MakeEntry(row);
         // An invalid row is tested for being a duplicate all the same, and may count as both.
-        const auto keys = held_.KeysOf(entry);
+        const DuplicateIndex::Keys keys = held_.KeysOf(entry);
         if (held_.HoldsSame(entry, keys))
             Refuse(outcome_.duplicates);
         else if (!invalid)
@@ -53,7 +52,7 @@ private:
         return *unused_;
     }
 
-    void Add(PhoneBookEntry& entry, const std::optional<DuplicateIndex::Keys>& keys)
+    void Add(PhoneBookEntry& entry, const DuplicateIndex::Keys& keys)
     {
         if (book_.GetCount() >= kMaxPhoneBookItems) {
             outcome_.status = ImportExportStatus::BookFull;

@@ -1,6 +1,5 @@
 #include "phonebook/duplicate_index.h"
 
-#include "base/text.h"
 #include "phonebook/phone_book.h"
 
 #include <algorithm>
@@ -9,70 +8,55 @@
 
 namespace qx {
 
-namespace {
-
-bool IsSameButAnother(const PhoneBookEntry& held, const PhoneBookEntry& entry) noexcept
-{
-    return held.GetId() != entry.GetId() && IsSameEntry(held, entry);
-}
-
-bool AnyIsSame(std::span<const PhoneBookEntry* const> held, const PhoneBookEntry& entry) noexcept
-{
-    return std::ranges::any_of(held, [&](const PhoneBookEntry* other) { return IsSameButAnother(*other, entry); });
-}
-
-} // namespace
-
 DuplicateIndex::DuplicateIndex(std::span<PhoneBookItem* const> items)
 {
-    byKey_.reserve(std::max<std::size_t>(items.size(), kMaxPhoneBookItems));
+    const std::size_t expected = std::max<std::size_t>(items.size(), kMaxPhoneBookItems);
+    all_.reserve(expected);
+    byFaxNumber_.reserve(expected);
     for (const PhoneBookItem* const item : items) {
         if (const PhoneBookEntry* const entry = AsEntry(item))
             Add(*entry, KeysOf(*entry));
     }
 }
 
-std::optional<DuplicateIndex::Keys> DuplicateIndex::KeysOf(const PhoneBookEntry& entry)
+DuplicateIndex::Keys DuplicateIndex::KeysOf(const PhoneBookEntry& entry)
 {
-    const std::hash<std::string_view> hash;
-    const std::wstring_view name = OrEmpty(entry.Name());
-    const std::wstring_view faxNumber = OrEmpty(entry.FaxNumber());
-    if (!UserTextKeys::DecideEquality(name) || !UserTextKeys::DecideEquality(faxNumber))
-        return std::nullopt;
+    return {KeyOf(entry.Name()), KeyOf(entry.FaxNumber())};
+}
+
+std::size_t DuplicateIndex::KeyOf(const wchar_t* text)
+{
     buffer_.clear();
-    if (!keys_.Append(buffer_, name))
-        return std::nullopt;
-    const std::size_t nameKey = hash(buffer_);
-    if (!keys_.Append(buffer_, faxNumber))
-        return std::nullopt;
-    return Keys{nameKey, hash(buffer_)};
+    if (text == nullptr || !UserTextKeys::DecideEquality(text) || !keys_.Append(buffer_, text))
+        return kNoKey;
+    return std::max<std::size_t>(std::hash<std::string_view>()(buffer_), kNoKey + 1);
 }
 
-void DuplicateIndex::Add(const PhoneBookEntry& entry, const std::optional<Keys>& keys)
+void DuplicateIndex::Add(const PhoneBookEntry& entry, const Keys& keys)
 {
-    if (entry.Name() == nullptr) // never the same as another
-        return;
-    entries_.push_back(&entry);
-    if (keys)
-        byKey_.emplace(entry.FaxNumber() != nullptr ? keys->nameAndFaxNumber : keys->name, &entry);
+    const Held held{keys.name, &entry};
+    all_.push_back(held);
+    if (keys.faxNumber != kNoKey)
+        byFaxNumber_[keys.faxNumber].push_back(held);
     else
-        withoutKeys_.push_back(&entry);
+        withoutFaxNumberKey_.push_back(held);
 }
 
-bool DuplicateIndex::HoldsSame(const PhoneBookEntry& entry, const std::optional<Keys>& keys) const
+bool DuplicateIndex::HoldsSame(const PhoneBookEntry& entry, const Keys& keys) const
 {
-    if (entry.Name() == nullptr)
-        return false;
-    if (!keys || entry.FaxNumber() == nullptr)
-        return AnyIsSame(entries_, entry);
-    return HoldsSameUnder(keys->nameAndFaxNumber, entry) || HoldsSameUnder(keys->name, entry) ||
-           AnyIsSame(withoutKeys_, entry);
+    if (keys.faxNumber == kNoKey)
+        return AnyIsSame(all_, entry, keys.name);
+    const auto withFaxNumber = byFaxNumber_.find(keys.faxNumber);
+    return (withFaxNumber != byFaxNumber_.end() && AnyIsSame(withFaxNumber->second, entry, keys.name)) ||
+           AnyIsSame(withoutFaxNumberKey_, entry, keys.name);
 }
 
-bool DuplicateIndex::HoldsSameUnder(std::size_t key, const PhoneBookEntry& entry) const
+bool DuplicateIndex::AnyIsSame(const HeldEntries& held, const PhoneBookEntry& entry, std::size_t nameKey)
 {
-    const auto [first, last] = byKey_.equal_range(key);
-    return std::any_of(first, last, [&](const auto& held) { return IsSameButAnother(*held.second, entry); });
+    return std::ranges::any_of(held, [&](const Held& other) {
+        const bool namesMayBeEqual = other.nameKey == nameKey || other.nameKey == kNoKey || nameKey == kNoKey;
+        return namesMayBeEqual && other.entry->GetId() != entry.GetId() && IsSameEntry(*other.entry, entry);
+    });
 }
 
 } // namespace qx

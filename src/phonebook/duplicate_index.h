@@ -6,7 +6,6 @@
 
 #include <cstddef>
 #include <memory_resource>
-#include <optional>
 #include <span>
 #include <string>
 #include <unordered_map>
@@ -14,36 +13,43 @@
 
 namespace qx {
 
-// Gives the answer of comparing with every entry by IsSameEntry, in a time that hardly grows with their number: a key
-// made of name and fax number narrows the search, IsSameEntry decides. An entry with a text whose key proves nothing
-// is compared with all, and all with it. The entries have to live as long, unchanged.
+// Gives the answer of comparing with every entry by IsSameEntry, in a time that hardly grows with their number: keys of
+// fax numbers and names narrow the search, IsSameEntry decides. The entries have to live as long, unchanged.
 class DuplicateIndex {
 public:
-    // What an entry is looked up by. None when the keys of its texts prove nothing.
+    // What an entry is looked up by. Texts that compare equal have equal keys, or one of them none.
+    static constexpr std::size_t kNoKey = 0;
     struct Keys {
-        std::size_t name;
-        std::size_t nameAndFaxNumber; // meaningless without a fax number
+        std::size_t name = kNoKey;
+        std::size_t faxNumber = kNoKey;
     };
 
     explicit DuplicateIndex(std::span<PhoneBookItem* const> items); // groups are passed over
 
-    std::optional<Keys> KeysOf(const PhoneBookEntry& entry);
+    Keys KeysOf(const PhoneBookEntry& entry);
 
     // keys are those of the entry.
-    void Add(const PhoneBookEntry& entry, const std::optional<Keys>& keys);
+    void Add(const PhoneBookEntry& entry, const Keys& keys);
     // Whether one of them, with another id, is the same.
-    bool HoldsSame(const PhoneBookEntry& entry, const std::optional<Keys>& keys) const;
+    bool HoldsSame(const PhoneBookEntry& entry, const Keys& keys) const;
 
 private:
-    bool HoldsSameUnder(std::size_t key, const PhoneBookEntry& entry) const;
+    struct Held {
+        std::size_t nameKey;
+        const PhoneBookEntry* entry;
+    };
+    using HeldEntries = std::pmr::vector<Held>;
+
+    std::size_t KeyOf(const wchar_t* text);
+    static bool AnyIsSame(const HeldEntries& held, const PhoneBookEntry& entry, std::size_t nameKey);
 
     UserTextKeys keys_;
     std::string buffer_; // of the key being made
     std::pmr::monotonic_buffer_resource memory_;
-    // An entry without fax number is the same as any of its name: it stands under its name alone.
-    std::pmr::unordered_multimap<std::size_t, const PhoneBookEntry*> byKey_{&memory_};
-    std::vector<const PhoneBookEntry*> entries_;
-    std::vector<const PhoneBookEntry*> withoutKeys_;
+    HeldEntries all_{&memory_};
+    std::pmr::unordered_map<std::size_t, HeldEntries> byFaxNumber_{&memory_};
+    // Their fax number may be the same as any: it has no key, or there is none at all.
+    HeldEntries withoutFaxNumberKey_{&memory_};
 };
 
 } // namespace qx

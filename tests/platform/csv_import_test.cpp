@@ -243,6 +243,22 @@ TEST(CsvImport, Of200000RowsTheFirst10000AreImported)
     EXPECT_STREQ(book->GetAt(9999)->GetName(), L"Person 9999");
 }
 
+// Each would take minutes if every row were compared with every entry.
+TEST(CsvImport, ManyRowsThatShareTheirFaxNumberOrHaveNamesWithoutAKeyAreNoTrouble)
+{
+    const std::wstring kinds[] = {L"Ann", L"Soft\u00adhyphen"};
+    for (const std::wstring& kind : kinds) {
+        std::wstring rows;
+        for (int row = 0; row < 50000; ++row) {
+            const std::wstring number = std::to_wstring(row);
+            rows += kind + (kind == L"Ann" ? number + L",555,\r\n" : L"," + number + L",\r\n");
+        }
+        TestBook book;
+        EXPECT_EQ(Import(*book, rows), Outcome(ImportExportStatus::BookFull));
+        EXPECT_EQ(book->GetCount(), 10000u);
+    }
+}
+
 // ---- the index against the rule taken literally --------------------------------------------------------------------
 
 ImportOutcome ImportLiterally(PhoneBook& book, const std::wstring& rows)
@@ -348,7 +364,7 @@ std::wstring RowsAtRandom(unsigned seed)
 
 TEST(CsvImport, TheIndexGivesWhatComparingWithEveryEntryGives)
 {
-    for (unsigned seed = 1; seed <= 12000; ++seed) {
+    for (unsigned seed = 1; seed <= 6000; ++seed) {
         TestBook book, literalBook;
         FillAtRandom(book, seed);
         FillAtRandom(literalBook, seed);
