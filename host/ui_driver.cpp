@@ -672,8 +672,9 @@ void UiDriver::SavePicture(const std::filesystem::path& file)
 {
     const HWND dialog = Dialog();
     Do([=] {
-        if (GetForegroundWindow() != dialog)
-            SetForegroundWindow(dialog);
+        SetForegroundWindow(dialog);
+        // Wine forgets to say so to a window that had the focus before it was shown.
+        SendMessageW(dialog, WM_NCACTIVATE, GetForegroundWindow() == dialog, 0);
         RedrawWindow(dialog, nullptr, nullptr, RDW_INVALIDATE | RDW_FRAME | RDW_ALLCHILDREN | RDW_UPDATENOW);
     });
     Settle();
