@@ -13,7 +13,10 @@ bool IsOfClass(HWND control, const wchar_t* wanted) noexcept
     return lstrcmpiW(name, wanted) == 0;
 }
 
-bool IsComboBox(HWND control) noexcept { return IsOfClass(control, L"ComboBox"); }
+bool IsComboBox(HWND control) noexcept
+{
+    return IsOfClass(control, L"ComboBox");
+}
 
 bool IsGroupBox(HWND control) noexcept
 {

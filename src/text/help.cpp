@@ -41,7 +41,10 @@ std::optional<ULONGLONG> SizeOfFile(const std::wstring& path) noexcept
     return ULONGLONG{found.nFileSizeHigh} << 32 | found.nFileSizeLow;
 }
 
-bool FileExists(const std::wstring& path) noexcept { return SizeOfFile(path).has_value(); }
+bool FileExists(const std::wstring& path) noexcept
+{
+    return SizeOfFile(path).has_value();
+}
 
 // One walk through the cabinet, looking for one file.
 struct Extraction {
@@ -80,7 +83,7 @@ std::wstring ExtractVariant(HANDLE printer, std::wstring_view cabinetName, std::
 {
     const std::wstring name = BuildLocalizedHelpName(helpName, language);
     const std::wstring folder = TemporaryFolder();
-    const std::wstring target = folder + name;
+    std::wstring target = folder + name;
     if (name.empty() || folder.empty() || target.size() >= MAX_PATH)
         return {};
     if (FileExists(target))

@@ -147,7 +147,8 @@ TEST_F(HelpPages, ContentsAndIndexLeadToEveryPage)
 {
     for (const auto& [name, files] : help_) {
         for (const char* const list : {"help.hhc", "help.hhk"})
-            EXPECT_EQ(Matches(files.at(list), "name=\"Local\" value=\"([^\"]*)\""), PagesOf(files)) << name << ": " << list;
+            EXPECT_EQ(Matches(files.at(list), "name=\"Local\" value=\"([^\"]*)\""), PagesOf(files))
+                << name << ": " << list;
     }
 }
 
@@ -179,7 +180,8 @@ TEST_F(HelpPages, OnlyHebrewReadsFromRightToLeft)
     for (const auto& [name, files] : help_) {
         const std::string direction = name == "QXZHHEF1.CHM" ? "rtl" : "ltr";
         for (const std::string& page : PagesOf(files))
-            EXPECT_EQ(Matches(files.at(page), "<html[^>]* dir=\"([a-z]*)\""), std::set{direction}) << name << ": " << page;
+            EXPECT_EQ(Matches(files.at(page), "<html[^>]* dir=\"([a-z]*)\""), std::set{direction})
+                << name << ": " << page;
     }
 }
 

@@ -20,8 +20,14 @@ constexpr wchar_t kCabinet[] = L"QXHELPT.CAB";
 constexpr wchar_t kHelpName[] = L"QXZH_XX_F1.CHM";
 constexpr char kEnglish[] = "QXZHENF1.CHM";
 
-std::string UserCode() { return test::UsersHelpFile().substr(4, 2); }
-std::string UserVariant() { return test::UsersHelpFile(); }
+std::string UserCode()
+{
+    return test::UsersHelpFile().substr(4, 2);
+}
+std::string UserVariant()
+{
+    return test::UsersHelpFile();
+}
 
 std::string Contents(const fs::path& file)
 {
@@ -29,7 +35,10 @@ std::string Contents(const fs::path& file)
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-void WriteFile(const fs::path& file, const std::string& content) { std::ofstream(file, std::ios::binary) << content; }
+void WriteFile(const fs::path& file, const std::string& content)
+{
+    std::ofstream(file, std::ios::binary) << content;
+}
 
 // A printer whose driver has these dependent files, until it goes out of scope.
 class Printer {
@@ -91,7 +100,8 @@ fs::path DriverFolder()
     wchar_t folder[MAX_PATH] = L"";
     DWORD bytes = 0;
     wchar_t environment[] = L"Windows x64";
-    EXPECT_TRUE(GetPrinterDriverDirectoryW(nullptr, environment, 1, reinterpret_cast<BYTE*>(folder), sizeof folder, &bytes));
+    EXPECT_TRUE(
+        GetPrinterDriverDirectoryW(nullptr, environment, 1, reinterpret_cast<BYTE*>(folder), sizeof folder, &bytes));
     return fs::path(folder) / "3";
 }
 
@@ -155,7 +165,10 @@ TEST(HelpLanguage, ALanguageWithoutCodeGetsEnglish)
     EXPECT_STREQ(code, L"HT");
 }
 
-TEST(HelpLanguage, NothingIsWrittenToNowhere) { VGetLocaleSubstring(0x0409, nullptr); }
+TEST(HelpLanguage, NothingIsWrittenToNowhere)
+{
+    VGetLocaleSubstring(0x0409, nullptr);
+}
 
 TEST_F(Help, TheLocalizedNameFollowsTheLanguage)
 {
@@ -165,7 +178,8 @@ TEST_F(Help, TheLocalizedNameFollowsTheLanguage)
 
 TEST_F(Help, ADriverFileLiesBesideTheDriver)
 {
-    EXPECT_TRUE(fs::equivalent(fs::path(BuildDriverFilePath(printer_.Handle(), L"x.cab")).parent_path(), DriverFolder()));
+    EXPECT_TRUE(
+        fs::equivalent(fs::path(BuildDriverFilePath(printer_.Handle(), L"x.cab")).parent_path(), DriverFolder()));
     EXPECT_EQ(fs::path(BuildDriverFilePath(printer_.Handle(), L"x.cab")).filename(), L"x.cab");
 }
 
@@ -364,7 +378,10 @@ TEST_F(HelpFilePath, TheLastDependentFileThatNamesHelpCounts)
     EXPECT_EQ(Of({L"qxother.dll", L"QXZHLF1.CHM", L"QXZHLF2.CHM", L"last.dll"}), UserName(L"F2"));
 }
 
-TEST_F(HelpFilePath, SmallLettersBecomeCapitals) { EXPECT_EQ(Of({L"qxzhlf1.chm"}), UserName(L"F1")); }
+TEST_F(HelpFilePath, SmallLettersBecomeCapitals)
+{
+    EXPECT_EQ(Of({L"qxzhlf1.chm"}), UserName(L"F1"));
+}
 
 TEST_F(HelpFilePath, WithoutSuchADependentFileThereIsNone)
 {
@@ -383,7 +400,10 @@ TEST_F(HelpFilePath, ABadPrinterHasNone)
 
 class HelpPage : public Help {
 protected:
-    TextOwner OwnerOf(const fs::path& chm) const { return TextOwner(nullptr, (chm.native() + L"::/qxhelp.txt").c_str()); }
+    TextOwner OwnerOf(const fs::path& chm) const
+    {
+        return TextOwner(nullptr, (chm.native() + L"::/qxhelp.txt").c_str());
+    }
 
     fs::path PutChm(const char* name = kEnglish) const
     {

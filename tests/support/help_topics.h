@@ -40,9 +40,9 @@ inline const HelpTopics kFaxJobPageTopics{
 };
 
 inline const HelpTopics kSetupPageTopics{
-    {279, 15599}, {261, 15600}, {280, 15600}, {262, 15627}, {268, 15627}, {263, 15626}, {267, 15626}, {282, 15601},
-    {281, 15601}, {244, 15620}, {245, 15603}, {246, 15604}, {291, 15628}, {292, 15605}, {235, 15606}, {238, 15607},
-    {239, 15608}, {241, 15609}, {240, 15609}, {290, 15610}, {283, 15703},
+    {279, 15599}, {261, 15600}, {280, 15600}, {262, 15627}, {268, 15627}, {263, 15626}, {267, 15626},
+    {282, 15601}, {281, 15601}, {244, 15620}, {245, 15603}, {246, 15604}, {291, 15628}, {292, 15605},
+    {235, 15606}, {238, 15607}, {239, 15608}, {241, 15609}, {240, 15609}, {290, 15610}, {283, 15703},
 };
 
 inline const HelpTopics kEditDefaultsTopics{
@@ -51,7 +51,8 @@ inline const HelpTopics kEditDefaultsTopics{
     {241, 15609}, {240, 15609}, {215, 15591}, {217, 15592}, {216, 15592}, {225, 15593}, {226, 15593}, {266, 15625},
     {260, 15625}, {224, 15594}, {290, 15610}, {9, 15598},   {294, 15702},
 };
-inline constexpr int kEditDefaultsHelpTopic = 15621; // of its Help button when it is pressed; asked for help, it has 15598
+inline constexpr int kEditDefaultsHelpTopic =
+    15621; // of its Help button when it is pressed; asked for help, it has 15598
 
 inline const HelpTopics kAddRecipientsTopics{
     {251, 15611}, {249, 15611}, {250, 15622}, {209, 15624}, {303, 15703},

@@ -16,9 +16,18 @@ std::filesystem::path SystemFile(const wchar_t* name)
     return std::filesystem::path(folder) / name;
 }
 
-std::filesystem::path Viewer() { return SystemFile(L"hhctrl.ocx"); }
-std::filesystem::path PutAside() { return SystemFile(L"hhctrl.real"); }
-std::filesystem::path Used() { return SystemFile(L"hhctrl.used"); }
+std::filesystem::path Viewer()
+{
+    return SystemFile(L"hhctrl.ocx");
+}
+std::filesystem::path PutAside()
+{
+    return SystemFile(L"hhctrl.real");
+}
+std::filesystem::path Used()
+{
+    return SystemFile(L"hhctrl.used");
+}
 
 void Move(const std::filesystem::path& from, const std::filesystem::path& to)
 {
@@ -26,8 +35,8 @@ void Move(const std::filesystem::path& from, const std::filesystem::path& to)
         throw std::runtime_error("cannot move the help viewer, error " + std::to_string(GetLastError()));
 }
 
-// A stand-in that is loaded cannot be deleted, but it can be moved out of the way. What cannot be deleted now is deleted
-// by a later run.
+// A stand-in that is loaded cannot be deleted, but it can be moved out of the way. What cannot be deleted now is
+// deleted by a later run.
 void RestoreViewer()
 {
     std::error_code ignored;
@@ -56,9 +65,15 @@ HiddenHelpViewer::HiddenHelpViewer()
     Move(Viewer(), PutAside());
 }
 
-HiddenHelpViewer::~HiddenHelpViewer() { RestoreViewer(); }
+HiddenHelpViewer::~HiddenHelpViewer()
+{
+    RestoreViewer();
+}
 
-HelpViewerStandIn::HelpViewerStandIn() { std::filesystem::copy_file(StandIn(), Viewer()); }
+HelpViewerStandIn::HelpViewerStandIn()
+{
+    std::filesystem::copy_file(StandIn(), Viewer());
+}
 
 HelpViewerStandIn& HelpViewerStandIn::OfThisProgram()
 {
@@ -72,7 +87,8 @@ std::vector<HelpRequest> HelpViewerStandIn::TakeRequests()
     const HMODULE viewer = GetModuleHandleW(L"hhctrl.ocx");
     if (viewer == nullptr)
         return requests; // never asked
-    const auto take = reinterpret_cast<TakeHelpRequest>(reinterpret_cast<void*>(GetProcAddress(viewer, "TakeHelpRequest")));
+    const auto take =
+        reinterpret_cast<TakeHelpRequest>(reinterpret_cast<void*>(GetProcAddress(viewer, "TakeHelpRequest")));
     if (take == nullptr)
         throw std::runtime_error("another help viewer is loaded");
     for (HelpRequest request; take(&request);)

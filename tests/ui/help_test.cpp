@@ -94,7 +94,8 @@ protected:
 
     static bool CanHaveFocus(HWND control)
     {
-        return IsWindowVisible(control) && IsWindowEnabled(control) && (GetWindowLongW(control, GWL_STYLE) & WS_TABSTOP);
+        return IsWindowVisible(control) && IsWindowEnabled(control) &&
+               (GetWindowLongW(control, GWL_STYLE) & WS_TABSTOP);
     }
 
     // Every control of the dialog: those of the list open their page, all others none.
@@ -103,7 +104,8 @@ protected:
         const HWND dialog = ui_.Page();
         for (const HelpTopic& topic : topics)
             EXPECT_NE(GetDlgItem(dialog, topic.control), nullptr) << "control " << topic.control << " is missing";
-        for (HWND control = GetWindow(dialog, GW_CHILD); control != nullptr; control = GetWindow(control, GW_HWNDNEXT)) {
+        for (HWND control = GetWindow(dialog, GW_CHILD); control != nullptr;
+             control = GetWindow(control, GW_HWNDNEXT)) {
             const int id = GetDlgCtrlID(control);
             const auto row = std::ranges::find(topics, id, &HelpTopic::control);
             const auto expected = Expected(row == topics.end() ? kNone : row->topic);
@@ -139,7 +141,8 @@ protected:
     static constexpr char kPhoneBook[] =
         "<device><software><component><name>QX Fax Address Book</name><qxfax_phonebook>"
         "<qxfax_pbentry entry_id=\"0\" name=\"Ann Lee\" fax_number=\"5550100\" company_name=\"\"/>"
-        "<qxfax_group group_name=\"Sales\" entry_id=\"1\"><member_list><m_entry_id>0</m_entry_id></member_list></qxfax_group>"
+        "<qxfax_group group_name=\"Sales\" "
+        "entry_id=\"1\"><member_list><m_entry_id>0</m_entry_id></member_list></qxfax_group>"
         "</qxfax_phonebook></component></software></device>";
 
     HelpViewerStandIn& viewer_ = HelpViewerStandIn::OfThisProgram();
@@ -163,7 +166,10 @@ TEST_F(HelpOnControls, TheSheetsHelpButtonOpensTheOverview)
     EXPECT_EQ(PagesShown(), Expected(kSheetHelpTopic));
 }
 
-TEST_F(HelpOnControls, OfTheFaxJobPage) { ExpectTopics(kFaxJobPageTopics); }
+TEST_F(HelpOnControls, OfTheFaxJobPage)
+{
+    ExpectTopics(kFaxJobPageTopics);
+}
 
 TEST_F(HelpOnControls, OfTheSetupPage)
 {
@@ -278,7 +284,10 @@ bool SessionUnpacksHelp(SessionOptions options, std::wstring emptied = {})
     return fs::exists(help);
 }
 
-TEST(HelpOfASession, IsUnpackedWhenThePrinterNamesCabinetAndHelpFile) { EXPECT_TRUE(SessionUnpacksHelp({})); }
+TEST(HelpOfASession, IsUnpackedWhenThePrinterNamesCabinetAndHelpFile)
+{
+    EXPECT_TRUE(SessionUnpacksHelp({}));
+}
 
 TEST(HelpOfASession, IsNotUnpackedWithoutCabinetName)
 {

@@ -12,9 +12,15 @@ namespace {
 namespace fs = std::filesystem;
 
 // The compiled help that the dependent file stands for: one that is there in every build.
-fs::path BuiltHelp() { return fs::absolute(fs::path(std::getenv("QX_BINARY_DIR")) / "QXZHLF1.CHM"); }
+fs::path BuiltHelp()
+{
+    return fs::absolute(fs::path(std::getenv("QX_BINARY_DIR")) / "QXZHLF1.CHM");
+}
 
-TextOwner OwnerWithHelp() { return TextOwner(nullptr, (BuiltHelp().native() + L"::/qxhelp.txt").c_str()); }
+TextOwner OwnerWithHelp()
+{
+    return TextOwner(nullptr, (BuiltHelp().native() + L"::/qxhelp.txt").c_str());
+}
 
 // The viewer's window in this process, or null.
 HWND ViewerWindow()

@@ -13,11 +13,11 @@ struct LanguageCase {
 TEST(HelpLanguage, EveryPrimaryLanguageHasItsOwnCode)
 {
     constexpr LanguageCase kCases[] = {
-        {1, L"AR"},  {2, L"BG"},  {3, L"CA"},  {5, L"CS"},  {6, L"DA"},  {7, L"DE"},  {8, L"EL"},  {9, L"EN"},
-        {10, L"ES"}, {11, L"FI"}, {12, L"FR"}, {13, L"HE"}, {14, L"HU"}, {16, L"IT"}, {17, L"JA"}, {18, L"KO"},
-        {19, L"NL"}, {20, L"NO"}, {21, L"PL"}, {22, L"PT"}, {24, L"RO"}, {25, L"RU"}, {27, L"SK"}, {29, L"SV"},
-        {30, L"TH"}, {31, L"TR"}, {33, L"ID"}, {34, L"UK"}, {36, L"SL"}, {37, L"ET"}, {38, L"LV"}, {39, L"LT"},
-        {42, L"VI"}, {63, L"KK"},
+        {1, L"AR"},  {2, L"BG"},  {3, L"CA"},  {5, L"CS"},  {6, L"DA"},  {7, L"DE"},  {8, L"EL"},
+        {9, L"EN"},  {10, L"ES"}, {11, L"FI"}, {12, L"FR"}, {13, L"HE"}, {14, L"HU"}, {16, L"IT"},
+        {17, L"JA"}, {18, L"KO"}, {19, L"NL"}, {20, L"NO"}, {21, L"PL"}, {22, L"PT"}, {24, L"RO"},
+        {25, L"RU"}, {27, L"SK"}, {29, L"SV"}, {30, L"TH"}, {31, L"TR"}, {33, L"ID"}, {34, L"UK"},
+        {36, L"SL"}, {37, L"ET"}, {38, L"LV"}, {39, L"LT"}, {42, L"VI"}, {63, L"KK"},
     };
     for (const auto& [primary, code] : kCases) {
         for (const int sub : {0, 1, 2, 5, 63}) {
@@ -71,9 +71,11 @@ TEST(LocalizedHelpName, TheLongestPrinterDataIsTakenWhole)
 TEST(LocalizedHelpName, NamesThatWouldLeaveTheirFolderGiveNone)
 {
     const wchar_t* const kHostile[] = {
-        L"..\\A_X_B.CHM",    L"A_X_\\..\\B.CHM", L"\\\\SERVER\\SHARE\\A_X_B.CHM", L"C:\\A_X_B.CHM", L"C:A_X_B.CHM",
-        L"../A_X_B.CHM",     L"A_X_B.CHM:S",     L"A_X_*",                        L"A_X_?.CHM",     L"A_X_B.CHM ",
-        L"A_X_B.",           L"A_X_<B.CHM",      L"A_X_\"B.CHM",                  L"A_X_|B.CHM",    L"A_X_\x01.CHM",
+        L"..\\A_X_B.CHM", L"A_X_\\..\\B.CHM", L"\\\\SERVER\\SHARE\\A_X_B.CHM",
+        L"C:\\A_X_B.CHM", L"C:A_X_B.CHM",     L"../A_X_B.CHM",
+        L"A_X_B.CHM:S",   L"A_X_*",           L"A_X_?.CHM",
+        L"A_X_B.CHM ",    L"A_X_B.",          L"A_X_<B.CHM",
+        L"A_X_\"B.CHM",   L"A_X_|B.CHM",      L"A_X_\x01.CHM",
     };
     for (const wchar_t* const name : kHostile)
         EXPECT_EQ(LocalizedHelpName(name, L"EN"), L"") << name;
@@ -86,7 +88,8 @@ TEST(LocalizedHelpName, ADeviceIsNoFile)
 
 TEST(PlainFileName, DevicesAreRecognisedWhateverTheirCaseAndExtension)
 {
-    for (const wchar_t* const name : {L"CON", L"con.chm", L"Nul.txt", L"aux", L"PRN.a.b", L"COM1", L"lpt9.chm", L"NUL .x"})
+    for (const wchar_t* const name :
+         {L"CON", L"con.chm", L"Nul.txt", L"aux", L"PRN.a.b", L"COM1", L"lpt9.chm", L"NUL .x"})
         EXPECT_FALSE(IsPlainFileName(name)) << name;
     for (const wchar_t* const name : {L"CONTENTS.CHM", L"NULL", L"COM", L"COM10.CHM", L"QXZHENF1.CHM", L".chm"})
         EXPECT_TRUE(IsPlainFileName(name)) << name;
