@@ -2,6 +2,9 @@
 
 #include "phonebook/xml_prolog.h"
 
+#include <algorithm>
+#include <string_view>
+
 namespace qx {
 
 namespace {
@@ -13,12 +16,31 @@ constexpr IID kDocumentInterface = {0x2933BF81, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x0
 constexpr IID kNewerDocumentInterface = {0x2933BF95, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
 
 constexpr wchar_t kDevice[] = L"device";
+constexpr std::string_view kEndTag = "</device>";
 constexpr wchar_t kSoftware[] = L"software";
 constexpr wchar_t kComponent[] = L"component";
 constexpr wchar_t kPhoneBook[] = L"qxfax_phonebook";
 constexpr wchar_t kPhoneBookPath[] = L"device/software/component/qxfax_phonebook";
 constexpr wchar_t kComponentName[] = L"name";
 constexpr wchar_t kComponentTitle[] = L"QX Fax Address Book";
+
+// Whether a saved file holds the document to its end. Not every DOM reports that a disk was full.
+bool IsComplete(const std::wstring& path)
+{
+    constexpr LONGLONG kTailBytes = 32; // the end tag, and line ends that may follow it
+    const UniqueFile file(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
+    LARGE_INTEGER start{};
+    if (!file || !GetFileSizeEx(file.Get(), &start))
+        return false;
+    start.QuadPart = std::max<LONGLONG>(start.QuadPart - kTailBytes, 0);
+    char tail[kTailBytes];
+    DWORD bytes = 0;
+    if (!SetFilePointerEx(file.Get(), start, nullptr, FILE_BEGIN) ||
+        !ReadFile(file.Get(), tail, sizeof tail, &bytes, nullptr))
+        return false;
+    const std::string_view end(tail, bytes);
+    return end.substr(0, end.find_last_not_of("\r\n") + 1).ends_with(kEndTag);
+}
 
 // Nothing outside the document is fetched, and nothing in it can grow: without a document type there are no entities,
 // and a parser that can refuse document types is told to.
@@ -77,7 +99,7 @@ bool PhoneBookDocument::Begin()
 bool PhoneBookDocument::Save(const std::wstring& path)
 {
     const UniqueBstr text = MakeBstr(path);
-    return document_->save(Variant::Borrowed(text)) == S_OK;
+    return document_->save(Variant::Borrowed(text)) == S_OK && IsComplete(path);
 }
 
 ComPtr<IXMLDOMElement> PhoneBookDocument::CreateElement(const UniqueBstr& name)

@@ -30,6 +30,7 @@ public:
     bool Read(const std::string& bytes);
     // Starts a document with an empty phone book.
     bool Begin();
+    // False also when the file did not take the whole document.
     bool Save(const std::wstring& path);
 
     IXMLDOMNode* PhoneBookNode() const noexcept { return phoneBook_.Get(); }

@@ -82,7 +82,7 @@ public:
     std::vector<PhoneBookItem*> Sorted()
     {
         SortByKeys(keyed_);
-        ForEachRun(keyed_, [this](std::span<KeyedItem> run) { SortByField(run, &SortFields::faxNumber); });
+        ForEachRun(keyed_, [this](std::span<KeyedItem> run) { SortByField(run, &PhoneBookEntry::FaxNumber); });
         std::vector<PhoneBookItem*> items;
         items.reserve(keyed_.size());
         for (const KeyedItem& keyed : keyed_)
@@ -91,7 +91,7 @@ public:
     }
 
 private:
-    using Field = std::wstring_view SortFields::*;
+    using Field = const wchar_t* (PhoneBookEntry::*)() const noexcept;
 
     bool TakeKey(KeyedItem& keyed, std::wstring_view text)
     {
@@ -108,15 +108,15 @@ private:
         if (items.front().item->IsGroup())
             return;
         if (!std::all_of(items.begin(), items.end(),
-                         [&](KeyedItem& keyed) { return TakeKey(keyed, FieldsOf(*keyed.item).*field); })) {
+                         [&](KeyedItem& keyed) { return TakeKey(keyed, OrEmpty((AsEntry(keyed.item)->*field)())); })) {
             std::stable_sort(items.begin(), items.end(), [](const KeyedItem& a, const KeyedItem& b) {
                 return ComesBefore(a.item, b.item);
             });
             return;
         }
         SortByKeys(items);
-        if (field == &SortFields::faxNumber)
-            ForEachRun(items, [this](std::span<KeyedItem> run) { SortByField(run, &SortFields::company); });
+        if (field == &PhoneBookEntry::FaxNumber)
+            ForEachRun(items, [this](std::span<KeyedItem> run) { SortByField(run, &PhoneBookEntry::Company); });
     }
 
     // Leaves the items with the part of their keys behind what all have in common.

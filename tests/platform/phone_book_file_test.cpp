@@ -1,3 +1,4 @@
+#include "phonebook/phone_book_document.h"
 #include "phonebook/phone_book_file.h"
 
 #include "support/documents_folder.h"
@@ -448,6 +449,14 @@ TEST_F(PhoneBookFile, ThatCouldNotBeOpenedIsKeptBeforeItIsReplaced)
     }
     book->Save(0);
     EXPECT_EQ(ReadFileBytes(documents.File(L"qxfaxab.xml.bak")), before);
+}
+
+TEST_F(PhoneBookFile, OnADiskThatDidNotTakeItIsNotTakenForSaved)
+{
+    PhoneBookDocument document;
+    ASSERT_TRUE(document.Begin());
+    EXPECT_TRUE(document.Save(Path()));
+    EXPECT_FALSE(document.Save(L"NUL")); // takes everything and keeps nothing; the DOM is content with that
 }
 
 // Nothing is left behind
