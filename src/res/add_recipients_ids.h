@@ -1,5 +1,7 @@
 #pragma once
 
+#include "hidden_label_ids.h"
+
 #define IDD_ADD_RECIPIENTS 213
 #define IDD_ADD_RECIPIENTS_RTL 214
 

@@ -1,6 +1,8 @@
 // The read-only views of an entry and of a group.
 #pragma once
 
+#include "hidden_label_ids.h"
+
 #define IDD_ENTRY_DETAILS 223
 #define IDD_ENTRY_DETAILS_RTL 224
 #define IDD_GROUP_DETAILS 222

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "hidden_label_ids.h"
+
 #define IDD_EDIT_PHONE_BOOK 206
 #define IDD_EDIT_PHONE_BOOK_RTL 207
 

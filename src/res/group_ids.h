@@ -1,5 +1,7 @@
 #pragma once
 
+#include "hidden_label_ids.h"
+
 #define IDD_GROUP 215
 #define IDD_GROUP_RTL 216
 

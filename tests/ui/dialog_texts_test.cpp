@@ -1,21 +1,7 @@
 // Every dialog with the captions of the string library, in the language of the session: can each control be reached
 // by a letter of its own, and is there room for its text?
 #include "base/dialog.h"
-#include "pages/edit_defaults_dialog.h"
-#include "pages/fax_job_page.h"
-#include "pages/setup_page.h"
-#include "phonebook/ui/add_recipients_dialog.h"
-#include "phonebook/ui/details_dialogs.h"
-#include "phonebook/ui/edit_phone_book_dialog.h"
-#include "phonebook/ui/entry_dialog.h"
-#include "phonebook/ui/group_dialog.h"
-#include "phonebook/ui/map_custom_fields_dialog.h"
-#include "res/add_recipients_ids.h"
-#include "res/details_ids.h"
-#include "res/edit_phone_book_ids.h"
-#include "res/entry_ids.h"
-#include "res/group_ids.h"
-#include "res/map_custom_fields_ids.h"
+#include "support/all_dialogs.h"
 #include "support/string_library.h"
 #include "support/text_rules.h"
 #include "text/controls.h"
@@ -33,44 +19,6 @@ constexpr unsigned kPreviewAndSend = 6091;
 
 // They are printed by the driver as well, ampersand and all.
 constexpr unsigned kCoverPageLabels[] = {5210, 5218, 5219, 5229};
-
-struct DialogCase {
-    const char* name;
-    DialogTemplate dialogTemplate;
-    std::span<const Control> (*controls)() noexcept;
-    bool isPage = false; // shares its letters with the Send button
-};
-
-void PrintTo(const DialogCase& dialog, std::ostream* out)
-{
-    *out << dialog.name;
-}
-
-const DialogCase kDialogs[] = {
-    {"FaxJobPage", kFaxJobPageTemplate, FaxJobPageControls, true},
-    {"SetupPage", kSetupPageTemplate, SetupPageControls, true},
-    {"EditDefaults", kEditDefaultsTemplate, EditDefaultsControls},
-    {"AddRecipients", {IDD_ADD_RECIPIENTS, IDD_ADD_RECIPIENTS_RTL}, AddRecipientsControls},
-    {"EditPhoneBook", {IDD_EDIT_PHONE_BOOK, IDD_EDIT_PHONE_BOOK_RTL}, EditPhoneBookControls},
-    {"AddEntry", {IDD_ENTRY, IDD_ENTRY_RTL}, []() noexcept { return EntryControls(true); }},
-    {"EditEntry", {IDD_ENTRY, IDD_ENTRY_RTL}, []() noexcept { return EntryControls(false); }},
-    {"Group", {IDD_GROUP, IDD_GROUP_RTL}, GroupControls},
-    {"EntryDetails", {IDD_ENTRY_DETAILS, IDD_ENTRY_DETAILS_RTL}, EntryDetailsControls},
-    {"GroupDetails", {IDD_GROUP_DETAILS, IDD_GROUP_DETAILS_RTL}, GroupDetailsControls},
-    {"MapCustomFields", {IDD_MAP_CUSTOM_FIELDS, IDD_MAP_CUSTOM_FIELDS_RTL}, MapCustomFieldsControls},
-};
-
-std::wstring ClassOf(HWND window)
-{
-    wchar_t name[64] = L"";
-    GetClassNameW(window, name, 64);
-    return name;
-}
-
-bool Is(HWND window, const wchar_t* className)
-{
-    return window != nullptr && lstrcmpiW(ClassOf(window).c_str(), className) == 0;
-}
 
 LONG ButtonType(HWND button)
 {
@@ -139,12 +87,13 @@ protected:
 
     void ShowBuiltInTexts() { SetUpControls(TextOwner{nullptr, L""}, dialog_, GetParam().controls()); }
 
-    // The controls with a caption, in tab order.
+    // The controls with a caption that is seen, in tab order.
     std::vector<HWND> Captioned() const
     {
         std::vector<HWND> controls;
         for (HWND child = GetWindow(dialog_, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
-            if ((Is(child, L"Button") || Is(child, L"Static")) && !IsPicture(child) && !WindowText(child).empty())
+            const bool isSeen = (GetWindowLongPtrW(child, GWL_STYLE) & WS_VISIBLE) != 0 && !IsPicture(child);
+            if ((Is(child, L"Button") || Is(child, L"Static")) && isSeen && !WindowText(child).empty())
                 controls.push_back(child);
         }
         return controls;
@@ -270,7 +219,7 @@ TEST_P(DialogTexts, EveryBuiltInCaptionIsSeenWholeWhenThereIsNoLibrary)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(, DialogTexts, ::testing::ValuesIn(kDialogs),
+INSTANTIATE_TEST_SUITE_P(, DialogTexts, ::testing::ValuesIn(AllDialogs()),
                          [](const auto& dialog) { return std::string(dialog.param.name); });
 
 } // namespace

@@ -20,6 +20,7 @@ constexpr DialogTemplate kTemplate{IDD_ADD_RECIPIENTS, IDD_ADD_RECIPIENTS_RTL};
 constexpr Control kControls[] = {
     {.id = IDC_PICK_TYPED_LABEL, .text = 5245, .fallback = L"Type Name or Select From list", .topic = 15611},
     {.id = IDC_PICK_TYPED, .limit = kNameLimit, .topic = 15611},
+    {.id = IDC_HIDDEN_LABEL, .text = 5244, .fallback = L"Phone Book"},
     {.id = IDC_PICK_LIST, .topic = 15622},
     {.id = IDC_PICK_DETAILS, .text = 6076, .fallback = L"Details...", .topic = 15708},
     {.id = IDC_PICK_EDIT_BOOK, .text = 6067, .fallback = L"Edit PhoneBook...", .topic = 15703},

@@ -29,6 +29,7 @@ static_assert(IdsAreUnique(kEntryControls));
 constexpr Control kGroupControls[] = {
     // "Cancel" is what this label has always said without the text library.
     {.id = IDC_DETAILS_GROUP_NAME_LABEL, .text = 6077, .fallback = L"Cancel"},
+    {.id = IDC_HIDDEN_LABEL, .text = 6079, .fallback = L"Members"},
     {.id = IDOK, .text = 5249, .fallback = L"OK"},
 };
 static_assert(IdsAreUnique(kGroupControls));

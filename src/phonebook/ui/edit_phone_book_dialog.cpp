@@ -22,6 +22,7 @@ constexpr Control kControls[] = {
     {.id = IDC_BOOK_FRAME, .text = 5244, .fallback = L"-Phone Book"},
     {.id = IDC_BOOK_TYPED_LABEL, .text = 5245, .fallback = L"-Type Name or Select From list", .topic = 15709},
     {.id = IDC_BOOK_TYPED, .limit = kNameLimit, .topic = 15709},
+    {.id = IDC_HIDDEN_LABEL, .text = 5244, .fallback = L"-Phone Book"},
     {.id = IDC_BOOK_LIST, .topic = 15723},
     {.id = IDC_BOOK_ADD_ENTRY, .text = 6070, .fallback = L"-Add Entry...", .topic = 15704},
     {.id = IDC_BOOK_ADD_GROUP, .text = 6071, .fallback = L"-Add Group...", .topic = 15705},

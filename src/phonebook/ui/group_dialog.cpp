@@ -17,6 +17,7 @@ constexpr DialogTemplate kTemplate{IDD_GROUP, IDD_GROUP_RTL};
 constexpr Control kControls[] = {
     {.id = IDC_GROUP_TYPED_LABEL, .text = 5245, .fallback = L"-Type Name or Select From list", .topic = 15714},
     {.id = IDC_GROUP_TYPED, .limit = kNameLimit, .topic = 15714},
+    {.id = IDC_HIDDEN_LABEL, .text = 5244, .fallback = L"-Phone Book"},
     {.id = IDC_GROUP_ENTRIES, .topic = 15723},
     {.id = IDC_GROUP_DETAILS, .text = 6076, .fallback = L"-Details...", .topic = 15708},
     {.id = IDC_GROUP_ADD, .text = 6078, .fallback = L"-Add->", .topic = 15715},

@@ -1,0 +1,30 @@
+// Every dialog of the module, for tests that hold for all of them.
+#pragma once
+
+#include "base/dialog.h"
+#include "text/controls.h"
+
+#include <ostream>
+#include <span>
+#include <windows.h>
+
+namespace qx::testing {
+
+struct DialogCase {
+    const char* name;
+    DialogTemplate dialogTemplate;
+    std::span<const Control> (*controls)() noexcept;
+    bool isPage = false; // shares its letters with the Send button
+};
+
+std::span<const DialogCase> AllDialogs();
+
+inline void PrintTo(const DialogCase& dialog, std::ostream* out)
+{
+    *out << dialog.name;
+}
+
+// Whether window is of that class.
+bool Is(HWND window, const wchar_t* className);
+
+} // namespace qx::testing

@@ -1,0 +1,142 @@
+// Every dialog as a screen reader meets it: is there a name for everything that can have the keyboard focus?
+#include "base/dialog.h"
+#include "support/all_dialogs.h"
+#include "text/controls.h"
+
+#include <commctrl.h>
+#include <gtest/gtest.h>
+#include <oleacc.h>
+
+namespace qx::testing {
+namespace {
+
+// The import library's is unusable.
+constexpr GUID kAccessibleInterface = {0x618736E0, 0x3C3D, 0x11CF, {0x81, 0x0C, 0x00, 0xAA, 0x00, 0x38, 0x9B, 0x71}};
+
+bool IsSeen(HWND control)
+{
+    return (GetWindowLongPtrW(control, GWL_STYLE) & WS_VISIBLE) != 0;
+}
+
+// What the accessibility interface says; empty when it says nothing.
+std::wstring AnnouncedName(HWND control)
+{
+    IAccessible* accessible = nullptr;
+    if (AccessibleObjectFromWindow(control, static_cast<DWORD>(OBJID_CLIENT), kAccessibleInterface,
+                                   reinterpret_cast<void**>(&accessible)) != S_OK)
+        return {};
+    VARIANT self{};
+    self.vt = VT_I4;
+    BSTR name = nullptr;
+    accessible->get_accName(self, &name);
+    accessible->Release();
+    const std::wstring announced(name, SysStringLen(name));
+    SysFreeString(name);
+    return announced;
+}
+
+bool AreAtTheSamePlace(HWND a, HWND b)
+{
+    RECT placeA, placeB;
+    GetWindowRect(a, &placeA);
+    GetWindowRect(b, &placeB);
+    return EqualRect(&placeA, &placeB) != FALSE;
+}
+
+// The label directly before the control, seen or not. Of two fields that take turns at one place, the other one is
+// hidden, and screen readers look past it.
+std::wstring LabelBefore(HWND control)
+{
+    HWND before = GetWindow(control, GW_HWNDPREV);
+    if (Is(before, L"Edit") && AreAtTheSamePlace(before, control))
+        before = GetWindow(before, GW_HWNDPREV);
+    return Is(before, L"Static") ? WindowText(before) : std::wstring();
+}
+
+bool IsRadioButton(HWND control)
+{
+    return Is(control, L"Button") &&
+           (GetWindowLongPtrW(control, GWL_STYLE) & BS_TYPEMASK) == static_cast<LONG_PTR>(BS_AUTORADIOBUTTON);
+}
+
+bool CanHaveTheFocus(HWND control)
+{
+    return (GetWindowLongPtrW(control, GWL_STYLE) & WS_TABSTOP) != 0 || IsRadioButton(control);
+}
+
+class AccessibleNames : public ::testing::TestWithParam<DialogCase> {
+protected:
+    void SetUp() override
+    {
+        CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+        const INITCOMMONCONTROLSEX classes{sizeof classes, ICC_LISTVIEW_CLASSES};
+        InitCommonControlsEx(&classes);
+        owner_ =
+            CreateWindowW(L"Static", L"", WS_OVERLAPPEDWINDOW, 0, 0, 1200, 900, nullptr, nullptr, nullptr, nullptr);
+        const auto nothingElse = [](HWND, UINT, WPARAM, LPARAM) -> INT_PTR { return FALSE; };
+        dialog_ = CreateDialogParamW(ModuleInstance(), MAKEINTRESOURCEW(GetParam().dialogTemplate.Id()), owner_,
+                                     nothingElse, 0);
+        ASSERT_NE(dialog_, nullptr) << GetLastError();
+        SetUpControls(TextOwner{nullptr, L""}, dialog_, GetParam().controls());
+    }
+    void TearDown() override
+    {
+        DestroyWindow(owner_);
+        CoUninitialize();
+    }
+
+    std::vector<HWND> FocusableControls() const
+    {
+        std::vector<HWND> controls;
+        for (HWND child = GetWindow(dialog_, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
+            if (IsSeen(child) && CanHaveTheFocus(child))
+                controls.push_back(child);
+        }
+        return controls;
+    }
+
+private:
+    HWND owner_ = nullptr;
+    HWND dialog_ = nullptr;
+};
+
+TEST_P(AccessibleNames, EverythingThatCanHaveTheFocusHasOne)
+{
+    EXPECT_FALSE(FocusableControls().empty());
+    for (const HWND control : FocusableControls()) {
+        const int id = GetDlgCtrlID(control);
+        // For combo boxes and lists not every system computes the name, but all take the label before.
+        if (Is(control, L"ComboBox") || Is(control, WC_LISTVIEWW) || Is(control, L"Edit")) {
+            EXPECT_NE(LabelBefore(control), L"") << id;
+        } else {
+            EXPECT_NE(AnnouncedName(control), L"") << id;
+        }
+    }
+}
+
+TEST_P(AccessibleNames, AFieldIsAnnouncedByTheLabelBeforeIt)
+{
+    for (const HWND control : FocusableControls()) {
+        if (!Is(control, L"Edit") || !Is(GetWindow(control, GW_HWNDPREV), L"Static"))
+            continue;
+        std::wstring label = LabelBefore(control);
+        std::erase(label, L'&');
+        EXPECT_EQ(AnnouncedName(control), label) << GetDlgCtrlID(control);
+    }
+}
+
+TEST_P(AccessibleNames, AGroupOfChoicesIsAnnouncedByTheLabelBeforeItsFirst)
+{
+    for (const HWND control : FocusableControls()) {
+        const bool startsAGroup = (GetWindowLongPtrW(control, GWL_STYLE) & WS_GROUP) != 0;
+        if (IsRadioButton(control) && startsAGroup) {
+            EXPECT_NE(LabelBefore(control), L"") << GetDlgCtrlID(control);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(, AccessibleNames, ::testing::ValuesIn(AllDialogs()),
+                         [](const auto& dialog) { return std::string(dialog.param.name); });
+
+} // namespace
+} // namespace qx::testing
