@@ -58,6 +58,7 @@ void ParseWithOtherReader(const std::string& bytes)
     g_sink = units;
 }
 
+// Into fresh memory, as every file that is read goes.
 void CopyAndScan(const std::wstring& text)
 {
     const auto copy = std::make_unique_for_overwrite<wchar_t[]>(text.size());
