@@ -146,7 +146,8 @@ public:
         const std::filesystem::path quarter = folder_ / L"quarter.csv";
         WriteBytes(file_, Table(0, 10000, false));
         WriteBytes(quarter, Table(0, 2500, false));
-        benchmark_.Compare(ImportInto("import 10000 rows", "", file_), ImportInto("import 2500 rows", "", quarter), 4.6);
+        benchmark_.Compare(ImportInto("import 10000 rows", "", file_), ImportInto("import 2500 rows", "", quarter),
+                           4.6);
     }
 
 private:
@@ -166,7 +167,8 @@ private:
 
 void WriteThroughMapping(const std::filesystem::path& file, const std::string& bytes)
 {
-    const UniqueFile out(CreateFileW(file.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr));
+    const UniqueFile out(
+        CreateFileW(file.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr));
     const UniqueKernelHandle mapping(
         CreateFileMappingW(out.Get(), nullptr, PAGE_READWRITE, 0, static_cast<DWORD>(bytes.size()), nullptr));
     void* const view = MapViewOfFile(mapping.Get(), FILE_MAP_WRITE, 0, 0, bytes.size());

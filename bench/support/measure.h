@@ -16,8 +16,8 @@ struct Work {
 
 class Benchmark {
 public:
-    // Each comparison runs both works in turn, rounds times, and takes the fastest run of each: whatever else the machine
-    // does can only add to it.
+    // Each comparison runs both works in turn, rounds times, and takes the fastest run of each: whatever else the
+    // machine does can only add to it.
     explicit Benchmark(int rounds) : rounds_(rounds) {}
 
     // allowed: the largest ratio that is good enough.

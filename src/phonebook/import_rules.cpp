@@ -105,7 +105,8 @@ CountMessage CountMessageFor(int duplicates, int invalidFaxNumbers)
     if (duplicates == 1)
         message.lines.push_back({kOneDuplicate, 1});
     if (invalidFaxNumbers != 0)
-        message.lines.push_back({invalidFaxNumbers == 1 ? kOneInvalidFaxNumber : kInvalidFaxNumbers, invalidFaxNumbers});
+        message.lines.push_back(
+            {invalidFaxNumbers == 1 ? kOneInvalidFaxNumber : kInvalidFaxNumbers, invalidFaxNumbers});
     if (duplicates > 1)
         message.lines.push_back({kDuplicates, duplicates});
     message.replacesStatusMessage = duplicates >= 3 && invalidFaxNumbers >= 3;

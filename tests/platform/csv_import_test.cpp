@@ -316,7 +316,8 @@ public:
             L"a", L"A", L"b", L"\u00e9", L"e\u0301", L"\u00c9", L"E\u0301", L"\u00df", L"ss", L"\u00e6", L"ae",
             L"-", L"'", L".", L" ", L"\u00ad", L"\u200b", L"\u03a3", L"\u03c3", L"\u03c2", L"\u0385", L"\u00a8\u0301",
             L"\u05d0", L"\ufb2e", L"\u05d0\u05b7", L"\u0627", L"\u0640", L"\u064b", L"\ufe71", L"\u30ab", L"\uff76",
-            L"\u3042", L"\u4e00", L"\uac00", L"\u1100\u1161", L"\ufb01", L"fi", L"\t", L"1", L"\uff11", L"\xd83d\xde00"};
+            L"\u3042", L"\u4e00", L"\uac00", L"\u1100\u1161", L"\ufb01", L"fi", L"\t", L"1", L"\uff11",
+            L"\xd83d\xde00"};
         std::wstring name;
         for (unsigned left = Number(4); left > 0; --left)
             name += pieces[Number(few_ ? 6 : std::size(pieces))];
@@ -326,7 +327,8 @@ public:
 
     std::wstring FaxNumber()
     {
-        static const wchar_t* const numbers[] = {L"1", L"1", L"2", L"1-2", L"12", L"(1)", L"", L"1x", L"\u0661", L"\uff11"};
+        static const wchar_t* const numbers[] = {L"1",   L"1", L"2",  L"1-2",    L"12",
+                                                 L"(1)", L"",  L"1x", L"\u0661", L"\uff11"};
         return numbers[Number(std::size(numbers))];
     }
 
@@ -432,7 +434,8 @@ TEST_F(CsvExport, WhatIsExportedComesBackIntoAnEmptyBook)
         TestBook book, empty;
         for (DWORD id = 0; id < 60; ++id) {
             // The number keeps the entries apart. Names end at line breaks, so those are left to the companies.
-            const std::wstring name = (std::to_wstring(id) + text(L"aB\"\", \u00e9\u05d0\u5c71\xd83d'-", 1)).substr(0, 50);
+            std::wstring name = std::to_wstring(id) + text(L"aB\"\", \u00e9\u05d0\u5c71\xd83d'-", 1);
+            name.resize(std::min<std::size_t>(name.size(), 50));
             book.AddEntry(name.c_str(), text(L"0123456789,-*#()[]", 1).c_str(),
                           text(L"cD\"\",\r\n \u00df\u4e00", 0).c_str(), id);
         }

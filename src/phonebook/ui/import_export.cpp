@@ -68,7 +68,8 @@ struct WaitCursor : ShownCursor {
 // Clears the attributes that would keep a file from being replaced, and puts them back at the end.
 class ReplaceableFile {
 public:
-    explicit ReplaceableFile(const std::wstring& path) noexcept : path_(path), attributes_(GetFileAttributesW(path.c_str()))
+    explicit ReplaceableFile(const std::wstring& path) noexcept
+        : path_(path), attributes_(GetFileAttributesW(path.c_str()))
     {
         if (MustBeCleared())
             SetFileAttributesW(path_.c_str(), 0);

@@ -65,7 +65,8 @@ std::wstring_view ItemText(HWND list, int row, int column, HeaderBuffer& buffer)
     item.iSubItem = column;
     item.pszText = buffer.data();
     item.cchTextMax = static_cast<int>(buffer.size());
-    const LRESULT units = SendMessageW(list, LVM_GETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
+    const LRESULT units =
+        SendMessageW(list, LVM_GETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
     return {item.pszText, static_cast<std::size_t>(units)};
 }
 
