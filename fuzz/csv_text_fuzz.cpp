@@ -1,21 +1,14 @@
 // CSV files of any bytes: encoding, parsing, fields, import rows. What the fast reader finds is compared with the rules
 // taken literally.
+#include "fuzz.h"
 #include "phonebook/csv_text.h"
 #include "phonebook/import_rules.h"
 #include "support/literal_csv.h"
 
-#include <cstdint>
-#include <cstdlib>
-
 namespace {
 
 using namespace qx;
-
-void Check(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
+using fuzz::Check;
 
 bool LooksLikeUtf16(std::span<const unsigned char> bytes)
 {
@@ -25,12 +18,9 @@ bool LooksLikeUtf16(std::span<const unsigned char> bytes)
 // Bytes as ANSI, or pairs of them as UTF-16.
 std::wstring TextOf(std::span<const unsigned char> bytes)
 {
-    std::wstring text;
-    if (DetectEncoding(bytes, LooksLikeUtf16) != CsvEncoding::Utf16LittleEndian)
-        return {bytes.begin(), bytes.end()};
-    for (std::size_t i = 2; i + 1 < bytes.size(); i += 2)
-        text += static_cast<wchar_t>(bytes[i] | bytes[i + 1] << 8);
-    return text;
+    if (DetectEncoding(bytes, LooksLikeUtf16) == CsvEncoding::Utf16LittleEndian)
+        return fuzz::Utf16(bytes.data() + 2, bytes.size() - 2);
+    return {bytes.begin(), bytes.end()};
 }
 
 void CheckQuoting(const std::wstring& text)
