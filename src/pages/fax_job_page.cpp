@@ -90,14 +90,23 @@ void Show(const FaxJobPage& page, int id, bool shown) noexcept
     ShowWindow(ControlOf(page, id), shown ? SW_SHOWNA : SW_HIDE);
 }
 
-void SetText(const FaxJobPage& page, int id, const wchar_t* text) noexcept
+// A text that stands there already is not set again: every keystroke in the name box may come here.
+void SetText(const FaxJobPage& page, int id, const wchar_t* text)
 {
-    SetWindowTextW(ControlOf(page, id), OrEmpty(text));
+    const HWND control = ControlOf(page, id);
+    if (WindowText(control) != OrEmpty(text))
+        SetWindowTextW(control, OrEmpty(text));
 }
 
 std::wstring TextOf(const FaxJobPage& page, int id)
 {
     return WindowText(ControlOf(page, id), kFieldUnits);
+}
+
+// As the page decides, also while another page of the sheet is shown.
+bool IsShown(const FaxJobPage& page, int id) noexcept
+{
+    return (GetWindowLongPtrW(ControlOf(page, id), GWL_STYLE) & WS_VISIBLE) != 0;
 }
 
 bool Holds(const FaxJobPage& page, int id) noexcept { return HasText(ControlOf(page, id)); }
@@ -150,6 +159,8 @@ void FilterBillingCode(FaxJobPage& page)
 // stands right behind the label, which thus names it to a screen reader.
 void ShowGroupText(const FaxJobPage& page, bool group) noexcept
 {
+    if (IsShown(page, IDC_GROUP_TEXT) == group && IsShown(page, IDC_FAX_NUMBER) != group)
+        return;
     for (const int id : {IDC_FAX_NUMBER, IDC_GROUP_TEXT}) {
         const bool shown = (id == IDC_GROUP_TEXT) == group;
         Enable(page, id, shown);
@@ -172,12 +183,11 @@ std::wstring MemberCountText(const FaxJobPage& page, std::size_t members)
 void ShowGroup(FaxJobPage& page, const PhoneBookGroup& group)
 {
     page.group = &group;
-    SetText(page, IDC_FAX_NUMBER, L""); // switches "To ->" off
+    SetText(page, IDC_FAX_NUMBER, L"");
     SetText(page, IDC_COMPANY, L"");
     ShowGroupText(page, true);
     SetText(page, IDC_GROUP_TEXT, MemberCountText(page, group.Members().size()).c_str());
-    if (Holds(page, IDC_GROUP_TEXT))
-        Enable(page, IDC_TO, true);
+    Enable(page, IDC_TO, Holds(page, IDC_GROUP_TEXT));
 }
 
 // A null text leaves its field empty.
@@ -186,9 +196,12 @@ void ShowEntry(FaxJobPage& page, const wchar_t* faxNumber, const wchar_t* compan
     page.group = nullptr;
     ShowGroupText(page, false);
     // Emptied first: a stored number that the filter refuses must not bring back the one of another recipient.
-    SetText(page, IDC_FAX_NUMBER, L"");
-    SetText(page, IDC_FAX_NUMBER, faxNumber);
+    if (TextOf(page, IDC_FAX_NUMBER) != OrEmpty(faxNumber)) {
+        SetText(page, IDC_FAX_NUMBER, L"");
+        SetText(page, IDC_FAX_NUMBER, faxNumber);
+    }
     SetText(page, IDC_COMPANY, company);
+    Enable(page, IDC_TO, Holds(page, IDC_FAX_NUMBER));
 }
 
 void FillFieldsFromNameBox(FaxJobPage& page)

@@ -14,8 +14,8 @@ std::ostream& operator<<(std::ostream& out, const Row& row)
 }
 
 FaxJobPageStand::FaxJobPageStand()
-    : sheet_(CreateWindowExW(WS_EX_CONTROLPARENT, WC_DIALOG, L"Sheet", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 40, 40, 560,
-                             560, nullptr, nullptr, ModuleInstance(), nullptr))
+    : sheet_(CreateWindowExW(WS_EX_CONTROLPARENT, WC_DIALOG, L"Sheet", WS_OVERLAPPEDWINDOW, 40, 40, 560, 560,
+                             nullptr, nullptr, ModuleInstance(), nullptr))
 {
     MakeRoomForRecipients(Job()); // as the session does
     page_.job = &Job();
@@ -60,8 +60,9 @@ void FaxJobPageStand::AddRecentGroup(const wchar_t* name, int members)
     recent_.AddRecent(group, book_);
 }
 
-void FaxJobPageStand::Show()
+void FaxJobPageStand::Show(Sheet sheet)
 {
+    ShowWindow(sheet_, sheet == Sheet::Visible ? SW_SHOW : SW_HIDE);
     PROPSHEETPAGEW description{};
     description.dwSize = sizeof description;
     description.lParam = reinterpret_cast<LPARAM>(&page_);
@@ -112,8 +113,14 @@ void FaxJobPageStand::PickName(int row)
 
 void FaxJobPageStand::DropNames(bool open)
 {
-    // As the arrow button does it, which knows nothing of messages to the combo box.
-    SendMessageW(page_.nameBox.edit, WM_SYSKEYDOWN, open ? VK_DOWN : VK_UP, 1 << 29);
+    if (open == NamesShown())
+        return;
+    COMBOBOXINFO info{};
+    info.cbSize = sizeof info;
+    GetComboBoxInfo(page_.nameBox.combo, &info);
+    const LPARAM arrow = MAKELPARAM(info.rcButton.left + 2, info.rcButton.top + 2);
+    SendMessageW(page_.nameBox.combo, WM_LBUTTONDOWN, MK_LBUTTON, arrow);
+    SendMessageW(page_.nameBox.combo, WM_LBUTTONUP, 0, arrow);
 }
 
 void FaxJobPageStand::SelectRows(const std::vector<int>& rows)

@@ -32,9 +32,10 @@ public:
     void AddRecentEntry(const wchar_t* name, const wchar_t* faxNumber, const wchar_t* company = L"");
     void AddRecentGroup(const wchar_t* name, int members); // named "name 1", "name 2", ...
 
-    void Show();
+    enum class Sheet { Visible, Hidden }; // hidden: nothing is painted, everything else works, and faster
+    void Show(Sheet sheet = Sheet::Visible);
     FaxJobPage& Page() { return page_; }
-    HWND Sheet() const { return sheet_; }
+    HWND SheetWindow() const { return sheet_; }
     HWND Control(int id) const { return GetDlgItem(page_.dialog, id); }
 
     // ---- the user
@@ -43,7 +44,7 @@ public:
     void PressNameKey(WPARAM key);                   // a key that reaches the name box's edit
     void Press(int id);                              // a button, also one that is disabled does nothing
     void PickName(int row);                          // an item of the name box, as its list would
-    void DropNames(bool open);
+    void DropNames(bool open);                       // by a click on the arrow
     void SelectRows(const std::vector<int>& rows);
     void PressListKey(WPARAM key);
     LRESULT Notify(UINT code);                       // from the sheet

@@ -194,6 +194,25 @@ TEST_F(NameBox, TheArrowListsEveryNameThatIsNotBlank)
     EXPECT_EQ(stand.Names(), (Texts{L"Anna", L"Bob"}));
 }
 
+TEST_F(NameBox, OpeningTheListLeavesTheTypedTextAlone)
+{
+    ShowWith({L"Anna"});
+    stand.SetText(IDC_FAX_NUMBER, L"555");
+    stand.SetText(IDC_NAME_BOX, L"A");
+    stand.SetText(IDC_NAME_BOX, L"B");
+    stand.SetText(IDC_NAME_BOX, L"A"); // as long as before: not completed
+    ASSERT_EQ(Name(), L"A");
+    SetFocus(stand.Control(IDC_COMPANY));
+    SetFocus(Edit());
+    stand.DropNames(true);
+    EXPECT_TRUE(stand.NamesShown());
+    EXPECT_EQ(Name(), L"A");
+    EXPECT_EQ(Fax(), L"555");
+    stand.PressNameKey(VK_DOWN);
+    EXPECT_EQ(Name(), L"Anna");
+    EXPECT_EQ(Fax(), L"100");
+}
+
 TEST_F(NameBox, TheListStandsBelowTheEditOnePixelNarrowerOnEachSide)
 {
     ShowWith({L"Anna"});
@@ -353,6 +372,14 @@ TEST_F(NameBox, TheArrowKeysWalkThroughTheNamesAlsoWithTheListHidden)
     stand.PressNameKey(VK_DOWN);
     EXPECT_EQ(Name(), L"Bob");
     EXPECT_EQ(Fax(), L"100");
+}
+
+TEST_F(NameBox, AProgramThatOpensTheListFindsTheNamesInIt)
+{
+    ShowWith({L"Bob", L"Anna"});
+    SendMessageW(Combo(), CB_SHOWDROPDOWN, TRUE, 0); // as assistive technology does
+    EXPECT_EQ(stand.Names(), (Texts{L"Anna", L"Bob"}));
+    EXPECT_TRUE(stand.NamesShown());
 }
 
 // ---- the mouse

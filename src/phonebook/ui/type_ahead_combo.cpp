@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace qx {
 
@@ -213,6 +214,15 @@ void Notify(const TypeAheadState& state, int row) noexcept
     SendMessageW(state.notify, kSuggestionChosen, 0, row);
 }
 
+// As with any combo box the arrow keys walk through the names, and programs may open the list, also before the user
+// ever did.
+void OfferNamesWhereNoneStand(TypeAheadState& state)
+{
+    const bool stale = GetWindowTextLengthW(state.edit) == 0 || RowCount(state) == 0;
+    if (!ListShows(state) && stale)
+        ShowOffered(state);
+}
+
 // ---- the edit -------------------------------------------------------------------------------------------------------
 
 void AnswerEscape(TypeAheadState& state)
@@ -248,17 +258,11 @@ void AnswerEnterWithoutList(TypeAheadState& state)
 {
     DeleteCompletedTail(state);
     const std::wstring text = EditText(state);
-    if (!text.empty())
+    if (text.empty())
+        DropStaleSelection(state); // all of it was selected
+    else
         ChooseFirstRowThatBeginsWith(state, text);
     Notify(state, 0);
-}
-
-// As with any combo box the arrow keys walk through the names, also before the list was ever opened.
-void OfferNamesForArrowKeys(TypeAheadState& state)
-{
-    const bool stale = GetWindowTextLengthW(state.edit) == 0 || RowCount(state) == 0;
-    if (!ListShows(state) && stale)
-        ShowOffered(state);
 }
 
 bool IsEnterOrEscape(WPARAM key) noexcept
@@ -287,8 +291,10 @@ LRESULT AnswerEditMessage(TypeAheadState& state, UINT message, WPARAM w, LPARAM 
         if (w == VK_ESCAPE)
             AnswerEscape(state);
         else if (w == VK_DOWN || w == VK_UP)
-            OfferNamesForArrowKeys(state);
+            OfferNamesWhereNoneStand(state);
         return old();
+    case WM_SETTEXT:
+        return state.editIsKept && !state.completing ? TRUE : old();
     case WM_CHAR:
         return IsEnterOrEscape(w) ? 0 : old(); // the keys were answered; the edit would only beep
     case WM_KILLFOCUS:
@@ -327,8 +333,17 @@ void ShowListWindow(TypeAheadState& state) noexcept
     if (!ListShows(state))
         GetCursorPos(&state.pointerWhenShown);
     const RECT place = ListPlace(state);
+    RECT now{};
+    GetWindowRect(state.list, &now);
+    // Where it stands already nothing moves: sizing a list costs more than all the rest of a keystroke.
+    if (EqualRect(&place, &state.wantedPlace) && EqualRect(&now, &state.takenPlace)) {
+        ShowWindow(state.list, SW_SHOWNA);
+        return;
+    }
     SetWindowPos(state.list, HWND_TOPMOST, place.left, place.top, place.right - place.left, place.bottom - place.top,
                  SWP_NOACTIVATE | SWP_SHOWWINDOW);
+    state.wantedPlace = place;
+    GetWindowRect(state.list, &state.takenPlace); // a list box shows whole rows only, and may have shrunk
 }
 
 void HideListWindow(const TypeAheadState& state) noexcept
@@ -339,6 +354,21 @@ void HideListWindow(const TypeAheadState& state) noexcept
     ShowWindow(state.list, SW_HIDE);
 }
 
+// A combo box whose arrow is clicked puts the first name that begins with the typed text into its edit and tells nobody:
+// the fields would belong to another name. Only who asks for a text, and a choice in the list, may change it.
+bool MayWriteEdit(UINT message) noexcept
+{
+    return message == WM_SETTEXT || message == CB_SETCURSEL || message == CB_SELECTSTRING || message == WM_COMMAND;
+}
+
+LRESULT LetComboBoxWork(TypeAheadState& state, UINT message, WPARAM w, LPARAM l)
+{
+    const bool before = std::exchange(state.editIsKept, !MayWriteEdit(message));
+    const LRESULT result = CallWindowProcW(state.comboProcedure, state.combo, message, w, l);
+    state.editIsKept = before;
+    return result;
+}
+
 LRESULT AnswerComboMessage(TypeAheadState& state, UINT message, WPARAM w, LPARAM l)
 {
     switch (message) {
@@ -346,12 +376,17 @@ LRESULT AnswerComboMessage(TypeAheadState& state, UINT message, WPARAM w, LPARAM
         ClearRows(state);
         return CB_OKAY;
     case CB_SHOWDROPDOWN:
-        w != 0 ? ShowListWindow(state) : HideListWindow(state);
+        if (w == 0) {
+            HideListWindow(state);
+        } else {
+            OfferNamesWhereNoneStand(state);
+            ShowListWindow(state);
+        }
         return TRUE;
     case CB_GETDROPPEDSTATE:
         return ListShows(state);
     default:
-        return CallWindowProcW(state.comboProcedure, state.combo, message, w, l);
+        return LetComboBoxWork(state, message, w, l);
     }
 }
 
@@ -498,16 +533,23 @@ bool HandleNameBoxNotification(TypeAheadState& state, UINT code)
     if (state.completing)
         return false;
     switch (code) {
-    case CBN_EDITCHANGE: OnEditChange(state); break;
-    case CBN_DROPDOWN: OnDropDown(state); break;
-    case CBN_CLOSEUP: DropStaleSelection(state); break;
+    case CBN_EDITCHANGE:
+        OnEditChange(state);
+        break;
+    case CBN_DROPDOWN:
+        OnDropDown(state);
+        break;
+    case CBN_SELENDCANCEL: // not when the list closes on a choice: the selection is then about to be told
+        DropStaleSelection(state);
+        break;
     case CBN_SELCHANGE:
         state.selectionNotified = true;
         // The combo box writes the edit only after this notification: the page would still find the old name there.
         if (SelectedRow(state) >= 0)
             ChooseRow(state, SelectedRow(state));
         break;
-    default: break;
+    default:
+        break;
     }
     return true;
 }

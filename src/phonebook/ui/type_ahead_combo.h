@@ -27,7 +27,10 @@ struct TypeAheadState {
     std::size_t previousLength = 0; // of the text as typed (UTF-16 units)
     bool rowsAreMatches = false;    // the list's rows are the matches, not all that an opened list offers
     bool completing = false;        // the change of the edit is ours, not the user's
+    bool editIsKept = false;        // the combo box is at work, and may not write into its edit by itself
     bool selectionNotified = false; // the combo box has told the page of the row that is being clicked
+    RECT wantedPlace{};             // of the list, screen coordinates, as last asked for
+    RECT takenPlace{};              // and as it then was
     POINT pointerWhenShown{};       // screen coordinates; a list that opens under the pointer is not yet hovered over
 };
 

@@ -1,0 +1,108 @@
+// What a keystroke in the completing name box costs, beside the same outcome on a bare combo box: the typed letter, the
+// list filled with the same names and shown, the first one put into the edit with its tail selected.
+#include "phonebook/ui/type_ahead_combo.h"
+
+#include "base/dialog.h"
+#include "support/measure.h"
+
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr int kNames = 20;
+constexpr int kRounds = 200;
+
+std::vector<std::wstring> Names()
+{
+    std::vector<std::wstring> names;
+    for (int i = 0; i < kNames; ++i)
+        names.push_back(L"Anna Example " + std::to_wstring(i));
+    return names;
+}
+
+struct Combo {
+    explicit Combo(HWND owner, int top)
+        : window(CreateWindowExW(0, WC_COMBOBOXW, L"", WS_CHILD | WS_VISIBLE | WS_VSCROLL | CBS_DROPDOWN | CBS_AUTOHSCROLL,
+                                 10, top, 220, 200, owner, nullptr, qx::ModuleInstance(), nullptr))
+    {
+        COMBOBOXINFO info{};
+        info.cbSize = sizeof info;
+        GetComboBoxInfo(window, &info);
+        edit = info.hwndItem;
+        list = info.hwndList;
+    }
+    void Show() const
+    {
+        UpdateWindow(list);
+        UpdateWindow(edit);
+    }
+
+    HWND window, edit, list;
+};
+
+void TypeIntoBareCombo(const Combo& combo, const std::vector<std::wstring>& names)
+{
+    SendMessageW(combo.edit, WM_CHAR, L'a', 1);
+    const auto typed = static_cast<WPARAM>(GetWindowTextLengthW(combo.edit));
+    SendMessageW(combo.list, WM_SETREDRAW, FALSE, 0);
+    SendMessageW(combo.window, CB_RESETCONTENT, 0, 0);
+    for (const std::wstring& name : names) {
+        const LRESULT row = SendMessageW(combo.window, CB_INSERTSTRING, static_cast<WPARAM>(-1),
+                                         reinterpret_cast<LPARAM>(name.c_str()));
+        SendMessageW(combo.window, CB_SETITEMDATA, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&name));
+    }
+    SendMessageW(combo.list, WM_SETREDRAW, TRUE, 0);
+    SendMessageW(combo.window, CB_SHOWDROPDOWN, TRUE, 0);
+    SendMessageW(combo.window, CB_SETCURSEL, 0, 0);
+    SendMessageW(combo.edit, EM_SETSEL, typed, -1);
+    combo.Show();
+}
+
+void EmptyBareCombo(const Combo& combo)
+{
+    SendMessageW(combo.window, CB_SHOWDROPDOWN, FALSE, 0);
+    SetFocus(combo.edit);
+    SetWindowTextW(combo.edit, L"");
+}
+
+void TypeIntoNameBox(qx::TypeAheadState& state, const Combo& combo)
+{
+    SendMessageW(combo.edit, WM_CHAR, L'a', 1);
+    qx::HandleNameBoxNotification(state, CBN_EDITCHANGE); // as the page does
+    combo.Show();
+}
+
+void EmptyNameBox(qx::TypeAheadState& state)
+{
+    SetFocus(state.edit);
+    qx::ClearNameBox(state);
+}
+
+} // namespace
+
+int main(int count, char** arguments)
+{
+    const qx::ActivationScope context;
+    const HWND owner = CreateWindowExW(0, WC_DIALOG, L"Bench", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 20, 20, 300, 300,
+                                       nullptr, nullptr, qx::ModuleInstance(), nullptr);
+    const std::vector<std::wstring> names = Names();
+    const Combo bare(owner, 10);
+    const Combo completing(owner, 60);
+    qx::TypeAheadState state;
+    qx::AttachTypeAhead(state, completing.window, owner);
+    std::vector<qx::SuggestionItem> items;
+    for (const std::wstring& name : names)
+        items.push_back({name});
+    qx::SetSuggestionItems(state, std::move(items));
+
+    qx::bench::Benchmark benchmark(kRounds);
+    benchmark.Compare({"a keystroke in the name box, 20 recent names", [&] { TypeIntoNameBox(state, completing); },
+                       [&] { EmptyNameBox(state); }},
+                      {"the same on a bare combo box", [&] { TypeIntoBareCombo(bare, names); },
+                       [&] { EmptyBareCombo(bare); }},
+                      1.5);
+    qx::DetachTypeAhead(state);
+    DestroyWindow(owner);
+    return benchmark.Report(count, arguments);
+}

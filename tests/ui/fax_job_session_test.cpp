@@ -1,0 +1,556 @@
+// The Fax Job page in whole sessions of the module, driven as a user would.
+#include "phonebook/recent_list.h"
+#include "phonebook/phone_book.h"
+#include "res/fax_job_page_ids.h"
+#include "support/send_fax_session.h"
+
+#include <fstream>
+#include <gtest/gtest.h>
+
+namespace qx::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+using Recipients = std::vector<Recipient>;
+using Texts = std::vector<std::wstring>;
+
+constexpr const wchar_t* kTooMany = L"The maximum number of fax numbers has been entered.";
+
+// A folder of its own, gone with the test.
+class TemporaryFolder {
+public:
+    TemporaryFolder() : path_(fs::temp_directory_path() / (L"qxfax" + std::to_wstring(GetCurrentProcessId())))
+    {
+        fs::create_directories(path_);
+    }
+    ~TemporaryFolder() { fs::remove_all(path_); }
+    fs::path File(const wchar_t* name) const
+    {
+        std::ofstream(path_ / name) << "not looked at";
+        return path_ / name;
+    }
+    fs::path Missing(const wchar_t* name) const { return path_ / name; }
+
+private:
+    fs::path path_;
+};
+
+class FaxJobSession : public ::testing::Test {
+protected:
+    void Open(SessionOptions options = {})
+    {
+        session_ = std::make_unique<SendFaxSession>(std::move(options));
+        session_->SetDefault(L"ApplyDefaults", 1u); // else the sheet opens on the Setup page
+        FillRecentList();
+        session_->Start();
+        Ui().WaitForControl(IDC_NAME_BOX);
+    }
+    // Before Open. The last one is the most recent.
+    void RecentEntry(std::wstring name, std::wstring faxNumber, std::wstring company = L"")
+    {
+        recent_.push_back({std::move(name), std::move(faxNumber), std::move(company), 0});
+    }
+    void RecentGroup(std::wstring name, int members) { recent_.push_back({std::move(name), L"", L"", members}); }
+
+    SendFaxSession& Session() { return *session_; }
+    host::UiDriver& Ui() { return session_->Ui(); }
+
+    void Fill(const std::wstring& name, const std::wstring& faxNumber, const std::wstring& company = L"")
+    {
+        Ui().Type(IDC_NAME_BOX, name);
+        Ui().Type(IDC_FAX_NUMBER, faxNumber);
+        Ui().Type(IDC_COMPANY, company);
+    }
+    void Add(const std::wstring& name, const std::wstring& faxNumber, const std::wstring& company = L"")
+    {
+        Fill(name, faxNumber, company);
+        Ui().Press(IDC_TO);
+    }
+    void AddGroup(const std::wstring& name)
+    {
+        Ui().Type(IDC_NAME_BOX, name);
+        Ui().Press(IDC_TO);
+    }
+    // Presses Send, which must be refused, and answers what the boxes said.
+    Texts RefusedSend(int boxes)
+    {
+        Ui().Press(IDOK);
+        Texts texts;
+        for (int i = 0; i < boxes; ++i)
+            texts.push_back(Ui().AnswerBox(IDOK).text);
+        EXPECT_TRUE(Ui().HasControl(IDC_NAME_BOX)) << "the sheet has closed";
+        return texts;
+    }
+
+private:
+    struct RecentItem {
+        std::wstring name, faxNumber, company;
+        int members;
+    };
+
+    void FillRecentList()
+    {
+        ItemStore store;
+        PhoneBook* const book = new PhoneBook(store);
+        {
+            RecentRecipientList list;
+            list.Open(session_->PrinterHandle());
+            for (const RecentItem& item : recent_) {
+                if (item.members > 0)
+                    list.AddRecent(NewGroup(store, item), book);
+                else
+                    list.AddRecent(NewEntry(store, item), book);
+            }
+            list.Save();
+        }
+        book->Destroy();
+    }
+    static PhoneBookItem* NewEntry(ItemStore& store, const RecentItem& item)
+    {
+        PhoneBookEntry* const entry = store.NewEntry();
+        entry->SetName(item.name.c_str());
+        entry->SetFaxNumber(item.faxNumber.c_str());
+        entry->SetCompany(item.company.c_str());
+        return entry;
+    }
+    static PhoneBookItem* NewGroup(ItemStore& store, const RecentItem& item)
+    {
+        PhoneBookGroup* const group = store.NewGroup();
+        group->SetName(item.name.c_str());
+        for (int i = 1; i <= item.members; ++i) {
+            const std::wstring number = std::to_wstring(i);
+            group->AddMember(MakeRecipient((item.name + L" " + number).c_str(), number.c_str(), L"Works"));
+        }
+        return group;
+    }
+
+    std::vector<RecentItem> recent_;
+    std::unique_ptr<SendFaxSession> session_;
+};
+
+// ---- recipients
+
+TEST_F(FaxJobSession, TakesTheHundredthRecipientAndRefusesTheNextOneWithItsFieldsKept)
+{
+    RecentGroup(L"Many", 99);
+    Open();
+    AddGroup(L"Many");
+    ASSERT_EQ(Ui().RowCount(IDC_RECIPIENTS), 99);
+    Add(L"Anna", L"5550100");
+    EXPECT_EQ(Ui().RowCount(IDC_RECIPIENTS), 100);
+    Add(L"Bob", L"5550101", L"Mill");
+    const host::BoxContents box = Ui().AnswerBox(IDOK);
+    EXPECT_EQ(box.text, kTooMany);
+    EXPECT_EQ(box.title, L"QX MFP Send Fax Error");
+    EXPECT_EQ(box.icon, static_cast<UINT>(MB_ICONERROR));
+    EXPECT_EQ(Ui().Text(IDC_NAME_BOX), L"Bob");
+    EXPECT_EQ(Ui().Text(IDC_FAX_NUMBER), L"5550101");
+    EXPECT_EQ(Ui().Text(IDC_COMPANY), L"Mill");
+    EXPECT_EQ(Ui().RowCount(IDC_RECIPIENTS), 100);
+}
+
+TEST_F(FaxJobSession, RefusesAGroupThatWouldPassTheLimitAndTakesItWholeBelow)
+{
+    RecentGroup(L"Ninety-five", 95);
+    RecentGroup(L"Five", 5);
+    Open();
+    AddGroup(L"Ninety-five");
+    Add(L"Anna", L"1");
+    AddGroup(L"Five");
+    EXPECT_EQ(Ui().AnswerBox(IDOK).text, kTooMany);
+    EXPECT_EQ(Ui().RowCount(IDC_RECIPIENTS), 96);
+    Ui().SelectRows(IDC_RECIPIENTS, {95});
+    Ui().Press(IDC_DELETE);
+    AddGroup(L"Five");
+    EXPECT_EQ(Ui().RowCount(IDC_RECIPIENTS), 100);
+    Session().Send();
+    EXPECT_EQ(Session().Recipients().size(), 100u);
+    EXPECT_EQ(Session().Recipients().back(), (Recipient{L"Five 5", L"5", L"Works"}));
+}
+
+TEST_F(FaxJobSession, DropsATypedPlusAndBlankAndPutsTheOldNumberBackAfterAPasteWithThem)
+{
+    Open();
+    Ui().Type(IDC_FAX_NUMBER, L"12+3 4");
+    EXPECT_EQ(Ui().Text(IDC_FAX_NUMBER), L"1234");
+    Ui().Paste(IDC_FAX_NUMBER, L"+1 555");
+    EXPECT_EQ(Ui().Text(IDC_FAX_NUMBER), L"1234");
+    Ui().Type(IDC_FAX_NUMBER, L"");
+    Ui().Paste(IDC_FAX_NUMBER, L"12a3");
+    EXPECT_EQ(Ui().Text(IDC_FAX_NUMBER), L"");
+}
+
+TEST_F(FaxJobSession, RefusesABlankInANumberAndTakesEverySignOfTheFaxKeypad)
+{
+    Open();
+    Ui().Paste(IDC_FAX_NUMBER, L"(030) 1234-5678");
+    EXPECT_EQ(Ui().Text(IDC_FAX_NUMBER), L"");
+    Ui().Paste(IDC_FAX_NUMBER, L"(030)1234-5678,,#9");
+    EXPECT_EQ(Ui().Text(IDC_FAX_NUMBER), L"(030)1234-5678,,#9");
+}
+
+TEST_F(FaxJobSession, AddsTheSameRecipientTwice)
+{
+    Open();
+    Add(L"Anna", L"5550100");
+    Add(L"Anna", L"5550100");
+    Session().Send();
+    EXPECT_EQ(Session().Recipients(), (Recipients{{L"Anna", L"5550100", L""}, {L"Anna", L"5550100", L""}}));
+}
+
+TEST_F(FaxJobSession, TellsTheMemberCountOfAPickedGroup)
+{
+    RecentGroup(L"Solo", 1);
+    RecentGroup(L"Duo", 2);
+    Open();
+    Ui().Type(IDC_NAME_BOX, L"solo");
+    EXPECT_EQ(Ui().Text(IDC_GROUP_TEXT), L"Group members: 1");
+    Ui().Type(IDC_NAME_BOX, L"duo");
+    EXPECT_EQ(Ui().Text(IDC_GROUP_TEXT), L"Group members: 2");
+    EXPECT_TRUE(Ui().IsVisible(IDC_GROUP_TEXT));
+    EXPECT_FALSE(Ui().IsVisible(IDC_FAX_NUMBER));
+}
+
+TEST_F(FaxJobSession, DeletesExactlyTheThreeScatteredRecipients)
+{
+    Open();
+    for (const wchar_t* name : {L"A", L"B", L"C", L"D", L"E"})
+        Add(name, L"1");
+    Ui().SelectRows(IDC_RECIPIENTS, {0, 2, 4});
+    Ui().Press(IDC_DELETE);
+    EXPECT_FALSE(Ui().IsEnabled(IDC_DELETE));
+    Session().Send();
+    EXPECT_EQ(Session().Recipients(), (Recipients{{L"B", L"1", L""}, {L"D", L"1", L""}}));
+}
+
+TEST_F(FaxJobSession, AnEntryThatDiffersOnlyInLetterCaseIsADuplicateInThePhoneBook)
+{
+    Open();
+    Fill(L"Anna Smith", L"5550100");
+    Ui().Press(IDC_ADD_TO_PHONE_BOOK);
+    EXPECT_EQ(Ui().FocusedControl(), IDC_NAME_BOX);
+    EXPECT_EQ(Ui().Text(IDC_FAX_NUMBER), L"5550100"); // the fields keep their text
+    Fill(L"ANNA SMITH", L"5550100", L"Orchard");
+    Ui().Press(IDC_ADD_TO_PHONE_BOOK);
+    const host::BoxContents box = Ui().AnswerBox(IDOK);
+    EXPECT_EQ(box.text, L"This is a duplicate entry. Please enter a different name or fax number.");
+    EXPECT_EQ(box.title, L"QX MFP Send Fax Warning");
+    EXPECT_EQ(box.icon, static_cast<UINT>(MB_ICONERROR)); // a warning with the stop icon, on purpose
+    EXPECT_EQ(Ui().FocusedControl(), IDC_NAME_BOX);
+    Fill(L"Anna Smith", L"5550101");
+    Ui().Press(IDC_ADD_TO_PHONE_BOOK);
+    Session().Cancel();
+    EXPECT_TRUE(fs::exists(Session().PhoneBookFile()));
+}
+
+TEST_F(FaxJobSession, RemembersEveryTakenRecipientForTheNextSession)
+{
+    Open();
+    Add(L"Anna", L"5550100", L"Orchard");
+    Fill(L"Bob", L"5550101");
+    Session().Send();
+    Session().Start();
+    Ui().WaitForControl(IDC_NAME_BOX);
+    Ui().DropDown(IDC_NAME_BOX, true);
+    EXPECT_EQ(Ui().ComboItems(IDC_NAME_BOX), (Texts{L"Bob", L"Anna"}));
+    Ui().Select(IDC_NAME_BOX, 1);
+    EXPECT_EQ(Ui().Text(IDC_FAX_NUMBER), L"5550100");
+    EXPECT_EQ(Ui().Text(IDC_COMPANY), L"Orchard");
+}
+
+TEST_F(FaxJobSession, CancelMarksTheRecord)
+{
+    Open();
+    Session().Record().Cancelled = 7;
+    EXPECT_EQ(Session().Cancel().Cancelled, 1u);
+}
+
+// ---- cover page, billing code and Send
+
+TEST_F(FaxJobSession, WithoutAnyRecipientNothingIsSent)
+{
+    Open();
+    Session().Record().Cancelled = 7;
+    EXPECT_EQ(RefusedSend(1), (Texts{L"At least one fax number is required."}));
+    EXPECT_EQ(Ui().FocusedControl(), IDC_FAX_NUMBER);
+    EXPECT_EQ(Session().Record().Cancelled, 7u);
+}
+
+TEST_F(FaxJobSession, ANumberThatStillStandsInItsFieldIsSentToo)
+{
+    Open();
+    Fill(L"Anna", L"5550100", L"Orchard");
+    EXPECT_EQ(Session().Send().Cancelled, 0u);
+    EXPECT_EQ(Session().Recipients(), (Recipients{{L"Anna", L"5550100", L"Orchard"}}));
+}
+
+TEST_F(FaxJobSession, AHundredRowsPassAndATypedNumberOnTopDoesNot)
+{
+    RecentGroup(L"Hundred", 100);
+    Open();
+    AddGroup(L"Hundred");
+    Ui().Type(IDC_FAX_NUMBER, L"1");
+    EXPECT_EQ(RefusedSend(1), Texts{kTooMany});
+    EXPECT_EQ(Ui().FocusedControl(), IDC_FAX_NUMBER);
+    Ui().Type(IDC_FAX_NUMBER, L"");
+    Session().Send();
+    EXPECT_EQ(Session().Recipients().size(), 100u);
+}
+
+SessionOptions WithBillingCode(DWORD minLength)
+{
+    SessionOptions options;
+    options.printer.SetDevice(L"FAX_BILLING_CODE_ENABLED", 1u);
+    options.printer.SetDevice(L"FAX_BILLING_CODE_MINLENGTH", minLength);
+    return options;
+}
+
+TEST_F(FaxJobSession, ABillingCodeShorterThanTheMinimumIsRefusedWithTheMinimum)
+{
+    SessionOptions options = WithBillingCode(4);
+    options.printer.textLibrary = false;
+    Open(options);
+    Fill(L"Anna", L"1");
+    Ui().Type(IDC_BILLING_CODE, L"1a23"); // the letter is dropped
+    EXPECT_EQ(RefusedSend(1), (Texts{L"The billing code must be at least 4 digits"}));
+    EXPECT_EQ(Ui().FocusedControl(), IDC_BILLING_CODE);
+    Ui().Type(IDC_BILLING_CODE, L"1234");
+    EXPECT_STREQ(Session().Send().BillingCode, L"1234");
+}
+
+TEST_F(FaxJobSession, AnEmptyBillingCodeAndAMissingImageGiveTwoMessagesAndTheFocusEndsOnTheImage)
+{
+    Open(WithBillingCode(1));
+    Fill(L"Anna", L"1");
+    Ui().Check(IDC_COVER_PAGE, true);
+    Ui().Paste(IDC_IMAGE, TemporaryFolder().Missing(L"none.bmp").wstring());
+    EXPECT_EQ(RefusedSend(2), (Texts{L"The following information is required:\nBilling code",
+                                     L"The file cannot be found."}));
+    EXPECT_EQ(Ui().FocusedControl(), IDC_IMAGE);
+}
+
+TEST_F(FaxJobSession, AnImageMustBeNamedAsABitmapInAnyLetterCase)
+{
+    const TemporaryFolder folder;
+    Open();
+    Fill(L"Anna", L"1");
+    Ui().Check(IDC_COVER_PAGE, true);
+    for (const wchar_t* name : {L"logo.bmp.txt", L"logo"}) {
+        Ui().Paste(IDC_IMAGE, folder.File(name).wstring());
+        EXPECT_EQ(RefusedSend(1),
+                  (Texts{L"The file format is not supported. Please specify a bitmap (.bmp) file."}));
+        EXPECT_EQ(Ui().FocusedControl(), IDC_IMAGE);
+    }
+    Ui().Paste(IDC_IMAGE, folder.File(L"Logo.BMP").wstring());
+    EXPECT_EQ(Session().Send().OverlayPath, folder.Missing(L"Logo.BMP").wstring());
+}
+
+TEST_F(FaxJobSession, UnderTheOverlayLockTheImageIsFixedAndNeverChecked)
+{
+    SessionOptions options;
+    options.printer.coverPageLock = 1;
+    options.printer.coverPagePath = L"C:\\Gone\\official.bmp";
+    Open(options);
+    EXPECT_TRUE(Ui().IsChecked(IDC_COVER_PAGE));
+    EXPECT_FALSE(Ui().IsEnabled(IDC_COVER_PAGE));
+    EXPECT_TRUE(Ui().IsEnabled(IDC_NOTES));
+    EXPECT_TRUE(Ui().IsEnabled(IDC_SUBJECT));
+    EXPECT_FALSE(Ui().IsEnabled(IDC_IMAGE));
+    EXPECT_FALSE(Ui().IsEnabled(IDC_BROWSE));
+    const HWND image = Ui().Control(IDC_IMAGE);
+    Ui().Do([=] { SetWindowTextW(image, L"C:\\Gone\\none.txt"); });
+    Fill(L"Anna", L"1");
+    EXPECT_EQ(Session().Send().AddCoverPage, 1u);
+}
+
+TEST_F(FaxJobSession, TheCoverPageGoesOutAsTyped)
+{
+    Open();
+    Fill(L"Anna", L"1");
+    EXPECT_FALSE(Ui().IsEnabled(IDC_NOTES));
+    Ui().Check(IDC_COVER_PAGE, true);
+    Ui().Type(IDC_NOTES, L"First line\rSecond line");
+    Ui().Type(IDC_SUBJECT, L"Offer 7");
+    const FaxJobData& job = Session().Send();
+    EXPECT_EQ(job.AddCoverPage, 1u);
+    EXPECT_STREQ(job.CoverPageNotes, L"First line\r\nSecond line");
+    EXPECT_STREQ(job.CoverPageSubject, L"Offer 7");
+    EXPECT_STREQ(job.OverlayPath, L"");
+}
+
+TEST_F(FaxJobSession, BrowseTakesTheChosenFile)
+{
+    const TemporaryFolder folder;
+    const fs::path file = folder.File(L"logo.bmp");
+    Open();
+    Ui().Check(IDC_COVER_PAGE, true);
+    Ui().Press(IDC_BROWSE);
+    Ui().AnswerFileDialog(file);
+    Ui().WaitForControl(IDC_IMAGE);
+    EXPECT_EQ(Ui().Text(IDC_IMAGE), file.wstring());
+}
+
+TEST_F(FaxJobSession, ASendThatTheSetupPageRefusesDoesNotSendTheTypedRecipientTwice)
+{
+    SessionOptions options;
+    options.printer.SetDevice(L"EMAIL-SERVICE-OPERATIONAL", 1u);
+    Open(options);
+    Fill(L"Anna", L"1");
+    Ui().GoToPage(1);
+    constexpr int kByEmail = 239, kEmail = 241;
+    Ui().Choose(kByEmail);
+    Ui().Type(kEmail, L"");
+    Ui().Press(IDOK);
+    Ui().AnswerBox(IDOK);
+    Ui().Type(kEmail, L"anna@example.org");
+    Session().Send();
+    EXPECT_EQ(Session().Recipients(), (Recipients{{L"Anna", L"1", L""}}));
+}
+
+// ---- the keyboard
+
+TEST_F(FaxJobSession, AWholeJobIsSentWithoutTheMouse)
+{
+    RecentEntry(L"Anna", L"5550100", L"Orchard");
+    Open();
+    EXPECT_EQ(Ui().FocusedControl(), IDC_NAME_BOX);
+    Ui().PressKey('A');          // completes to Anna
+    Ui().PressKey(VK_RETURN);    // takes her; the sheet stays
+    EXPECT_EQ(Ui().Text(IDC_NAME_BOX), L"Anna");
+    Ui().PressKey('T', {VK_MENU});
+    EXPECT_EQ(Ui().RowCount(IDC_RECIPIENTS), 1);
+    Ui().PressKey('F', {VK_MENU});
+    EXPECT_EQ(Ui().FocusedControl(), IDC_FAX_NUMBER);
+    for (const WORD key : {'5', '5', '5'})
+        Ui().PressKey(key);
+    Ui().PressKey('V', {VK_MENU});
+    EXPECT_TRUE(Ui().IsChecked(IDC_COVER_PAGE));
+    Ui().PressKey('S', {VK_MENU});
+    const FaxJobData& job = Session().End();
+    EXPECT_EQ(job.Cancelled, 0u);
+    EXPECT_EQ(job.AddCoverPage, 1u);
+    EXPECT_EQ(Session().Recipients(), (Recipients{{L"Anna", L"5550100", L"Orchard"}, {L"", L"555", L""}}));
+}
+
+TEST_F(FaxJobSession, EnterInTheFaxNumberSends)
+{
+    Open();
+    Ui().Type(IDC_FAX_NUMBER, L"555");
+    Ui().PressKey(VK_RETURN);
+    EXPECT_EQ(Session().End().Cancelled, 0u);
+}
+
+TEST_F(FaxJobSession, EscapeClosesTheListFirstAndThenTheSheet)
+{
+    RecentEntry(L"Anna", L"5550100");
+    Open();
+    Ui().PressKey('A');
+    EXPECT_EQ(Ui().Text(IDC_NAME_BOX), L"Anna");
+    Ui().PressKey(VK_ESCAPE);
+    EXPECT_EQ(Ui().Text(IDC_NAME_BOX), L"");
+    EXPECT_FALSE(Ui().Finished());
+    Ui().PressKey(VK_ESCAPE);
+    EXPECT_EQ(Session().End().Cancelled, 1u);
+}
+
+TEST_F(FaxJobSession, TabReachesEveryFieldInReadingOrder)
+{
+    Open(WithBillingCode(0));
+    Ui().Check(IDC_COVER_PAGE, true);
+    Fill(L"Anna", L"1");
+    Ui().Focus(IDC_NAME_BOX);
+    std::vector<int> reached{IDC_NAME_BOX};
+    for (;;) {
+        Ui().PressKey(VK_TAB);
+        const int control = Ui().FocusedControl();
+        if (control == IDOK || reached.size() > 30)
+            break;
+        reached.push_back(control);
+    }
+    EXPECT_EQ(reached, (std::vector<int>{IDC_NAME_BOX, IDC_PHONE_BOOK, IDC_FAX_NUMBER, IDC_COMPANY, IDC_CLEAR_FIELDS,
+                                         IDC_ADD_TO_PHONE_BOOK, IDC_TO, IDC_RECIPIENTS, IDC_COVER_PAGE, IDC_NOTES,
+                                         IDC_SUBJECT, IDC_IMAGE, IDC_BROWSE, IDC_BILLING_CODE}));
+}
+
+TEST_F(FaxJobSession, ControlAAndDeleteEmptyTheRecipientList)
+{
+    Open();
+    Add(L"A", L"1");
+    Add(L"B", L"2");
+    Ui().Focus(IDC_RECIPIENTS);
+    Ui().PressKey('A', {VK_CONTROL});
+    EXPECT_EQ(Ui().SelectedRows(IDC_RECIPIENTS).size(), 2u);
+    Ui().PressKey(VK_DELETE);
+    EXPECT_EQ(Ui().RowCount(IDC_RECIPIENTS), 0);
+}
+
+// ---- the completing name box
+
+TEST_F(FaxJobSession, TypedLettersCompleteTheFirstRecentNameThatBeginsWithThem)
+{
+    RecentEntry(L"Bob", L"3");
+    RecentEntry(L"andrew", L"2");
+    RecentEntry(L"Anna", L"1");
+    Open();
+    Ui().PressKey('A');
+    Ui().PressKey('N');
+    EXPECT_EQ(Ui().Text(IDC_NAME_BOX), L"Anna");
+    EXPECT_EQ(Ui().ComboItems(IDC_NAME_BOX), (Texts{L"Anna", L"andrew"}));
+    Ui().PressKey(VK_BACK);
+    EXPECT_EQ(Ui().Text(IDC_NAME_BOX), L"An");
+    EXPECT_EQ(Ui().ComboItems(IDC_NAME_BOX), (Texts{L"Anna", L"andrew"}));
+}
+
+TEST_F(FaxJobSession, TheArrowOffersAllRecentNamesAndEnterTakesOne)
+{
+    RecentEntry(L"Bob", L"2");
+    RecentEntry(L"Anna", L"1");
+    Open();
+    Ui().PressKey(VK_DOWN, {VK_MENU});
+    EXPECT_EQ(Ui().ComboItems(IDC_NAME_BOX), (Texts{L"Anna", L"Bob"}));
+    Ui().PressKey(VK_DOWN);
+    Ui().PressKey(VK_DOWN);
+    Ui().PressKey(VK_RETURN);
+    EXPECT_EQ(Ui().Text(IDC_NAME_BOX), L"Bob");
+    EXPECT_EQ(Ui().Text(IDC_FAX_NUMBER), L"2");
+    EXPECT_FALSE(Ui().Finished());
+}
+
+TEST_F(FaxJobSession, BlanksCompleteNothing)
+{
+    RecentEntry(L"Anna", L"1");
+    Open();
+    Ui().PressKey(VK_SPACE);
+    Ui().PressKey(VK_SPACE);
+    EXPECT_EQ(Ui().Text(IDC_NAME_BOX), L"  ");
+    EXPECT_EQ(Ui().ComboItems(IDC_NAME_BOX), Texts{});
+}
+
+TEST_F(FaxJobSession, ThirtyFourSessionsOfAProcessAllComplete)
+{
+    RecentEntry(L"Anna", L"1");
+    Open();
+    for (int i = 0; i < 34; ++i) {
+        Ui().WaitForControl(IDC_NAME_BOX);
+        Ui().Type(IDC_NAME_BOX, L"a");
+        ASSERT_EQ(Ui().Text(IDC_NAME_BOX), L"Anna") << i;
+        Session().Cancel();
+        Session().Start();
+    }
+}
+
+// ---- bad surroundings
+
+TEST_F(FaxJobSession, APhoneBookThatIsGoneDoesNotDisturb)
+{
+    Open();
+    fs::remove(Session().PhoneBookFile());
+    Fill(L"Anna", L"1");
+    Ui().Press(IDC_ADD_TO_PHONE_BOOK);
+    Session().Send();
+    EXPECT_EQ(Session().Recipients().size(), 1u);
+}
+
+} // namespace
+} // namespace qx::test
