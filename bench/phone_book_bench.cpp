@@ -1,5 +1,5 @@
-// The phone book against what nobody can avoid: the bare DOM with the cheapest calls it has, a sort over ready keys, one
-// pass over the items. The literal rules stand beside it, to show what the indexes are for.
+// The phone book against what nobody can avoid: the bare DOM with the cheapest calls it has, a sort over ready keys,
+// one pass over the items. The literal rules stand beside it, to show what the indexes are for.
 #include "phonebook/com.h"
 #include "phonebook/file_replacement.h"
 #include "phonebook/item_id.h"
@@ -31,7 +31,10 @@ void Need(bool holds)
         throw std::runtime_error("the benchmark does not do what it measures");
 }
 
-std::string Number(std::size_t count) { return std::to_string(count); }
+std::string Number(std::size_t count)
+{
+    return std::to_string(count);
+}
 
 // The phone book that is measured: entries as offices have them, no groups.
 void FillWithEntries(TestBook& book, DWORD count)
@@ -213,10 +216,7 @@ struct NamePattern {
 constexpr NamePattern kNamePatterns[] = {
     {"unequal names", [](DWORD id) { return L"Person " + std::to_wstring(id); }, 1.5},
     {"equal names", [](DWORD) { return std::wstring(L"Person"); }, 1.5},
-    {"case-differing names",
-     [](DWORD id) {
-         return (id % 2 == 0 ? L"Person " : L"PERSON ") + std::to_wstring(id / 2);
-     },
+    {"case-differing names", [](DWORD id) { return (id % 2 == 0 ? L"Person " : L"PERSON ") + std::to_wstring(id / 2); },
      1.5},
     {"accented names", [](DWORD id) { return L"Pérsön " + std::to_wstring(id); }, kAnything},
     {"names of which keys decide nothing", [](DWORD id) { return L"Πρόσωπο " + std::to_wstring(id); }, kAnything},
@@ -232,11 +232,12 @@ std::vector<PhoneBookItem*> Shuffled(const TestBook& book)
 std::string ReadyKey(const PhoneBookEntry& entry)
 {
     std::string key;
-    for (const std::wstring_view text : {std::wstring_view(entry.Name()), std::wstring_view(entry.FaxNumber()),
-                                         std::wstring_view(entry.Company())}) {
+    for (const std::wstring_view text :
+         {std::wstring_view(entry.Name()), std::wstring_view(entry.FaxNumber()), std::wstring_view(entry.Company())}) {
         char bytes[1024];
-        const int size = LCMapStringW(LOCALE_USER_DEFAULT, LCMAP_SORTKEY | NORM_IGNORECASE | SORT_STRINGSORT, text.data(),
-                                      static_cast<int>(text.size()), reinterpret_cast<wchar_t*>(bytes), sizeof bytes);
+        const int size =
+            LCMapStringW(LOCALE_USER_DEFAULT, LCMAP_SORTKEY | NORM_IGNORECASE | SORT_STRINGSORT, text.data(),
+                         static_cast<int>(text.size()), reinterpret_cast<wchar_t*>(bytes), sizeof bytes);
         key.append(bytes, static_cast<std::size_t>(size));
     }
     return key;
@@ -253,8 +254,7 @@ void MeasureSort(Benchmark& benchmark, const NamePattern& pattern, DWORD count)
     const auto items = std::make_shared<std::vector<PhoneBookItem*>>();
     const auto keyed = std::make_shared<std::vector<Keyed>>();
     const auto start = [=] { *items = shuffled; };
-    const bench::Work ready{"std::sort over ready keys",
-                            [=] { std::sort(keyed->begin(), keyed->end()); },
+    const bench::Work ready{"std::sort over ready keys", [=] { std::sort(keyed->begin(), keyed->end()); },
                             [=] {
                                 keyed->clear();
                                 for (PhoneBookItem* const item : shuffled)
@@ -264,9 +264,8 @@ void MeasureSort(Benchmark& benchmark, const NamePattern& pattern, DWORD count)
     benchmark.Compare({"sort " + what, [=] { SortItems(*items, true); }, start}, ready, pattern.allowed);
     benchmark.Compare({"literal comparator, " + what,
                        [=] {
-                           std::stable_sort(items->begin(), items->end(), [](auto* a, auto* b) {
-                               return IsLessThan(*AsEntry(a), *AsEntry(b));
-                           });
+                           std::stable_sort(items->begin(), items->end(),
+                                            [](auto* a, auto* b) { return IsLessThan(*AsEntry(a), *AsEntry(b)); });
                        },
                        start},
                       ready, kAnything);
@@ -328,8 +327,8 @@ public:
 
     bench::Work Module() const
     {
-        return {"delete " + Number(ids_.size()) + " of " + Number(count_),
-                [*this] { (*Current())->DeleteIds(ids_); }, [*this] { Restart(); }};
+        return {"delete " + Number(ids_.size()) + " of " + Number(count_), [*this] { (*Current())->DeleteIds(ids_); },
+                [*this] { Restart(); }};
     }
     bench::Work Literal() const
     {
@@ -454,13 +453,14 @@ void MeasureFinding(Benchmark& benchmark)
                                Need(byId.contains(id));
                        }},
                       kAnything);
-    benchmark.Compare({"a walk for each",
-                       [=] {
-                           const auto items = (*large)->Items();
-                           for (DWORD id = 0; id < 10000; ++id)
-                               Need(std::any_of(items.begin(), items.end(), [id](auto* item) { return item->GetId() == id; }));
-                       }},
-                      find, kAnything);
+    benchmark.Compare(
+        {"a walk for each",
+         [=] {
+             const auto items = (*large)->Items();
+             for (DWORD id = 0; id < 10000; ++id)
+                 Need(std::any_of(items.begin(), items.end(), [id](auto* item) { return item->GetId() == id; }));
+         }},
+        find, kAnything);
     benchmark.Compare(find, {"find each of 1000: growth", [=] { findAll(*small); }}, 15);
 }
 

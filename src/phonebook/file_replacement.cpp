@@ -29,7 +29,8 @@ void CopySecurity(const std::wstring& from, const std::wstring& to)
 // Without this a machine that dies right after the rename may find a file of the right length and no content.
 void FlushToDisk(const std::wstring& path) noexcept
 {
-    const UniqueFile file(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
+    const UniqueFile file(
+        CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
     if (file)
         FlushFileBuffers(file.Get());
 }

@@ -1,7 +1,6 @@
 #include "phonebook/item_deletion.h"
 
 #include <algorithm>
-#include <compare>
 #include <utility>
 
 namespace qx {
@@ -11,7 +10,12 @@ namespace {
 struct Place {
     DWORD id = 0;
     std::size_t position = 0; // in the list
-    auto operator<=>(const Place&) const = default;
+
+    bool operator==(const Place&) const = default;
+    bool operator<(const Place& other) const noexcept
+    {
+        return id != other.id ? id < other.id : position < other.position;
+    }
 };
 
 // How often an id stands in a group, and how many of these, from the front, have been taken out.
@@ -34,9 +38,8 @@ public:
 
     void Delete(DWORD id)
     {
-        const auto found = std::find_if(FirstPlace(id), places_.end(), [&](const Place& place) {
-            return place.id != id || present_[place.position];
-        });
+        const auto found = std::find_if(FirstPlace(id), places_.end(),
+                                        [&](const Place& place) { return place.id != id || present_[place.position]; });
         if (found == places_.end() || found->id != id)
             return;
         present_[found->position] = false;

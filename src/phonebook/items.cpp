@@ -58,10 +58,22 @@ PhoneBookEntry::~PhoneBookEntry()
     HeapRelease(company_);
 }
 
-const wchar_t* PhoneBookEntry::GetName() const noexcept { return OrEmpty(name_); }
-void PhoneBookEntry::SetName(const wchar_t* text) noexcept { ReplaceText(name_, text); }
-void PhoneBookEntry::SetFaxNumber(const wchar_t* text) noexcept { ReplaceText(faxNumber_, text); }
-void PhoneBookEntry::SetCompany(const wchar_t* text) noexcept { ReplaceText(company_, text); }
+const wchar_t* PhoneBookEntry::GetName() const noexcept
+{
+    return OrEmpty(name_);
+}
+void PhoneBookEntry::SetName(const wchar_t* text) noexcept
+{
+    ReplaceText(name_, text);
+}
+void PhoneBookEntry::SetFaxNumber(const wchar_t* text) noexcept
+{
+    ReplaceText(faxNumber_, text);
+}
+void PhoneBookEntry::SetCompany(const wchar_t* text) noexcept
+{
+    ReplaceText(company_, text);
+}
 
 void PhoneBookEntry::CopyFrom(const PhoneBookEntry& other) noexcept
 {
@@ -80,8 +92,14 @@ PhoneBookGroup::~PhoneBookGroup()
     DestroyMembers();
 }
 
-const wchar_t* PhoneBookGroup::GetName() const noexcept { return OrEmpty(name_); }
-void PhoneBookGroup::SetName(const wchar_t* text) noexcept { ReplaceText(name_, text); }
+const wchar_t* PhoneBookGroup::GetName() const noexcept
+{
+    return OrEmpty(name_);
+}
+void PhoneBookGroup::SetName(const wchar_t* text) noexcept
+{
+    ReplaceText(name_, text);
+}
 
 bool PhoneBookGroup::RemoveMemberId(DWORD id) noexcept
 {
@@ -95,8 +113,8 @@ bool PhoneBookGroup::RemoveMemberId(DWORD id) noexcept
 void PhoneBookGroup::AddMember(PhoneBookEntry* entry)
 {
     UniqueItem<PhoneBookEntry> owned(entry);
-    members_.push_back(entry);
-    owned.release();
+    members_.push_back(owned.get());
+    static_cast<void>(owned.release());
 }
 
 void PhoneBookGroup::CopyFrom(const PhoneBookGroup& other)

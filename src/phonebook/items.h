@@ -126,7 +126,8 @@ bool IsSameGroup(const PhoneBookGroup& a, const PhoneBookGroup& b) noexcept;
 FaxRecipient* AsRecipient(PhoneBookEntry* entry) noexcept;
 const PhoneBookEntry* AsEntry(const FaxRecipient* recipient) noexcept;
 // A new entry outside every store, with copies of the texts; for the job record. Null when memory is short.
-PhoneBookEntry* MakeRecipient(const wchar_t* name, const wchar_t* faxNumber, const wchar_t* company, DWORD id = 0) noexcept;
+PhoneBookEntry* MakeRecipient(const wchar_t* name, const wchar_t* faxNumber, const wchar_t* company,
+                              DWORD id = 0) noexcept;
 
 // Owns every item made during a session, until the session ends: the book, the lists and the dialogs only point.
 class ItemStore {

@@ -34,7 +34,10 @@ PhoneBook::PhoneBook(ItemStore& store) noexcept : store_(store) {}
 
 void PhoneBook::Reserved() noexcept {}
 
-void PhoneBook::SetPrinter(HANDLE printer) noexcept { printer_ = printer; }
+void PhoneBook::SetPrinter(HANDLE printer) noexcept
+{
+    printer_ = printer;
+}
 
 BOOL PhoneBook::Load() noexcept
 {
@@ -100,7 +103,10 @@ BOOL PhoneBook::SetAt(DWORD index, PhoneBookItem* item) noexcept
     return TRUE;
 }
 
-DWORD PhoneBook::GetCount() const noexcept { return static_cast<DWORD>(items_.size()); }
+DWORD PhoneBook::GetCount() const noexcept
+{
+    return static_cast<DWORD>(items_.size());
+}
 
 PhoneBookItem* PhoneBook::GetAt(DWORD index) const noexcept
 {
@@ -166,17 +172,15 @@ PhoneBookEntry* PhoneBook::FindEntry(DWORD id) const
 template <class Wanted> PhoneBookItem* PhoneBook::FindFirst(DWORD id, Wanted wanted) const
 {
     if (index_.empty() && !std::exchange(walkedSinceChange_, true)) {
-        const auto found = std::find_if(items_.begin(), items_.end(), [&](const PhoneBookItem* item) {
-            return item->GetId() == id && wanted(item);
-        });
+        const auto found = std::find_if(items_.begin(), items_.end(),
+                                        [&](const PhoneBookItem* item) { return item->GetId() == id && wanted(item); });
         return found != items_.end() ? *found : nullptr;
     }
     if (index_.empty())
         IndexIds();
     const auto first = std::lower_bound(index_.begin(), index_.end(), Place{id, 0});
-    const auto found = std::find_if(first, index_.end(), [&](const Place& place) {
-        return place.id != id || wanted(items_[place.index]);
-    });
+    const auto found = std::find_if(first, index_.end(),
+                                    [&](const Place& place) { return place.id != id || wanted(items_[place.index]); });
     return found != index_.end() && found->id == id ? items_[found->index] : nullptr;
 }
 

@@ -3,7 +3,6 @@
 
 #include "phonebook/items.h"
 
-#include <compare>
 #include <string>
 #include <winspool.h>
 
@@ -57,7 +56,11 @@ private:
     struct Place {
         DWORD id = 0;
         DWORD index = 0;
-        auto operator<=>(const Place&) const = default;
+
+        bool operator<(const Place& other) const noexcept
+        {
+            return id != other.id ? id < other.id : index < other.index;
+        }
     };
 
     ~PhoneBook() = default; // Destroy frees the book

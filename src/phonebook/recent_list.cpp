@@ -50,8 +50,8 @@ UniqueKey FreshSubkey(HKEY list, const std::wstring& name)
     UniqueKey key;
     const LSTATUS deleted = RegDeleteKeyW(list, name.c_str());
     if (deleted == ERROR_SUCCESS || deleted == ERROR_FILE_NOT_FOUND)
-        RegCreateKeyExW(list, name.c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE, KEY_ALL_ACCESS, nullptr,
-                        key.Receive(), nullptr);
+        RegCreateKeyExW(list, name.c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE, KEY_ALL_ACCESS, nullptr, key.Receive(),
+                        nullptr);
     return key;
 }
 

@@ -109,9 +109,8 @@ private:
             return;
         if (!std::all_of(items.begin(), items.end(),
                          [&](KeyedItem& keyed) { return TakeKey(keyed, OrEmpty((AsEntry(keyed.item)->*field)())); })) {
-            std::stable_sort(items.begin(), items.end(), [](const KeyedItem& a, const KeyedItem& b) {
-                return ComesBefore(a.item, b.item);
-            });
+            std::stable_sort(items.begin(), items.end(),
+                             [](const KeyedItem& a, const KeyedItem& b) { return ComesBefore(a.item, b.item); });
             return;
         }
         SortByKeys(items);

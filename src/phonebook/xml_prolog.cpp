@@ -8,14 +8,19 @@ namespace qx {
 namespace {
 
 // Encodings whose bytes below 0x80 are ASCII wherever a markup delimiter can stand. UTF-7, say, is not one of them.
-constexpr std::string_view kPlainEncodings[] = {"utf-8",       "utf-16", "us-ascii", "iso-8859-", "windows-125",
-                                                "shift_jis",   "gb2312", "gbk",      "gb18030",   "big5",
-                                                "euc-"};
+constexpr std::string_view kPlainEncodings[] = {"utf-8",  "utf-16", "us-ascii", "iso-8859-", "windows-125", "shift_jis",
+                                                "gb2312", "gbk",    "gb18030",  "big5",      "euc-"};
 
 constexpr char kNotAscii = '\x7F';
 
-constexpr char Lower(char c) noexcept { return 'A' <= c && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-constexpr bool IsSpace(char c) noexcept { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+constexpr char Lower(char c) noexcept
+{
+    return 'A' <= c && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+constexpr bool IsSpace(char c) noexcept
+{
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
 
 // The document's characters, as far as ASCII matters, in bytes or in 16-bit units of either order.
 class Characters {

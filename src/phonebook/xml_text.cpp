@@ -4,8 +4,14 @@ namespace qx {
 
 namespace {
 
-constexpr bool IsHighSurrogate(wchar_t c) noexcept { return 0xD800 <= c && c <= 0xDBFF; }
-constexpr bool IsLowSurrogate(wchar_t c) noexcept { return 0xDC00 <= c && c <= 0xDFFF; }
+constexpr bool IsHighSurrogate(wchar_t c) noexcept
+{
+    return 0xD800 <= c && c <= 0xDBFF;
+}
+constexpr bool IsLowSurrogate(wchar_t c) noexcept
+{
+    return 0xDC00 <= c && c <= 0xDFFF;
+}
 
 constexpr bool StandsAlone(wchar_t c) noexcept
 {

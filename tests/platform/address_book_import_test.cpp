@@ -53,8 +53,10 @@ protected:
 TEST_F(AddressBookImport, AddsTheOldEntriesAsTheyAreSavesThemAndWritesTheVersion)
 {
     Publish(printer);
-    PutOld(L"first", L"Ann\0" L"1\0Acme\0\0"s);
-    PutOld(L"second", L"Ann\0" L"1\0Acme\0\0"s); // a duplicate like any other
+    PutOld(L"first", L"Ann\0"
+                     L"1\0Acme\0\0"s);
+    PutOld(L"second", L"Ann\0"
+                      L"1\0Acme\0\0"s); // a duplicate like any other
     book.AddEntry(L"Ann", L"1", L"Acme", book->NextId());
     ImportOldAddressBookOnce(printer.Handle(), *book);
     EXPECT_EQ(book.Names(), (Names{L"Ann", L"Ann", L"Ann"}));
@@ -123,7 +125,10 @@ TEST_F(AddressBookImport, GivesValuesWithFewerStringsEmptyTexts)
 {
     Publish(printer);
     PutOld(L"a", L"Ann"); // no terminator at all
-    PutOld(L"b", L"Bob\0" L"2"s, REG_BINARY);
+    PutOld(L"b",
+           L"Bob\0"
+           L"2"s,
+           REG_BINARY);
     PutOld(L"c", L"");
     ImportOldAddressBookOnce(printer.Handle(), *book);
     EXPECT_EQ(book.Names(), (Names{L"Ann", L"Bob", L""}));

@@ -24,7 +24,9 @@ ULONGLONG MillisecondsToPass(const std::wstring& path)
 
 TEST(FileGuard, LetsTheNextOnePassWhenItIsGone)
 {
-    { const FileGuard guard(SomePath()); }
+    {
+        const FileGuard guard(SomePath());
+    }
     EXPECT_LT(MillisecondsToPass(SomePath()), kAtOnce);
 }
 

@@ -18,7 +18,10 @@ constexpr char kBefore[] = "<device><software><component><name>QX Fax Address Bo
 constexpr char kAfter[] = "</qxfax_phonebook></component></software></device>";
 constexpr char kAnn[] = "<qxfax_pbentry entry_id='1' name='Ann' fax_number='1' company_name=''/>";
 
-std::string Document(const std::string& items) { return kBefore + items + kAfter; }
+std::string Document(const std::string& items)
+{
+    return kBefore + items + kAfter;
+}
 
 std::string Repeated(const std::string& text, std::size_t times)
 {
@@ -53,8 +56,10 @@ protected:
 
 TEST_F(HostilePhoneBookFile, CutOffAtAnyByteIsNoPhoneBook)
 {
-    const std::string whole = Document("<qxfax_group group_name='Sales' entry_id='2'><member_list><m_entry_id>1</m_entry_id>"
-                                       "</member_list></qxfax_group>"s + kAnn);
+    const std::string whole =
+        Document("<qxfax_group group_name='Sales' entry_id='2'><member_list><m_entry_id>1</m_entry_id>"
+                 "</member_list></qxfax_group>"s +
+                 kAnn);
     ASSERT_EQ(Load(whole).items.size(), 2u);
     for (std::size_t bytes = 0; bytes < whole.size(); ++bytes) {
         const LoadedPhoneBook loaded = Load(whole.substr(0, bytes));
@@ -106,8 +111,8 @@ TEST_F(HostilePhoneBookFile, OfAnotherEncodingIsStillAPhoneBook)
 {
     EXPECT_EQ(Load(Wide(Document(kAnn))).items.size(), 1u);
     EXPECT_EQ(Load("\xEF\xBB\xBF" + Document(kAnn)).items.size(), 1u);
-    const LoadedPhoneBook latin = Load("<?xml version='1.0' encoding='ISO-8859-1'?>" +
-                                       Document("<qxfax_pbentry entry_id='1' name='\xE4'/>"));
+    const LoadedPhoneBook latin =
+        Load("<?xml version='1.0' encoding='ISO-8859-1'?>" + Document("<qxfax_pbentry entry_id='1' name='\xE4'/>"));
     ASSERT_EQ(latin.items.size(), 1u);
     EXPECT_STREQ(latin.items[0]->GetName(), L"ä");
 }
@@ -116,7 +121,8 @@ TEST_F(HostilePhoneBookFile, LosesOnlyTheItemsThatAreBad)
 {
     const LoadedPhoneBook loaded =
         Load(Document("<qxfax_pbentry/><qxfax_group/><qxfax_pbentry entry_id='9' fax_number='no number'/>"
-                      "<qxfax_group group_name='G'><member_list>" + Repeated("<m_entry_id><![CDATA[1]]></m_entry_id>", 3) +
+                      "<qxfax_group group_name='G'><member_list>" +
+                      Repeated("<m_entry_id><![CDATA[1]]></m_entry_id>", 3) +
                       "</member_list></qxfax_group><qxfax_pbentry xmlns:x='urn:x' x:entry_id='5'/>" + kAnn));
     ASSERT_EQ(loaded.items.size(), 2u);
     EXPECT_TRUE(AsGroup(loaded.items[0])->MemberIds().empty());
@@ -147,22 +153,23 @@ TEST_F(HostilePhoneBookFile, MadeOfEntitiesDoesNotGrow)
     EXPECT_TRUE(Load(NestedEntities(30)).items.empty());
     const std::string large(1 << 20, 'x');
     EXPECT_TRUE(Load("<!DOCTYPE device [<!ENTITY a '" + large + "'>]>" +
-                     Document("<qxfax_pbentry entry_id='1' name='" + Repeated("&a;", 10000) + "'/>")).items.empty());
+                     Document("<qxfax_pbentry entry_id='1' name='" + Repeated("&a;", 10000) + "'/>"))
+                    .items.empty());
     EXPECT_TRUE(Load("<!DOCTYPE device [<!ENTITY a '&b;'><!ENTITY b '&a;'>]>" + Document("&a;")).items.empty());
 }
 
 TEST_F(HostilePhoneBookFile, NeverFetchesAFileOfTheSystem)
 {
     WriteFileBytes(documents.File(L"secret.txt"), "secret");
-    for (const char* const type : {"<!DOCTYPE device [<!ENTITY a SYSTEM 'secret.txt'>]>",
-                                   "<!DOCTYPE device [<!ENTITY % p SYSTEM 'secret.txt'> %p;]>",
-                                   "<!DOCTYPE device SYSTEM 'secret.txt'>"}) {
+    for (const char* const type :
+         {"<!DOCTYPE device [<!ENTITY a SYSTEM 'secret.txt'>]>",
+          "<!DOCTYPE device [<!ENTITY % p SYSTEM 'secret.txt'> %p;]>", "<!DOCTYPE device SYSTEM 'secret.txt'>"}) {
         const LoadedPhoneBook loaded =
             Load(type + Document("<qxfax_pbentry entry_id='1' name='A'/><qxfax_group group_name='&a;'/>"));
         EXPECT_TRUE(loaded.items.empty()) << type;
     }
-    const LoadedPhoneBook included = Load(Document(
-        "<xi:include xmlns:xi='http://www.w3.org/2001/XInclude' href='secret.txt' parse='text'/>"s + kAnn));
+    const LoadedPhoneBook included = Load(
+        Document("<xi:include xmlns:xi='http://www.w3.org/2001/XInclude' href='secret.txt' parse='text'/>"s + kAnn));
     EXPECT_EQ(included.items.size(), 1u);
 }
 
@@ -215,8 +222,8 @@ TEST_F(HostilePhoneBookFile, NeverCallsTheNetwork)
          {"<!DOCTYPE device SYSTEM '" + address + "'>" + Document(kAnn),
           "<!DOCTYPE device [<!ENTITY a SYSTEM '" + address + "'>]>" + Document("&a;"),
           "<?xml-stylesheet type='text/xsl' href='" + address + "'?>" + Document(kAnn),
-          Document("<x xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' xsi:noNamespaceSchemaLocation='" + address +
-                   "'/>" + kAnn)})
+          Document("<x xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' xsi:noNamespaceSchemaLocation='" +
+                   address + "'/>" + kAnn)})
         Load(bytes);
     EXPECT_FALSE(server.WasCalled(100));
 
@@ -278,8 +285,9 @@ TEST_F(HostilePhoneBookFile, OfManyStrangersStillYieldsItsItems)
     for (int i = 0; i < 5000; ++i)
         attributes += " a" + std::to_string(i) + "=''";
     EXPECT_EQ(Load(Document("<qxfax_pbentry" + attributes + " entry_id='1'/>" + kAnn)).items.size(), 2u);
-    const LoadedPhoneBook group = Load(Document("<qxfax_group group_name='G'><member_list>" +
-                                                Repeated("<m_entry_id>7</m_entry_id>", 100000) + "</member_list></qxfax_group>"));
+    const LoadedPhoneBook group =
+        Load(Document("<qxfax_group group_name='G'><member_list>" + Repeated("<m_entry_id>7</m_entry_id>", 100000) +
+                      "</member_list></qxfax_group>"));
     ASSERT_EQ(group.items.size(), 1u);
     EXPECT_EQ(AsGroup(group.items[0])->MemberIds().size(), 100000u);
 }

@@ -265,9 +265,10 @@ TEST_F(PhoneBookFile, ThatIsMissingLeavesTheBookAsItIs)
 
 TEST_F(PhoneBookFile, ThatIsMalformedOrSomethingElseLoadsAsNothing)
 {
-    for (const std::string& bytes : {std::string(), std::string("x"), std::string(kBefore), std::string("<device/>"),
-                                     std::string("<Device><software><component><qxfax_phonebook/></component></software></Device>"),
-                                     std::string("\x89PNG\r\n\x1a\n")}) {
+    for (const std::string& bytes :
+         {std::string(), std::string("x"), std::string(kBefore), std::string("<device/>"),
+          std::string("<Device><software><component><qxfax_phonebook/></component></software></Device>"),
+          std::string("\x89PNG\r\n\x1a\n")}) {
         EXPECT_EQ(LoadBytes(bytes), TRUE) << bytes;
         EXPECT_EQ(book->GetCount(), 0u) << bytes;
     }
@@ -302,7 +303,8 @@ TEST_F(PhoneBookFile, InUseByAnotherProgramStaysAsItIsAndIsReadAsMissing)
 {
     LoadItems("<qxfax_pbentry entry_id='1' name='Ann'/>");
     {
-        const UniqueFile used(CreateFileW(Path().c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+        const UniqueFile used(
+            CreateFileW(Path().c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
         ASSERT_TRUE(used);
         EXPECT_EQ(book->Load(), FALSE);
         book->RemoveAll();
@@ -444,7 +446,8 @@ TEST_F(PhoneBookFile, ThatCouldNotBeOpenedIsKeptBeforeItIsReplaced)
     const std::string before = ReadFileBytes(Path());
     book->RemoveAll();
     {
-        const UniqueFile used(CreateFileW(Path().c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+        const UniqueFile used(
+            CreateFileW(Path().c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
         EXPECT_EQ(book->Load(), FALSE);
     }
     book->Save(0);
@@ -482,7 +485,7 @@ TEST_F(PhoneBookFile, LeavesNoHandlesAndNoMemoryBehindHoweverOftenItIsUsed)
         session();
     EXPECT_EQ(NextHandle(), handle);
     const UniqueKernelHandle another(CreateEventW(nullptr, FALSE, FALSE, nullptr));
-    EXPECT_GT(NextHandle(), handle); // it does grow
+    EXPECT_GT(NextHandle(), handle);                // it does grow
     EXPECT_LT(HeapBytesInUse(), bytes + 20 * 1000); // a session that lost its items would lose 20000 bytes each time
 }
 

@@ -164,11 +164,13 @@ TEST_F(RecentList, IsStoredAsOtherVersionsReadIt)
         return StoredValue{REG_MULTI_SZ, {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(wchar_t)}};
     };
     EXPECT_EQ(GetStored(SlotKey(L"0").Get(), L"IsGroup"), AsStored(0));
-    EXPECT_EQ(GetStored(SlotKey(L"0").Get(), L""), block(L"Eve\0" L"3\0Initech\0\0"s));
+    EXPECT_EQ(GetStored(SlotKey(L"0").Get(), L""), block(L"Eve\0"
+                                                         L"3\0Initech\0\0"s));
     EXPECT_EQ(GetStored(SlotKey(L"1").Get(), L"IsGroup"), AsStored(1));
     EXPECT_EQ(GetStored(SlotKey(L"1").Get(), L"Name"), AsStored(L"Sales"));
     EXPECT_EQ(GetStored(SlotKey(L"1").Get(), L"MemberCount"), AsStored(1));
-    EXPECT_EQ(GetStored(SlotKey(L"1").Get(), L"0"), block(L"Ann\0" L"1\0Acme\0\0"s));
+    EXPECT_EQ(GetStored(SlotKey(L"1").Get(), L"0"), block(L"Ann\0"
+                                                          L"1\0Acme\0\0"s));
 }
 
 TEST_F(RecentList, LosesTheCompanyOfAnEntryWithoutNumber)
@@ -232,7 +234,7 @@ TEST_F(RecentList, IgnoresSubkeysBeyondItsCountAndACountAboveTwenty)
 TEST_F(RecentList, DropsWhatItCannotReadAndLoadsTheRest)
 {
     PutNumber(ListKey().Get(), L"Count", 5);
-    SlotKey(L"0"); // nothing in it
+    SlotKey(L"0");                                 // nothing in it
     PutNumber(SlotKey(L"1").Get(), L"IsGroup", 0); // no entry
     PutNumber(SlotKey(L"2").Get(), L"IsGroup", 1); // no members
     PutText(SlotKey(L"3").Get(), L"IsGroup", L"a text too long for a number");
@@ -294,7 +296,10 @@ TEST_F(RecentList, ReadsTextsWithoutTerminatorsOfOddSizesAndOfOtherTypes)
         {"one byte too many", REG_MULTI_SZ, bytesOf(L"Ann") + "x", L"Ann"},
         {"nothing", REG_MULTI_SZ, "", L""},
         {"one byte", REG_BINARY, "x", L""},
-        {"binary", REG_BINARY, bytesOf(L"Ann\0" L"1"s), L"Ann"},
+        {"binary", REG_BINARY,
+         bytesOf(L"Ann\0"
+                 L"1"s),
+         L"Ann"},
         {"a number", REG_DWORD, bytesOf(L"AB"), L"AB"},
         {"a million characters", REG_SZ, bytesOf(std::wstring(1000000, L'x')), std::wstring(1000000, L'x')},
     };

@@ -10,7 +10,7 @@ namespace qx::test {
 
 class DocumentsFolder {
 public:
-    DocumentsFolder(); // throws std::runtime_error
+    DocumentsFolder();  // throws std::runtime_error
     ~DocumentsFolder(); // removes the folder with all that is in it, and the registry
     DocumentsFolder(const DocumentsFolder&) = delete;
     DocumentsFolder& operator=(const DocumentsFolder&) = delete;

@@ -17,8 +17,11 @@ void ExpectTexts(std::wstring_view block, std::wstring_view name, std::wstring_v
 
 TEST(EntryTextBlock, HoldsThreeTerminatedTexts)
 {
-    ExpectTexts(L"Ann\0" L"555\0Acme\0\0"sv, L"Ann", L"555", L"Acme");
-    EXPECT_EQ(MakeEntryBlock({L"Ann", L"555", L"Acme"}), L"Ann\0" L"555\0Acme\0"sv);
+    ExpectTexts(L"Ann\0"
+                L"555\0Acme\0\0"sv,
+                L"Ann", L"555", L"Acme");
+    EXPECT_EQ(MakeEntryBlock({L"Ann", L"555", L"Acme"}), L"Ann\0"
+                                                         L"555\0Acme\0"sv);
 }
 
 TEST(EntryTextBlock, TextsAndTerminatorsThatAreMissingReadAsEmpty)
@@ -26,10 +29,14 @@ TEST(EntryTextBlock, TextsAndTerminatorsThatAreMissingReadAsEmpty)
     ExpectTexts(L""sv, L"", L"", L"");
     ExpectTexts(L"Ann"sv, L"Ann", L"", L"");
     ExpectTexts(L"Ann\0"sv, L"Ann", L"", L"");
-    ExpectTexts(L"Ann\0" L"555"sv, L"Ann", L"555", L"");
+    ExpectTexts(L"Ann\0"
+                L"555"sv,
+                L"Ann", L"555", L"");
     ExpectTexts(L"\0\0\0"sv, L"", L"", L"");
     ExpectTexts(L"Ann\0\0Acme"sv, L"Ann", L"", L"Acme");
-    ExpectTexts(L"Ann\0" L"555\0Acme\0more\0"sv, L"Ann", L"555", L"Acme");
+    ExpectTexts(L"Ann\0"
+                L"555\0Acme\0more\0"sv,
+                L"Ann", L"555", L"Acme");
 }
 
 } // namespace

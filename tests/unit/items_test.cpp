@@ -137,7 +137,8 @@ TEST(Items, EntriesCompareByNameThenNumberThenCompany)
 TEST(Items, AFieldThatWasNeverSetEndsTheComparisonWithFalse)
 {
     const Entry full(L"Ann", L"1", L"a");
-    for (const Entry& partial : {Entry(nullptr, L"2", L"b"), Entry(L"Ann", nullptr, L"b"), Entry(L"Ann", L"1", nullptr)}) {
+    for (const Entry& partial :
+         {Entry(nullptr, L"2", L"b"), Entry(L"Ann", nullptr, L"b"), Entry(L"Ann", L"1", nullptr)}) {
         EXPECT_FALSE(IsLessThan(*full, *partial));
         EXPECT_FALSE(IsGreaterThan(*full, *partial));
         EXPECT_FALSE(IsLessThan(*partial, *full));

@@ -17,7 +17,8 @@ std::string Wide(std::string_view text, bool lowByteFirst)
     return bytes;
 }
 
-constexpr char kDoctype[] = "<?xml version=\"1.0\"?>\n<!-- -->\n<!DOCTYPE device SYSTEM \"http://example.com/x\"><device/>";
+constexpr char kDoctype[] =
+    "<?xml version=\"1.0\"?>\n<!-- -->\n<!DOCTYPE device SYSTEM \"http://example.com/x\"><device/>";
 
 TEST(XmlProlog, ADocumentMayStartWithItsRootElement)
 {
@@ -28,7 +29,8 @@ TEST(XmlProlog, ADocumentMayStartWithItsRootElement)
 
 TEST(XmlProlog, DeclarationCommentsAndInstructionsMayComeFirst)
 {
-    EXPECT_TRUE(HasPlainProlog("<?xml version='1.0' encoding='UTF-8' standalone='yes'?><!-- <!DOCTYPE x> --><?pi <!DOCTYPE ?>\n<d/>"));
+    EXPECT_TRUE(HasPlainProlog(
+        "<?xml version='1.0' encoding='UTF-8' standalone='yes'?><!-- <!DOCTYPE x> --><?pi <!DOCTYPE ?>\n<d/>"));
 }
 
 TEST(XmlProlog, ADocumentTypeIsRefusedInEveryEncoding)
