@@ -696,6 +696,9 @@ INT_PTR HandleOther(FaxJobPage& page, UINT message, WPARAM w, LPARAM l)
     case kSuggestionChosen: RefillFields(page); return TRUE;
     case WM_DRAWITEM:
         return w == IDC_PHONE_BOOK ? DrawPhoneBookButton(page, *reinterpret_cast<const DRAWITEMSTRUCT*>(l)) : FALSE;
+    case WM_LBUTTONDOWN: // beside all controls: the focus stays, the list does not
+        SendDlgItemMessageW(page.dialog, IDC_NAME_BOX, CB_SHOWDROPDOWN, FALSE, 0);
+        return FALSE;
     case WM_DESTROY: DetachTypeAhead(page.nameBox); return FALSE;
     default: return AnswerHelp(page, page.dialog, message, w, l, kControls);
     }

@@ -1,6 +1,8 @@
 // The Fax Job page alone. What a user sees of it in a whole session is in fax_job_session_test.cpp.
+#include "settings/device_state.h"
 #include "support/fax_job_page_stand.h"
 
+#include <cstdlib>
 #include <gtest/gtest.h>
 
 namespace qx::test {
@@ -193,6 +195,221 @@ TEST_F(FaxJobPageTest, WithoutItsTextAGroupCannotBeTaken)
     EXPECT_FALSE(stand.IsEnabled(IDC_COMPANY));
     EXPECT_EQ(stand.Text(IDC_GROUP_TEXT), L"");
     EXPECT_FALSE(stand.IsEnabled(IDC_TO));
+}
+
+// ---- the phone book
+
+TEST_F(FaxJobPageTest, AFullPhoneBookTakesNoMore)
+{
+    for (DWORD i = 0; i < 10000; ++i)
+        stand.Book().Add(stand.NewEntry(std::to_wstring(i).c_str(), L"1"));
+    stand.Show();
+    Fill(L"Anna", L"111");
+    stand.Press(IDC_ADD_TO_PHONE_BOOK);
+    EXPECT_EQ(stand.Boxes().Take(),
+              (std::vector<MessageBoxes::Box>{{L"QX MFP Send Fax Warning",
+                                               L"The maximum number of phone book entries has been entered."}}));
+    EXPECT_EQ(stand.Book().GetCount(), 10000u);
+}
+
+TEST_F(FaxJobPageTest, ARefusedDuplicateLeavesAGapInTheIds)
+{
+    stand.Book().Add(stand.NewEntry(L"Anna", L"111"));
+    stand.Show();
+    Fill(L"ANNA", L"111", L"Elsewhere");
+    const DWORD before = stand.Book().NextId();
+    stand.Press(IDC_ADD_TO_PHONE_BOOK);
+    EXPECT_EQ(stand.Boxes().TakeTexts(),
+              Texts{L"This is a duplicate entry.Please enter a different name or fax number"});
+    EXPECT_EQ(stand.Book().NextId(), before + 2);
+    EXPECT_EQ(stand.Book().GetCount(), 1u);
+}
+
+// ---- cover page
+
+class CoverPageTest : public FaxJobPageTest {
+protected:
+    void ExpectFields(bool enabled)
+    {
+        for (const int id : {IDC_NOTES, IDC_SUBJECT, IDC_IMAGE, IDC_BROWSE})
+            EXPECT_EQ(stand.IsEnabled(id), enabled) << id;
+    }
+    bool Checked() { return IsDlgButtonChecked(stand.Page().dialog, IDC_COVER_PAGE) == BST_CHECKED; }
+};
+
+TEST_F(CoverPageTest, FieldsAndImageCheckFollowTheCheckBox)
+{
+    stand.Show();
+    ExpectFields(false);
+    stand.Press(IDC_COVER_PAGE);
+    ExpectFields(true);
+    EXPECT_TRUE(stand.Page().checkImage);
+    stand.Press(IDC_COVER_PAGE);
+    ExpectFields(false);
+    EXPECT_FALSE(stand.Page().checkImage);
+}
+
+TEST_F(CoverPageTest, DefaultsThatWereJustSavedAreShownAtTheNextActivation)
+{
+    stand.Show();
+    FaxJobData& job = stand.Job();
+    job.AddCoverPage = 1;
+    SetCoverPageNotes(job, L"From the defaults");
+    job.DefaultsSaved = 1;
+    job.CoverPageFromDefaults = 1;
+    stand.Notify(static_cast<UINT>(PSN_SETACTIVE));
+    EXPECT_EQ(stand.Text(IDC_NOTES), L"From the defaults");
+    EXPECT_TRUE(Checked());
+    EXPECT_EQ(job.DefaultsSaved, 0u);
+    EXPECT_EQ(job.CoverPageFromDefaults, 0u);
+}
+
+TEST_F(CoverPageTest, AppliedDefaultsAreShownOnceAndOnlyWhenTheyReplacedTheCoverPage)
+{
+    stand.Show();
+    FaxJobData& job = stand.Job();
+    SetCoverPageNotes(job, L"From the defaults");
+    job.ApplyDefaults = 1;
+    stand.Notify(static_cast<UINT>(PSN_SETACTIVE));
+    EXPECT_EQ(stand.Text(IDC_NOTES), L"");
+    job.CoverPageFromDefaults = 1;
+    stand.Notify(static_cast<UINT>(PSN_SETACTIVE));
+    EXPECT_EQ(stand.Text(IDC_NOTES), L"From the defaults");
+    EXPECT_EQ(job.CoverPageFromDefaults, 0u);
+}
+
+TEST_F(CoverPageTest, AReloadKeepsTheOverlayLock)
+{
+    stand.Job().CoverPageLock = 1;
+    stand.Show();
+    stand.Job().DefaultsSaved = 1;
+    stand.Notify(static_cast<UINT>(PSN_SETACTIVE));
+    EXPECT_TRUE(Checked());
+    EXPECT_FALSE(stand.IsEnabled(IDC_COVER_PAGE));
+    EXPECT_FALSE(stand.IsEnabled(IDC_IMAGE));
+    EXPECT_FALSE(stand.Page().checkImage);
+}
+
+TEST_F(CoverPageTest, SettingsThatTheDefaultsReplacedAreNotOverwrittenBySend)
+{
+    stand.Show();
+    Fill(L"Anna", L"1");
+    SetCoverPageNotes(stand.Job(), L"From the defaults");
+    stand.Job().CoverPageFromDefaults = 1;
+    EXPECT_TRUE(stand.Send());
+    EXPECT_STREQ(stand.Job().CoverPageNotes, L"From the defaults");
+}
+
+// ---- Send
+
+TEST_F(FaxJobPageTest, AHiddenBillingCodeIsSavedEmpty)
+{
+    SetBillingCode(stand.Job(), L"99");
+    stand.Show();
+    EXPECT_FALSE(stand.IsVisible(IDC_BILLING_CODE));
+    Fill(L"Anna", L"1");
+    EXPECT_TRUE(stand.Send());
+    EXPECT_STREQ(stand.Job().BillingCode, L"");
+    EXPECT_EQ(stand.Job().Cancelled, 0u);
+}
+
+TEST_F(FaxJobPageTest, AStoredBillingCodeComesBackAfterARefusedPaste)
+{
+    stand.Job().BillingCodeEnabled = 1;
+    SetBillingCode(stand.Job(), L"99");
+    stand.Show();
+    stand.SetText(IDC_BILLING_CODE, L"12-3");
+    EXPECT_EQ(stand.Text(IDC_BILLING_CODE), L"99");
+}
+
+TEST_F(FaxJobPageTest, AfterAFailedSendThePageOpensOnTheLastFailingFieldForGood)
+{
+    stand.Show();
+    EXPECT_EQ(stand.Notify(static_cast<UINT>(PSN_QUERYINITIALFOCUS)), 0);
+    EXPECT_FALSE(stand.Send());
+    EXPECT_EQ(stand.Boxes().TakeTexts(), Texts{L"At least one fax number is required."});
+    Fill(L"Anna", L"1");
+    EXPECT_TRUE(stand.Send());
+    const auto field = reinterpret_cast<HWND>(stand.Notify(static_cast<UINT>(PSN_QUERYINITIALFOCUS)));
+    EXPECT_EQ(field, stand.Control(IDC_FAX_NUMBER));
+    EXPECT_EQ(SendMessageW(field, EM_GETSEL, 0, 0), MAKELRESULT(0, 1)); // all of its text
+}
+
+TEST_F(FaxJobPageTest, ATypedRecipientOfARefusedSendIsTakenBackByTheNextAct)
+{
+    stand.Show();
+    Add(L"Bob", L"2");
+    Fill(L"Anna", L"1");
+    EXPECT_TRUE(stand.Send()); // the other page may still refuse
+    EXPECT_EQ(stand.Recipients().size(), 2u);
+    EXPECT_TRUE(stand.Send());
+    EXPECT_EQ(stand.Recipients().size(), 2u);
+    stand.SelectRows({0});
+    stand.Press(IDC_DELETE);
+    EXPECT_EQ(stand.Recipients(), Rows{});
+    EXPECT_TRUE(stand.Send());
+    stand.Notify(static_cast<UINT>(PSN_RESET));
+    EXPECT_EQ(stand.Recipients(), Rows{});
+    EXPECT_EQ(stand.Job().Cancelled, 1u);
+}
+
+TEST_F(FaxJobPageTest, ARecordThatComesWithRecipientsShowsThem)
+{
+    AddRecipient(stand.Job(), AsRecipient(MakeRecipient(L"Anna", L"1", L"Orchard")));
+    stand.Show();
+    EXPECT_EQ(stand.Rows(), (Rows{{L"Anna", L"1", L"Orchard"}}));
+}
+
+TEST(FaxJobPageWithoutState, IsNotHandledAndSaysInvalidData)
+{
+    const HWND window = CreateWindowExW(0, WC_DIALOG, L"", WS_POPUP, 0, 0, 10, 10, nullptr, nullptr, nullptr, nullptr);
+    SetLastError(ERROR_SUCCESS);
+    EXPECT_EQ(FaxJobPageProcedure(window, WM_COMMAND, MAKEWPARAM(IDC_TO, BN_CLICKED), 0), FALSE);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_DATA));
+    DestroyWindow(window);
+}
+
+// ---- the print host for 32-bit programs
+
+// Also run by the test below, in a process of that host's name.
+TEST_F(CoverPageTest, IsThereUnlessThePageRunsInThePrintHost)
+{
+    const bool inPrintHost = IsSpoolerThunkHost();
+    stand.Job().AddCoverPage = 1;
+    stand.Job().CoverPageLock = 1; // the host wins over the lock
+    stand.Show();
+    EXPECT_EQ(Checked(), !inPrintHost);
+    EXPECT_EQ(stand.IsEnabled(IDC_NOTES), !inPrintHost);
+    EXPECT_EQ(stand.IsEnabled(IDC_SUBJECT), !inPrintHost);
+    EXPECT_FALSE(stand.IsEnabled(IDC_COVER_PAGE));
+    EXPECT_FALSE(stand.IsEnabled(IDC_IMAGE));
+    EXPECT_FALSE(stand.Page().checkImage);
+    EXPECT_TRUE(inPrintHost || std::getenv("QX_PRINT_HOST") == nullptr);
+}
+
+TEST(PrintHost, RunsThePageWithoutACoverPage)
+{
+    wchar_t program[MAX_PATH] = L"", folder[MAX_PATH] = L"";
+    GetModuleFileNameW(nullptr, program, MAX_PATH);
+    GetTempPathW(MAX_PATH, folder);
+    const std::wstring host = folder + std::wstring(L"SPLWOW64.EXE");
+    ASSERT_TRUE(CopyFileW(program, host.c_str(), FALSE));
+    std::wstring command = L"\"" + host +
+                           L"\" --gtest_filter=CoverPageTest.IsThereUnlessThePageRunsInThePrintHost";
+    SetEnvironmentVariableW(L"QX_PRINT_HOST", L"expected");
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process{};
+    ASSERT_TRUE(CreateProcessW(host.c_str(), command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
+                               &process));
+    EXPECT_EQ(WaitForSingleObject(process.hProcess, 60000), WAIT_OBJECT_0);
+    DWORD failed = 1;
+    GetExitCodeProcess(process.hProcess, &failed);
+    EXPECT_EQ(failed, 0u);
+    CloseHandle(process.hThread);
+    CloseHandle(process.hProcess);
+    SetEnvironmentVariableW(L"QX_PRINT_HOST", nullptr);
+    DeleteFileW(host.c_str());
 }
 
 } // namespace

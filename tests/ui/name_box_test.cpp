@@ -289,6 +289,14 @@ TEST_F(NameBox, HidesTheListWhenItLosesTheFocus)
     EXPECT_EQ(Name(), L"Anna");
 }
 
+TEST_F(NameBox, HidesTheListOnAClickBesideAllControls)
+{
+    ShowWith({L"Anna"});
+    stand.TypeName(L"a");
+    SendMessageW(stand.Page().dialog, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(1, 1));
+    EXPECT_FALSE(stand.NamesShown());
+}
+
 TEST_F(NameBox, AChangeOfTheRecentListHidesTheOldNames)
 {
     ShowWith({L"Bob", L"Anna"});
