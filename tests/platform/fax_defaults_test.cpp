@@ -218,5 +218,45 @@ TEST_F(FaxDefaults, WithoutASubtreeNameNothingIsLoadedOrSaved)
               ERROR_FILE_NOT_FOUND);
 }
 
+TEST(CopiedFaxDefaults, AreAllButWhetherToApplyThem)
+{
+    OwnedFaxJobData defaults;
+    OwnedFaxJobData job;
+    FaxJobData& from = defaults.Get();
+    SetSenderName(from, L"Ann Lee");
+    SetSenderFaxNo(from, L"555-1");
+    SetSenderVoiceNo(from, L"555-2");
+    SetSenderCompany(from, L"Acme");
+    SetNotifyEmail(from, L"ann@example.com");
+    SetCoverPageNotes(from, L"notes");
+    SetCoverPageSubject(from, L"Offer");
+    SetOverlayPath(from, L"C:\\logo.bmp");
+    from.Resolution = 2;
+    from.NotifyOn = 1;
+    from.NotifyMethod = 2;
+    from.AddCoverPage = 1;
+    from.ShowPreview = 1;
+    from.ApplyDefaults = 1;
+    from.BillingCodeMinLength = 4; // the device's, not the user's
+    CopyFaxDefaults(from, job.Get());
+    const FaxJobData& to = job.Get();
+    EXPECT_STREQ(to.SenderName, L"Ann Lee");
+    EXPECT_STREQ(to.SenderFaxNo, L"555-1");
+    EXPECT_STREQ(to.SenderVoiceNo, L"555-2");
+    EXPECT_STREQ(to.SenderCompany, L"Acme");
+    EXPECT_STREQ(to.NotifyEmail, L"ann@example.com");
+    EXPECT_STREQ(to.CoverPageNotes, L"notes");
+    EXPECT_STREQ(to.CoverPageSubject, L"Offer");
+    EXPECT_STREQ(to.OverlayPath, L"C:\\logo.bmp");
+    EXPECT_NE(to.SenderName, from.SenderName); // copies: each record frees its own
+    EXPECT_EQ(to.Resolution, 2u);
+    EXPECT_EQ(to.NotifyOn, 1u);
+    EXPECT_EQ(to.NotifyMethod, 2u);
+    EXPECT_EQ(to.AddCoverPage, 1u);
+    EXPECT_EQ(to.ShowPreview, 1u);
+    EXPECT_EQ(to.ApplyDefaults, 0u);
+    EXPECT_EQ(to.BillingCodeMinLength, 0u);
+}
+
 } // namespace
 } // namespace qx
