@@ -106,7 +106,8 @@ template <class Items> void ReplaceRows(HWND list, const Items& items)
     int row = 0;
     for (const PhoneBookItem* const item : items)
         InsertRow(list, row++, *item);
-    ScrollItemToTop(list, std::min(topRow, row - 1));
+    if (row > 0)
+        ScrollItemToTop(list, std::min(topRow, row - 1));
 }
 
 void GiveGroupIcon(PhoneBookList& list) noexcept
