@@ -34,7 +34,8 @@ fs::path OwnFolder()
 CLI::Option* AddText(CLI::App& command, const std::string& name, std::wstring& value, const std::string& help)
 {
     return command
-        .add_option_function<std::string>(name, [&value](const std::string& text) { value = Wide(text); }, help)
+        .add_option_function<std::string>(
+            name, [&value](const std::string& text) { value = Wide(text); }, help)
         ->type_name("TEXT");
 }
 
@@ -42,14 +43,16 @@ CLI::Option* AddText(CLI::App& command, const std::string& name, std::optional<s
                      const std::string& help)
 {
     return command
-        .add_option_function<std::string>(name, [&value](const std::string& text) { value = Wide(text); }, help)
+        .add_option_function<std::string>(
+            name, [&value](const std::string& text) { value = Wide(text); }, help)
         ->type_name("TEXT");
 }
 
 CLI::Option* AddPath(CLI::App& command, const std::string& name, fs::path& value, const std::string& help)
 {
     return command
-        .add_option_function<std::string>(name, [&value](const std::string& text) { value = Wide(text); }, help)
+        .add_option_function<std::string>(
+            name, [&value](const std::string& text) { value = Wide(text); }, help)
         ->type_name("PATH");
 }
 
@@ -57,7 +60,8 @@ void AddDeviceNumber(CLI::App& command, PrinterSetup& setup, const std::string& 
                      const std::string& help)
 {
     command
-        .add_option_function<DWORD>(option, [&setup, value](DWORD number) { setup.SetDevice(value, number); }, help)
+        .add_option_function<DWORD>(
+            option, [&setup, value](DWORD number) { setup.SetDevice(value, number); }, help)
         ->group("Device state (of the current user)");
 }
 
@@ -72,20 +76,26 @@ void AddProvisionOptions(CLI::App& command, PrinterSetup& setup)
     AddText(command, "--driver", setup.driver, "name of the driver")->default_str(Utf8(setup.driver));
     AddPath(command, "--module-folder", setup.moduleFolder, "where the module's files lie")
         ->default_str("the program's own folder");
-    command.add_flag_callback("--no-text-library", [&setup] { setup.textLibrary = false; }, "built-in texts only");
-    command.add_flag_callback("--no-help", [&setup] { setup.help = false; }, "neither help files nor their names");
+    command.add_flag_callback(
+        "--no-text-library", [&setup] { setup.textLibrary = false; }, "built-in texts only");
+    command.add_flag_callback(
+        "--no-help", [&setup] { setup.help = false; }, "neither help files nor their names");
 
     const std::string data = "Printer data";
     AddText(command, "--guid", setup.guid, "names the user's settings")->default_str(Utf8(*setup.guid))->group(data);
-    command.add_flag_callback("--no-guid", [&setup] { setup.guid.reset(); }, "a printer without one")->group(data);
+    command
+        .add_flag_callback(
+            "--no-guid", [&setup] { setup.guid.reset(); }, "a printer without one")
+        ->group(data);
     AddText(command, "--spooler-name", setup.spoolerName, "\"PrinterName\" of \"DsSpooler\"")
         ->default_str("the printer's name")
         ->group(data);
     AddText(command, "--help-cabinet", setup.helpCabinet, "\"HelpCabName\"")->group(data);
     AddText(command, "--help-file", setup.helpFile, "\"GPDHelpFileName\"")->group(data);
     command
-        .add_option_function<DWORD>("--cover-page-lock", [&setup](DWORD lock) { setup.coverPageLock = lock; },
-                                    "1: the cover page is locked to the bitmap; 0: free")
+        .add_option_function<DWORD>(
+            "--cover-page-lock", [&setup](DWORD lock) { setup.coverPageLock = lock; },
+            "1: the cover page is locked to the bitmap; 0: free")
         ->group(data);
     AddText(command, "--cover-page-bitmap", setup.coverPagePath, "the administrator's cover page")->group(data);
 
@@ -112,8 +122,8 @@ void AddSendOptions(CLI::App& command, SendOptions& options)
 {
     AddPrinterName(command, options.printer);
     AddPath(command, "--module", options.module, "file of the module")->default_str("the one beside the driver file");
-    CLI::Option* const script =
-        AddPath(command, "--script", options.script, "play the user actions of this file instead of waiting for a user");
+    CLI::Option* const script = AddPath(command, "--script", options.script,
+                                        "play the user actions of this file instead of waiting for a user");
     AddPath(command, "--shots", options.shots, "folder for the pictures that the script takes")->needs(script);
     command.footer(ScriptHelp() + "\nExit codes: 0 sent, 2 cancelled, 1 failed.");
 }

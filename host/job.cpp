@@ -12,7 +12,10 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-Json TextJson(const wchar_t* text) { return text != nullptr ? Json(Utf8(text)) : Json(nullptr); }
+Json TextJson(const wchar_t* text)
+{
+    return text != nullptr ? Json(Utf8(text)) : Json(nullptr);
+}
 
 Json RecipientsJson(const FaxJobData& record)
 {

@@ -25,7 +25,7 @@ public:
     std::string Json() const;
 
 private:
-    FaxJobData record_;
+    FaxJobData record_{};
 };
 
 // The module, loaded from its file. Throws std::runtime_error when there is none, or it is not the module.

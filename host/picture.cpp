@@ -3,13 +3,14 @@
 #include "base/unique.h"
 #include "host/utf8.h"
 
-#include <algorithm> // GDI+ expects min and max in the global namespace
+#include <algorithm>
 #include <objidl.h>
 #include <stdexcept>
 
+// Its header calls them without saying whose they are.
 namespace Gdiplus {
-using std::max;
-using std::min;
+using std::max; // NOLINT(misc-unused-using-decls)
+using std::min; // NOLINT(misc-unused-using-decls)
 } // namespace Gdiplus
 #include <gdiplus.h>
 

@@ -23,10 +23,16 @@ constexpr wchar_t kHelp[] = L"QXZHLF1.CHM";
 constexpr wchar_t kSettingsRoot[] = L"Software\\Quillmarsh\\";
 constexpr wchar_t kDeviceKey[] = L"QXBIDIInfo";
 
-[[noreturn]] void Throw(const std::string& what, DWORD error) { throw std::runtime_error(SystemError(what, error)); }
+[[noreturn]] void Throw(const std::string& what, DWORD error)
+{
+    throw std::runtime_error(SystemError(what, error));
+}
 
 // The spooler's functions take texts that they do not change as changeable ones.
-wchar_t* Changeable(const std::wstring& text) { return const_cast<wchar_t*>(text.c_str()); }
+wchar_t* Changeable(const std::wstring& text)
+{
+    return const_cast<wchar_t*>(text.c_str());
+}
 
 UniquePrinter OpenPrinterForAll(const std::wstring& name)
 {
@@ -59,7 +65,7 @@ std::vector<std::wstring> DriverFiles(const PrinterSetup& setup)
     }
     std::vector<std::wstring> files{kDriver, kModule};
     if (setup.textLibrary)
-        files.push_back(kTextLibrary);
+        files.emplace_back(kTextLibrary);
     if (setup.help)
         files.insert(files.end(), {setup.helpCabinet.value_or(kHelp), kHelp});
     std::erase_if(files, [&](const std::wstring& file) { return !fs::exists(setup.moduleFolder / file); });
@@ -248,9 +254,9 @@ std::optional<std::wstring> GuidOf(const std::wstring& printerName)
     const UniquePrinter printer = OpenPrinterForAll(printerName);
     wchar_t guid[260] = L"";
     DWORD type = 0, bytes = 0;
-    if (!printer || GetPrinterDataExW(printer.Get(), L"QXPresetRoot", L"QXRestrictedUserGuid", &type,
-                                      reinterpret_cast<BYTE*>(guid), sizeof guid - sizeof(wchar_t),
-                                      &bytes) != ERROR_SUCCESS)
+    if (!printer ||
+        GetPrinterDataExW(printer.Get(), L"QXPresetRoot", L"QXRestrictedUserGuid", &type, reinterpret_cast<BYTE*>(guid),
+                          sizeof guid - sizeof(wchar_t), &bytes) != ERROR_SUCCESS)
         return std::nullopt;
     return guid;
 }
@@ -258,9 +264,8 @@ std::optional<std::wstring> GuidOf(const std::wstring& printerName)
 std::wstring DriverOf(const std::wstring& printerName)
 {
     const UniquePrinter printer = OpenPrinterForAll(printerName);
-    const auto buffer = QuerySpooler<PRINTER_INFO_2W>([&](BYTE* out, DWORD bytes, DWORD* needed) {
-        return GetPrinterW(printer.Get(), 2, out, bytes, needed);
-    });
+    const auto buffer = QuerySpooler<PRINTER_INFO_2W>(
+        [&](BYTE* out, DWORD bytes, DWORD* needed) { return GetPrinterW(printer.Get(), 2, out, bytes, needed); });
     return buffer ? reinterpret_cast<const PRINTER_INFO_2W*>(buffer->data())->pDriverName : L"";
 }
 
@@ -275,7 +280,10 @@ std::vector<RegistryValue> WillingDevice()
             {L"EMAIL-SERVICE-OPERATIONAL", 1u}};
 }
 
-std::wstring UserKey(const std::wstring& guid) { return kSettingsRoot + guid; }
+std::wstring UserKey(const std::wstring& guid)
+{
+    return kSettingsRoot + guid;
+}
 
 fs::path DriverFolder()
 {
@@ -339,6 +347,9 @@ void Unprovision(const std::wstring& printer)
         RemoveDriver(driver);
 }
 
-void RemoveUserSettings(const std::wstring& guid) { RegDeleteTreeW(HKEY_CURRENT_USER, UserKey(guid).c_str()); }
+void RemoveUserSettings(const std::wstring& guid)
+{
+    RegDeleteTreeW(HKEY_CURRENT_USER, UserKey(guid).c_str());
+}
 
 } // namespace qx::host

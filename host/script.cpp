@@ -19,7 +19,10 @@ struct Arguments {
     std::filesystem::path shots;
 };
 
-[[noreturn]] void Refuse(const std::string& why) { throw std::runtime_error(why); }
+[[noreturn]] void Refuse(const std::string& why)
+{
+    throw std::runtime_error(why);
+}
 
 std::string NextWord(Arguments& arguments, const char* meaning)
 {
@@ -53,8 +56,8 @@ int NextControl(Arguments& arguments)
     static constexpr struct {
         const char* name;
         int id;
-    } kButtons[] = {{"send", IDOK},       {"ok", IDOK},   {"cancel", IDCANCEL}, {"yes", IDYES}, {"no", IDNO},
-                    {"retry", IDRETRY}, {"help", kHelpButton}};
+    } kButtons[] = {{"send", IDOK}, {"ok", IDOK},       {"cancel", IDCANCEL}, {"yes", IDYES},
+                    {"no", IDNO},   {"retry", IDRETRY}, {"help", kHelpButton}};
     const std::string word = NextWord(arguments, "the control");
     for (const auto& button : kButtons) {
         if (word == button.name)
@@ -89,10 +92,10 @@ WORD NextKey(Arguments& arguments, std::vector<WORD>& modifiers)
     static constexpr struct {
         const char* name;
         WORD key;
-    } kKeys[] = {{"ctrl", VK_CONTROL}, {"shift", VK_SHIFT},   {"alt", VK_MENU},  {"enter", VK_RETURN},
-                 {"esc", VK_ESCAPE},   {"tab", VK_TAB},       {"space", VK_SPACE}, {"up", VK_UP},
-                 {"down", VK_DOWN},    {"left", VK_LEFT},     {"right", VK_RIGHT}, {"home", VK_HOME},
-                 {"end", VK_END},      {"delete", VK_DELETE}, {"back", VK_BACK}, {"f1", VK_F1},
+    } kKeys[] = {{"ctrl", VK_CONTROL}, {"shift", VK_SHIFT},   {"alt", VK_MENU},     {"enter", VK_RETURN},
+                 {"esc", VK_ESCAPE},   {"tab", VK_TAB},       {"space", VK_SPACE},  {"up", VK_UP},
+                 {"down", VK_DOWN},    {"left", VK_LEFT},     {"right", VK_RIGHT},  {"home", VK_HOME},
+                 {"end", VK_END},      {"delete", VK_DELETE}, {"back", VK_BACK},    {"f1", VK_F1},
                  {"f4", VK_F4},        {"pageup", VK_PRIOR},  {"pagedown", VK_NEXT}};
     std::istringstream parts(NextWord(arguments, "the key"));
     for (std::string part; std::getline(parts, part, '+');) {
@@ -248,7 +251,10 @@ Action ReadStep(const std::string& line, const std::filesystem::path& shots)
     return action;
 }
 
-std::string At(const std::string& name, int line) { return name + ":" + std::to_string(line) + ": "; }
+std::string At(const std::string& name, int line)
+{
+    return name + ":" + std::to_string(line) + ": ";
+}
 
 } // namespace
 

@@ -49,8 +49,8 @@ extern "C" __declspec(dllexport) LONG WINAPI DrvDocumentPropertySheets(void* inf
     return 1;
 }
 
-extern "C" __declspec(dllexport) DWORD WINAPI DrvDeviceCapabilities(HANDLE, const wchar_t*, WORD capability, void*,
-                                                                    const DEVMODEW*)
+extern "C" __declspec(dllexport) DWORD WINAPI
+    DrvDeviceCapabilities(HANDLE, const wchar_t*, WORD capability, void*, const DEVMODEW*)
 {
     switch (capability) {
     case DC_COPIES:

@@ -43,7 +43,10 @@ UINT MarkerMessage()
     return message;
 }
 
-bool PostedMessagesWait() { return (HIWORD(GetQueueStatus(QS_POSTMESSAGE)) & QS_POSTMESSAGE) != 0; }
+bool PostedMessagesWait()
+{
+    return (HIWORD(GetQueueStatus(QS_POSTMESSAGE)) & QS_POSTMESSAGE) != 0;
+}
 
 void MarkerFetched(WPARAM number, LPARAM rounds)
 {
@@ -118,11 +121,20 @@ std::wstring ClassOf(HWND window)
     return name;
 }
 
-bool IsOfClass(HWND window, const wchar_t* name) { return _wcsicmp(ClassOf(window).c_str(), name) == 0; }
+bool IsOfClass(HWND window, const wchar_t* name)
+{
+    return _wcsicmp(ClassOf(window).c_str(), name) == 0;
+}
 
-bool IsDialog(HWND window) { return IsOfClass(window, L"#32770"); }
+bool IsDialog(HWND window)
+{
+    return IsOfClass(window, L"#32770");
+}
 
-bool IsSheet(HWND dialog) { return GetDlgItem(dialog, kSheetTabs) != nullptr; }
+bool IsSheet(HWND dialog)
+{
+    return GetDlgItem(dialog, kSheetTabs) != nullptr;
+}
 
 std::vector<HWND> ChildrenOf(HWND parent)
 {
@@ -151,9 +163,18 @@ std::vector<HWND> DialogsOf(DWORD thread)
     return dialogs;
 }
 
-bool IsButton(HWND window) { return IsOfClass(window, L"Button"); }
-bool IsStatic(HWND window) { return IsOfClass(window, L"Static"); }
-bool IsIcon(HWND window) { return IsStatic(window) && (GetWindowLongW(window, GWL_STYLE) & SS_TYPEMASK) == SS_ICON; }
+bool IsButton(HWND window)
+{
+    return IsOfClass(window, L"Button");
+}
+bool IsStatic(HWND window)
+{
+    return IsOfClass(window, L"Static");
+}
+bool IsIcon(HWND window)
+{
+    return IsStatic(window) && (GetWindowLongW(window, GWL_STYLE) & SS_TYPEMASK) == SS_ICON;
+}
 
 // A message box has nothing but an icon, a text and the buttons of the standard answers.
 bool IsBox(HWND dialog)
@@ -205,8 +226,7 @@ INPUT KeyInput(WORD key, DWORD flags)
 } // namespace
 
 UiDriver::UiDriver(DWORD uiThread, HANDLE finished)
-    : uiThread_(uiThread), finished_(finished),
-      hook_(SetWindowsHookExW(WH_GETMESSAGE, WatchQueue, nullptr, uiThread))
+    : uiThread_(uiThread), finished_(finished), hook_(SetWindowsHookExW(WH_GETMESSAGE, WatchQueue, nullptr, uiThread))
 {
     if (hook_ == nullptr)
         throw UiFailure(SystemError("cannot watch the UI thread", GetLastError()));
@@ -272,9 +292,15 @@ bool UiDriver::HasControl(int id)
     }
 }
 
-std::wstring UiDriver::Title() { return TextOf(Dialog()); }
+std::wstring UiDriver::Title()
+{
+    return TextOf(Dialog());
+}
 
-bool UiDriver::Finished() const { return WaitForSingleObject(finished_, 0) == WAIT_OBJECT_0; }
+bool UiDriver::Finished() const
+{
+    return WaitForSingleObject(finished_, 0) == WAIT_OBJECT_0;
+}
 
 HWND UiDriver::UsableControl(int id)
 {
@@ -375,15 +401,26 @@ LRESULT UiDriver::Ask(HWND window, UINT message, WPARAM w, LPARAM l) const
 std::wstring UiDriver::TextOf(HWND window) const
 {
     std::wstring text(static_cast<std::size_t>(Ask(window, WM_GETTEXTLENGTH)) + 1, L'\0');
-    text.resize(
-        static_cast<std::size_t>(Ask(window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()))));
+    text.resize(static_cast<std::size_t>(Ask(window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()))));
     return text;
 }
 
-std::wstring UiDriver::Text(int id) { return TextOf(Control(id)); }
-bool UiDriver::IsEnabled(int id) { return IsWindowEnabled(Control(id)) != FALSE; }
-bool UiDriver::IsVisible(int id) { return IsWindowVisible(Control(id)) != FALSE; }
-bool UiDriver::IsChecked(int id) { return Ask(Control(id), BM_GETCHECK) == BST_CHECKED; }
+std::wstring UiDriver::Text(int id)
+{
+    return TextOf(Control(id));
+}
+bool UiDriver::IsEnabled(int id)
+{
+    return IsWindowEnabled(Control(id)) != FALSE;
+}
+bool UiDriver::IsVisible(int id)
+{
+    return IsWindowVisible(Control(id)) != FALSE;
+}
+bool UiDriver::IsChecked(int id)
+{
+    return Ask(Control(id), BM_GETCHECK) == BST_CHECKED;
+}
 
 int UiDriver::FocusedControl()
 {
@@ -409,9 +446,15 @@ std::vector<std::wstring> UiDriver::ComboItems(int id)
     return items;
 }
 
-int UiDriver::ComboSelection(int id) { return static_cast<int>(Ask(Control(id), CB_GETCURSEL)); }
+int UiDriver::ComboSelection(int id)
+{
+    return static_cast<int>(Ask(Control(id), CB_GETCURSEL));
+}
 
-int UiDriver::RowCount(int id) { return static_cast<int>(Ask(Control(id), LVM_GETITEMCOUNT)); }
+int UiDriver::RowCount(int id)
+{
+    return static_cast<int>(Ask(Control(id), LVM_GETITEMCOUNT));
+}
 
 int UiDriver::ColumnCount(int id)
 {
@@ -443,10 +486,9 @@ std::wstring UiDriver::CellText(int id, int row, int column)
 
 std::vector<std::wstring> UiDriver::Row(int id, int row)
 {
-    std::vector<std::wstring> cells;
-    const int columns = ColumnCount(id);
-    for (int column = 0; column < columns; ++column)
-        cells.push_back(CellText(id, row, column));
+    std::vector<std::wstring> cells(static_cast<std::size_t>(ColumnCount(id)));
+    for (std::size_t column = 0; column < cells.size(); ++column)
+        cells[column] = CellText(id, row, static_cast<int>(column));
     return cells;
 }
 
@@ -473,8 +515,8 @@ void UiDriver::Do(std::function<void()> action)
     auto owned = std::make_unique<std::function<void()>>(std::move(action));
     if (!PostMessageW(FindExecutor(uiThread_), kRun, 0, reinterpret_cast<LPARAM>(owned.get())))
         Fail(SystemError("the UI thread takes no messages", GetLastError()));
-    owned.release(); // now the executor's
-    Settle();
+    static_cast<void>(owned.release()); // now the executor's
+    Settle(); // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
 }
 
 void UiDriver::Press(int id)
@@ -607,6 +649,7 @@ void UiDriver::PressKey(WORD key, const std::vector<WORD>& modifiers)
 {
     SetForegroundWindow(Dialog());
     std::vector<INPUT> inputs;
+    inputs.reserve(2 * (modifiers.size() + 1));
     for (const WORD modifier : modifiers)
         inputs.push_back(KeyInput(modifier, 0));
     inputs.push_back(KeyInput(key, 0));
@@ -717,6 +760,9 @@ std::string UiDriver::Describe() const
     return description.empty() ? " [no dialog on screen]" : description + "]";
 }
 
-void UiDriver::Fail(const std::string& what) const { throw UiFailure(what + Describe()); }
+void UiDriver::Fail(const std::string& what) const
+{
+    throw UiFailure(what + Describe());
+}
 
 } // namespace qx::host

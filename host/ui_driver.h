@@ -50,30 +50,30 @@ public:
     void SetPatience(std::chrono::milliseconds patience) { patience_ = patience; }
 
     // ---- what is there
-    HWND Dialog();                            // waits for one
-    HWND DialogNow() const;                   // null when there is none
-    HWND Page();                              // the page shown when the dialog is a property sheet, else the dialog
+    HWND Dialog();          // waits for one
+    HWND DialogNow() const; // null when there is none
+    HWND Page();            // the page shown when the dialog is a property sheet, else the dialog
     HWND Control(int id);
     bool HasControl(int id);
     std::wstring Title();
-    bool Finished() const;                    // the UI thread shows no more dialogs
+    bool Finished() const; // the UI thread shows no more dialogs
 
     // ---- waiting
-    void WaitForControl(int id);              // for a dialog (or page) that has it, visible
+    void WaitForControl(int id); // for a dialog (or page) that has it, visible
     void WaitForTitle(std::wstring_view title);
     BoxContents WaitForBox();
     void WaitForEnd();
-    void Settle();                            // until the UI thread has carried out all that was posted to it
+    void Settle(); // until the UI thread has carried out all that was posted to it
 
     // ---- reading
     std::wstring Text(int id);
     bool IsEnabled(int id);
     bool IsVisible(int id);
     bool IsChecked(int id);
-    int FocusedControl();                     // id, a combo box standing for its edit field; 0 when nothing has the focus
+    int FocusedControl(); // id, a combo box standing for its edit field; 0 when nothing has the focus
     std::vector<std::wstring> ComboItems(int id);
-    int ComboSelection(int id);               // -1: none
-    int RowCount(int id);                     // of a list view
+    int ComboSelection(int id); // -1: none
+    int RowCount(int id);       // of a list view
     int ColumnCount(int id);
     std::wstring ColumnTitle(int id, int column);
     std::wstring CellText(int id, int row, int column);
@@ -81,14 +81,14 @@ public:
     std::vector<int> SelectedRows(int id);
 
     // ---- acting
-    void Press(int id);                       // a button of any kind
-    void Check(int id, bool checked);         // presses the check box when it is not that already
+    void Press(int id);               // a button of any kind
+    void Check(int id, bool checked); // presses the check box when it is not that already
     void Choose(int radioButton);
-    void Type(int id, std::wstring_view text);        // replaces the text, key by key
-    void TypeMore(int id, std::wstring_view text);    // types at the caret, key by key
-    void Paste(int id, const std::wstring& text);     // replaces the text in one step
+    void Type(int id, std::wstring_view text);     // replaces the text, key by key
+    void TypeMore(int id, std::wstring_view text); // types at the caret, key by key
+    void Paste(int id, const std::wstring& text);  // replaces the text in one step
     void Focus(int id);
-    void Select(int id, int item);                    // an item of a combo box
+    void Select(int id, int item); // an item of a combo box
     void DropDown(int id, bool open);
     void SelectRows(int id, const std::vector<int>& rows); // exactly these, the last one with the row focus
     void DoubleClickRow(int id, int row);
@@ -96,9 +96,9 @@ public:
     void GoToPage(int index);
     // Real keyboard input to the window with the focus. modifiers: any of VK_CONTROL, VK_SHIFT, VK_MENU.
     void PressKey(WORD key, const std::vector<WORD>& modifiers = {});
-    BoxContents AnswerBox(int button);                // waits for a message box, presses its button, says what it said
+    BoxContents AnswerBox(int button); // waits for a message box, presses its button, says what it said
     void AnswerFileDialog(const std::filesystem::path& file); // waits for it, types the name and confirms
-    void CloseEverything();                           // cancels whatever is open until the end
+    void CloseEverything();                                   // cancels whatever is open until the end
 
     // Runs a function on the UI thread, as part of its message loop. Returns when it is done or has opened a dialog.
     void Do(std::function<void()> action);

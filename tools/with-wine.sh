@@ -147,7 +147,7 @@ display_is_alive() {
     local pid
     [[ -f $dir/display && -f $dir/xvfb.pid ]] || return 1
     pid=$(<"$dir/xvfb.pid")
-    [[ -r /proc/$pid/cmdline ]] && tr '\0' ' ' <"/proc/$pid/cmdline" | grep -q "^Xvfb .*$dir "
+    [[ -r /proc/$pid/cmdline ]] && tr '\0' ' ' <"/proc/$pid/cmdline" | grep -qF -- "-fbdir $dir "
 }
 
 start_display() {
@@ -214,10 +214,11 @@ stop_session_if_unused() {
 }
 
 leave_session() {
-    local started
+    local sessions started
     exec 8>&- 9>&-
-    for started in "$dir" $(sort -u "$QX_WINE_SESSIONS"); do stop_session_if_unused "$started"; done
+    mapfile -t sessions < <(sort -u "$QX_WINE_SESSIONS")
     rm -f "$QX_WINE_SESSIONS"
+    for started in "$dir" "${sessions[@]}"; do stop_session_if_unused "$started"; done
 }
 
 # ---- run -----------------------------------------------------------------------------------------------------------

@@ -175,7 +175,10 @@ std::vector<Recipient> SendFaxSession::Recipients() const
     return recipients;
 }
 
-std::wstring SendFaxSession::SettingsKey() const { return host::UserKey(options_.printer.guid.value_or(L"")); }
+std::wstring SendFaxSession::SettingsKey() const
+{
+    return host::UserKey(options_.printer.guid.value_or(L""));
+}
 
 fs::path SendFaxSession::PhoneBookFile() const
 {

@@ -1,5 +1,5 @@
-// One send session of the real module: a printer of its own, the call of DisplayFaxUI on a thread of its own, and a user
-// who drives the dialogs from the test's thread.
+// One send session of the real module: a printer of its own, the call of DisplayFaxUI on a thread of its own, and a
+// user who drives the dialogs from the test's thread.
 //
 //     SendFaxSession session;                     // fresh printer, no settings, no phone book
 //     session.SetDefault(L"ApplyDefaults", 1u);   // the sheet opens on the Fax Job page
@@ -54,11 +54,11 @@ public:
     void WritePhoneBook(std::string_view xml) const;
 
     // ---- the call
-    void Start();                  // returns at once; may be called again after the end
+    void Start(); // returns at once; may be called again after the end
     host::UiDriver& Ui() { return *ui_; }
-    const FaxJobData& Send();      // presses Send and waits for the end of the call
+    const FaxJobData& Send(); // presses Send and waits for the end of the call
     const FaxJobData& Cancel();
-    const FaxJobData& End();       // waits for the end of the call
+    const FaxJobData& End(); // waits for the end of the call
 
     // ---- what came out
     FaxJobData& Record() { return record_; }
@@ -79,7 +79,7 @@ private:
     SessionOptions options_;
     HANDLE printer_ = nullptr;
     HMODULE module_ = nullptr;
-    FaxJobData record_;
+    FaxJobData record_{};
     HANDLE start_;
     HANDLE finished_;
     bool leaving_ = false;
