@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Runs the clang-tidy profile over the module's sources: tools/tidy.sh [file...]
+# Runs the clang-tidy profile over the sources of the module and of the stand-in driver: tools/tidy.sh [file...]
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -13,5 +13,5 @@ for include in "$gcc/include/c++" "$gcc/include/c++/$cross" "/usr/$cross/include
 done
 
 files=("$@")
-[ ${#files[@]} -gt 0 ] || mapfile -t files < <(find src -name '*.cpp' | sort)
+[ ${#files[@]} -gt 0 ] || mapfile -t files < <(find src host -name '*.cpp' | sort)
 printf '%s\n' "${files[@]}" | xargs -P "$(nproc)" -n 1 clang-tidy -p "$build" --quiet "${arguments[@]}"
