@@ -470,7 +470,7 @@ int main(int count, char** arguments)
 {
     const ComApartment apartment;
     const std::wstring path = BenchFile();
-    Benchmark benchmark(7);
+    Benchmark benchmark(15);
     for (const DWORD items : {1000u, 10000u, 40000u})
         MeasureFile(benchmark, path, items);
     MeasureFileGrowth(benchmark, path);

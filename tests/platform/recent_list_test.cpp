@@ -1,6 +1,7 @@
 #include "phonebook/recent_list.h"
 
 #include "support/phone_book.h"
+#include "support/process_use.h"
 #include "support/test_printer.h"
 
 #include <gtest/gtest.h>
@@ -326,6 +327,29 @@ TEST_F(RecentList, OfAPrinterWithoutSubtreeIsEmptyAndSavesNothing)
     EXPECT_EQ(none.AddRecent(entry.get(), &*book), TRUE);
     none.Save();
     EXPECT_EQ(NamesOf(none), Names{L"Ann"});
+}
+
+TEST_F(RecentList, LeavesNoHandlesAndNoMemoryBehind)
+{
+    book.AddEntry(L"Ann", L"1", L"Acme", 3);
+    PhoneBookGroup* const group = book.AddGroup(L"Sales", {3}, 4);
+    const auto session = [&] {
+        RecentRecipientList used;
+        used.Open(printer.Handle());
+        used.Load();
+        used.AddRecent(group, &*book);
+        for (int i = 0; i < 30; ++i)
+            used.AddRecent(UniqueItem<PhoneBookEntry>(MakeRecipient(std::to_wstring(i).c_str(), L"1", L"")).get(),
+                           &*book);
+        used.Save();
+    };
+    session(); // what the system allocates once
+    const std::size_t handle = NextHandle();
+    const std::size_t bytes = HeapBytesInUse();
+    for (int i = 0; i < 10; ++i)
+        session();
+    EXPECT_EQ(NextHandle(), handle);
+    EXPECT_LT(HeapBytesInUse(), bytes + 2000); // a lost slot would lose 10 entries of 100 bytes and more
 }
 
 } // namespace
