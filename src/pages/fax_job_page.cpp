@@ -460,7 +460,7 @@ void Browse(FaxJobPage& page) { BrowseForOverlayImage(page.dialog); }
 void LoadCoverPage(FaxJobPage& page)
 {
     page.checkImage = LoadCoverPageFields(page.dialog, *page.job);
-    if (page.job->CoverPageLock == 1) {
+    if (page.job->CoverPageLock == kCoverPageLocked) {
         LockCoverPageToOverlay(page.dialog);
         page.checkImage = false;
     }
