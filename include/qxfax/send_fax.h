@@ -120,12 +120,13 @@ BOOL WINAPI BStoreExtEscapeData(const void* data, DWORD size);
  *  After a store that failed the size of the block before is still reported, while a copy answers FALSE. */
 BOOL WINAPI BGetStoredExtEscapeData(void** buffer, DWORD* size);
 
-/** Makes a record ready for its first DisplayFaxUI: zeroed, room for recipients, not sent. */
+/** Makes a record ready for its first DisplayFaxUI: zeroed, room for recipients, not sent, notification printed. */
 static inline void QxFaxInitJob(FaxJobData* record)
 {
     SecureZeroMemory(record, sizeof *record);
     record->Recipients.Capacity = 10;
     record->Cancelled = TRUE;
+    record->NotifyMethod = 1; /* a number that the user's defaults lack stays as the driver set it */
 }
 
 /** The text of id, or NULL. It belongs to the record. */

@@ -5,6 +5,7 @@
 #include "base/module.h"
 #include "base/process_heap.h"
 #include "entry/guest.h"
+#include "phonebook/address_book_import.h"
 #include "phonebook/phone_book.h"
 #include "phonebook/ui/phone_book_changed.h"
 #include "text/controls.h"
@@ -163,6 +164,7 @@ void FaxSheet::TakeOverButtons()
     sendButton_ = GetDlgItem(window_, kSendButton);
     helpButton_ = GetDlgItem(window_, kHelpButton);
     SetLocalizedText(content_->texts, kSendCaption.id, sendButton_, kSendCaption.fallback);
+    ImportOldAddressBookOnce(content_->faxJobPage.job->PrinterHandleCopy, *content_->faxJobPage.book);
 }
 
 // Not every common-controls version creates pages up front, and only a created page is asked at Send.
@@ -226,11 +228,11 @@ LRESULT FaxSheet::Handle(UINT message, WPARAM w, LPARAM l)
         if (LOWORD(w) == kSendButton && HIWORD(w) == BN_CLICKED)
             CreateMissingPages();
         break;
-    case WM_DESTROY: {
-        const LRESULT result = CallPrevious(message, w, l);
+    case WM_DESTROY:
+        // The messages that follow are the dialog's own again: with the last one it frees its font.
+        SetWindowLongPtrW(window_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(previous_));
         Forget(window_);
-        return result;
-    }
+        break;
     default:
         break;
     }

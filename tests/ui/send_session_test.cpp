@@ -166,5 +166,19 @@ TEST(SendSession, ThePagesThatWereNeverSeenAreSavedAllTheSame)
     EXPECT_EQ(job.NotifyMethod, 0u); // the Setup page's own rule: nobody is notified, so by no method
 }
 
+TEST(SendSession, TheOldAddressBookIsTakenOverOnceAndNeverAgain)
+{
+    SendFaxSession session;
+    const std::wstring oldBook = session.SettingsKey() + L"\\QX-FAX\\Address Book";
+    host::SetUserValue(oldBook, {L"only one string", std::wstring(L"Old Ann")}); // fax number and company are missing
+    OnFaxJobPage(session);
+    EXPECT_TRUE(std::filesystem::exists(session.PhoneBookFile()));
+    session.Cancel();
+    std::filesystem::remove(session.PhoneBookFile());
+    OnFaxJobPage(session);
+    EXPECT_FALSE(std::filesystem::exists(session.PhoneBookFile()));
+    session.Cancel();
+}
+
 } // namespace
 } // namespace qx::test
