@@ -126,14 +126,10 @@ void AppendRow(const TypeAheadState& state, const SuggestionItem& item) noexcept
         SendMessageW(state.list, LB_SETITEMDATA, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
 }
 
-class RedrawOff {
+class RedrawOff { // of a list box, which repaints by itself what has changed meanwhile
 public:
     explicit RedrawOff(HWND window) noexcept : window_(window) { SendMessageW(window_, WM_SETREDRAW, FALSE, 0); }
-    ~RedrawOff()
-    {
-        SendMessageW(window_, WM_SETREDRAW, TRUE, 0);
-        InvalidateRect(window_, nullptr, TRUE);
-    }
+    ~RedrawOff() { SendMessageW(window_, WM_SETREDRAW, TRUE, 0); }
     RedrawOff(const RedrawOff&) = delete;
     RedrawOff& operator=(const RedrawOff&) = delete;
 
@@ -196,10 +192,11 @@ void Complete(TypeAheadState& state, int row, std::size_t typedLength)
         const Completing ours(state);
         SetWindowTextW(state.combo, RowText(state, row).c_str());
     }
-    ShowList(state);
+    // Before it shows: the list is painted once, as it stays.
     if (SendMessageW(state.list, LB_GETTOPINDEX, 0, 0) != row)
         SendMessageW(state.list, LB_SETTOPINDEX, static_cast<WPARAM>(row), 0);
     SelectRow(state, static_cast<WPARAM>(row));
+    ShowList(state);
     SendMessageW(state.edit, EM_SETSEL, typedLength, -1);
 }
 
@@ -328,20 +325,26 @@ RECT ListPlace(const TypeAheadState& state) noexcept
     return place;
 }
 
+// Asking the system for the pointer of this very moment would cost a keystroke dear.
+POINT PointerAtLastMessage() noexcept
+{
+    const DWORD position = GetMessagePos();
+    return {static_cast<short>(LOWORD(position)), static_cast<short>(HIWORD(position))};
+}
+
 void ShowListWindow(TypeAheadState& state) noexcept
 {
     if (!ListShows(state))
-        GetCursorPos(&state.pointerWhenShown);
+        state.pointerWhenShown = PointerAtLastMessage();
     const RECT place = ListPlace(state);
     RECT now{};
     GetWindowRect(state.list, &now);
     // Where it stands already nothing moves: sizing a list costs more than all the rest of a keystroke.
-    if (EqualRect(&place, &state.wantedPlace) && EqualRect(&now, &state.takenPlace)) {
-        ShowWindow(state.list, SW_SHOWNA);
+    const bool inPlace = EqualRect(&place, &state.wantedPlace) && EqualRect(&now, &state.takenPlace);
+    if (inPlace && ListShows(state))
         return;
-    }
     SetWindowPos(state.list, HWND_TOPMOST, place.left, place.top, place.right - place.left, place.bottom - place.top,
-                 SWP_NOACTIVATE | SWP_SHOWWINDOW);
+                 SWP_NOACTIVATE | SWP_SHOWWINDOW | (inPlace ? SWP_NOMOVE | SWP_NOSIZE : 0u));
     state.wantedPlace = place;
     GetWindowRect(state.list, &state.takenPlace); // a list box shows whole rows only, and may have shrunk
 }
