@@ -8,7 +8,7 @@
 #include <optional>
 #include <sstream>
 
-namespace qx::testing {
+namespace qx::test {
 namespace {
 
 constexpr LANGID kEnglish = 0x0409;
@@ -178,4 +178,4 @@ TEST_F(StringLibraryTest, HebrewTextsEndOnTheLeftAndPathsInThemReadFromLeftToRig
 }
 
 } // namespace
-} // namespace qx::testing
+} // namespace qx::test

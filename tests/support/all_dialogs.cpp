@@ -16,7 +16,7 @@
 #include "res/group_ids.h"
 #include "res/map_custom_fields_ids.h"
 
-namespace qx::testing {
+namespace qx::test {
 
 namespace {
 
@@ -53,4 +53,4 @@ bool Is(HWND window, const wchar_t* className)
     return window != nullptr && lstrcmpiW(ClassOf(window).c_str(), className) == 0;
 }
 
-} // namespace qx::testing
+} // namespace qx::test

@@ -8,7 +8,7 @@
 #include <span>
 #include <windows.h>
 
-namespace qx::testing {
+namespace qx::test {
 
 struct DialogCase {
     const char* name;
@@ -27,4 +27,4 @@ inline void PrintTo(const DialogCase& dialog, std::ostream* out)
 // Whether window is of that class.
 bool Is(HWND window, const wchar_t* className);
 
-} // namespace qx::testing
+} // namespace qx::test

@@ -7,7 +7,7 @@
 #include <regex>
 #include <stdexcept>
 
-namespace qx::testing {
+namespace qx::test {
 
 namespace {
 
@@ -80,4 +80,4 @@ SourceTexts TextsOfTheModule()
     return texts;
 }
 
-} // namespace qx::testing
+} // namespace qx::test

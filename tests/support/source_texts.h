@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace qx::testing {
+namespace qx::test {
 
 // A text id with the built-in text behind it in the source; empty when there is none.
 struct NamedText {
@@ -25,4 +25,4 @@ void CollectTexts(std::string source, const std::string& file, SourceTexts& text
 // Of all files of the module; throws when there are none.
 SourceTexts TextsOfTheModule();
 
-} // namespace qx::testing
+} // namespace qx::test

@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <stdexcept>
 
-namespace qx::testing {
+namespace qx::test {
 
 namespace {
 
@@ -64,4 +64,4 @@ StringLibrary::~StringLibrary()
     FreeLibrary(module_);
 }
 
-} // namespace qx::testing
+} // namespace qx::test

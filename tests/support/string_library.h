@@ -6,7 +6,7 @@
 #include <vector>
 #include <windows.h>
 
-namespace qx::testing {
+namespace qx::test {
 
 using TextTable = std::map<unsigned, std::wstring>; // by text id
 
@@ -29,4 +29,4 @@ private:
     std::vector<WORD> types_;
 };
 
-} // namespace qx::testing
+} // namespace qx::test

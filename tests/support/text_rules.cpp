@@ -2,7 +2,7 @@
 
 #include <cwctype>
 
-namespace qx::testing {
+namespace qx::test {
 
 namespace {
 
@@ -71,4 +71,4 @@ std::wstring Wording(std::wstring_view text)
     return wording;
 }
 
-} // namespace qx::testing
+} // namespace qx::test

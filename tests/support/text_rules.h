@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace qx::testing {
+namespace qx::test {
 
 // The kinds of the placeholders, in order: "ds" for a text with %d and then %s. %% is a percent sign. A '?' stands for
 // anything else behind a %.
@@ -28,4 +28,4 @@ std::vector<std::string> MnemonicClashes(const std::vector<Caption>& captions);
 // text, blanks, a colon or dots at the end. Two built-in texts say the same when this is equal.
 std::wstring Wording(std::wstring_view text);
 
-} // namespace qx::testing
+} // namespace qx::test

@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 #include <oleacc.h>
 
-namespace qx::testing {
+namespace qx::test {
 namespace {
 
 // The import library's is unusable.
@@ -139,4 +139,4 @@ INSTANTIATE_TEST_SUITE_P(, AccessibleNames, ::testing::ValuesIn(AllDialogs()),
                          [](const auto& dialog) { return std::string(dialog.param.name); });
 
 } // namespace
-} // namespace qx::testing
+} // namespace qx::test

@@ -11,7 +11,7 @@
 #include <gtest/gtest.h>
 #include <optional>
 
-namespace qx::testing {
+namespace qx::test {
 namespace {
 
 constexpr unsigned kSend = 5223;
@@ -223,4 +223,4 @@ INSTANTIATE_TEST_SUITE_P(, DialogTexts, ::testing::ValuesIn(AllDialogs()),
                          [](const auto& dialog) { return std::string(dialog.param.name); });
 
 } // namespace
-} // namespace qx::testing
+} // namespace qx::test

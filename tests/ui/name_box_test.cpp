@@ -465,7 +465,7 @@ protected:
     NameBoxWithTexts() { stand.Page().hStringDll = library_.Module(); }
 
 private:
-    qx::testing::StringLibrary library_;
+    qx::test::StringLibrary library_;
 };
 
 TEST_F(NameBoxWithTexts, ATypedGroupShowsItsTextInPlaceOfTheNumber)

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace qx::testing {
+namespace qx::test {
 namespace {
 
 TEST(TextRules, PlaceholdersAreReadInOrderAndPercentSignsAreNone)
@@ -73,4 +73,4 @@ TEST(SourceTexts, CommentsNameNoTextAndEveryNumberCounts)
 }
 
 } // namespace
-} // namespace qx::testing
+} // namespace qx::test

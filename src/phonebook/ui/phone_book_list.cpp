@@ -1,6 +1,7 @@
 #include "phonebook/ui/phone_book_list.h"
 
 #include "base/dialog.h"
+#include "base/drawing.h"
 #include "base/module.h"
 #include "phonebook/phone_book.h"
 #include "phonebook/ui/typed_prefix.h"
@@ -36,19 +37,6 @@ public:
 
 private:
     HWND window_;
-};
-
-class WindowDc {
-public:
-    explicit WindowDc(HWND window) noexcept : window_(window), dc_(GetDC(window)) {}
-    ~WindowDc() { ReleaseDC(window_, dc_); }
-    WindowDc(const WindowDc&) = delete;
-    WindowDc& operator=(const WindowDc&) = delete;
-    HDC Get() const noexcept { return dc_; }
-
-private:
-    HWND window_;
-    HDC dc_;
 };
 
 int ScaledToWindow(HWND window, int pixels) noexcept
