@@ -61,9 +61,9 @@ private:
 };
 
 // Answers the mapping dialog as a user does who takes the first three columns as they come.
-void MapColumnsInOrder(UiDriver& ui)
+void MapColumnsInOrder(UiDriver& ui, const wchar_t* title = L"Map Custom Fields")
 {
-    ui.WaitForTitle(L"Map Custom Fields");
+    ui.WaitForTitle(title);
     for (const int column : {0, 1, 2}) {
         ui.SelectRows(IDC_MAP_SOURCE_FIELDS, {column});
         ui.SelectRows(IDC_MAP_DESTINATIONS, {column});
@@ -287,6 +287,38 @@ TEST(EditPhoneBook, ImportThatPassesTheLimitSaysSoAndShowsWhatItAdded)
     EXPECT_EQ(box.icon, static_cast<UINT>(MB_ICONERROR));
     EXPECT_EQ(ui.RowCount(IDC_BOOK_LIST), 10000);
     EXPECT_EQ(ui.CellText(IDC_BOOK_LIST, 0, 0), L"Ada");
+}
+
+TEST(EditPhoneBook, WithoutTheTextLibraryItsMessagesHaveTheirBuiltInTexts)
+{
+    const CsvFile file("Name,Fax Number,Company Name\r\nAda,88,\r\nMia,77,Mines\r\n");
+    PhoneBookSession session(BookText().People(9998), WithoutTextLibrary());
+    UiDriver& ui = session.OpenEditor();
+    const auto importFile = [&] {
+        ui.Press(IDC_BOOK_IMPORT);
+        ui.AnswerFileDialog(file.Path());
+        MapColumnsInOrder(ui, L"-Map Custom Fields");
+        return ui.AnswerBox(IDOK);
+    };
+    const BoxContents imported = importFile();
+    EXPECT_EQ(imported.title, L"-QX MFP Send Fax");
+    EXPECT_EQ(imported.text, L"-Phone book entries imported successfully.");
+
+    ui.Press(IDC_BOOK_ADD_ENTRY);
+    ExpectBookIsFull(ui.AnswerBox(IDOK));
+    ui.SelectRows(IDC_BOOK_LIST, {0});
+    ui.Press(IDC_BOOK_DELETE);
+    EXPECT_EQ(ui.AnswerBox(IDOK).text, L"Select OK to permanently remove the selected entries from the phone book.");
+    DeleteRows(ui, {0});
+    AddEntry(ui, L"Aaron", L"1");
+    EXPECT_EQ(importFile().text, L"-Exceeded maximum phone book entries.");
+
+    std::filesystem::remove(file.Path()); // nothing to be asked about
+    ui.Press(IDC_BOOK_EXPORT);
+    ui.AnswerFileDialog(file.Path());
+    const BoxContents exported = ui.AnswerBox(IDOK);
+    EXPECT_EQ(exported.title, L"-QX MFP Send Fax");
+    EXPECT_EQ(exported.text, L"-Phone book entries exported successfully.");
 }
 
 TEST(EditPhoneBook, CancelledImportAndExportTellNothing)

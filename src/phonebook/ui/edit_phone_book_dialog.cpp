@@ -197,8 +197,9 @@ ImportExportBlock BlockOf(EditPhoneBookContext& editor)
 
 void ShowInformation(const EditPhoneBookContext& editor, const Text& text)
 {
-    MessageBoxW(editor.dialog, LocalizedText(editor, text).c_str(), LocalizedText(editor, kInformationTitle).c_str(),
-                MB_OK | MB_ICONINFORMATION);
+    const std::wstring shown = LocalizedText(editor, text);
+    MessageBoxW(editor.dialog, shown.c_str(), LocalizedText(editor, kInformationTitle).c_str(),
+                MB_OK | MB_ICONINFORMATION | ReadingOrder(shown));
 }
 
 void TellImportResult(const EditPhoneBookContext& editor, const ImportExportResult& result)
