@@ -1,7 +1,5 @@
 #include "phonebook/file_replacement.h"
 
-#include "base/unique.h"
-
 #include <algorithm>
 #include <span>
 #include <vector>
@@ -33,17 +31,6 @@ void FlushToDisk(const std::wstring& path) noexcept
         CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
     if (file)
         FlushFileBuffers(file.Get());
-}
-
-UniqueFile OpenForReading(const std::wstring& path) noexcept
-{
-    UniqueFile file;
-    RetryWhileInUse([&] {
-        file.Reset(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                               FILE_ATTRIBUTE_NORMAL, nullptr));
-        return static_cast<bool>(file);
-    });
-    return file;
 }
 
 // Fills the buffer as far as the file goes; the bytes read, 0 at the end or when it cannot be read.
@@ -141,6 +128,17 @@ bool KeepCopy(const std::wstring& path)
     FlushToDisk(copy);
     SetFileAttributesW(copy.c_str(), FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_HIDDEN);
     return true;
+}
+
+UniqueFile OpenForReading(const std::wstring& path) noexcept
+{
+    UniqueFile file;
+    RetryWhileInUse([&] {
+        file.Reset(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                               FILE_ATTRIBUTE_NORMAL, nullptr));
+        return static_cast<bool>(file);
+    });
+    return file;
 }
 
 DWORD ReadWholeFile(const std::wstring& path, std::string& out)

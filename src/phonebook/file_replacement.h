@@ -1,8 +1,9 @@
 // Replacing a file in one step, and keeping copies beside it.
 #pragma once
 
+#include "base/unique.h"
+
 #include <string>
-#include <windows.h>
 
 namespace qx {
 
@@ -22,8 +23,8 @@ template <class Attempt> bool RetryWhileInUse(Attempt attempt, DWORD alsoInUse =
     }
 }
 
-// A new, empty, hidden file beside path, which is to take its place; none when the folder takes no second file. It is
-// removed again unless it took the place.
+// A new, empty file beside path, which is to take its place; none when the folder takes no second file. It is hidden
+// only when it takes the place: a hidden one could not be saved over. It is removed again unless it took the place.
 class Replacement {
 public:
     explicit Replacement(const std::wstring& path);
@@ -49,6 +50,10 @@ void RemoveAbandonedReplacements(const std::wstring& path) noexcept;
 // Keeps a byte-identical, hidden copy of path beside it, unless there is one already or the file is empty or not
 // there. Never replaces an older copy. False when the file could not be copied.
 bool KeepCopy(const std::wstring& path);
+
+// Opens a file for reading, once nobody else keeps it from being read; empty, with the last error set, when it cannot be
+// opened.
+UniqueFile OpenForReading(const std::wstring& path) noexcept;
 
 // Reads the whole file. ERROR_SUCCESS; the error of opening it; or ERROR_FILE_TOO_LARGE when it opened but could not be
 // read, or is longer than any phone book. out is left alone then.

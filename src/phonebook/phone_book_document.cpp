@@ -1,5 +1,6 @@
 #include "phonebook/phone_book_document.h"
 
+#include "phonebook/file_replacement.h"
 #include "phonebook/xml_prolog.h"
 
 #include <algorithm>
@@ -28,7 +29,7 @@ constexpr wchar_t kComponentTitle[] = L"QX Fax Address Book";
 bool IsComplete(const std::wstring& path)
 {
     constexpr LONGLONG kTailBytes = 32; // the end tag, and line ends that may follow it
-    const UniqueFile file(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
+    const UniqueFile file = OpenForReading(path);
     LARGE_INTEGER start{};
     if (!file || !GetFileSizeEx(file.Get(), &start))
         return false;

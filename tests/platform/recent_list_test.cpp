@@ -77,6 +77,31 @@ TEST_F(RecentList, MovesTheSameEntryToTheFrontWithItsNewValues)
     EXPECT_STREQ(AsEntry(list.Slots()[0])->Company(), L"new");
 }
 
+TEST_F(RecentList, TakesTheIdOfTheLatestUse)
+{
+    list.AddRecent(book.AddEntry(L"Ann", L"1", L"", 3), &*book);
+    list.AddRecent(book.AddEntry(L"ANN", L"1", L"", 4), &*book);
+    EXPECT_EQ(NamesOf(list), Names{L"ANN"});
+    EXPECT_EQ(list.Slots()[0]->GetId(), 4u);
+}
+
+TEST_F(RecentList, MovesAnEmptySlotDownLikeAnyOther)
+{
+    for (const wchar_t* const slot : {L"0", L"2"}) {
+        PutNumber(SlotKey(slot).Get(), L"IsGroup", 0);
+        PutText(SlotKey(slot).Get(), L"", L"entry "s + slot, REG_MULTI_SZ);
+    }
+    PutNumber(ListKey().Get(), L"Count", 3);
+    list.Load();
+    Use(L"new", L"1");
+    EXPECT_EQ(NamesOf(list), (Names{L"new", L"entry 0", L"-", L"entry 2"}));
+    Use(L"entry 0", L"");
+    EXPECT_EQ(NamesOf(list), (Names{L"entry 0", L"new", L"-", L"entry 2"}));
+    Use(L"entry 2", L"");
+    EXPECT_EQ(NamesOf(list), (Names{L"entry 2", L"entry 0", L"new"}));
+    EXPECT_EQ(list.Slots()[3], nullptr);
+}
+
 TEST_F(RecentList, KeepsEntriesOfOneNameApartByNumberAndEntriesApartFromGroups)
 {
     PhoneBookGroup* const group = book.AddGroup(L"Ann", {}, 1);
