@@ -1,8 +1,12 @@
 #include "phonebook/ui/map_custom_fields_dialog.h"
+
+#include "base/unique.h"
 #include "res/map_custom_fields_ids.h"
 #include "support/ui_conversation.h"
 
 #include <commctrl.h>
+#include <cstdlib>
+#include <filesystem>
 #include <gtest/gtest.h>
 
 namespace qx {
@@ -25,6 +29,28 @@ protected:
     }
 
     host::UiDriver& Ui() { return conversation_->Ui(); }
+
+    void UseTextLibrary()
+    {
+        library_.Reset(LoadLibraryExW((std::filesystem::path(std::getenv("QX_BINARY_DIR")) / L"QXTEXT64.DLL").c_str(),
+                                      nullptr, LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE));
+        ASSERT_TRUE(library_);
+        context_.hStringDll = library_.Get();
+    }
+
+    // Never empty, so that a text that the library lacks is not taken for one that nobody set.
+    std::wstring LibraryText(unsigned id) { return LocalizedText(context_, {id, L"missing"}); }
+
+    std::wstring Heading(int list, int column)
+    {
+        wchar_t text[kTextUnits] = L"";
+        LVCOLUMNW item{};
+        item.mask = LVCF_TEXT;
+        item.pszText = text;
+        item.cchTextMax = kTextUnits;
+        SendMessageW(Ui().Control(list), LVM_GETCOLUMNW, static_cast<WPARAM>(column), reinterpret_cast<LPARAM>(&item));
+        return text;
+    }
 
     void Map(int sourceRow, int destination)
     {
@@ -49,6 +75,7 @@ protected:
         return answer_;
     }
 
+    UniqueModule library_;
     MapCustomFieldsContext context_;
     INT_PTR answer_ = -1;
     std::optional<test::UiConversation> conversation_;
@@ -77,6 +104,23 @@ TEST_F(MapCustomFields, EveryCaptionHasItsBuiltInText)
             EXPECT_EQ(Ui().Text(control.id), control.fallback) << control.id;
         }
     }
+}
+
+TEST_F(MapCustomFields, EveryTextIsTheLibrarysOwn)
+{
+    ASSERT_NO_FATAL_FAILURE(UseTextLibrary());
+    Open({L"Who"});
+    EXPECT_EQ(Ui().Title(), LibraryText(6082));
+    constexpr std::pair<int, unsigned> kCaptions[] = {{315, 6092}, {-1, 6084},  {313, 6087}, {311, 6085},
+                                                      {314, 6086}, {312, 6083}, {1, 5249},   {2, 5224}};
+    for (const auto& [control, text] : kCaptions)
+        EXPECT_EQ(Ui().Text(control), LibraryText(text)) << control;
+    EXPECT_EQ(Heading(302, 0), LibraryText(6088));
+    EXPECT_EQ(Heading(303, 0), LibraryText(6088));
+    EXPECT_EQ(Heading(303, 1), LibraryText(6089));
+    EXPECT_EQ(Ui().CellText(303, 0, 0), LibraryText(1104));
+    EXPECT_EQ(Ui().CellText(303, 1, 0), LibraryText(5269));
+    EXPECT_EQ(Ui().CellText(303, 2, 0), LibraryText(6216));
 }
 
 TEST_F(MapCustomFields, TheListsAreSetUpAlike)
