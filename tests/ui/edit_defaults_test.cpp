@@ -428,12 +428,42 @@ TEST(EditDefaults, TheBuiltInTextsHaveNoDashButTheTitle)
     SendFaxSession session(WithoutTextLibrary());
     UiDriver& ui = InEditDefaults(session);
     EXPECT_EQ(ui.Title(), L"-Default Settings");
-    EXPECT_EQ(ui.Text(IDC_STANDARD), L"Standard");
-    EXPECT_EQ(ui.Text(IDC_NOTIFY_NEVER), L"None");
-    EXPECT_EQ(ui.Text(IDC_NOTES_LABEL), L"Notes:");
-    EXPECT_EQ(ui.Text(IDC_SENDER_NAME_LABEL), L"Sender Name:");
-    EXPECT_EQ(ui.Text(IDC_APPLY_DEFAULTS), L"Apply Defaults to this &job");
-    EXPECT_EQ(ui.Text(IDHELP), L"HELP");
+    const std::pair<int, const wchar_t*> captions[] = {
+        {IDC_SENDER_GROUP, L"Sender Information"},
+        {IDC_SENDER_NAME_LABEL, L"Sender Name:"},
+        {IDC_SENDER_FAX_LABEL, L"Fax Number:"},
+        {IDC_SENDER_COMPANY_LABEL, L"Company Name:"},
+        {IDC_SENDER_VOICE_LABEL, L"Voice Phone Number:"},
+        {IDC_QUALITY_GROUP, L"Fax Quality"},
+        {IDC_RESOLUTION_LABEL, L"Resolution:"},
+        {IDC_STANDARD, L"Standard"},
+        {IDC_FINE, L"Fine"},
+        {IDC_SUPERFINE, L"Superfine"},
+        {IDC_NOTIFICATION_GROUP, L"Notification"},
+        {IDC_NOTIFY_LABEL, L"Notification:"},
+        {IDC_NOTIFY_NEVER, L"None"},
+        {IDC_NOTIFY_THIS_JOB, L"This Job"},
+        {IDC_NOTIFY_ON_ERROR, L"On Error"},
+        {IDC_NOTIFY_TYPE_LABEL, L"Type:"},
+        {IDC_NOTIFY_PRINT, L"Print"},
+        {IDC_NOTIFY_EMAIL, L"E-mail"},
+        {IDC_EMAIL_LABEL, L"E-mail Address:"},
+        {IDC_COVER_PAGE_GROUP, L"Include With Fax"},
+        {IDC_COVER_PAGE, L"Co&ver Page"},
+        {IDC_NOTES_LABEL, L"Notes:"},
+        {IDC_SUBJECT_LABEL, L"Subject:"},
+        {IDC_IMAGE_LABEL, L"Image:"},
+        {IDC_BROWSE, L"Browse"},
+        {IDC_PREVIEW_GROUP, L"Preview"},
+        {IDC_PREVIEW, L"Show Preview Before Sending Fax"},
+        {IDC_APPLY_GROUP, L""},
+        {IDC_APPLY_DEFAULTS, L"Apply Defaults to this &job"},
+        {IDOK, L"OK"},
+        {IDCANCEL, L"Cancel"},
+        {IDHELP, L"HELP"},
+    };
+    for (const auto& [control, caption] : captions)
+        EXPECT_EQ(ui.Text(control), caption) << control;
 }
 
 } // namespace
