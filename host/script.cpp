@@ -195,22 +195,25 @@ Action ReadPage(Arguments& arguments)
     return [page = NextNumber(arguments, "the page") - 1](UiDriver& user) { user.GoToPage(page); };
 }
 
-Action ReadPicture(Arguments& arguments)
+// Of the next word, in the folder of pictures.
+std::filesystem::path NextPictureFile(Arguments& arguments)
 {
-    std::string name = NextWord(arguments, "the picture's name");
+    const std::string name = NextWord(arguments, "the picture's name");
     if (name.find_first_of("/\\:") != std::string::npos)
         Refuse("'" + name + "' is not a plain name");
     if (arguments.shots.empty())
         Refuse("there is no folder for pictures");
-    return [file = arguments.shots / Wide(name + ".png")](UiDriver& user) { user.SavePicture(file); };
+    return arguments.shots / Wide(name + ".png");
+}
+
+Action ReadPicture(Arguments& arguments)
+{
+    return [file = NextPictureFile(arguments)](UiDriver& user) { user.SavePicture(file); };
 }
 
 Action ReadScreen(Arguments& arguments)
 {
-    std::string name = NextWord(arguments, "the picture's name");
-    if (arguments.shots.empty())
-        Refuse("there is no folder for pictures");
-    return [file = arguments.shots / Wide(name + ".png")](UiDriver& user) { user.SaveScreenPicture(file); };
+    return [file = NextPictureFile(arguments)](UiDriver& user) { user.SaveScreenPicture(file); };
 }
 
 struct Verb {

@@ -171,6 +171,8 @@ void FaxSheet::TakeOverButtons()
 void FaxSheet::CreateMissingPages()
 {
     const HWND pages[kPageCount] = {content_->faxJobPage.dialog, content_->setupPage.dialog};
+    if (std::ranges::find(pages, HWND{}) == std::end(pages))
+        return;
     const auto shown = reinterpret_cast<HWND>(SendMessageW(window_, PSM_GETCURRENTPAGEHWND, 0, 0));
     for (int i = 0; i < kPageCount; ++i) {
         if (pages[i] == nullptr)

@@ -160,7 +160,8 @@ class Failing(FaxHostTest):
         for line, why in (("jump 1", "unknown action 'jump'"), ("press", "the control is missing"),
                           ("press somewhere", "'somewhere' is neither a control's number nor a button's name"),
                           ("press 1 2", "'2' is too much"), ("page two", "'two' is not a number"),
-                          ("key Ctrl+Moon", "unknown key 'moon'"), ("picture ../x", "'../x' is not a plain name")):
+                          ("key Ctrl+Moon", "unknown key 'moon'"), ("picture ../x", "'../x' is not a plain name"),
+                          ("screen ../x", "'../x' is not a plain name")):
             with self.subTest(line):
                 self.assert_fails(self.send("# a comment\n\n" + line + "\n"), "user.txt:3: " + why)
 

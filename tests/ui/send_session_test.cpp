@@ -75,6 +75,31 @@ TEST(SendSession, ANullPrinterLeavesTheRecordUntouchedAndShowsNothing)
     EXPECT_EQ(std::memcmp(&record, &before, sizeof record), 0);
 }
 
+TEST(SendSession, TheDriversEscapeDataOutlivesIt)
+{
+    SendFaxSession session;
+    const auto store = reinterpret_cast<decltype(&BStoreExtEscapeData)>(
+        reinterpret_cast<void*>(GetProcAddress(session.Module(), "BStoreExtEscapeData")));
+    const auto fetch = reinterpret_cast<decltype(&BGetStoredExtEscapeData)>(
+        reinterpret_cast<void*>(GetProcAddress(session.Module(), "BGetStoredExtEscapeData")));
+    ASSERT_TRUE(store != nullptr && fetch != nullptr);
+    ASSERT_TRUE(store("parked", 7));
+    OnFaxJobPage(session).Cancel();
+
+    DWORD size = 0;
+    EXPECT_TRUE(fetch(nullptr, &size));
+    EXPECT_EQ(size, 7u);
+    char buffer[7] = "";
+    void* to = buffer;
+    EXPECT_TRUE(fetch(&to, &size));
+    EXPECT_STREQ(buffer, "parked");
+
+    EXPECT_FALSE(store(nullptr, 7)); // drops the block, and keeps reporting its size
+    EXPECT_TRUE(fetch(nullptr, &size));
+    EXPECT_EQ(size, 7u);
+    EXPECT_FALSE(fetch(&to, &size));
+}
+
 TEST(SendSession, ADeviceThatIsNotOperationalIsWarnedOfExactlyOnce)
 {
     SendFaxSession session(WithDevice(L"PCFAX_SEND_OPERATIONAL", 0u));
@@ -135,6 +160,16 @@ TEST(SendSession, TheRecordsTextsAreResetAndItsKeysClosed)
     EXPECT_EQ(job.PrinterHandleCopy, session.PrinterHandle());
     for (const HKEY key : {job.hDefaultKey, job.hAddressBookKey, job.hJobDataKey, job.hBidiInfoKey, job.hMruListKey})
         EXPECT_EQ(key, nullptr);
+}
+
+// Runs in German too, where the library has another title.
+TEST(SendSession, TheTitleIsLookedUpBeforeThereIsALibraryAndStaysTheBuiltInOne)
+{
+    SendFaxSession session;
+    OnFaxJobPage(session);
+    EXPECT_NE(session.Ui().Text(IDOK), L"-&Send"); // the library is there by now
+    EXPECT_EQ(session.Ui().Title(), L"QX MFP Send Fax");
+    EXPECT_STREQ(session.Cancel().Title, L"QX MFP Send Fax");
 }
 
 TEST(SendSession, ASecondSessionInTheProcessWorksLikeTheFirst)
