@@ -51,8 +51,8 @@ void RemoveAbandonedReplacements(const std::wstring& path) noexcept;
 // there. Never replaces an older copy. False when the file could not be copied.
 bool KeepCopy(const std::wstring& path);
 
-// Opens a file for reading, once nobody else keeps it from being read; empty, with the last error set, when it cannot be
-// opened.
+// Opens a file for reading, waiting a moment for others to let go of it. Empty, with the last error set, when it cannot
+// be opened.
 UniqueFile OpenForReading(const std::wstring& path) noexcept;
 
 // Reads the whole file. ERROR_SUCCESS; the error of opening it; or ERROR_FILE_TOO_LARGE when it opened but could not be
