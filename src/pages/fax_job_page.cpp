@@ -221,13 +221,24 @@ void RefillFields(FaxJobPage& page)
     UpdateRecipientButtons(page);
 }
 
-// After a change of the recent list, which owns the group in the fields: it may have gone, or have other members.
+const PhoneBookGroup* RecentGroup(const FaxJobPage& page, const std::wstring& name) noexcept
+{
+    for (const PhoneBookItem* const item : page.recent->Slots()) {
+        const PhoneBookGroup* const group = AsGroup(item);
+        if (group != nullptr && EqualUserText(group->GetName(), name))
+            return group;
+    }
+    return nullptr;
+}
+
+// After a change of the recent list, which owns the group in the fields: it may have gone, or have other members. It is
+// looked for by its name, which stands in the name box: another item may meanwhile lie where it lay.
 void RefreshGroup(FaxJobPage& page)
 {
     if (page.group == nullptr)
         return;
-    if (std::ranges::find(page.recent->Slots(), page.group) != page.recent->Slots().end())
-        ShowGroup(page, *page.group);
+    if (const PhoneBookGroup* const group = RecentGroup(page, WindowText(ControlOf(page, IDC_NAME_BOX))))
+        ShowGroup(page, *group);
     else
         RefillFields(page);
 }

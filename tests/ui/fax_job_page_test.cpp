@@ -197,6 +197,42 @@ TEST_F(FaxJobPageTest, WithoutItsTextAGroupCannotBeTaken)
     EXPECT_FALSE(stand.IsEnabled(IDC_TO));
 }
 
+// As picking many groups from the phone book does: what comes in last may lie where the first one lay.
+TEST_F(FaxJobPageTest, AGroupThatDropsOutOfTheRecentListLeavesTheFields)
+{
+    std::vector<UniqueItem<PhoneBookGroup>> groups;
+    for (int i = 0; i < 2 * RecentRecipientList::kSlots; ++i) {
+        groups.emplace_back(new PhoneBookGroup);
+        groups.back()->SetName((L"Other " + std::to_wstring(i)).c_str());
+    }
+    stand.AddRecentGroup(L"Team", 2);
+    stand.Show();
+    stand.DropNames(true);
+    stand.PickName(0);
+    ASSERT_TRUE(stand.IsVisible(IDC_GROUP_TEXT));
+    for (const auto& group : groups)
+        stand.Page().recent->AddRecent(group.get(), &stand.Book());
+    stand.Notify(static_cast<UINT>(PSN_SETACTIVE));
+    EXPECT_EQ(stand.Page().group, nullptr);
+    EXPECT_FALSE(stand.IsVisible(IDC_GROUP_TEXT));
+    EXPECT_TRUE(stand.IsVisible(IDC_FAX_NUMBER));
+    EXPECT_EQ(stand.Text(IDC_NAME_BOX), L"Team");
+    EXPECT_FALSE(stand.IsEnabled(IDC_TO));
+}
+
+TEST_F(FaxJobPageTest, AGroupThatStaysInTheRecentListStaysInTheFields)
+{
+    stand.AddRecentGroup(L"Team", 2);
+    stand.Show();
+    stand.DropNames(true);
+    stand.PickName(0);
+    stand.AddRecentGroup(L"Others", 2);
+    stand.Notify(static_cast<UINT>(PSN_SETACTIVE));
+    ASSERT_NE(stand.Page().group, nullptr);
+    EXPECT_STREQ(stand.Page().group->GetName(), L"Team");
+    EXPECT_TRUE(stand.IsVisible(IDC_GROUP_TEXT));
+}
+
 // ---- the phone book
 
 TEST_F(FaxJobPageTest, AFullPhoneBookTakesNoMore)
