@@ -236,7 +236,7 @@ private:
     }
     HWND List() { return stand_.Page().nameBox.list; }
 
-    testing::StringLibrary library_;
+    StringLibrary library_;
     FaxJobPageStand stand_;
     Model model_;
     std::mt19937 random_;
