@@ -2,6 +2,7 @@
 #include "res/add_recipients_ids.h"
 #include "res/details_ids.h"
 #include "res/edit_phone_book_ids.h"
+#include "res/entry_ids.h"
 #include "res/fax_job_page_ids.h"
 #include "support/phone_book_session.h"
 
@@ -281,6 +282,24 @@ TEST(AddRecipients, WhatWasChosenOutlivesTheEntryInThePhoneBook)
     session.Send();
     EXPECT_EQ(session.Recipients(),
               (std::vector<Recipient>{{L"Ann", L"111", L"Acme"}, {L"Bob", L"222", L""}, {L"Cat", L"333", L"Cats"}}));
+}
+
+TEST(AddRecipients, CancelledEditOfAChosenEntryDoesNotReachTheJob)
+{
+    PhoneBookSession session(Acquaintances());
+    UiDriver& ui = session.OpenPicker();
+    ui.SelectRows(IDC_PICK_LIST, {0});
+    ui.Press(IDC_PICK_TO);
+    ui.Press(IDC_PICK_EDIT_BOOK);
+    ui.SelectRows(IDC_BOOK_LIST, {0});
+    ui.Press(IDC_BOOK_EDIT);
+    ui.Type(IDC_ENTRY_FAX_NUMBER, L"999");
+    ui.Press(IDOK);
+    ui.Press(IDCANCEL);
+    EXPECT_EQ(ui.Row(IDC_PICK_CHOSEN, 0), (Names{L"Ann", L"111", L"Acme"}));
+    ui.Press(IDOK);
+    session.Send();
+    EXPECT_EQ(session.Recipients(), (std::vector<Recipient>{{L"Ann", L"111", L"Acme"}}));
 }
 
 TEST(AddRecipients, CancelledEditsAreGoneFromTheListWhichIsSortedNow)

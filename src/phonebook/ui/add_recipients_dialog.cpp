@@ -108,13 +108,22 @@ void Remember(AddRecipientsContext& picker, const std::vector<const PhoneBookIte
     picker.recent->Save();
 }
 
+// The editor changes entries in place, and its Cancel does not change them back: what was chosen must not follow, or a
+// fax would go to a number that nobody sees.
+const PhoneBookEntry* CopyOf(const AddRecipientsContext& picker, const PhoneBookEntry& entry)
+{
+    PhoneBookEntry* const copy = picker.book.Store().NewEntry();
+    copy->CopyFrom(entry);
+    return copy;
+}
+
 // The right list is filled and the recent list saved once, for all items together.
 void MoveToRecipients(AddRecipientsContext& picker)
 {
     const RecipientPicks picks = PickRecipients(CollectSelectedItems(picker.list.window, picker.book),
                                                 picker.ChosenRecipients.size(), picker.book);
-    auto& chosen = picker.ChosenRecipients;
-    chosen.insert(chosen.end(), picks.entries.begin(), picks.entries.end());
+    for (const PhoneBookEntry* const entry : picks.entries)
+        picker.ChosenRecipients.push_back(CopyOf(picker, *entry));
     FillChosenList(picker);
     Remember(picker, picks.used);
     if (picks.tooMany)

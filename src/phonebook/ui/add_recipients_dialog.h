@@ -32,8 +32,8 @@ struct AddRecipientsContext : TextOwner {
     HWND dialog = nullptr;
     PhoneBookList list;
     HWND chosenList = nullptr;
-    // What the right list shows. Borrowed from the record and from the book's store, which keep them for the session,
-    // so a reload of the book does not touch them.
+    // What the right list shows. Borrowed from the record and, as copies, from the book's store, which keep them for
+    // the session: neither a reload nor an edit of the book touches them.
     std::vector<const PhoneBookEntry*> ChosenRecipients;
 };
 
