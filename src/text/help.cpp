@@ -50,7 +50,8 @@ bool FileExists(const std::wstring& path) noexcept
 struct Extraction {
     const std::wstring& wanted;
     const std::wstring& target; // shorter than MAX_PATH
-    std::optional<DWORD> bytes; // of the whole file, once it was found
+    std::optional<DWORD> bytes;   // of the whole file, once it was found
+    wchar_t next[MAX_PATH] = L""; // cabinet that was asked for last
 };
 
 UINT OnFileInCabinet(Extraction& extraction, FILE_IN_CABINET_INFO_W& file) noexcept
@@ -63,10 +64,23 @@ UINT OnFileInCabinet(Extraction& extraction, FILE_IN_CABINET_INFO_W& file) noexc
     return FILEOP_DOIT;
 }
 
+// The next cabinet of a set is looked for beside this one. Asked for once more it is not there, and without an error
+// the question would never end.
+UINT OnNextCabinet(Extraction& extraction, const CABINET_INFO_W& next) noexcept
+{
+    const wchar_t* const name = OrEmpty(next.CabinetFile);
+    if (CompareStringOrdinal(name, -1, extraction.next, -1, TRUE) == CSTR_EQUAL)
+        return ERROR_FILE_NOT_FOUND;
+    return FAILED(CopyText(extraction.next, name)) ? ERROR_FILE_NOT_FOUND : NO_ERROR;
+}
+
 UINT CALLBACK OnCabinet(PVOID context, UINT notification, UINT_PTR first, UINT_PTR) noexcept
 {
+    auto& extraction = *static_cast<Extraction*>(context);
     if (notification == SPFILENOTIFY_FILEINCABINET)
-        return OnFileInCabinet(*static_cast<Extraction*>(context), *reinterpret_cast<FILE_IN_CABINET_INFO_W*>(first));
+        return OnFileInCabinet(extraction, *reinterpret_cast<FILE_IN_CABINET_INFO_W*>(first));
+    if (notification == SPFILENOTIFY_NEEDNEWCABINET)
+        return OnNextCabinet(extraction, *reinterpret_cast<const CABINET_INFO_W*>(first));
     return NO_ERROR;
 }
 

@@ -5,7 +5,9 @@
 #include "support/help_topics.h"
 #include "support/help_viewer.h"
 
+#include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -271,6 +273,37 @@ TEST_F(Help, ATruncatedCabinetGivesNoHelpAndLeavesNoPartOfIt)
         WriteFile(cabinet_, whole.substr(0, bytes));
         EXPECT_EQ(Extract(), "") << bytes;
         EXPECT_TRUE(FilesInSandbox().empty()) << bytes;
+    }
+}
+
+// Turns a cabinet of one file into the first of two, in the middle of the file; the second one is nowhere.
+void LoseTheEnd(const fs::path& path)
+{
+    std::string cabinet = Contents(path);
+    const auto number = [&cabinet](std::size_t at) -> std::uint32_t {
+        std::uint32_t value = 0;
+        std::memcpy(&value, cabinet.data() + at, sizeof value);
+        return value;
+    };
+    const std::string next("NEXT.CAB\0second\0", 16);
+    cabinet.replace(number(36) + 6, 2, 2, '\0'); // the block goes on in the next cabinet
+    cabinet.replace(52, 2, "\xFE\xFF");          // and so does the file
+    cabinet[30] = 2;                             // there is one
+    for (const std::size_t length : {8, 16, 36}) {
+        const auto moved = static_cast<std::uint32_t>(number(length) + next.size());
+        std::memcpy(cabinet.data() + length, &moved, sizeof moved);
+    }
+    cabinet.insert(36, next);
+    WriteFile(path, cabinet);
+}
+
+TEST_F(Help, ACabinetWhoseContinuationIsMissingGivesNoHelpAndEnds)
+{
+    for (const std::string& name : {UserVariant(), std::string(kEnglish)}) {
+        test::WriteCabinet(cabinet_, {{name, "the beginning"}});
+        LoseTheEnd(cabinet_);
+        EXPECT_EQ(Extract(), "") << name;
+        EXPECT_TRUE(FilesInSandbox().empty()) << name;
     }
 }
 
