@@ -49,7 +49,7 @@ bool FileExists(const std::wstring& path) noexcept
 // One walk through the cabinet, looking for one file.
 struct Extraction {
     const std::wstring& wanted;
-    const std::wstring& target; // shorter than MAX_PATH
+    const std::wstring& target;   // shorter than MAX_PATH
     std::optional<DWORD> bytes;   // of the whole file, once it was found
     wchar_t next[MAX_PATH] = L""; // cabinet that was asked for last
 };
