@@ -89,14 +89,20 @@ template <class State> INT_PTR DispatchDialogMessage(HWND dialog, UINT message, 
     return HandleOther(*state, message, w, l);
 }
 
-// The state is the creation parameter.
+// The state is the creation parameter. A dialog that could not be filled for lack of memory would answer no button: it
+// ends at once instead.
 template <class State> INT_PTR CALLBACK DialogProcedure(HWND dialog, UINT message, WPARAM w, LPARAM l) noexcept
 {
-    return Guarded<INT_PTR>(FALSE, [&]() -> INT_PTR {
+    constexpr INT_PTR kThrown = -1;
+    const INT_PTR answer = Guarded<INT_PTR>(message == WM_INITDIALOG ? kThrown : FALSE, [&]() -> INT_PTR {
         if (message == WM_INITDIALOG)
             return InitializeDialog(dialog, reinterpret_cast<State*>(l));
         return DispatchDialogMessage<State>(dialog, message, w, l);
     });
+    if (message != WM_INITDIALOG || answer != kThrown)
+        return answer;
+    EndDialog(dialog, -1);
+    return FALSE;
 }
 
 // A property page finds its state in the description that the sheet passes on.
