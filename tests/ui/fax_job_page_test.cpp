@@ -45,6 +45,30 @@ TEST_F(FaxJobPageTest, StartsEmptyWithNothingToPress)
     EXPECT_EQ(stand.Rows(), Rows{});
 }
 
+TEST_F(FaxJobPageTest, ItsFieldsTakeNoMoreCharactersThanTheirLimits)
+{
+    stand.Show();
+    const auto limit = [](HWND edit) { return SendMessageW(edit, EM_GETLIMITTEXT, 0, 0); };
+    EXPECT_EQ(limit(stand.Page().nameBox.edit), 50);
+    EXPECT_EQ(limit(stand.Control(IDC_FAX_NUMBER)), 50);
+    EXPECT_EQ(limit(stand.Control(IDC_COMPANY)), 50);
+    EXPECT_EQ(limit(stand.Control(IDC_NOTES)), 500);
+    EXPECT_EQ(limit(stand.Control(IDC_SUBJECT)), 50);
+    EXPECT_EQ(limit(stand.Control(IDC_IMAGE)), 260);
+    EXPECT_EQ(limit(stand.Control(IDC_BILLING_CODE)), 16);
+}
+
+TEST_F(FaxJobPageTest, TheRecipientListHasThreeEqualColumnsWithWholeRowsAndGridLines)
+{
+    stand.Show();
+    const HWND list = stand.Control(IDC_RECIPIENTS);
+    for (int column = 0; column < 3; ++column)
+        EXPECT_EQ(ListView_GetColumnWidth(list, column), 112) << column;
+    EXPECT_EQ(Header_GetItemCount(ListView_GetHeader(list)), 3);
+    EXPECT_EQ(ListView_GetExtendedListViewStyle(list), static_cast<DWORD>(LVS_EX_FULLROWSELECT | LVS_EX_GRIDLINES));
+    EXPECT_NE(GetWindowLongPtrW(list, GWL_STYLE) & LVS_SHOWSELALWAYS, 0);
+}
+
 TEST_F(FaxJobPageTest, TakesATypedRecipientIntoListAndRecord)
 {
     stand.Show();
