@@ -1,13 +1,12 @@
 #include "entry/send_session.h"
 
 #include "base/activation_context.h"
+#include "base/printer_driver.h"
 #include "entry/guest.h"
 #include "settings/device_state.h"
 #include "settings/fax_defaults.h"
 #include "settings/registry.h"
 #include "text/help.h"
-
-#include <vector>
 
 namespace qx {
 
@@ -28,14 +27,8 @@ constexpr INT32 kDriverStrings[] = {5320, 5316, 5210, 5229, 5319, 5316, 5210, 52
 // Beside the driver's file; empty when the spooler does not say where that is.
 std::wstring StringLibraryPath(HANDLE printer)
 {
-    DWORD bytes = 0;
-    GetPrinterDriverW(printer, nullptr, 3, nullptr, 0, &bytes);
-    std::vector<BYTE> buffer(bytes);
-    if (bytes < sizeof(DRIVER_INFO_3W) || !GetPrinterDriverW(printer, nullptr, 3, buffer.data(), bytes, &bytes))
-        return {};
-    const std::wstring driver = OrEmpty(reinterpret_cast<const DRIVER_INFO_3W*>(buffer.data())->pDriverPath);
-    const std::size_t folder = driver.find_last_of(L'\\');
-    return folder == std::wstring::npos ? std::wstring() : driver.substr(0, folder + 1) + kStringLibraryName;
+    const std::wstring folder = PrinterDriver(printer).Folder();
+    return folder.empty() ? std::wstring() : folder + L'\\' + kStringLibraryName;
 }
 
 std::wstring PrinterText(HANDLE printer, const wchar_t* name)
