@@ -6,7 +6,7 @@ cd "$(dirname "$0")"
 
 usage() {
     cat <<'TEXT'
-usage: ./run.sh [--lang en|de|de-AT|he|ja] [--script FILE] [--shots DIR] [OPTION...]
+usage: ./run.sh [--lang LANG] [--script FILE] [--shots DIR] [OPTION...]
 
 Shows the send-fax dialogs as a driver does, then prints the job record as JSON.
 
@@ -14,7 +14,8 @@ With a display the dialogs open there and wait for you. Without one (or with --s
 plays on a virtual display: by default one that sends a fax with a cover page to two recipients, and leaves pictures
 of what was on screen in build/shots/.
 
-  --lang LANG     language of Windows' user interface
+  --lang LANG     language of Windows' user interface: en, de, de-AT (any region), ...; 'strings/languages.py codes'
+                  lists them
   --script FILE   user actions to play instead of waiting for you (host/scripts/ has examples)
   --shots DIR     folder for the script's pictures (default: build/shots)
   --printer-OPTION [VALUE]
@@ -54,7 +55,7 @@ else
 fi
 
 {
-    tools/setup.sh
+    tools/setup.sh "$lang"
     cmake --preset release
     cmake --build --preset release
 } >&2 # the output is the job

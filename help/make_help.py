@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
 """Writes the sources of one language's compiled help: a page per topic, contents, index and project file.
 
-usage: make_help.py CONTENTS.toml LANGUAGE.toml STRINGS.rc STYLE.css HELP.CHM FOLDER
+usage: make_help.py CODE HELP.CHM FOLDER
 
 The pages name buttons and fields by text id, and take their captions from the string library's source: help and
 dialogs cannot call one thing by two names. Whatever does not fit together is an error: a page without a text, a text
-without a page, a caption that is not there.
+without a page, a caption that is not there. What holds for a language as a whole comes from the list of languages.
 """
 
 import html
@@ -14,6 +14,11 @@ import shutil
 import sys
 import tomllib
 from pathlib import Path
+
+SOURCES = Path(__file__).resolve().parent
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(SOURCES.parent / "strings"))
+import languages  # noqa: E402
 
 HOME_PAGE = 15619
 
@@ -77,10 +82,10 @@ def see_also(topics, pages, labels):
 
 
 def page(topic, contents, language, captions):
-    pages, settings = language["pages"], language["language"]
+    pages, row = language["pages"], language["row"]
     title = html.escape(pages[topic]["title"])
     return f"""<!DOCTYPE html>
-<html lang="{settings["tag"]}" dir="{settings["direction"]}">
+<html lang="{row.code}" dir="{row.direction}">
 <head>
 <meta http-equiv="Content-Type" content="text/html; charset=utf-8">
 <title>{title}</title>
@@ -148,7 +153,7 @@ Default topic={HOME_PAGE}.html
 Default Window=main
 Binary Index=No
 Full-text search=Yes
-Language=0x{language["language"]["identifier"]:X}
+Language=0x{language["row"].ids[0]:X}
 Title={title}
 
 [WINDOWS]
@@ -179,34 +184,35 @@ def check(contents, language):
     return topics
 
 
-def make_help(contents_path, language_path, strings_path, style_path, chm, folder):
-    contents, language = load(contents_path), load(language_path)
+def make_help(code, chm, folder):
+    row = next(language for language in languages.read_list() if language.code == code)
+    contents, language = load(SOURCES / "contents.toml"), load(row.help_texts)
     contents["related"] = with_numbers(contents["related"])
     language["pages"] = with_numbers(language["pages"])
-    captions = load_captions(strings_path)
+    language["row"] = row
+    captions = load_captions(row.texts)
     topics = check(contents, language)
 
     folder = Path(folder)
     shutil.rmtree(folder, ignore_errors=True)
     folder.mkdir(parents=True)
-    shutil.copy(style_path, folder / "style.css")
+    shutil.copy(SOURCES / "style.css", folder / "style.css")
     for topic in topics:
         (folder / f"{topic}.html").write_text(page(topic, contents, language, captions), encoding="utf-8")
 
     # Only pages say what encoding they are in; the viewer reads the rest in the code page of the help's language.
-    code_page = language["language"]["code_page"]
     for name, text in {
         "help.hhc": table_of_contents(contents, language),
         "help.hhk": index(language),
         "help.hhp": project(chm, topics, language),
     }.items():
-        (folder / name).write_bytes(text.encode(code_page))
+        (folder / name).write_bytes(text.encode(row.code_page))
 
 
 if __name__ == "__main__":
-    if len(sys.argv) != 7:
+    if len(sys.argv) != 4:
         sys.exit(__doc__)
     try:
         make_help(*sys.argv[1:])
-    except (Problem, KeyError, UnicodeError, tomllib.TOMLDecodeError) as problem:
-        sys.exit(f"make_help.py: {sys.argv[2]}: {type(problem).__name__}: {problem}")
+    except (Problem, languages.Problem, KeyError, UnicodeError, tomllib.TOMLDecodeError) as problem:
+        sys.exit(f"make_help.py: {sys.argv[1]}: {type(problem).__name__}: {problem}")

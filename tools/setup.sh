@@ -1,9 +1,10 @@
 #!/bin/bash
 # Makes a Debian machine ready to build and test: installs the packages that are missing and generates the locales
-# that the tests of other languages need. Does nothing, quickly, when everything is there.
+# of the languages that it is asked for. Does nothing, quickly, when everything is there.
 #
-#   tools/setup.sh
+#   tools/setup.sh [LANG...]    languages as tools/with-wine.sh takes them; by default those that tests are run in
 set -euo pipefail
+cd "$(dirname "$0")/.."
 
 readonly packages=(
     cmake ninja-build g++-mingw-w64-x86-64 python3                  # building
@@ -13,8 +14,7 @@ readonly packages=(
     fonts-wine fonts-dejavu-extra fonts-noto-core fonts-noto-cjk
     locales
 )
-# Wine takes its user-interface language from the locale.
-readonly locales=(de_DE de_AT he_IL ja_JP en_US)
+readonly tested=(en de de-AT he ja)
 
 as_root() {
     if [[ $EUID -eq 0 ]]; then
@@ -40,15 +40,24 @@ install_missing_packages() {
         apt-get install -y -qq --no-install-recommends -o Dpkg::Options::=--force-confold "${missing[@]}"
 }
 
+# Wine takes its user-interface language from the locale.
 generate_missing_locales() {
-    local present locale
-    present=$(locale -a)
-    for locale in "${locales[@]}"; do
-        grep -qix "$locale\.utf-\?8" <<<"$present" && continue
-        echo "setup.sh: generating locale $locale.UTF-8"
-        as_root localedef -i "$locale" -f UTF-8 "$locale.UTF-8"
+    local language locale definition
+    for language in "$@"; do
+        locale=$(strings/languages.py locale "$language")
+        [[ $(env LC_ALL="$locale" locale charmap 2>/dev/null) == UTF-8 ]] && continue
+        definition=${locale/.UTF-8/}
+        # Wine wants to be told a script that goes without saying elsewhere (sr_RS@cyrillic).
+        [[ -f /usr/share/i18n/locales/$definition ]] || definition=${definition%@*}
+        if [[ ! -f /usr/share/i18n/locales/$definition ]]; then
+            echo "setup.sh: Debian has no locale for the language '$language'" >&2
+            exit 1
+        fi
+        echo "setup.sh: generating locale $locale"
+        as_root localedef -i "$definition" -f UTF-8 "$locale"
     done
 }
 
 install_missing_packages
-generate_missing_locales
+if [[ $# -eq 0 ]]; then set -- "${tested[@]}"; fi
+generate_missing_locales "$@"

@@ -2,9 +2,10 @@
 # Runs a command where Windows programs run: a Wine prefix of this source tree, with a wineserver and a virtual display
 # of its own. The user's prefix and display are never touched.
 #
-#   tools/with-wine.sh [--lang en|de|de-AT|he|ja] [--display] COMMAND [ARGUMENT...]
+#   tools/with-wine.sh [--lang LANG] [--display] COMMAND [ARGUMENT...]
 #
-#   --lang LANG  language of Windows' user interface (default: en)
+#   --lang LANG  language of Windows' user interface (default: en): a code of strings/languages.toml, or one with a
+#                region, such as de-AT. The command finds it in QX_LANG
 #   --display    use the display in $DISPLAY instead of a virtual one
 #
 # The prefixes are kept in build/wine/ (one per language). Commands that run at the same time share prefix, display and
@@ -12,7 +13,7 @@
 # of another language stay up until the outermost call ends.
 set -euo pipefail
 
-readonly usage='usage: tools/with-wine.sh [--lang en|de|de-AT|he|ja] [--display] COMMAND [ARGUMENT...]'
+readonly usage='usage: tools/with-wine.sh [--lang LANG] [--display] COMMAND [ARGUMENT...]'
 root=$(cd "$(dirname "$0")/.." && pwd)
 readonly root
 readonly home=$root/build/wine
@@ -30,20 +31,8 @@ while [[ ${1-} == --* ]]; do
 done
 [[ $# -gt 0 ]] || die "$usage"
 
-case $lang in
-    en) locale=en_US ;;
-    de) locale=de_DE ;;
-    de-AT) locale=de_AT ;;
-    he) locale=he_IL ;;
-    ja) locale=ja_JP ;;
-    *) die "unknown language '$lang'; $usage" ;;
-esac
-
 # hhctrl.ocx: a test puts another help viewer into the system folder; without this Wine would go on using its own.
 export WINEARCH=win64 WINEDEBUG=${WINEDEBUG--all} WINEDLLOVERRIDES='mscoree,mshtml=;hhctrl.ocx=n,b'
-export LC_ALL=$locale.UTF-8
-unset LANGUAGE
-
 # The real 64-bit loader: Debian's wrapper script complains about a missing 32-bit half with every call.
 PATH=$PATH:/usr/lib/wine
 command -v wine64 >/dev/null || die "Wine is not installed: run tools/setup.sh"
@@ -53,6 +42,16 @@ session=$lang
 [[ $own_display == yes ]] || session=$lang-on-display
 dir=$home/$session
 export WINEPREFIX=$dir/prefix
+
+# Inside a call for the same session everything is there already.
+if [[ ${QX_WINE_SESSION-} == "$dir" ]]; then exec "$@"; fi
+
+# Wine takes its language from the locale; without it the run would be one in English.
+locale=$("$root/strings/languages.py" locale "$lang") || exit 1
+[[ $(env LC_ALL="$locale" locale charmap 2>/dev/null) == UTF-8 ]] ||
+    die "the locale $locale of language '$lang' is missing: run 'tools/setup.sh $lang'"
+export LC_ALL=$locale QX_LANG=$lang
+unset LANGUAGE
 
 # ---- the template prefix -------------------------------------------------------------------------------------------
 
@@ -222,9 +221,6 @@ leave_session() {
 }
 
 # ---- run -----------------------------------------------------------------------------------------------------------
-
-# Inside a call for the same session everything is there already.
-if [[ ${QX_WINE_SESSION-} == "$dir" ]]; then exec "$@"; fi
 
 join_session
 export QX_WINE_SESSION=$dir

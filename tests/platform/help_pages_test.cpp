@@ -10,6 +10,7 @@
 #include "support/cabinet.h"
 #include "support/compiled_help.h"
 #include "support/help_topics.h"
+#include "support/languages.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -58,6 +59,11 @@ std::vector<Dialog> Dialogs()
         {"Entry Details", EntryDetailsControls(), test::kDetailsTopics},
         {"Group Details", GroupDetailsControls(), test::kDetailsTopics},
     };
+}
+
+std::string HelpFileOf(const test::Language& language)
+{
+    return "QXZH" + language.helpCode + "F1.CHM";
 }
 
 // Only controls that have a topic.
@@ -115,10 +121,14 @@ protected:
 
 TEST_F(HelpPages, ThereIsOneHelpFilePerLanguage)
 {
-    std::set<std::string> names;
+    std::set<std::string> names, expected;
     for (const auto& [name, files] : help_)
         names.insert(name);
-    EXPECT_EQ(names, (std::set<std::string>{"QXZHENF1.CHM", "QXZHDEF1.CHM", "QXZHHEF1.CHM", "QXZHJAF1.CHM"}));
+    for (const test::Language& language : test::Languages()) {
+        if (language.hasHelp)
+            expected.insert(HelpFileOf(language));
+    }
+    EXPECT_EQ(names, expected);
 }
 
 TEST(HelpTables, EveryControlNamesItsPage)
@@ -175,12 +185,16 @@ TEST_F(HelpPages, CaptionsAreWrittenAsPeopleReadThem)
     }
 }
 
-TEST_F(HelpPages, OnlyHebrewReadsFromRightToLeft)
+TEST_F(HelpPages, PagesReadInTheDirectionOfTheirLanguage)
 {
-    for (const auto& [name, files] : help_) {
-        const std::string direction = name == "QXZHHEF1.CHM" ? "rtl" : "ltr";
+    for (const test::Language& language : test::Languages()) {
+        if (!language.hasHelp)
+            continue;
+        const std::string name = HelpFileOf(language);
+        const Files& files = help_.at(name);
         for (const std::string& page : PagesOf(files))
-            EXPECT_EQ(Matches(files.at(page), "<html[^>]* dir=\"([a-z]*)\""), std::set{direction})
+            EXPECT_EQ(Matches(files.at(page), "<html[^>]* dir=\"([a-z]*)\""),
+                      std::set<std::string>{language.isRightToLeft ? "rtl" : "ltr"})
                 << name << ": " << page;
     }
 }

@@ -2,20 +2,19 @@
 // module's own tables.
 #pragma once
 
+#include "support/languages.h"
+
 #include <compare>
-#include <map>
 #include <ostream>
 #include <string>
 #include <vector>
-#include <windows.h>
 
 namespace qx::test {
 
-// The help file of this run's user, in the languages that tests are run in.
+// The help file of this run's user.
 inline std::string UsersHelpFile()
 {
-    static const std::map<LANGID, std::string> kCodes{{0x0409, "EN"}, {0x0C07, "DE"}, {0x040D, "HE"}, {0x0411, "JA"}};
-    return "QXZH" + kCodes.at(GetUserDefaultUILanguage()) + "F1.CHM";
+    return "QXZH" + LanguageOfTheRun().helpCode + "F1.CHM";
 }
 
 struct HelpTopic {
