@@ -1,6 +1,10 @@
+#include "support/languages.h"
 #include "support/source_texts.h"
 #include "support/string_library.h"
 #include "support/text_rules.h"
+#include "support/ui_language.h"
+#include "text/help_names.h"
+#include "text/localized_text.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -12,9 +16,6 @@ namespace qx::test {
 namespace {
 
 constexpr LANGID kEnglish = 0x0409;
-constexpr LANGID kGerman = 0x0407;
-constexpr LANGID kHebrew = 0x040D;
-constexpr LANGID kJapanese = 0x0411;
 
 // Labels that the driver prints on the cover page.
 constexpr unsigned kCoverPageLabels[] = {5202, 5203, 5204, 5210, 5218, 5219, 5229, 5316, 5319, 5320};
@@ -76,11 +77,61 @@ TEST_F(StringLibraryTest, HoldsTextsAndVersionInformationAndNoCode)
     EXPECT_EQ(header.SizeOfCode, 0u);
 }
 
-TEST_F(StringLibraryTest, SpeaksEnglishGermanHebrewAndJapanese)
+TEST_F(StringLibraryTest, SpeaksEveryLanguageOfTheListAndNoOther)
 {
-    constexpr LANGID kLanguages[] = {kEnglish, kGerman, kHebrew, kJapanese};
-    for (const LANGID language : kLanguages)
-        EXPECT_TRUE(Languages().contains(language)) << std::hex << language;
+    for (const Language& language : test::Languages())
+        EXPECT_TRUE(Languages().contains(language.Id())) << language.code;
+    for (const auto& [id, table] : Languages())
+        EXPECT_NE(LanguageOf(id), nullptr) << std::hex << id;
+}
+
+// Every number of Windows for one of our languages, as its user's session looks texts up.
+TEST_F(StringLibraryTest, EveryUserSeesTheTextsOfTheirLanguage)
+{
+    for (const Language& language : test::Languages()) {
+        ASSERT_TRUE(Languages().contains(language.Id())) << language.code;
+        const TextTable& expected = Languages().at(language.Id());
+        for (const LANGID id : language.ids) {
+            const UiLanguage user(id);
+            for (const auto& [text, wording] : expected) {
+                // Each text by a session of its own: the language that one lookup ends with must not help the next.
+                const TextOwner session(Module(), L"");
+                EXPECT_EQ(LocalizedText(session, {text, L"(none)"}), wording)
+                    << language.code << ": " << Name(id, text);
+            }
+        }
+    }
+}
+
+TEST_F(StringLibraryTest, UsersOfOtherLanguagesSeeEnglish)
+{
+    constexpr LANGID kIcelandic = 0x040F, kGeorgian = 0x0437, kHindi = 0x0439;
+    for (const LANGID id : {kIcelandic, kGeorgian, kHindi}) {
+        const UiLanguage user(id);
+        EXPECT_EQ(LocalizedText(TextOwner(Module(), L""), {5224, L"(none)"}), English().at(5224)) << std::hex << id;
+    }
+}
+
+// The code is part of the names of files in the field; it is also what the module makes of the main number.
+TEST_F(StringLibraryTest, TheHelpOfALanguageIsFoundUnderItsCode)
+{
+    for (const Language& language : test::Languages()) {
+        const wchar_t* const code = FindHelpLanguageCode(language.Id());
+        ASSERT_NE(code, nullptr) << language.code;
+        EXPECT_EQ(std::wstring(code), std::wstring(language.helpCode.begin(), language.helpCode.end()));
+    }
+}
+
+TEST_F(StringLibraryTest, KeysAreLettersOfTheWordOrStandInParentheses)
+{
+    ForEveryText([](LANGID id, unsigned text, const std::wstring& wording) {
+        const std::size_t mark = wording.find(L'&');
+        if (mark == wording.npos)
+            return;
+        const bool isInParentheses = mark > 0 && wording[mark - 1] == L'(';
+        EXPECT_EQ(isInParentheses, LanguageOf(id)->hasKeysInParentheses) << Name(id, text);
+        EXPECT_TRUE(!isInParentheses || (Mnemonic(wording) >= L'A' && Mnemonic(wording) <= L'Z')) << Name(id, text);
+    });
 }
 
 TEST_F(StringLibraryTest, EveryLanguageHasEveryTextThatTheModuleNames)
@@ -167,14 +218,16 @@ TEST_F(StringLibraryTest, BuiltInTextsOfOneIdSayTheSame)
 
 // A right-to-left mark keeps the end of a text at the end of the line; a path keeps its own direction between an
 // embedding and its end.
-TEST_F(StringLibraryTest, HebrewTextsEndOnTheLeftAndPathsInThemReadFromLeftToRight)
+TEST_F(StringLibraryTest, RightToLeftTextsEndOnTheLeftAndPathsInThemReadFromLeftToRight)
 {
-    for (const auto& [id, text] : Languages().at(kHebrew)) {
-        EXPECT_EQ(std::wstring_view(L".:?>").find(text.back()), std::wstring_view::npos) << Name(kHebrew, id);
+    ForEveryText([](LANGID language, unsigned id, const std::wstring& text) {
+        if (!LanguageOf(language)->isRightToLeft)
+            return;
+        EXPECT_EQ(std::wstring_view(L".:?>\u061F").find(text.back()), std::wstring_view::npos) << Name(language, id);
         if (Placeholders(text) == "s") {
-            EXPECT_NE(text.find(L"\n\u202A%s\u202C"), text.npos) << Name(kHebrew, id);
+            EXPECT_NE(text.find(L"\n\u202A%s\u202C"), text.npos) << Name(language, id);
         }
-    }
+    });
 }
 
 } // namespace

@@ -1,15 +1,18 @@
-// Every dialog with the captions of the string library, in the language of the session: can each control be reached
-// by a letter of its own, and is there room for its text?
+// Every dialog with the captions of the string library, in every language: can each control be reached by a letter of
+// its own, and is there room for its text?
 #include "base/dialog.h"
 #include "support/all_dialogs.h"
+#include "support/languages.h"
 #include "support/string_library.h"
 #include "support/text_rules.h"
+#include "support/ui_language.h"
 #include "text/controls.h"
 
 #include <algorithm>
 #include <commctrl.h>
 #include <gtest/gtest.h>
 #include <optional>
+#include <tuple>
 
 namespace qx::test {
 namespace {
@@ -65,7 +68,7 @@ INT_PTR CALLBACK NothingElse(HWND, UINT, WPARAM, LPARAM)
     return FALSE;
 }
 
-class DialogTexts : public ::testing::TestWithParam<DialogCase> {
+class DialogTexts : public ::testing::TestWithParam<std::tuple<DialogCase, Language>> {
 protected:
     static void SetUpTestSuite()
     {
@@ -77,15 +80,20 @@ protected:
 
     void SetUp() override
     {
-        owner_ = CreateWindowExW(0, L"Static", L"", WS_OVERLAPPEDWINDOW, 0, 0, 1200, 900, nullptr, nullptr, nullptr, nullptr);
-        const int id = GetParam().dialogTemplate.Id();
+        owner_ = CreateWindowExW(0, L"Static", L"", WS_OVERLAPPEDWINDOW, 0, 0, 1200, 900, nullptr, nullptr, nullptr,
+                                 nullptr);
+        const int id = Dialog().dialogTemplate.Id();
         dialog_ = CreateDialogParamW(ModuleInstance(), MAKEINTRESOURCEW(id), owner_, NothingElse, 0);
         ASSERT_NE(dialog_, nullptr) << GetLastError();
-        SetUpControls(texts_, dialog_, GetParam().controls());
+        SetUpControls(texts_, dialog_, Dialog().controls());
+        ASSERT_EQ(CurrentTextLanguage(), User().Id());
     }
     void TearDown() override { DestroyWindow(owner_); }
 
-    void ShowBuiltInTexts() { SetUpControls(TextOwner{nullptr, L""}, dialog_, GetParam().controls()); }
+    static const DialogCase& Dialog() { return std::get<DialogCase>(GetParam()); }
+    static const Language& User() { return std::get<Language>(GetParam()); }
+
+    void ShowBuiltInTexts() { SetUpControls(TextOwner{nullptr, L""}, dialog_, Dialog().controls()); }
 
     // The controls with a caption that is seen, in tab order.
     std::vector<HWND> Captioned() const
@@ -106,7 +114,7 @@ protected:
 
     static bool IsPrinted(HWND control)
     {
-        for (const Control& row : GetParam().controls()) {
+        for (const Control& row : Dialog().controls()) {
             if (row.id == GetDlgCtrlID(control))
                 return std::ranges::find(kCoverPageLabels, row.text) != std::end(kCoverPageLabels);
         }
@@ -118,17 +126,24 @@ protected:
 private:
     inline static std::optional<StringLibrary> library_;
 
-    TextOwner texts_{library_->Module(), L""};
+    const UiLanguage user_{User().Id()};
+    const TextOwner texts_{library_->Module(), L""};
     HWND owner_ = nullptr;
     HWND dialog_ = nullptr;
 };
+
+// The other tests here are whichever user they say; only this one sees what the session itself speaks.
+TEST(SessionLanguage, IsTheOneAskedFor)
+{
+    EXPECT_TRUE(LanguageOfTheRun().Serves(GetUserDefaultUILanguage())) << std::hex << GetUserDefaultUILanguage();
+}
 
 TEST_P(DialogTexts, NoTwoControlsShareALetter)
 {
     std::vector<Caption> captions;
     for (const HWND control : Captioned())
         captions.push_back({NameOf(control), WindowText(control)});
-    if (!GetParam().isPage) {
+    if (!Dialog().isPage) {
         EXPECT_EQ(MnemonicClashes(captions), std::vector<std::string>{});
         return;
     }
@@ -199,7 +214,7 @@ std::wstring GrownByAThird(const std::wstring& text)
 
 TEST_P(DialogTexts, EveryCaptionIsSeenWhole)
 {
-    const bool isEnglish = PRIMARYLANGID(GetUserDefaultUILanguage()) == LANG_ENGLISH;
+    const bool isEnglish = User().code == "en";
     for (const HWND control : Captioned()) {
         // English leaves room for the languages that are still to come.
         const std::wstring text = isEnglish ? GrownByAThird(WindowText(control)) : WindowText(control);
@@ -209,7 +224,9 @@ TEST_P(DialogTexts, EveryCaptionIsSeenWhole)
     }
 }
 
-TEST_P(DialogTexts, EveryBuiltInCaptionIsSeenWholeWhenThereIsNoLibrary)
+class BuiltInTexts : public DialogTexts {};
+
+TEST_P(BuiltInTexts, EveryCaptionIsSeenWholeWhenThereIsNoLibrary)
 {
     ShowBuiltInTexts();
     for (const HWND control : Captioned()) {
@@ -219,8 +236,29 @@ TEST_P(DialogTexts, EveryBuiltInCaptionIsSeenWholeWhenThereIsNoLibrary)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(, DialogTexts, ::testing::ValuesIn(AllDialogs()),
-                         [](const auto& dialog) { return std::string(dialog.param.name); });
+std::string CaseName(const ::testing::TestParamInfo<DialogTexts::ParamType>& info)
+{
+    const auto& [dialog, language] = info.param;
+    std::string name = language.code + "_" + dialog.name;
+    std::ranges::replace(name, '-', '_'); // sr-Latn
+    return name;
+}
+
+// One for each direction: the texts are the same for everybody.
+std::vector<Language> BothDirections()
+{
+    std::vector<Language> languages;
+    for (const Language& language : Languages()) {
+        if (languages.empty() || (languages.size() == 1 && language.isRightToLeft))
+            languages.push_back(language);
+    }
+    return languages;
+}
+
+using ::testing::Combine;
+using ::testing::ValuesIn;
+INSTANTIATE_TEST_SUITE_P(, DialogTexts, Combine(ValuesIn(AllDialogs()), ValuesIn(Languages())), CaseName);
+INSTANTIATE_TEST_SUITE_P(, BuiltInTexts, Combine(ValuesIn(AllDialogs()), ValuesIn(BothDirections())), CaseName);
 
 } // namespace
 } // namespace qx::test
