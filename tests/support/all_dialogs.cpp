@@ -24,7 +24,7 @@ const DialogCase kDialogs[] = {
     {"FaxJobPage", kFaxJobPageTemplate, FaxJobPageControls, true},
     {"SetupPage", kSetupPageTemplate, SetupPageControls, true},
     {"EditDefaults", kEditDefaultsTemplate, EditDefaultsControls},
-    {"AddRecipients", {IDD_ADD_RECIPIENTS, IDD_ADD_RECIPIENTS_RTL}, AddRecipientsControls},
+    {"AddRecipients", {IDD_ADD_RECIPIENTS, IDD_ADD_RECIPIENTS_RTL}, AddRecipientsControls, false, IDC_PICK_EDIT_BOOK},
     {"EditPhoneBook", {IDD_EDIT_PHONE_BOOK, IDD_EDIT_PHONE_BOOK_RTL}, EditPhoneBookControls},
     {"AddEntry", {IDD_ENTRY, IDD_ENTRY_RTL}, []() noexcept { return EntryControls(true); }},
     {"EditEntry", {IDD_ENTRY, IDD_ENTRY_RTL}, []() noexcept { return EntryControls(false); }},

@@ -14,7 +14,8 @@ struct DialogCase {
     const char* name;
     DialogTemplate dialogTemplate;
     std::span<const Control> (*controls)() noexcept;
-    bool isPage = false; // shares its letters with the Send button
+    bool isPage = false;  // shares its letters with the Send button
+    int fittedButton = 0; // a button that the dialog widens for its caption; 0: none
 };
 
 std::span<const DialogCase> AllDialogs();

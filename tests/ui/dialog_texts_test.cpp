@@ -1,6 +1,7 @@
 // Every dialog with the captions of the string library, in every language: can each control be reached by a letter of
 // its own, and is there room for its text?
 #include "base/dialog.h"
+#include "phonebook/ui/phone_book_list.h"
 #include "support/all_dialogs.h"
 #include "support/languages.h"
 #include "support/string_library.h"
@@ -11,6 +12,7 @@
 #include <algorithm>
 #include <commctrl.h>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <optional>
 #include <tuple>
 
@@ -87,9 +89,12 @@ protected:
         ASSERT_NE(dialog_, nullptr) << GetLastError();
         SetUpControls(texts_, dialog_, Dialog().controls());
         ASSERT_EQ(CurrentTextLanguage(), User().Id());
+        if (Dialog().fittedButton != 0)
+            FitButtonToText(GetDlgItem(dialog_, Dialog().fittedButton));
     }
     void TearDown() override { DestroyWindow(owner_); }
 
+    HWND Window() const { return dialog_; }
     static const DialogCase& Dialog() { return std::get<DialogCase>(GetParam()); }
     static const Language& User() { return std::get<Language>(GetParam()); }
 
@@ -224,6 +229,21 @@ TEST_P(DialogTexts, EveryCaptionIsSeenWhole)
     }
 }
 
+class WidenedButton : public DialogTexts {};
+
+TEST_P(WidenedButton, CoversNothing)
+{
+    const HWND button = GetDlgItem(Window(), Dialog().fittedButton);
+    RECT place{};
+    ASSERT_TRUE(GetWindowRect(button, &place));
+    for (HWND child = GetWindow(Window(), GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
+        RECT other{}, covered{};
+        GetWindowRect(child, &other);
+        const bool mayOverlap = child == button || IsGroupBox(child);
+        EXPECT_TRUE(mayOverlap || !IntersectRect(&covered, &place, &other)) << NameOf(child);
+    }
+}
+
 class BuiltInTexts : public DialogTexts {};
 
 TEST_P(BuiltInTexts, EveryCaptionIsSeenWholeWhenThereIsNoLibrary)
@@ -255,9 +275,19 @@ std::vector<Language> BothDirections()
     return languages;
 }
 
+std::vector<DialogCase> DialogsWithAFittedButton()
+{
+    std::vector<DialogCase> dialogs;
+    std::ranges::copy_if(AllDialogs(), std::back_inserter(dialogs),
+                         [](const DialogCase& dialog) { return dialog.fittedButton != 0; });
+    return dialogs;
+}
+
 using ::testing::Combine;
 using ::testing::ValuesIn;
 INSTANTIATE_TEST_SUITE_P(, DialogTexts, Combine(ValuesIn(AllDialogs()), ValuesIn(Languages())), CaseName);
+INSTANTIATE_TEST_SUITE_P(, WidenedButton, Combine(ValuesIn(DialogsWithAFittedButton()), ValuesIn(Languages())),
+                         CaseName);
 INSTANTIATE_TEST_SUITE_P(, BuiltInTexts, Combine(ValuesIn(AllDialogs()), ValuesIn(BothDirections())), CaseName);
 
 } // namespace
