@@ -1,6 +1,7 @@
 """The list of languages: what it may hold, and what is made of it."""
 
 import codecs
+import subprocess
 import sys
 import unittest
 from pathlib import Path
@@ -101,6 +102,21 @@ class Locales(unittest.TestCase):
         for code in ("", "xx", "de-", "de-Latn", "-de"):
             with self.assertRaisesRegex(languages.Problem, f"unknown language '{code}'; the languages are en .*"):
                 self.locale(code)
+
+
+class Sessions(unittest.TestCase):
+    def assert_refused(self, language, sentence):
+        done = subprocess.run([SOURCES / "tools/with-wine.sh", "--lang", language, "echo", "it runs"],
+                              capture_output=True, text=True)
+        self.assertEqual((done.returncode, done.stdout), (1, ""))
+        self.assertIn(sentence, done.stderr)
+
+    # Wine would silently speak English.
+    def test_none_is_started_without_the_locale(self):
+        self.assert_refused("de-QQ", "the locale de_QQ.UTF-8 of language 'de-QQ' is missing: run 'tools/setup.sh de-QQ'")
+
+    def test_none_is_started_in_a_language_that_is_not_in_the_list(self):
+        self.assert_refused("xx", "unknown language 'xx'; the languages are en")
 
 
 if __name__ == "__main__":
