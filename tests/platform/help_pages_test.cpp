@@ -12,9 +12,12 @@
 #include "support/help_topics.h"
 #include "support/languages.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <iterator>
+#include <map>
 #include <regex>
 #include <set>
 #include <span>
@@ -93,6 +96,20 @@ std::set<std::string> PagesAskedFor()
     return pages;
 }
 
+// A page that no control opens has a word for its name.
+bool IsTopicPage(const std::string& page)
+{
+    return page.find_first_not_of("0123456789") == page.find(".html");
+}
+
+std::set<std::string> Only(bool topicPages, const std::set<std::string>& pages)
+{
+    std::set<std::string> some;
+    std::ranges::copy_if(pages, std::inserter(some, some.end()),
+                         [=](const std::string& page) { return IsTopicPage(page) == topicPages; });
+    return some;
+}
+
 // The help of every language, by name, as it comes out of the built cabinet.
 class HelpPages : public testing::Test {
 protected:
@@ -140,7 +157,26 @@ TEST(HelpTables, EveryControlNamesItsPage)
 TEST_F(HelpPages, EveryTopicHasAPageInEveryLanguageAndEveryPageATopic)
 {
     for (const auto& [name, files] : help_)
-        EXPECT_EQ(PagesOf(files), PagesAskedFor()) << name;
+        EXPECT_EQ(Only(true, PagesOf(files)), PagesAskedFor()) << name;
+}
+
+TEST_F(HelpPages, OtherPagesAreTheSameInEveryLanguage)
+{
+    const std::set<std::string> expected{"keys.html", "recent_recipients.html", "empty_phone_book.html",
+                                         "no_cover_page.html"};
+    for (const auto& [name, files] : help_)
+        EXPECT_EQ(Only(false, PagesOf(files)), expected) << name;
+}
+
+TEST_F(HelpPages, AnotherPageLeadsToEveryPageThatNoControlOpens)
+{
+    for (const auto& [name, files] : help_) {
+        std::set<std::string> linked;
+        for (const std::string& page : Only(true, PagesOf(files)))
+            linked.merge(Matches(files.at(page), "href=\"([^\"]*)\""));
+        for (const std::string& page : Only(false, PagesOf(files)))
+            EXPECT_TRUE(linked.contains(page)) << name << ": " << page;
+    }
 }
 
 TEST_F(HelpPages, NoLinkIsDead)
@@ -185,17 +221,23 @@ TEST_F(HelpPages, CaptionsAreWrittenAsPeopleReadThem)
     }
 }
 
-TEST_F(HelpPages, PagesReadInTheDirectionOfTheirLanguage)
+TEST_F(HelpPages, PagesAreInTheirLanguageAndReadInItsDirection)
 {
+    std::map<std::string, std::string> named;
     for (const test::Language& language : test::Languages()) {
         if (!language.hasHelp)
             continue;
         const std::string name = HelpFileOf(language);
         const Files& files = help_.at(name);
-        for (const std::string& page : PagesOf(files))
+        for (const std::string& page : PagesOf(files)) {
             EXPECT_EQ(Matches(files.at(page), "<html[^>]* dir=\"([a-z]*)\""),
                       std::set<std::string>{language.isRightToLeft ? "rtl" : "ltr"})
                 << name << ": " << page;
+            // A help that several languages share is in the first of them.
+            const std::string& first = named.insert({name, language.code}).first->second;
+            EXPECT_EQ(Matches(files.at(page), "<html lang=\"([^\"]*)\""), std::set<std::string>{first})
+                << name << ": " << page;
+        }
     }
 }
 
