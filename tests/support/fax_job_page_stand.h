@@ -5,6 +5,7 @@
 #include "pages/fax_job_page.h"
 #include "phonebook/phone_book.h"
 #include "phonebook/recent_list.h"
+#include "support/documented_controls.h"
 #include "support/message_boxes.h"
 
 #include <string>
@@ -69,6 +70,7 @@ private:
     FaxJobPage page_;
     HWND sheet_;
     MessageBoxes boxes_;
+    std::unique_ptr<DocumentedControls> controls_ = DocumentedControls::WhenAsked();
 };
 
 } // namespace qx::test

@@ -1,6 +1,7 @@
 #include "support/send_fax_session.h"
 
 #include "host/utf8.h"
+#include "support/documented_controls.h"
 
 #include <atomic>
 #include <cstdio>
@@ -122,6 +123,7 @@ void SendFaxSession::RunCalls()
 {
     const auto display =
         reinterpret_cast<DisplayFaxUiFunction>(reinterpret_cast<void*>(GetProcAddress(module_, "DisplayFaxUI")));
+    const auto controls = DocumentedControls::WhenAsked();
     while (WaitForSingleObject(start_, INFINITE) == WAIT_OBJECT_0 && !leaving_) {
         display(printer_, &record_);
         SetEvent(finished_);

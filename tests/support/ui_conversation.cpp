@@ -1,5 +1,7 @@
 #include "support/ui_conversation.h"
 
+#include "support/documented_controls.h"
+
 #include <future>
 
 namespace qx::test {
@@ -15,6 +17,7 @@ UiConversation::UiConversation(std::function<void()> show) : finished_(CreateEve
         PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE); // makes the message queue
         ready.set_value(GetCurrentThreadId());
         driven.wait();
+        const auto controls = DocumentedControls::WhenAsked();
         show();
         SetEvent(finished_);
     });

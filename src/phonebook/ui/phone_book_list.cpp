@@ -84,18 +84,23 @@ void InsertRow(HWND list, int row, const PhoneBookItem& item) noexcept
     }
 }
 
-// The list stays where it was scrolled to.
-template <class Items> void ReplaceRows(HWND list, const Items& items)
+template <class Items> void InsertRows(HWND list, const Items& items) noexcept
 {
-    const auto topRow = static_cast<int>(SendMessageW(list, LVM_GETTOPINDEX, 0, 0));
     const RedrawOff quiet(list);
     SendMessageW(list, LVM_DELETEALLITEMS, 0, 0);
     SendMessageW(list, LVM_SETITEMCOUNT, items.size(), 0);
     int row = 0;
     for (const PhoneBookItem* const item : items)
         InsertRow(list, row++, *item);
-    if (row > 0)
-        ScrollItemToTop(list, std::min(topRow, row - 1));
+}
+
+// The list stays where it was scrolled to. It learns how far it can be scrolled when it is drawn again.
+template <class Items> void ReplaceRows(HWND list, const Items& items)
+{
+    const auto topRow = static_cast<int>(SendMessageW(list, LVM_GETTOPINDEX, 0, 0));
+    InsertRows(list, items);
+    if (!items.empty())
+        ScrollItemToTop(list, std::min(topRow, static_cast<int>(items.size()) - 1));
 }
 
 void GiveGroupIcon(PhoneBookList& list) noexcept

@@ -1,0 +1,27 @@
+// Controls that behave as Windows documents them where those here differ. For the windows of one thread:
+//   - a control that is disabled while it has the keyboard focus leaves the focus nowhere;
+//   - an automatic radio button that gets the focus checks itself and says that it was clicked;
+//   - a list view learns how far it can be scrolled when redrawing comes back, and is not scrolled before; emptied, it
+//     is at its top.
+#pragma once
+
+#include <memory>
+#include <windows.h>
+
+namespace qx::test {
+
+class DocumentedControls {
+public:
+    DocumentedControls(); // for the calling thread
+    ~DocumentedControls();
+    DocumentedControls(const DocumentedControls&) = delete;
+    DocumentedControls& operator=(const DocumentedControls&) = delete;
+
+    // For the run of a test program that asks for it (environment variable QX_DOCUMENTED_CONTROLS); else null.
+    static std::unique_ptr<DocumentedControls> WhenAsked();
+
+private:
+    HHOOK hook_;
+};
+
+} // namespace qx::test
