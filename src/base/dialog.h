@@ -74,11 +74,20 @@ template <class State> INT_PTR InitializeDialog(HWND dialog, State* state)
     return !IsChild(dialog, GetFocus()); // FALSE keeps a focus that Initialize has set
 }
 
+// Not every system looks whether the default button is on before Enter presses it.
+inline bool IsClickOfDisabledButton(HWND dialog, UINT message, WPARAM w) noexcept
+{
+    const HWND button = message == WM_COMMAND && HIWORD(w) == BN_CLICKED ? GetDlgItem(dialog, LOWORD(w)) : nullptr;
+    return button != nullptr && !IsWindowEnabled(button);
+}
+
 template <class State> INT_PTR DispatchDialogMessage(HWND dialog, UINT message, WPARAM w, LPARAM l)
 {
     State* const state = StateOf<State>(dialog);
     if (state == nullptr)
         return FALSE;
+    if (IsClickOfDisabledButton(dialog, message, w))
+        return TRUE;
     if (message == WM_COMMAND && RunRoute(*state, LOWORD(w), HIWORD(w)))
         return TRUE;
     if (message == WM_NOTIFY) {
@@ -105,6 +114,11 @@ template <class State> INT_PTR CALLBACK DialogProcedure(HWND dialog, UINT messag
     return FALSE;
 }
 
+// What every page of a sheet has to do itself: Escape in a field of several lines closes the field's parent, which is
+// the page and not the sheet; and the theme's ground of a page is that of its fields that cannot be edited, too, unless
+// the page says otherwise. FALSE: not one of these messages.
+INT_PTR AnswerAsPage(HWND page, UINT message, WPARAM w, LPARAM l) noexcept;
+
 // A property page finds its state in the description that the sheet passes on.
 template <class State> INT_PTR CALLBACK PageProcedure(HWND dialog, UINT message, WPARAM w, LPARAM l) noexcept
 {
@@ -113,6 +127,8 @@ template <class State> INT_PTR CALLBACK PageProcedure(HWND dialog, UINT message,
             const auto* const page = reinterpret_cast<const PROPSHEETPAGEW*>(l);
             return InitializeDialog(dialog, page != nullptr ? reinterpret_cast<State*>(page->lParam) : nullptr);
         }
+        if (const INT_PTR answer = AnswerAsPage(dialog, message, w, l))
+            return answer;
         return DispatchDialogMessage<State>(dialog, message, w, l);
     });
 }
@@ -137,14 +153,16 @@ std::wstring WindowText(HWND window, std::size_t units);
 // The whole text of a window.
 std::wstring WindowText(HWND window);
 
-// Moves the keyboard focus as the Tab key would: the default button follows.
-inline void FocusControl(HWND dialog, int control) noexcept
-{
-    SendMessageW(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(GetDlgItem(dialog, control)), TRUE);
-}
+// Moves the keyboard focus as the Tab key would: the default button, which is the sheet's for a page, follows.
+void FocusControl(HWND dialog, int control) noexcept;
 
-// A control that is disabled while it has the keyboard focus hands it on to the next one.
+// The only way in which a dialog switches its controls off and on, or hides and shows them: a control that has the
+// keyboard focus first hands it on to the next one, while the dialog manager can still tell where it was.
 void EnableControl(HWND dialog, int control, bool enabled) noexcept;
+void ShowControl(HWND dialog, int control, bool shown) noexcept;
+
+// Whether the keyboard focus may go to a control: it is enabled, and shown as far as its dialog decides.
+bool CanTakeFocus(HWND control) noexcept;
 
 inline bool HasText(HWND window) noexcept { return GetWindowTextLengthW(window) > 0; }
 

@@ -18,21 +18,16 @@ constexpr std::size_t kPathUnits = 260;
 constexpr Text kFileNotFound{5262, L"The file cannot be found."};
 constexpr Text kNotABitmap{5263, L"The file format is not supported. Please specify a bitmap (.bmp) file."};
 
-void Enable(HWND dialog, int control, bool enabled) noexcept
-{
-    EnableWindow(GetDlgItem(dialog, control), enabled);
-}
-
 void EnableTexts(HWND dialog, bool enabled) noexcept
 {
-    Enable(dialog, IDC_NOTES, enabled);
-    Enable(dialog, IDC_SUBJECT, enabled);
+    EnableControl(dialog, IDC_NOTES, enabled);
+    EnableControl(dialog, IDC_SUBJECT, enabled);
 }
 
 void EnableImage(HWND dialog, bool enabled) noexcept
 {
-    Enable(dialog, IDC_IMAGE, enabled);
-    Enable(dialog, IDC_BROWSE, enabled);
+    EnableControl(dialog, IDC_IMAGE, enabled);
+    EnableControl(dialog, IDC_BROWSE, enabled);
 }
 
 void EnableFields(HWND dialog, bool enabled) noexcept
@@ -74,7 +69,7 @@ bool OnCoverPageToggled(HWND dialog)
 void LockCoverPageToOverlay(HWND dialog)
 {
     CheckDlgButton(dialog, IDC_COVER_PAGE, BST_CHECKED);
-    Enable(dialog, IDC_COVER_PAGE, false);
+    EnableControl(dialog, IDC_COVER_PAGE, false);
     EnableTexts(dialog, true);
     EnableImage(dialog, false);
 }
@@ -82,7 +77,7 @@ void LockCoverPageToOverlay(HWND dialog)
 void ForbidCoverPage(HWND dialog)
 {
     CheckDlgButton(dialog, IDC_COVER_PAGE, BST_UNCHECKED);
-    Enable(dialog, IDC_COVER_PAGE, false);
+    EnableControl(dialog, IDC_COVER_PAGE, false);
     EnableFields(dialog, false);
 }
 

@@ -52,15 +52,10 @@ std::wstring Field(HWND dialog, int control, std::size_t units)
     return WindowText(GetDlgItem(dialog, control), units);
 }
 
-void Hide(HWND dialog, int control) noexcept
-{
-    ShowWindow(GetDlgItem(dialog, control), SW_HIDE);
-}
-
 void TakeAway(HWND dialog, int control) noexcept
 {
     EnableControl(dialog, control, false);
-    Hide(dialog, control);
+    ShowControl(dialog, control, false);
 }
 
 // A value that no button stands for leaves the buttons and the value chosen before as they are.
@@ -104,7 +99,7 @@ void TakeNotificationAway(SendSettings& settings) noexcept
     for (const int control : kNotificationFields)
         TakeAway(settings.dialog, control);
     for (const int control : kNotificationLabels)
-        Hide(settings.dialog, control);
+        ShowControl(settings.dialog, control, false);
     settings.notifyOn = kNotifyNever;
     settings.notifyMethod = kMethodNone;
 }
@@ -176,7 +171,7 @@ void LoadPreview(SendSettings& settings, HANDLE printer, const FaxJobData& recor
     if (settings.previewOffered)
         return;
     TakeAway(settings.dialog, IDC_PREVIEW);
-    Hide(settings.dialog, IDC_PREVIEW_GROUP);
+    ShowControl(settings.dialog, IDC_PREVIEW_GROUP, false);
 }
 
 bool PreviewIsChecked(HWND dialog) noexcept

@@ -9,6 +9,8 @@
 namespace qx {
 namespace {
 
+int g_buttonPressed = -1; // of the sheet
+
 struct Probe {
     HWND dialog = nullptr;
     int accepted = 0, initialized = 0;
@@ -41,6 +43,14 @@ INT_PTR HandleOther(Probe&, UINT message, WPARAM, LPARAM)
     return message == WM_APP;
 }
 
+// Stands for the sheet of a page.
+INT_PTR CALLBACK SheetProcedure(HWND, UINT message, WPARAM w, LPARAM)
+{
+    if (message == PSM_PRESSBUTTON)
+        g_buttonPressed = static_cast<int>(w);
+    return FALSE;
+}
+
 class DialogTest : public ::testing::Test {
 protected:
     HWND dialog = nullptr;
@@ -51,6 +61,11 @@ protected:
                                     reinterpret_cast<LPARAM>(probe));
         ASSERT_NE(dialog, nullptr);
         ShowWindow(dialog, SW_SHOW);
+    }
+    // The dialog's procedure answers as a page's would.
+    INT_PTR AskPage(UINT message, WPARAM w = 0, LPARAM l = 0) const
+    {
+        return PageProcedure<Probe>(dialog, message, w, l);
     }
     INT_PTR Ask(UINT message, WPARAM w = 0) const { return DialogProcedure<Probe>(dialog, message, w, 0); }
     ~DialogTest() override { DestroyWindow(dialog); }
@@ -109,6 +124,112 @@ TEST_F(DialogTest, DisabledControlHandsTheFocusOn)
     EXPECT_EQ(GetDlgCtrlID(GetFocus()), IDOK);
     EnableControl(dialog, IDC_ENTRY_COMPANY, true);
     EXPECT_EQ(GetDlgCtrlID(GetFocus()), IDOK);
+}
+
+TEST_F(DialogTest, HiddenControlHandsTheFocusOn)
+{
+    Probe probe;
+    Create(&probe);
+    FocusControl(dialog, IDC_ENTRY_COMPANY);
+    ShowControl(dialog, IDC_ENTRY_COMPANY, false);
+    EXPECT_EQ(GetDlgCtrlID(GetFocus()), IDOK);
+    EXPECT_FALSE(IsWindowVisible(GetDlgItem(dialog, IDC_ENTRY_COMPANY)));
+    ShowControl(dialog, IDC_ENTRY_COMPANY, true);
+    EXPECT_TRUE(IsWindowVisible(GetDlgItem(dialog, IDC_ENTRY_COMPANY)));
+}
+
+TEST_F(DialogTest, TheLastControlHandsTheFocusOnToTheFirst)
+{
+    Probe probe;
+    Create(&probe);
+    FocusControl(dialog, IDCANCEL);
+    EnableControl(dialog, IDCANCEL, false);
+    EXPECT_EQ(GetDlgCtrlID(GetFocus()), IDC_ENTRY_NAME);
+}
+
+TEST_F(DialogTest, ButtonThatIsDisabledWithTheFocusIsNoLongerTheDefaultButton)
+{
+    Probe probe;
+    Create(&probe);
+    const auto isDefault = [&](int id) {
+        return (SendDlgItemMessageW(dialog, id, WM_GETDLGCODE, 0, 0) & DLGC_DEFPUSHBUTTON) != 0;
+    };
+    FocusControl(dialog, IDCANCEL);
+    ASSERT_TRUE(isDefault(IDCANCEL));
+    EnableControl(dialog, IDCANCEL, false);
+    EXPECT_FALSE(isDefault(IDCANCEL));
+    EXPECT_TRUE(isDefault(IDOK));
+}
+
+TEST_F(DialogTest, DisabledOrHiddenControlCannotTakeTheFocus)
+{
+    Probe probe;
+    Create(&probe);
+    const HWND company = GetDlgItem(dialog, IDC_ENTRY_COMPANY);
+    EXPECT_TRUE(CanTakeFocus(company));
+    EnableControl(dialog, IDC_ENTRY_COMPANY, false);
+    EXPECT_FALSE(CanTakeFocus(company));
+    EnableControl(dialog, IDC_ENTRY_COMPANY, true);
+    ShowControl(dialog, IDC_ENTRY_COMPANY, false);
+    EXPECT_FALSE(CanTakeFocus(company));
+    ShowControl(dialog, IDC_ENTRY_COMPANY, true);
+    ShowWindow(dialog, SW_HIDE); // another page of the sheet is shown
+    EXPECT_TRUE(CanTakeFocus(company));
+}
+
+TEST_F(DialogTest, ADisabledButtonIsNotPressedByEnterEither)
+{
+    Probe probe;
+    Create(&probe);
+    EnableControl(dialog, IDOK, false);
+    EXPECT_EQ(Ask(WM_COMMAND, MAKEWPARAM(IDOK, BN_CLICKED)), TRUE);
+    EXPECT_EQ(probe.accepted, 0);
+    EnableControl(dialog, IDOK, true);
+    EXPECT_EQ(Ask(WM_COMMAND, MAKEWPARAM(IDOK, BN_CLICKED)), TRUE);
+    EXPECT_EQ(probe.accepted, 1);
+}
+
+TEST_F(DialogTest, APageThatIsToCloseCancelsItsSheet)
+{
+    const HWND sheet =
+        CreateWindowW(WC_DIALOG, L"", WS_OVERLAPPEDWINDOW, 0, 0, 300, 300, nullptr, nullptr, nullptr, nullptr);
+    SetWindowLongPtrW(sheet, DWLP_DLGPROC, reinterpret_cast<LONG_PTR>(SheetProcedure));
+    Probe probe;
+    Create(&probe);
+    SetWindowLongPtrW(dialog, GWL_STYLE, (GetWindowLongPtrW(dialog, GWL_STYLE) & ~LONG_PTR{WS_POPUP}) | WS_CHILD);
+    SetParent(dialog, sheet);
+    const auto pressed = [&](UINT message, WPARAM w) {
+        g_buttonPressed = -1;
+        EXPECT_NE(AskPage(message, w), FALSE);
+        EXPECT_EQ(g_buttonPressed, -1) << "while the page is still at work";
+        MSG posted;
+        while (PeekMessageW(&posted, sheet, 0, 0, PM_REMOVE))
+            DispatchMessageW(&posted);
+        return g_buttonPressed;
+    };
+    EXPECT_EQ(pressed(WM_CLOSE, 0), PSBTN_CANCEL);
+    EXPECT_EQ(pressed(WM_COMMAND, IDCANCEL), PSBTN_CANCEL);
+    DestroyWindow(sheet);
+}
+
+TEST_F(DialogTest, AFieldOfAPageThatCannotBeEditedHasTheGroundOfItsKind)
+{
+    Probe probe;
+    Create(&probe);
+    const HWND company = GetDlgItem(dialog, IDC_ENTRY_COMPANY);
+    const HDC dc = GetDC(company);
+    const auto ask = [&](HWND control) {
+        return AskPage(WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(dc), reinterpret_cast<LPARAM>(control));
+    };
+    EnableWindow(company, FALSE);
+    EXPECT_EQ(ask(company), reinterpret_cast<INT_PTR>(GetSysColorBrush(COLOR_BTNFACE)));
+    EXPECT_EQ(GetTextColor(dc), GetSysColor(COLOR_GRAYTEXT));
+    EXPECT_EQ(GetBkColor(dc), GetSysColor(COLOR_BTNFACE));
+    EnableWindow(company, TRUE); // read-only fields that can have the focus
+    EXPECT_EQ(ask(company), reinterpret_cast<INT_PTR>(GetSysColorBrush(COLOR_BTNFACE)));
+    EXPECT_EQ(GetTextColor(dc), GetSysColor(COLOR_BTNTEXT));
+    EXPECT_EQ(ask(GetDlgItem(dialog, IDC_ENTRY_COMPANY_LABEL)), FALSE); // the theme's business
+    ReleaseDC(company, dc);
 }
 
 } // namespace

@@ -81,6 +81,16 @@ TEST_F(EditDefaultsDialogTest, EscapeCancels)
     EXPECT_EQ(Defaults().DefaultsSaved, 0u);
 }
 
+TEST_F(EditDefaultsDialogTest, EscapeInTheNotesCancels)
+{
+    host::UiDriver& ui = Open();
+    ui.Check(IDC_COVER_PAGE, true);
+    ui.Type(IDC_NOTES, L"Hello");
+    ui.PressKey(VK_ESCAPE);
+    conversation->End();
+    EXPECT_EQ(answer, IDCANCEL);
+}
+
 TEST_F(EditDefaultsDialogTest, ANumberThatNoButtonStandsForChecksNone)
 {
     Defaults().Resolution = 7;

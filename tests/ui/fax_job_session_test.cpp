@@ -454,6 +454,40 @@ TEST_F(FaxJobSession, EscapeClosesTheListFirstAndThenTheSheet)
     EXPECT_EQ(Session().End().Cancelled, 1u);
 }
 
+TEST_F(FaxJobSession, EscapeInTheNotesCancelsTheSheet)
+{
+    Open();
+    Ui().Check(IDC_COVER_PAGE, true);
+    Ui().Type(IDC_NOTES, L"Hello");
+    Ui().PressKey(VK_ESCAPE);
+    EXPECT_EQ(Session().End().Cancelled, 1u);
+}
+
+TEST_F(FaxJobSession, AFieldThatCannotBeUsedLooksDisabled)
+{
+    Open();
+    const auto ground = [&](int id) {
+        COLORREF color = 0;
+        Ui().Do([&color, field = Ui().Control(id)] {
+            RedrawWindow(field, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ERASE | RDW_FRAME);
+            RECT area;
+            GetClientRect(field, &area);
+            const HDC dc = GetDC(field);
+            color = GetPixel(dc, area.right - 4, area.bottom / 2);
+            ReleaseDC(field, dc);
+        });
+        return color;
+    };
+    for (const int id : {IDC_NOTES, IDC_SUBJECT, IDC_IMAGE})
+        EXPECT_EQ(ground(id), GetSysColor(COLOR_BTNFACE)) << id;
+    Ui().Check(IDC_COVER_PAGE, true);
+    for (const int id : {IDC_NOTES, IDC_SUBJECT, IDC_IMAGE})
+        EXPECT_EQ(ground(id), GetSysColor(COLOR_WINDOW)) << id;
+    Ui().GoToPage(1);
+    constexpr int kEmail = 241;
+    EXPECT_EQ(ground(kEmail), GetSysColor(COLOR_BTNFACE));
+}
+
 TEST_F(FaxJobSession, TabReachesEveryFieldInReadingOrder)
 {
     Open(WithBillingCode(0));

@@ -286,6 +286,31 @@ TEST_F(MapCustomFields, CancelMapsNothing)
     EXPECT_TRUE(context_.mapping.empty());
 }
 
+TEST_F(MapCustomFields, EnterInTheListsAcceptsNothingWhileOkIsOff)
+{
+    Open({L"Who", L"Fax"});
+    for (const int list : {IDC_MAP_SOURCE_FIELDS, IDC_MAP_DESTINATIONS}) {
+        Ui().Focus(list);
+        Ui().PressKey(VK_DOWN);
+        Ui().PressKey(VK_RETURN);
+        ASSERT_FALSE(Ui().Finished());
+        EXPECT_EQ(Ui().FocusedControl(), list);
+    }
+    // As the dialog manager sends it where it does not look whether the default button is on.
+    Ui().Do([dialog = Ui().Dialog(), ok = Ui().Control(IDOK)] {
+        SendMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDOK, BN_CLICKED), reinterpret_cast<LPARAM>(ok));
+    });
+    ASSERT_FALSE(Ui().Finished());
+    EXPECT_TRUE(context_.mapping.empty());
+    Map(0, kName);
+    Map(1, kFaxNumber);
+    Ui().Focus(IDC_MAP_DESTINATIONS);
+    Ui().PressKey(VK_RETURN);
+    conversation_->End();
+    EXPECT_EQ(answer_, IDOK);
+    EXPECT_EQ(context_.mapping, (Mapping{{0, kName}, {1, kFaxNumber}}));
+}
+
 TEST_F(MapCustomFields, CanBeUsedWithTheKeyboardAlone)
 {
     Open({L"Who", L"Fax"});

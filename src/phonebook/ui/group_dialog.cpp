@@ -144,8 +144,6 @@ void StoreMembers(GroupDialogContext& group)
 
 void Accept(GroupDialogContext& group)
 {
-    if (!IsComplete(group))
-        return; // Enter comes here although the default button is off
     const HWND name = GetDlgItem(group.dialog, IDC_GROUP_NAME);
     group.working->SetName(ToStored(WindowText(name, kStoredNameUnits)).c_str());
     if (HoldsSameGroup(group.book, *group.working)) {
