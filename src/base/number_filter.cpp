@@ -10,13 +10,13 @@ namespace qx {
 void SetFilteredText(NumberFilter& filter, HWND edit, const wchar_t* text)
 {
     // Before the field changes: its EN_CHANGE then finds nothing to take back.
-    filter.accepted = Cut(OrEmpty(text), kFilteredUnits);
+    filter.accepted = Cut(OrEmpty(text), filter.units);
     SetWindowTextW(edit, OrEmpty(text));
 }
 
 void RefuseOtherCharacters(NumberFilter& filter, HWND edit)
 {
-    std::wstring text = WindowText(edit, kFilteredUnits);
+    std::wstring text = WindowText(edit, filter.units);
     // Also a text that the program has put there against the rule: nothing better could come back.
     if (text == filter.accepted)
         return;

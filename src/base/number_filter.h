@@ -6,13 +6,14 @@
 
 namespace qx {
 
-// Longest text that a filter looks at and puts back (UTF-16 units).
+// Longest text that most filters look at.
 inline constexpr std::size_t kFilteredUnits = 256;
 
 // The characters that a field takes, and the last text that held no other.
 struct NumberFilter {
     bool (*allowed)(wchar_t character) = nullptr;
     std::wstring accepted;
+    std::size_t units = kFilteredUnits; // how much of the text is looked at and put back (UTF-16 units)
 };
 
 // A text that the program puts into the field itself is the last accepted one, whatever it holds.

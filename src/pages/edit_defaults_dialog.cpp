@@ -19,11 +19,11 @@ constexpr Control kControls[] = {
     {.id = IDC_SENDER_NAME_LABEL, .text = 5228, .fallback = L"Sender Name:", .topic = 15600},
     {.id = IDC_SENDER_NAME, .limit = kNameLimit, .topic = 15600},
     {.id = IDC_SENDER_FAX_LABEL, .text = 5209, .fallback = L"Fax Number:", .topic = 15627},
-    {.id = IDC_SENDER_FAX, .limit = kNameLimit, .topic = 15627, .leftToRight = true},
+    {.id = IDC_SENDER_FAX, .limit = kNameLimit, .topic = 15627, .leftToRight = true, .noInputMethod = true},
     {.id = IDC_SENDER_COMPANY_LABEL, .text = 5210, .fallback = L"Company Name:", .topic = 15626},
     {.id = IDC_SENDER_COMPANY, .limit = kNameLimit, .topic = 15626},
     {.id = IDC_SENDER_VOICE_LABEL, .text = 5229, .fallback = L"Voice Phone Number:", .topic = 15601},
-    {.id = IDC_SENDER_VOICE, .limit = kNameLimit, .topic = 15601, .leftToRight = true},
+    {.id = IDC_SENDER_VOICE, .limit = kNameLimit, .topic = 15601, .leftToRight = true, .noInputMethod = true},
     {.id = IDC_QUALITY_GROUP, .text = 5230, .fallback = L"Fax Quality"},
     {.id = IDC_RESOLUTION_LABEL, .text = 5231, .fallback = L"Resolution:"},
     {.id = IDC_STANDARD, .text = 5333, .fallback = L"Standard", .topic = 15620},
@@ -38,7 +38,7 @@ constexpr Control kControls[] = {
     {.id = IDC_NOTIFY_PRINT, .text = 5239, .fallback = L"Print", .topic = 15607},
     {.id = IDC_NOTIFY_EMAIL, .text = 5240, .fallback = L"E-mail", .topic = 15608},
     {.id = IDC_EMAIL_LABEL, .text = 5241, .fallback = L"E-mail Address:", .topic = 15609},
-    {.id = IDC_EMAIL, .limit = kEmailLimit, .topic = 15609, .leftToRight = true},
+    {.id = IDC_EMAIL, .limit = kEmailLimit, .topic = 15609, .leftToRight = true, .noInputMethod = true},
     {.id = IDC_COVER_PAGE_GROUP, .text = 5216, .fallback = L"Include With Fax"},
     {.id = IDC_COVER_PAGE, .text = 6094, .fallback = L"Co&ver Page", .topic = 15591},
     {.id = IDC_NOTES_LABEL, .text = 5334, .fallback = L"Notes:", .topic = 15592},
@@ -74,6 +74,8 @@ void ShowDefaults(EditDefaultsDialog& state)
     LoadSendSettings(state.settings, defaults);
     LoadCoverPageFields(state.dialog, defaults);
     LoadPreview(state.settings, state.printer, defaults);
+    if (!state.settings.previewOffered)
+        EnableControl(state.dialog, IDC_PREVIEW_GROUP, false); // the Setup page leaves its own group box at hidden
     CheckDlgButton(state.dialog, IDC_APPLY_DEFAULTS, defaults.ApplyDefaults != 0 ? BST_CHECKED : BST_UNCHECKED);
     // The administrator's lock of the cover page does not reach here: it binds jobs, not what the user prefers.
     if (IsSpoolerThunkHost())

@@ -19,11 +19,11 @@ constexpr Control kControls[] = {
     {.id = IDC_SENDER_NAME_LABEL, .text = 5228, .fallback = L"-Sender Name:", .topic = 15600},
     {.id = IDC_SENDER_NAME, .limit = kNameLimit, .topic = 15600},
     {.id = IDC_SENDER_FAX_LABEL, .text = 5209, .fallback = L"-Fax Number:", .topic = 15627},
-    {.id = IDC_SENDER_FAX, .limit = kNameLimit, .topic = 15627, .leftToRight = true},
+    {.id = IDC_SENDER_FAX, .limit = kNameLimit, .topic = 15627, .leftToRight = true, .noInputMethod = true},
     {.id = IDC_SENDER_COMPANY_LABEL, .text = 5210, .fallback = L"-Company Name:", .topic = 15626},
     {.id = IDC_SENDER_COMPANY, .limit = kNameLimit, .topic = 15626},
     {.id = IDC_SENDER_VOICE_LABEL, .text = 5229, .fallback = L"-Voice Phone Number:", .topic = 15601},
-    {.id = IDC_SENDER_VOICE, .limit = kNameLimit, .topic = 15601, .leftToRight = true},
+    {.id = IDC_SENDER_VOICE, .limit = kNameLimit, .topic = 15601, .leftToRight = true, .noInputMethod = true},
     {.id = IDC_QUALITY_GROUP, .text = 5230, .fallback = L"-Fax Quality"},
     {.id = IDC_RESOLUTION_LABEL, .text = 5231, .fallback = L"-Resolution:"},
     {.id = IDC_STANDARD, .text = 5311, .fallback = L"-Standard", .topic = 15620},
@@ -38,7 +38,7 @@ constexpr Control kControls[] = {
     {.id = IDC_NOTIFY_PRINT, .text = 5239, .fallback = L"-Print", .topic = 15607},
     {.id = IDC_NOTIFY_EMAIL, .text = 5240, .fallback = L"-E-mail", .topic = 15608},
     {.id = IDC_EMAIL_LABEL, .text = 5241, .fallback = L"-E-mail Address:", .topic = 15609},
-    {.id = IDC_EMAIL, .limit = kEmailLimit, .topic = 15609, .leftToRight = true},
+    {.id = IDC_EMAIL, .limit = kEmailLimit, .topic = 15609, .leftToRight = true, .noInputMethod = true},
     {.id = IDC_PREVIEW_GROUP, .text = 4304, .fallback = L"-Preview"},
     {.id = IDC_PREVIEW, .text = 5242, .fallback = L"-Show Preview Before Sending Fax", .topic = 15610},
 };
@@ -135,9 +135,7 @@ INT_PTR Reset(SetupPage& page) noexcept
 // Null lets the sheet choose.
 INT_PTR InitialFocus(const SetupPage& page) noexcept
 {
-    if (page.errorField != nullptr)
-        SendMessageW(page.errorField, EM_SETSEL, 0, -1);
-    return Answer(page.dialog, reinterpret_cast<LONG_PTR>(page.errorField));
+    return AnswerWithField(page.dialog, page.errorField);
 }
 
 INT_PTR AnswerSheet(SetupPage& page, UINT code)

@@ -2,6 +2,8 @@
 
 #include "text/help.h"
 
+#include <imm.h>
+
 namespace qx {
 
 namespace {
@@ -88,6 +90,8 @@ void SetUpControls(const TextOwner& owner, HWND dialog, std::span<const Control>
             SetLocalizedText(owner, row.text, control, row.fallback);
         if (row.leftToRight)
             ReadLeftToRight(control);
+        if (row.noInputMethod)
+            ImmAssociateContext(control, nullptr);
         if (row.limit != 0)
             SendMessageW(control, IsComboBox(control) ? CB_LIMITTEXT : EM_LIMITTEXT, static_cast<WPARAM>(row.limit), 0);
     }

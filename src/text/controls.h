@@ -20,6 +20,7 @@ struct Control {
     int limit = 0;                     // of an edit or a combo box; 0: none set
     int topic = kNoTopic;              // help page
     bool leftToRight = false;          // numbers, paths and addresses read left to right in every layout
+    bool noInputMethod = false;        // numbers and addresses are typed as they are
 };
 
 template <std::size_t N> consteval bool IdsAreUnique(const Control (&controls)[N])
@@ -33,7 +34,8 @@ template <std::size_t N> consteval bool IdsAreUnique(const Control (&controls)[N
     return true;
 }
 
-// Captions, limits and reading order, in the order of the table. A row whose control the template lacks has no effect.
+// Captions, limits, reading order and input method, in the order of the table. A row whose control the template lacks
+// has no effect.
 void SetUpControls(const TextOwner& owner, HWND dialog, std::span<const Control> controls);
 
 // Answers WM_HELP and WM_CONTEXTMENU: shows the page of the control that asked, or of the visible control under the

@@ -4,8 +4,8 @@ import subprocess
 import sys
 
 WINDOWS_LIBRARIES = {
-    "advapi32.dll", "comctl32.dll", "comdlg32.dll", "gdi32.dll", "kernel32.dll", "msvcrt.dll", "ole32.dll",
-    "oleaut32.dll", "oleacc.dll", "setupapi.dll", "shell32.dll", "user32.dll", "winspool.drv",
+    "advapi32.dll", "comctl32.dll", "comdlg32.dll", "gdi32.dll", "imm32.dll", "kernel32.dll", "msvcrt.dll",
+    "ole32.dll", "oleaut32.dll", "oleacc.dll", "setupapi.dll", "shell32.dll", "user32.dll", "winspool.drv",
 }
 EXPORTS = {"DisplayFaxUI", "BStoreExtEscapeData", "BGetStoredExtEscapeData"}
 PROTECTIONS = {"HIGH_ENTROPY_VA", "DYNAMIC_BASE", "NX_COMPAT"}

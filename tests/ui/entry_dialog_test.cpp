@@ -1,6 +1,7 @@
 // The dialog that adds or edits an entry, opened from the phone book editor.
 #include "res/edit_phone_book_ids.h"
 #include "res/entry_ids.h"
+#include "support/input_method.h"
 #include "support/phone_book_session.h"
 
 #include <algorithm>
@@ -59,6 +60,22 @@ TEST_F(EntryDialog, PastedNumberWithABlankIsRefusedWhole)
     EXPECT_EQ(ui.Text(IDC_ENTRY_FAX_NUMBER), L"(555)123-4567,,*#[9]");
 }
 
+// More than the field takes from the user, but not more than another program can put there.
+TEST_F(EntryDialog, TheFilterReads255CharactersOfTheFaxNumber)
+{
+    UiDriver& ui = Add();
+    const HWND edit = ui.Control(IDC_ENTRY_FAX_NUMBER);
+    const auto put = [&](const std::wstring& text) { ui.Do([&] { SetWindowTextW(edit, text.c_str()); }); };
+    const std::wstring read(255, L'5');
+    put(read + L"x");
+    EXPECT_EQ(ui.Text(IDC_ENTRY_FAX_NUMBER), read + L"x");
+    put(L"x");
+    EXPECT_EQ(ui.Text(IDC_ENTRY_FAX_NUMBER), read);
+    put(L"42");
+    put(read.substr(1) + L"x");
+    EXPECT_EQ(ui.Text(IDC_ENTRY_FAX_NUMBER), L"42");
+}
+
 TEST_F(EntryDialog, OkNeedsANameAndAFaxNumberAndNoCompany)
 {
     UiDriver& ui = Add();
@@ -80,6 +97,14 @@ TEST_F(EntryDialog, EnterDoesNotConfirmWhileOkIsOff)
     ui.Focus(IDC_ENTRY_NAME);
     ui.PressKey(VK_RETURN);
     EXPECT_EQ(ui.Title(), L"Add Entry to Phone Book");
+}
+
+TEST_F(EntryDialog, TheFaxNumberIsTypedWithoutAnInputMethod)
+{
+    UiDriver& ui = Add();
+    EXPECT_FALSE(TakesInputMethod(ui.Control(IDC_ENTRY_FAX_NUMBER)));
+    EXPECT_TRUE(TakesInputMethod(ui.Control(IDC_ENTRY_NAME)));
+    EXPECT_TRUE(TakesInputMethod(ui.Control(IDC_ENTRY_COMPANY)));
 }
 
 TEST_F(EntryDialog, EditingWithoutAChangeIsNoDuplicate)

@@ -3,6 +3,7 @@
 #include "res/edit_phone_book_ids.h"
 #include "res/fax_job_page_ids.h"
 #include "res/setup_page_ids.h"
+#include "support/input_method.h"
 #include "support/send_fax_session.h"
 #include "support/server_printer.h"
 
@@ -171,6 +172,21 @@ TEST(SetupPage, FieldsTakeNoMoreThanTheirLimits)
 }
 
 // ---- number filters -------------------------------------------------------------------------------------------------
+
+TEST(SetupPage, NumbersAndTheAddressAreTypedWithoutAnInputMethod)
+{
+    SendFaxSession session;
+    UiDriver& ui = OnSetupPage(session);
+    const auto check = [&ui] {
+        for (const int id : {IDC_SENDER_FAX, IDC_SENDER_VOICE, IDC_EMAIL})
+            EXPECT_FALSE(TakesInputMethod(ui.Control(id))) << id;
+        for (const int id : {IDC_SENDER_NAME, IDC_SENDER_COMPANY})
+            EXPECT_TRUE(TakesInputMethod(ui.Control(id))) << id;
+    };
+    check();
+    ui.Press(IDC_EDIT_DEFAULTS);
+    check();
+}
 
 TEST(SetupPage, ABracketIsAcceptedInTheFaxNumberAndRefusedInTheVoiceNumber)
 {
@@ -382,10 +398,14 @@ TEST(SetupPage, APrinterOfAServerHidesThePreviewAndSendsNone)
     UiDriver& ui = OnSetupPage(session);
     EXPECT_FALSE(ui.IsVisible(IDC_PREVIEW));
     EXPECT_FALSE(ui.IsVisible(IDC_PREVIEW_GROUP));
+    EXPECT_FALSE(ui.IsEnabled(IDC_PREVIEW));
+    EXPECT_TRUE(ui.IsEnabled(IDC_PREVIEW_GROUP)); // hidden, and no more than that
     EXPECT_EQ(ui.Text(IDOK), L"-&Send");
     ui.Press(IDC_EDIT_DEFAULTS);
     EXPECT_FALSE(ui.IsVisible(IDC_PREVIEW));
     EXPECT_FALSE(ui.IsVisible(IDC_PREVIEW_GROUP));
+    EXPECT_FALSE(ui.IsEnabled(IDC_PREVIEW));
+    EXPECT_FALSE(ui.IsEnabled(IDC_PREVIEW_GROUP));
     ui.Press(IDCANCEL);
     EXPECT_EQ(session.Send().ShowPreview, 0u);
 }

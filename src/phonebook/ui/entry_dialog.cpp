@@ -35,7 +35,7 @@ constexpr ControlTable ControlsWith(Topics topics)
         {.id = IDC_ENTRY_NAME_LABEL, .text = 5208, .fallback = L"Recipient Name:", .topic = topics.name},
         {.id = IDC_ENTRY_NAME, .limit = kNameLimit, .topic = topics.name},
         {.id = IDC_ENTRY_FAX_NUMBER_LABEL, .text = 5209, .fallback = L"Fax Number", .topic = topics.faxNumber},
-        {.id = IDC_ENTRY_FAX_NUMBER, .limit = kNameLimit, .topic = topics.faxNumber, .leftToRight = true},
+        {.id = IDC_ENTRY_FAX_NUMBER, .limit = kNameLimit, .topic = topics.faxNumber, .leftToRight = true, .noInputMethod = true},
         {.id = IDC_ENTRY_COMPANY_LABEL, .text = 5210, .fallback = L"Company Name", .topic = topics.company},
         {.id = IDC_ENTRY_COMPANY, .limit = kNameLimit, .topic = topics.company},
         {.id = IDOK, .text = 5249, .fallback = L"OK"},
@@ -93,8 +93,6 @@ void FilterFaxNumber(EntryDialogContext& context)
 
 void Accept(EntryDialogContext& context)
 {
-    if (!IsComplete(context))
-        return; // Enter comes here although the default button is off
     PhoneBookEntry candidate;
     candidate.SetId(context.entry->GetId());
     candidate.SetName(ToStored(TypedText(context, IDC_ENTRY_NAME)).c_str());

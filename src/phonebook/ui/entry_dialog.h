@@ -27,7 +27,7 @@ struct EntryDialogContext : TextOwner {
     MadeItem<PhoneBookEntry> made; // the new entry; after OK the opener releases it into the book
 
     HWND dialog = nullptr;
-    NumberFilter faxNumber{AllowedInFaxNumber, L""};
+    NumberFilter faxNumber{.allowed = AllowedInFaxNumber, .accepted = {}, .units = 255};
 };
 
 // Shows the dialog. IDOK: the entry holds the new values. IDCANCEL: nothing changed. -1 when it could not be shown.
