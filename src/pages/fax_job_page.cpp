@@ -1,10 +1,11 @@
 #include "pages/fax_job_page.h"
 
-#include "base/drawing.h"
+#include "base/access_key.h"
 #include "base/text_template.h"
 #include "entry/fax_job_data.h"
 #include "pages/cover_page.h"
 #include "pages/recipient_rules.h"
+#include "pages/send_button.h"
 #include "pages/sheet_page.h"
 #include "phonebook/phone_book.h"
 #include "phonebook/recent_list.h"
@@ -26,11 +27,11 @@ constexpr Control kControls[] = {
     {.id = IDC_FAX_TO_GROUP, .text = 5207, .fallback = L"Fax To"},
     {.id = IDC_NAME_LABEL, .text = 5208, .fallback = L"Recipient Name:", .topic = 15583},
     {.id = IDC_NAME_BOX, .limit = kNameLimit, .topic = 15583},
-    // Owner-drawn: its text is not drawn, it is what a screen reader says.
+    // Its text is not drawn: a screen reader says it and the tooltip shows it.
     {.id = IDC_PHONE_BOOK, .text = 6093, .fallback = L"-Add Recipients From Phone Book", .topic = 15618},
     {.id = IDC_FAX_NUMBER_LABEL, .text = 5209, .fallback = L"Fax Number:", .topic = 15584},
     {.id = IDC_REQUIRED, .text = 5270, .fallback = L"(required)"},
-    {.id = IDC_FAX_NUMBER, .limit = kNameLimit, .topic = 15584, .leftToRight = true},
+    {.id = IDC_FAX_NUMBER, .limit = kNameLimit, .topic = 15584, .leftToRight = true, .noInputMethod = true},
     {.id = IDC_GROUP_TEXT},
     {.id = IDC_COMPANY_LABEL, .text = 5210, .fallback = L"Company Name:", .topic = 15585},
     {.id = IDC_COMPANY, .limit = kNameLimit, .topic = 15585},
@@ -51,7 +52,7 @@ constexpr Control kControls[] = {
     {.id = IDC_BROWSE, .text = 5220, .fallback = L"Browse", .topic = 15594},
     {.id = IDC_BILLING_GROUP, .text = 5221, .fallback = L"Billing Information"},
     {.id = IDC_BILLING_LABEL, .text = 5222, .fallback = L"Billing Code", .topic = 15595},
-    {.id = IDC_BILLING_CODE, .limit = kBillingCodeLimit, .topic = 15595, .leftToRight = true},
+    {.id = IDC_BILLING_CODE, .limit = kBillingCodeLimit, .topic = 15595, .leftToRight = true, .noInputMethod = true},
 };
 static_assert(IdsAreUnique(kControls));
 
@@ -83,12 +84,9 @@ constexpr std::size_t kFieldUnits = kTextUnits - 1; // read from one field
 
 HWND ControlOf(const FaxJobPage& page, int id) noexcept { return GetDlgItem(page.dialog, id); }
 
-void Enable(const FaxJobPage& page, int id, bool enabled) noexcept { EnableWindow(ControlOf(page, id), enabled); }
+void Enable(const FaxJobPage& page, int id, bool enabled) noexcept { EnableControl(page.dialog, id, enabled); }
 
-void Show(const FaxJobPage& page, int id, bool shown) noexcept
-{
-    ShowWindow(ControlOf(page, id), shown ? SW_SHOWNA : SW_HIDE);
-}
+void Show(const FaxJobPage& page, int id, bool shown) noexcept { ShowControl(page.dialog, id, shown); }
 
 // A text that stands there already is not set again: every keystroke in the name box may come here.
 void SetText(const FaxJobPage& page, int id, const wchar_t* text)
@@ -111,13 +109,7 @@ bool IsShown(const FaxJobPage& page, int id) noexcept
 
 bool Holds(const FaxJobPage& page, int id) noexcept { return HasText(ControlOf(page, id)); }
 
-// Through the dialog manager, so that the default button follows.
-void Focus(HWND control) noexcept
-{
-    SendMessageW(GetAncestor(control, GA_ROOT), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(control), TRUE);
-}
-
-void Focus(const FaxJobPage& page, int id) noexcept { Focus(ControlOf(page, id)); }
+void Focus(const FaxJobPage& page, int id) noexcept { FocusControl(page.dialog, id); }
 
 void ShowMessage(const FaxJobPage& page, const Message& message) { ShowFaxMessage(page, message, page.dialog); }
 
@@ -161,6 +153,7 @@ void ShowGroupText(const FaxJobPage& page, bool group) noexcept
 {
     if (IsShown(page, IDC_GROUP_TEXT) == group && IsShown(page, IDC_FAX_NUMBER) != group)
         return;
+    const bool hadFocus = GetFocus() == ControlOf(page, group ? IDC_FAX_NUMBER : IDC_GROUP_TEXT);
     for (const int id : {IDC_FAX_NUMBER, IDC_GROUP_TEXT}) {
         const bool shown = (id == IDC_GROUP_TEXT) == group;
         Enable(page, id, shown);
@@ -169,6 +162,8 @@ void ShowGroupText(const FaxJobPage& page, bool group) noexcept
             SetWindowPos(ControlOf(page, id), ControlOf(page, IDC_FAX_NUMBER_LABEL), 0, 0, 0, 0,
                          SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
     }
+    if (hadFocus)
+        Focus(page, group ? IDC_GROUP_TEXT : IDC_FAX_NUMBER);
     Enable(page, IDC_COMPANY_LABEL, !group);
     Enable(page, IDC_COMPANY, !group);
 }
@@ -405,7 +400,7 @@ void DeleteSelected(FaxJobPage& page)
         before = row - 1;
     }
     Enable(page, IDC_DELETE, false);
-    Focus(list);
+    Focus(page, IDC_RECIPIENTS);
 }
 
 void AnswerListKey(FaxJobPage& page, WORD key)
@@ -567,13 +562,7 @@ INT_PTR Cancel(FaxJobPage& page)
 }
 
 // Once a Send has failed, for good: the page opens on the field that failed last.
-INT_PTR AnswerInitialFocus(FaxJobPage& page)
-{
-    const HWND field = ErrorFocus(page);
-    if (field != nullptr && field != ControlOf(page, IDC_RECIPIENTS))
-        SendMessageW(field, EM_SETSEL, 0, -1);
-    return Answer(page.dialog, reinterpret_cast<LONG_PTR>(field));
-}
+INT_PTR AnswerInitialFocus(FaxJobPage& page) { return AnswerWithField(page.dialog, ErrorFocus(page)); }
 
 // ---- start-up -------------------------------------------------------------------------------------------------------
 
@@ -601,6 +590,17 @@ void SetUpList(const FaxJobPage& page)
     SetWindowLongPtrW(list, GWL_STYLE, GetWindowLongPtrW(list, GWL_STYLE) | LVS_SHOWSELALWAYS);
     constexpr DWORD kStyles = LVS_EX_FULLROWSELECT | LVS_EX_GRIDLINES;
     SendMessageW(list, LVM_SETEXTENDEDLISTVIEWSTYLE, kStyles, kStyles);
+}
+
+// Its text is a dialog's title as well, in which no letter is marked: a letter that nothing else has is marked here.
+void GivePhoneBookButtonAKey(FaxJobPage& page)
+{
+    const HWND button = ControlOf(page, IDC_PHONE_BOOK);
+    std::wstring taken = AccessKeysIn(page.dialog, button) + AccessKeysIn(GetParent(page.dialog), button);
+    for (const Text& caption : {kSendText, kPreviewAndSendText}) // the button has the one or the other
+        taken += AccessKeyOf(LocalizedText(page, caption));
+    const std::wstring text = WindowText(button);
+    page.phoneBookButton.Name(text, WithAccessKey(text, taken));
 }
 
 // ---- messages -------------------------------------------------------------------------------------------------------
@@ -639,25 +639,6 @@ INT_PTR AnswerNotification(FaxJobPage& page, const NMHDR& header)
     return AnswerSheet(page, header.code);
 }
 
-INT_PTR DrawPhoneBookButton(const FaxJobPage& page, const DRAWITEMSTRUCT& item)
-{
-    const RECT& place = item.rcItem;
-    FillRect(item.hDC, &place, GetSysColorBrush(COLOR_BTNFACE));
-    {
-        const UniqueMemoryDc source(CreateCompatibleDC(item.hDC));
-        const SelectedObject picture(source.Get(), page.phoneBookPicture.Get());
-        // From a mirrored source to a mirrored target: the picture stays as it was drawn.
-        SetLayout(source.Get(), GetLayout(item.hDC));
-        BITMAP size{};
-        GetObjectW(page.phoneBookPicture.Get(), sizeof size, &size);
-        BitBlt(item.hDC, place.left, place.top, std::min<int>(size.bmWidth, place.right - place.left),
-               std::min<int>(size.bmHeight, place.bottom - place.top), source.Get(), 0, 0, SRCCOPY);
-    }
-    if ((item.itemState & ODS_FOCUS) != 0)
-        DrawFocusRect(item.hDC, &place);
-    return TRUE;
-}
-
 constexpr Route<FaxJobPage> kRoutes[] = {
     {IDC_FAX_NUMBER, EN_CHANGE, FilterFaxNumber},
     {IDC_COMPANY, EN_CHANGE, UpdateRecipientButtons},
@@ -689,9 +670,9 @@ void Initialize(FaxJobPage& page)
     ShowGroupText(page, false);
     LoadBillingCode(page);
     LoadCoverPage(page);
-    page.phoneBookPicture.Reset(static_cast<HBITMAP>(
-        LoadImageW(ModuleInstance(), MAKEINTRESOURCEW(IDB_PHONE_BOOK), IMAGE_BITMAP, 0, 0, LR_DEFAULTCOLOR)));
+    page.phoneBookButton.Attach(ControlOf(page, IDC_PHONE_BOOK), IDB_PHONE_BOOK);
     page.pageCreated(page.session, GetParent(page.dialog));
+    GivePhoneBookButtonAKey(page); // last: the sheet's buttons have their captions
 }
 
 std::span<const Route<FaxJobPage>> RoutesOf(const FaxJobPage&) noexcept { return kRoutes; }
@@ -706,7 +687,7 @@ INT_PTR HandleOther(FaxJobPage& page, UINT message, WPARAM w, LPARAM l)
     case WM_NOTIFY: return AnswerNotification(page, *reinterpret_cast<const NMHDR*>(l));
     case kSuggestionChosen: RefillFields(page); return TRUE;
     case WM_DRAWITEM:
-        return w == IDC_PHONE_BOOK ? DrawPhoneBookButton(page, *reinterpret_cast<const DRAWITEMSTRUCT*>(l)) : FALSE;
+        return w == IDC_PHONE_BOOK && page.phoneBookButton.Draw(*reinterpret_cast<const DRAWITEMSTRUCT*>(l));
     case WM_LBUTTONDOWN: // beside all controls: the focus stays, the list does not
         SendDlgItemMessageW(page.dialog, IDC_NAME_BOX, CB_SHOWDROPDOWN, FALSE, 0);
         return FALSE;

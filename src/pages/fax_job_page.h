@@ -5,7 +5,7 @@
 #include "base/dialog.h"
 #include "base/number_filter.h"
 #include "base/number_text.h"
-#include "base/unique.h"
+#include "pages/picture_button.h"
 #include "phonebook/ui/type_ahead_combo.h"
 #include "res/fax_job_page_ids.h"
 #include "text/controls.h"
@@ -36,7 +36,7 @@ struct FaxJobPage : TextOwner {
     bool checkImage = false;     // the image path is the user's and is checked on Send
     bool typedIsInJob = false;   // a Send has put the typed recipient behind those of the list, and the sheet is still open
     int errorField = 0;          // the control that last failed on Send; from then on the page opens on it
-    UniqueBitmap phoneBookPicture;
+    PictureButton phoneBookButton;
 };
 
 inline constexpr DialogTemplate kFaxJobPageTemplate{IDD_FAX_JOB_PAGE, IDD_FAX_JOB_PAGE_RTL};

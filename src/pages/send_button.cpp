@@ -7,10 +7,6 @@ namespace qx {
 
 namespace {
 
-// The trailing blank is kept: it is what the button has always read when there is no translation.
-constexpr Text kSend{5223, L"-&Send "};
-constexpr Text kPreviewAndSend{6091, L"-Preview and &Send"};
-
 // The sheet itself writes the built-in Send caption without the blank: both are the same caption.
 std::wstring WithoutTrailingBlanks(const std::wstring& text)
 {
@@ -56,8 +52,8 @@ void FitSendButton(const TextOwner& texts, HWND sheet, bool preview, SendButtonG
     const HWND button = GetDlgItem(sheet, IDOK);
     if (button == nullptr)
         return;
-    const std::wstring send = LocalizedText(texts, kSend);
-    const std::wstring previewAndSend = LocalizedText(texts, kPreviewAndSend);
+    const std::wstring send = LocalizedText(texts, kSendText);
+    const std::wstring previewAndSend = LocalizedText(texts, kPreviewAndSendText);
     const std::wstring current = WindowText(button);
     if (preview && !growth && SameCaption(current, send)) {
         growth = ExtraWidth(sheet, button, previewAndSend, send);

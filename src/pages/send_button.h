@@ -8,6 +8,10 @@
 
 namespace qx {
 
+// The trailing blank is kept: it is what the button has always read when there is no translation.
+inline constexpr Text kSendText{5223, L"-&Send "};
+inline constexpr Text kPreviewAndSendText{6091, L"-Preview and &Send"};
+
 // How much the button of a sheet is wider than at first (pixels); empty while it is not.
 using SendButtonGrowth = std::optional<int>;
 

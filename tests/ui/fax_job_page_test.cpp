@@ -1,6 +1,7 @@
 // The Fax Job page alone. What a user sees of it in a whole session is in fax_job_session_test.cpp.
 #include "settings/device_state.h"
 #include "support/fax_job_page_stand.h"
+#include "support/input_method.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
@@ -234,12 +235,14 @@ TEST_F(FaxJobPageTest, AGroupThatDropsOutOfTheRecentListLeavesTheFields)
     stand.DropNames(true);
     stand.PickName(0);
     ASSERT_TRUE(stand.IsVisible(IDC_GROUP_TEXT));
+    SetFocus(stand.Control(IDC_GROUP_TEXT));
     for (const auto& group : groups)
         stand.Page().recent->AddRecent(group.get(), &stand.Book());
     stand.Notify(static_cast<UINT>(PSN_SETACTIVE));
     EXPECT_EQ(stand.Page().group, nullptr);
     EXPECT_FALSE(stand.IsVisible(IDC_GROUP_TEXT));
     EXPECT_TRUE(stand.IsVisible(IDC_FAX_NUMBER));
+    EXPECT_EQ(GetFocus(), stand.Control(IDC_FAX_NUMBER)); // where the group's text had it
     EXPECT_EQ(stand.Text(IDC_NAME_BOX), L"Team");
     EXPECT_FALSE(stand.IsEnabled(IDC_TO));
 }
@@ -393,6 +396,80 @@ TEST_F(FaxJobPageTest, AfterAFailedSendThePageOpensOnTheLastFailingFieldForGood)
     const auto field = reinterpret_cast<HWND>(stand.Notify(static_cast<UINT>(PSN_QUERYINITIALFOCUS)));
     EXPECT_EQ(field, stand.Control(IDC_FAX_NUMBER));
     EXPECT_EQ(SendMessageW(field, EM_GETSEL, 0, 0), MAKELRESULT(0, 1)); // all of its text
+}
+
+TEST_F(CoverPageTest, AFieldThatHasBeenDisabledSinceItFailedIsNotWhereThePageOpens)
+{
+    stand.Show();
+    stand.Press(IDC_COVER_PAGE);
+    Fill(L"Anna", L"1");
+    stand.SetText(IDC_IMAGE, L"C:\\no\\such.bmp");
+    EXPECT_FALSE(stand.Send());
+    stand.Boxes().TakeTexts();
+    const auto opensOn = [&] { return reinterpret_cast<HWND>(stand.Notify(static_cast<UINT>(PSN_QUERYINITIALFOCUS))); };
+    EXPECT_EQ(opensOn(), stand.Control(IDC_IMAGE));
+    stand.Press(IDC_COVER_PAGE);
+    EXPECT_EQ(opensOn(), nullptr);
+    stand.Press(IDC_COVER_PAGE);
+    EXPECT_EQ(opensOn(), stand.Control(IDC_IMAGE));
+}
+
+// ---- the focus
+
+TEST_F(FaxJobPageTest, AButtonThatGoesOffWithTheFocusHandsItOn)
+{
+    stand.AddRecentEntry(L"Bob", L"2");
+    stand.Show();
+    const auto press = [&](int id) {
+        SendMessageW(stand.SheetWindow(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(stand.Control(id)), TRUE);
+        ASSERT_EQ(GetFocus(), stand.Control(id));
+        stand.Press(id);
+        EXPECT_FALSE(stand.IsEnabled(id)) << id;
+        ASSERT_NE(GetFocus(), nullptr) << id;
+        EXPECT_TRUE(IsWindowEnabled(GetFocus())) << id;
+        EXPECT_EQ(SendMessageW(stand.Control(id), WM_GETDLGCODE, 0, 0) & DLGC_DEFPUSHBUTTON, 0) << id;
+    };
+    Fill(L"Anna", L"1");
+    press(IDC_TO);
+    Fill(L"Anna", L"1");
+    press(IDC_CLEAR_FIELDS);
+    stand.SelectRows({0});
+    press(IDC_DELETE);
+}
+
+// While the user is elsewhere on the page, the phone book may be changed by another program.
+TEST_F(FaxJobPageTest, AButtonThatGoesOffByItselfHandsTheFocusOn)
+{
+    stand.Show();
+    Fill(L"Anna", L"1");
+    SetFocus(stand.Control(IDC_ADD_TO_PHONE_BOOK));
+    stand.SetText(IDC_FAX_NUMBER, L"");
+    EXPECT_FALSE(stand.IsEnabled(IDC_ADD_TO_PHONE_BOOK));
+    EXPECT_EQ(GetFocus(), stand.Control(IDC_RECIPIENTS)); // "To" is off, too
+}
+
+TEST_F(CoverPageTest, AReloadThatDisablesTheFocusedFieldHandsTheFocusOn)
+{
+    stand.Job().AddCoverPage = 1;
+    stand.Show();
+    SetFocus(stand.Control(IDC_SUBJECT));
+    stand.Job().AddCoverPage = 0;
+    stand.Job().DefaultsSaved = 1;
+    stand.Notify(static_cast<UINT>(PSN_SETACTIVE));
+    ASSERT_FALSE(stand.IsEnabled(IDC_SUBJECT));
+    ASSERT_NE(GetFocus(), nullptr);
+    EXPECT_TRUE(IsWindowEnabled(GetFocus()));
+    EXPECT_TRUE(IsChild(stand.Page().dialog, GetFocus())); // not on to the button that sends
+}
+
+TEST_F(FaxJobPageTest, NumbersAreTypedWithoutAnInputMethod)
+{
+    stand.Show();
+    for (const int id : {IDC_FAX_NUMBER, IDC_BILLING_CODE})
+        EXPECT_FALSE(TakesInputMethod(stand.Control(id))) << id;
+    for (const int id : {IDC_COMPANY, IDC_NOTES, IDC_SUBJECT, IDC_IMAGE})
+        EXPECT_TRUE(TakesInputMethod(stand.Control(id))) << id;
+    EXPECT_TRUE(TakesInputMethod(stand.Page().nameBox.edit));
 }
 
 TEST_F(FaxJobPageTest, ATypedRecipientOfARefusedSendIsTakenBackByTheNextAct)
