@@ -12,7 +12,7 @@
 namespace qx::test {
 namespace {
 
-constexpr int kWarmUpSessions = 70; // until Wine's cache of device contexts is full
+constexpr int kWarmUpSessions = 170; // until Wine's cache of device contexts is full
 constexpr int kSessions = 200;
 
 // Proves the counters: a test that cannot see a leak would always pass.
