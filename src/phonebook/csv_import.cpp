@@ -5,7 +5,7 @@
 
 #include <algorithm>
 #include <array>
-#include <new>
+#include <exception>
 
 namespace qx {
 
@@ -92,7 +92,7 @@ ImportOutcome ImportRows(const CsvFields& fields, const ImportColumns& columns, 
             rows.Take(row);
         }
         rows.Finish();
-    } catch (const std::bad_alloc&) {
+    } catch (const std::exception&) {
         outcome.status = ImportExportStatus::BookFull;
     }
     return outcome;

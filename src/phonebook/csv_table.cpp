@@ -1,8 +1,9 @@
 #include "phonebook/csv_table.h"
 
+#include "phonebook/mapped_copy.h"
+
 #include <algorithm>
 #include <climits>
-#include <cstring>
 #include <new>
 
 namespace qx {
@@ -66,7 +67,13 @@ CsvStatus CsvTable::Read() noexcept
         const UniqueView view(MapViewOfFile(mapping.Get(), FILE_MAP_READ, 0, 0, bytes_));
         if (!view)
             return CsvStatus::OutOfMemory;
-        const std::span bytes(static_cast<const unsigned char*>(view.Get()), bytes_);
+        content_ = AllocatePages(bytes_);
+        if (!content_)
+            return CsvStatus::OutOfMemory;
+        // Nothing else touches the view: each of its pages may turn out to be unreadable.
+        if (!CopyMapped(content_.Get(), view.Get(), bytes_))
+            return CsvStatus::Unreadable;
+        const std::span bytes(static_cast<const unsigned char*>(content_.Get()), bytes_);
         const CsvEncoding encoding = DetectEncoding(bytes, LooksLikeUtf16);
         if (encoding == CsvEncoding::Utf16BigEndian || encoding == CsvEncoding::Unknown)
             return CsvStatus::UnusableEncoding;
@@ -78,19 +85,17 @@ CsvStatus CsvTable::Read() noexcept
 
 std::wstring_view CsvTable::Decode(CsvEncoding encoding, std::span<const unsigned char> bytes)
 {
+    if (encoding == CsvEncoding::Utf16LittleEndian) {
+        // The first two bytes are passed over whether or not they are a mark: a file without one, recognised by its
+        // looks, loses its first character. So it has always been.
+        const std::span<const unsigned char> text = bytes.subspan(kUtf16MarkBytes);
+        return {reinterpret_cast<const wchar_t*>(text.data()), text.size() / sizeof(wchar_t)};
+    }
     const std::size_t capacity = bytes.size() * 3 / 2; // no encoding makes more than one unit of a byte
     text_ = AllocatePages(capacity * sizeof(wchar_t));
     if (!text_)
         throw std::bad_alloc();
     auto* const text = static_cast<wchar_t*>(text_.Get());
-
-    if (encoding == CsvEncoding::Utf16LittleEndian) {
-        // The first two bytes are passed over whether or not they are a mark: a file without one, recognised by its
-        // looks, loses its first character. So it has always been.
-        const std::size_t units = (bytes.size() - kUtf16MarkBytes) / sizeof(wchar_t);
-        std::memcpy(text, bytes.data() + kUtf16MarkBytes, units * sizeof(wchar_t));
-        return {text, units};
-    }
     const UINT codePage = encoding == CsvEncoding::Utf8 ? CP_UTF8 : CP_ACP;
     if (encoding == CsvEncoding::Utf8)
         bytes = bytes.subspan(kUtf8MarkBytes);
@@ -140,22 +145,31 @@ bool CsvTableWriter::SetCell(std::size_t row, std::size_t column, std::wstring_v
 
 bool CsvTableWriter::Write() noexcept
 {
+    std::size_t bytes = 0;
+    if (WriteMapped(bytes) && SetFileLength(file_.Get(), bytes))
+        return true;
+    SetFileLength(file_.Get(), 0); // of what was mapped and not written, zeros would stay
+    return false;
+}
+
+bool CsvTableWriter::WriteMapped(std::size_t& bytes) noexcept
+{
     const std::size_t mapped = MappedBytes();
-    UniqueKernelHandle mapping(CreateFileMappingW(file_.Get(), nullptr, PAGE_READWRITE,
-                                                  static_cast<DWORD>(mapped >> 32), static_cast<DWORD>(mapped),
-                                                  nullptr));
+    const UniquePages text = AllocatePages(mapped);
+    if (!text)
+        return false;
+    auto* const begin = static_cast<wchar_t*>(text.Get());
+    *begin = kUtf16Mark;
+    bytes = static_cast<std::size_t>(WriteRows(begin + 1) - begin) * sizeof(wchar_t);
+
+    const UniqueKernelHandle mapping(CreateFileMappingW(file_.Get(), nullptr, PAGE_READWRITE,
+                                                        static_cast<DWORD>(mapped >> 32), static_cast<DWORD>(mapped),
+                                                        nullptr));
     if (!mapping)
         return false;
-    UniqueView view(MapViewOfFile(mapping.Get(), FILE_MAP_WRITE, 0, 0, mapped));
-    if (!view)
-        return false;
-    auto* const begin = static_cast<wchar_t*>(view.Get());
-    *begin = kUtf16Mark;
-    const auto units = static_cast<std::size_t>(WriteRows(begin + 1) - begin);
-    const bool flushed = FlushViewOfFile(begin, 0);
-    view.Reset();
-    mapping.Reset(); // a file that is mapped cannot be shortened
-    return SetFileLength(file_.Get(), units * sizeof(wchar_t)) && flushed;
+    const UniqueView view(MapViewOfFile(mapping.Get(), FILE_MAP_WRITE, 0, 0, mapped));
+    return view && CopyMapped(view.Get(), begin, bytes) && FlushViewOfFile(view.Get(), 0);
+    // Both are closed before the file gets its length: one that is mapped cannot be shortened.
 }
 
 // Enough for every text with its comma or line end, and always reaching into one more granule than it has to.

@@ -25,7 +25,8 @@ public:
     // False when the file cannot be opened, or is empty.
     bool Open(const std::wstring& path) noexcept;
 
-    // Finds out the encoding, decodes and parses. A good table may still be one without rows.
+    // Finds out the encoding, decodes and parses. A good table may still be one without rows. Unreadable when the file
+    // could not be read to its end.
     CsvStatus Read() noexcept;
 
     // They live as long as the table.
@@ -36,7 +37,8 @@ private:
 
     UniqueFile file_;
     std::size_t bytes_ = 0;
-    UniquePages text_;
+    UniquePages content_; // the file, and what UTF-16 fields point into
+    UniquePages text_;    // the decoded text of the other encodings
     CsvFields fields_;
 };
 
@@ -53,10 +55,12 @@ public:
     // False, and the cell stays empty, when it lies outside the table or the text is too long. Once per cell.
     bool SetCell(std::size_t row, std::size_t column, std::wstring_view text) noexcept;
 
-    // Writes the whole file. An empty cell writes nothing, not even its comma.
+    // Writes the whole file. An empty cell writes nothing, not even its comma. False when it could not be written to
+    // its end; it is empty then.
     bool Write() noexcept;
 
 private:
+    bool WriteMapped(std::size_t& bytes) noexcept;
     std::size_t MappedBytes() const noexcept;
     wchar_t* WriteRows(wchar_t* to) const noexcept;
 

@@ -19,6 +19,7 @@ enum class CsvStatus {
     EmptyLine = 2,
     OutOfMemory = 3,
     Good = 4,
+    Unreadable = 5, // the file's content could not be read
 };
 
 // Judges a file by its marks, then by looksLikeUtf16, which is asked about all bytes, then by its bytes being plain

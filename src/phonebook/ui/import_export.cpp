@@ -113,7 +113,12 @@ void ImportFile(const ImportExportBlock& block, HWND owner, ImportExportResult& 
         result.status = ImportExportStatus::CannotOpen;
         return;
     }
-    if (table.Read() != CsvStatus::Good || table.Fields().Columns() == 0) {
+    const CsvStatus status = table.Read();
+    if (status == CsvStatus::Unreadable) {
+        result.status = ImportExportStatus::CannotOpen;
+        return;
+    }
+    if (status != CsvStatus::Good || table.Fields().Columns() == 0) {
         result.status = ImportExportStatus::InvalidFormat;
         return;
     }

@@ -1,0 +1,61 @@
+// Another function in the place of one that this program imports: how tests let calls of the system fail as documented.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <windows.h>
+
+namespace qx::test {
+
+// The place in this program's import tables where the address of a function stands.
+inline void** FindImport(std::string_view name)
+{
+    auto* const base = reinterpret_cast<std::byte*>(GetModuleHandleW(nullptr));
+    const auto* const headers =
+        reinterpret_cast<const IMAGE_NT_HEADERS*>(base + reinterpret_cast<const IMAGE_DOS_HEADER*>(base)->e_lfanew);
+    const auto& directory = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
+    for (const auto* module = reinterpret_cast<const IMAGE_IMPORT_DESCRIPTOR*>(base + directory.VirtualAddress);
+         module->Name != 0; ++module) {
+        const auto* names = reinterpret_cast<const IMAGE_THUNK_DATA*>(base + module->OriginalFirstThunk);
+        auto** addresses = reinterpret_cast<void**>(base + module->FirstThunk);
+        for (; names->u1.AddressOfData != 0; ++names, ++addresses) {
+            if (IMAGE_SNAP_BY_ORDINAL(names->u1.Ordinal))
+                continue;
+            const auto* const import = reinterpret_cast<const IMAGE_IMPORT_BY_NAME*>(base + names->u1.AddressOfData);
+            if (name == reinterpret_cast<const char*>(import->Name))
+                return addresses;
+        }
+    }
+    throw std::runtime_error("not imported: " + std::string(name));
+}
+
+inline void WritePointer(void** place, void* pointer)
+{
+    DWORD protection = 0;
+    VirtualProtect(place, sizeof *place, PAGE_READWRITE, &protection);
+    *place = pointer;
+    VirtualProtect(place, sizeof *place, protection, &protection);
+}
+
+// As long as it lives, calls that this program makes of the function go to the stand-in. Those of the system's own
+// modules do not.
+template <class Function> class RedirectedImport {
+public:
+    RedirectedImport(const char* name, Function* standIn)
+        : place_(FindImport(name)), original_(reinterpret_cast<Function*>(*place_))
+    {
+        WritePointer(place_, reinterpret_cast<void*>(standIn));
+    }
+    ~RedirectedImport() { WritePointer(place_, reinterpret_cast<void*>(original_)); }
+    RedirectedImport(const RedirectedImport&) = delete;
+    RedirectedImport& operator=(const RedirectedImport&) = delete;
+
+    Function* Original() const noexcept { return original_; }
+
+private:
+    void** place_;
+    Function* original_;
+};
+
+} // namespace qx::test
