@@ -7,9 +7,13 @@ namespace qx {
 
 namespace {
 
-// Encodings whose bytes below 0x80 are ASCII wherever a markup delimiter can stand. UTF-7, say, is not one of them.
-constexpr std::string_view kPlainEncodings[] = {"utf-8",  "utf-16", "us-ascii", "iso-8859-", "windows-125", "shift_jis",
-                                                "gb2312", "gbk",    "gb18030",  "big5",      "euc-"};
+// How the names begin of encodings whose bytes below 0x80 are ASCII wherever a markup delimiter can stand, and of those
+// of 16 bits. UTF-7, say, is not one of them, nor is IBM037.
+constexpr std::string_view kPlainEncodings[] = {
+    "utf-8",   "utf-16",      "ucs-2",   "iso-10646-ucs-2", "us-ascii",  "iso-8859-", "windows-125", "windows-874",
+    "tis-620", "koi8-",       "ibm437",  "ibm85",           "ibm86",     "cp866",     "macintosh",   "shift_jis",
+    "gb2312",  "gbk",         "gb18030", "big5",            "ks_c_5601", "euc-",
+};
 
 constexpr char kNotAscii = '\x7F';
 
@@ -65,6 +69,35 @@ public:
     }
 
     char Current() const noexcept { return At(at_); }
+    char Next() const noexcept { return At(at_ + 1); }
+
+    // Moves to the next character of one byte that is c; false, at the end of the document, when there is none.
+    bool SkipTo(char c) noexcept
+    {
+        if (width_ == 1) { // nearly all documents, and most of their bytes
+            at_ = std::min(bytes_.find(c, at_), bytes_.size());
+        } else {
+            while (!AtEnd() && At(at_) != c)
+                ++at_;
+        }
+        return !AtEnd();
+    }
+
+    // From a start tag's first character behind its end; whether it has no end tag of its own.
+    bool SkipStartTag() noexcept
+    {
+        char last = '\0';
+        for (; !AtEnd() && Current() != '>'; Skip(1)) {
+            last = Current();
+            if (last != '"' && last != '\'')
+                continue;
+            Skip(1);
+            if (!SkipTo(last))
+                break;
+        }
+        Skip(1);
+        return last == '/';
+    }
 
 private:
     void SetWide(std::size_t asciiByte) noexcept
@@ -124,6 +157,32 @@ bool SkipDeclaration(Characters& document) noexcept
 
 } // namespace
 
+bool NestsAtMost(std::string_view bytes, long levels) noexcept
+{
+    Characters document(bytes);
+    long depth = 0;
+    while (document.SkipTo('<')) {
+        if (document.Next() == '/') {
+            --depth;
+            document.Skip(2);
+        } else if (document.StartsWith("<!--")) {
+            document.Skip(4);
+            document.SkipPast("-->");
+        } else if (document.StartsWith("<![CDATA[")) {
+            document.SkipPast("]]>");
+        } else if (document.Next() == '?') {
+            document.SkipPast("?>");
+        } else {
+            document.Skip(1);
+            if (depth >= levels)
+                return false;
+            if (!document.SkipStartTag())
+                ++depth;
+        }
+    }
+    return true;
+}
+
 bool HasPlainProlog(std::string_view bytes) noexcept
 {
     Characters document(bytes);
@@ -139,7 +198,9 @@ bool HasPlainProlog(std::string_view bytes) noexcept
             if (!document.SkipPast("?>"))
                 return false;
         } else {
-            return document.StartsWith("<") && !document.StartsWith("<!");
+            // A zero behind it is the rest of a character of four bytes.
+            return document.StartsWith("<") && !document.StartsWith("<!") &&
+                   !document.StartsWith(std::string_view("<\0", 2));
         }
     }
     return false;

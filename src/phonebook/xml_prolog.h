@@ -10,4 +10,8 @@ namespace qx {
 // this look. Reads no further than the root element's start.
 bool HasPlainProlog(std::string_view bytes) noexcept;
 
+// Whether no element lies deeper than the given number of elements, the root counted. A parser may need stack for each
+// level. For documents with a plain prolog; of one that is not well-formed the answer says little.
+bool NestsAtMost(std::string_view bytes, long levels) noexcept;
+
 } // namespace qx

@@ -61,6 +61,55 @@ TEST(XmlProlog, EncodingsThatCanHideMarkupAreRefused)
     EXPECT_FALSE(HasPlainProlog("\x4C\x6F\xA7\x94\x93"));
 }
 
+TEST(XmlProlog, FourBytesForACharacterAreRefusedWithAndWithoutTheirMark)
+{
+    const auto widest = [](std::string_view text, std::size_t asciiByte) {
+        std::string bytes;
+        for (const char c : text) {
+            std::string character(4, '\0');
+            character[asciiByte] = c;
+            bytes += character;
+        }
+        return bytes;
+    };
+    for (const char* const text : {"<device/>", "<?xml version='1.0'?><device/>", "<!DOCTYPE device><device/>"}) {
+        for (std::size_t asciiByte = 0; asciiByte < 4; ++asciiByte)
+            EXPECT_FALSE(HasPlainProlog(widest(text, asciiByte))) << text << asciiByte;
+        EXPECT_FALSE(HasPlainProlog("\xFF\xFE\0\0"s + widest(text, 0))) << text;
+        EXPECT_FALSE(HasPlainProlog("\0\0\xFE\xFF"s + widest(text, 3))) << text;
+    }
+}
+
+TEST(XmlProlog, EncodingsInWhichNoMarkupCanHideAreAccepted)
+{
+    for (const char* const name : {"UTF-8", "UTF-16", "UCS-2", "ISO-10646-UCS-2", "ISO-8859-15", "windows-1251",
+                                   "windows-874", "TIS-620", "KOI8-R", "koi8-u", "IBM437", "IBM852", "IBM866",
+                                   "GB18030", "EUC-KR", "ks_c_5601-1987", "Shift_JIS", "Big5"}) {
+        const std::string document = "<?xml version='1.0' encoding='" + std::string(name) + "'?><d/>";
+        EXPECT_TRUE(HasPlainProlog(document)) << name;
+        EXPECT_TRUE(HasPlainProlog("\xFF\xFE" + Wide(document, true))) << name;
+    }
+    for (const char* const name :
+         {"UTF-7", "UTF-32", "UCS-4", "IBM037", "IBM420", "IBM1047", "ISO-2022-JP", "HZ-GB-2312"})
+        EXPECT_FALSE(HasPlainProlog("<?xml version='1.0' encoding='" + std::string(name) + "'?><d/>")) << name;
+}
+
+TEST(XmlProlog, NestingIsCountedAsAParserWould)
+{
+    EXPECT_TRUE(NestsAtMost("<a/>", 1));
+    EXPECT_TRUE(NestsAtMost("<a><b/></a>", 2));
+    EXPECT_FALSE(NestsAtMost("<a><b/></a>", 1));
+    EXPECT_TRUE(NestsAtMost("<a><b/><b></b><b x='/>' y=\">\"/></a>", 2));
+    EXPECT_FALSE(NestsAtMost("<a><b x='/'><c/></b></a>", 2));
+    EXPECT_TRUE(NestsAtMost("<?xml version='1.0'?><!-- <a><a> --><a><?p <a> ?><![CDATA[<a><a>]]><!-- <a> --></a>", 1));
+    for (const bool lowByteFirst : {true, false}) {
+        EXPECT_TRUE(NestsAtMost(Wide("<a><b x='>'/></a>", lowByteFirst), 2));
+        EXPECT_FALSE(NestsAtMost(Wide("<a><b><c/></b></a>", lowByteFirst), 2));
+    }
+    for (const char* const bytes : {"", "<", "<a", "<a b='", "</", "<!--", "<![CDATA[", "<?"})
+        EXPECT_TRUE(NestsAtMost(bytes, 1)) << bytes;
+}
+
 TEST(XmlProlog, WhatIsNoDocumentIsRefused)
 {
     for (const std::string& bytes : {""s, " "s, "text"s, "<"s + "!"s, "<!--"s, "<?xml"s, "<?xml ?>"s, "<?pi"s, "\xFF"s,
