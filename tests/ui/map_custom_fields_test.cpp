@@ -365,5 +365,43 @@ TEST_F(MapCustomFields, HelpIsGivenForTheListsAndTheMapButtonOnly)
         EXPECT_EQ(topic(id), kNoTopic) << id;
 }
 
+// ---- hostile files -------------------------------------------------------------------------------------------------
+
+TEST_F(MapCustomFields, AMillionColumnsAreShownAtOnceAndTheLastOneCanBeMapped)
+{
+    constexpr int kColumns = 1000000;
+    std::vector<std::optional<std::wstring>> headers(kColumns);
+    for (int column = 1; column < kColumns; ++column) // the first one is empty
+        headers[static_cast<std::size_t>(column)] = L"c" + std::to_wstring(column);
+    Open(std::move(headers));
+    ASSERT_EQ(Ui().RowCount(IDC_MAP_SOURCE_FIELDS), kColumns - 1);
+    EXPECT_EQ(Ui().CellText(IDC_MAP_SOURCE_FIELDS, 0, 0), L"c1");
+    EXPECT_EQ(Ui().CellText(IDC_MAP_SOURCE_FIELDS, kColumns - 2, 0), L"c999999");
+    Map(kColumns - 2, kName);
+    Map(0, kFaxNumber);
+    EXPECT_EQ(Mapped(), (Texts{L"c999999", L"c1", L""}));
+    EXPECT_EQ(End(IDOK), IDOK);
+    EXPECT_EQ(context_.mapping, (Mapping{{999999, kName}, {1, kFaxNumber}}));
+}
+
+TEST_F(MapCustomFields, TypingFindsTheNextSourceFieldThatBeginsSo)
+{
+    Open({L"Name", std::nullopt, L"Fax", L"name 2", L"Company"});
+    // As the list asks when the user types; a list that owns its rows would know by itself.
+    const HWND list = Ui().Control(IDC_MAP_SOURCE_FIELDS);
+    const auto find = [list](const wchar_t* text, int from) {
+        NMLVFINDITEMW search{};
+        search.hdr = {list, IDC_MAP_SOURCE_FIELDS, static_cast<UINT>(LVN_ODFINDITEMW)};
+        search.iStart = from;
+        search.lvfi.flags = LVFI_STRING | LVFI_PARTIAL | LVFI_WRAP;
+        search.lvfi.psz = text;
+        return SendMessageW(GetParent(list), WM_NOTIFY, IDC_MAP_SOURCE_FIELDS, reinterpret_cast<LPARAM>(&search));
+    };
+    EXPECT_EQ(find(L"f", 0), 1);
+    EXPECT_EQ(find(L"NA", 1), 2);
+    EXPECT_EQ(find(L"na", 3), 0);
+    EXPECT_EQ(find(L"x", 0), -1);
+}
+
 } // namespace
 } // namespace qx

@@ -1,6 +1,7 @@
 #include "phonebook/ui/map_custom_fields_dialog.h"
 
 #include "base/dialog.h"
+#include "phonebook/ui/typed_prefix.h"
 #include "res/map_custom_fields_ids.h"
 
 #include <algorithm>
@@ -52,6 +53,14 @@ HWND SourceList(const MapCustomFieldsContext& context) noexcept
 HWND DestinationList(const MapCustomFieldsContext& context) noexcept
 {
     return GetDlgItem(context.dialog, IDC_MAP_DESTINATIONS);
+}
+
+// Of a row of the left list; empty when there is none of that number.
+const std::wstring& SourceText(const MapCustomFieldsContext& context, int row) noexcept
+{
+    static const std::wstring none;
+    const auto index = static_cast<std::size_t>(row);
+    return row >= 0 && index < context.sources.size() ? *context.headers[context.sources[index]] : none;
 }
 
 int SelectedRow(HWND list) noexcept
@@ -117,10 +126,11 @@ void FillSourceList(MapCustomFieldsContext& context)
 {
     SetUpList(context, SourceList(context), kSourceColumns);
     TrimHeaders(context.headers);
-    for (const std::optional<std::wstring>& header : context.headers) {
-        if (header && !header->empty())
-            AppendRow(SourceList(context), header->c_str());
+    for (std::size_t column = 0; column < context.headers.size(); ++column) {
+        if (const auto& header = context.headers[column]; header && !header->empty())
+            context.sources.push_back(column);
     }
+    SendMessageW(SourceList(context), LVM_SETITEMCOUNT, context.sources.size(), 0);
 }
 
 void FillDestinationList(const MapCustomFieldsContext& context)
@@ -166,10 +176,9 @@ void LeaveEarlierDestination(HWND destinations, std::wstring_view source) noexce
 void MapSelected(MapCustomFieldsContext& context)
 {
     const HWND destinations = DestinationList(context);
-    HeaderBuffer buffer;
-    const std::wstring_view source = ItemText(SourceList(context), SelectedRow(SourceList(context)), 0, buffer);
+    const std::wstring& source = SourceText(context, SelectedRow(SourceList(context)));
     LeaveEarlierDestination(destinations, source);
-    SetItemText(destinations, SelectedRow(destinations), kMappedColumn, source.data());
+    SetItemText(destinations, SelectedRow(destinations), kMappedColumn, source.c_str());
     // The company may stay out.
     EnableControl(context.dialog, IDOK,
                   IsMapped(destinations, kMappedName) && IsMapped(destinations, kMappedFaxNumber));
@@ -192,6 +201,28 @@ void Cancel(MapCustomFieldsContext& context)
 {
     context.result = 0;
     EndDialog(context.dialog, IDCANCEL);
+}
+
+// ---- the left list's questions ------------------------------------------------------------------------------------
+
+void TellText(const MapCustomFieldsContext& context, LVITEMW& item) noexcept
+{
+    if ((item.mask & LVIF_TEXT) != 0)
+        item.pszText = const_cast<wchar_t*>(SourceText(context, item.iItem).c_str()); // only read
+}
+
+// The first row, from one on and then from the top, that begins with what was typed; -1 when there is none.
+int FindTyped(const MapCustomFieldsContext& context, const NMLVFINDITEMW& search)
+{
+    const int rows = static_cast<int>(context.sources.size());
+    if ((search.lvfi.flags & (LVFI_STRING | LVFI_PARTIAL)) == 0 || search.lvfi.psz == nullptr)
+        return -1;
+    for (int i = 0; i < rows; ++i) {
+        const int row = (std::max(search.iStart, 0) + i) % rows;
+        if (MatchesTypedPrefix(SourceText(context, row), search.lvfi.psz))
+            return row;
+    }
+    return -1;
 }
 
 // ---- messages -----------------------------------------------------------------------------------------------------
@@ -226,6 +257,17 @@ std::span<const Route<MapCustomFieldsContext>> RoutesOf(const MapCustomFieldsCon
 
 INT_PTR HandleOther(MapCustomFieldsContext& context, UINT message, WPARAM w, LPARAM l)
 {
+    if (message == WM_NOTIFY && w == IDC_MAP_SOURCE_FIELDS) {
+        switch (reinterpret_cast<const NMHDR*>(l)->code) {
+        case static_cast<UINT>(LVN_GETDISPINFOW):
+            TellText(context, reinterpret_cast<NMLVDISPINFOW*>(l)->item);
+            return TRUE;
+        case static_cast<UINT>(LVN_ODFINDITEMW):
+            return Answer(context.dialog, FindTyped(context, *reinterpret_cast<const NMLVFINDITEMW*>(l)));
+        default:
+            break;
+        }
+    }
     return AnswerHelp(context, context.dialog, message, w, l, kControls);
 }
 

@@ -16,10 +16,11 @@ struct MapCustomFieldsContext : TextOwner {
     using TextOwner::TextOwner;
 
     HWND dialog = nullptr;
-    std::wstring fileName;                             // full path of the CSV file, shown to the user
-    DWORD result = 1;                                  // 0 once the user has cancelled
-    std::vector<std::optional<std::wstring>> headers;  // one per column, none for an empty one; trimmed in place
-    std::vector<FieldMapping> mapping;                 // filled by OK
+    std::wstring fileName;                            // full path of the CSV file, shown to the user
+    DWORD result = 1;                                 // 0 once the user has cancelled
+    std::vector<std::optional<std::wstring>> headers; // one per column, none for an empty one; trimmed in place
+    std::vector<std::size_t> sources;                 // the header that each row of the left list shows
+    std::vector<FieldMapping> mapping;                // filled by OK
 };
 
 // Modal. 1 after OK: the mapping is filled. 2 after Cancel.
