@@ -164,7 +164,8 @@ void FaxSheet::TakeOverButtons()
     sendButton_ = GetDlgItem(window_, kSendButton);
     helpButton_ = GetDlgItem(window_, kHelpButton);
     SetLocalizedText(content_->texts, kSendCaption.id, sendButton_, kSendCaption.fallback);
-    ImportOldAddressBookOnce(content_->faxJobPage.job->PrinterHandleCopy, *content_->faxJobPage.book);
+    if (ImportOldAddressBookOnce(content_->faxJobPage.job->PrinterHandleCopy, *content_->faxJobPage.book))
+        BroadcastPhoneBookChanged();
 }
 
 // Not every common-controls version creates pages up front, and only a created page is asked at Send.
@@ -186,9 +187,7 @@ void FaxSheet::CreateMissingPages()
 
 void FaxSheet::ReloadPhoneBook()
 {
-    PhoneBook& book = *content_->faxJobPage.book;
-    book.RemoveAll();
-    book.Load();
+    content_->faxJobPage.book->FollowChange(false);
     if (content_->faxJobPage.dialog != nullptr)
         RefreshNameBoxList(content_->faxJobPage);
 }

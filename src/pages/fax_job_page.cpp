@@ -420,8 +420,7 @@ void PickFromPhoneBook(FaxJobPage& page)
     ShowAddRecipients(page.dialog, context);
     // Whatever its result: the picker writes the record itself, and what it changed in the book is in the file.
     RefillList(page);
-    page.book->RemoveAll();
-    page.book->Load();
+    page.book->Reload();
     RefreshNameBoxList(page);
 }
 

@@ -101,22 +101,26 @@ private:
     RegistryKeySet keys_;
 };
 
-void ImportOldAddressBook(HANDLE printer, PhoneBook& book)
+// Whether there was anything to import.
+bool ImportOldAddressBook(HANDLE printer, PhoneBook& book)
 {
     const OpenKeySet keys(printer);
-    if (keys.AddressBook() != nullptr && AddOldEntries(keys.AddressBook(), book))
-        book.Save(book.GetCount());
+    if (keys.AddressBook() == nullptr || !AddOldEntries(keys.AddressBook(), book))
+        return false;
+    book.Save(book.GetCount());
+    return true;
 }
 
 } // namespace
 
-void ImportOldAddressBookOnce(HANDLE sessionPrinter, PhoneBook& book)
+bool ImportOldAddressBookOnce(HANDLE sessionPrinter, PhoneBook& book)
 {
     const UniquePrinter printer = OpenWithAllAccess(PublishedName(sessionPrinter));
     if (!printer || !LacksVersion(printer.Get()))
-        return;
-    ImportOldAddressBook(sessionPrinter, book);
+        return false;
+    const bool imported = ImportOldAddressBook(sessionPrinter, book);
     WriteVersion(printer.Get());
+    return imported;
 }
 
 } // namespace qx

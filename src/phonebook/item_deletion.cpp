@@ -47,15 +47,20 @@ public:
         TakeFromGroups(AsEntry(items_[found->position]) != nullptr ? id : kNoId);
     }
 
+    // What is left, and the groups changed: all of it, or, when memory is short, nothing.
     std::vector<PhoneBookItem*> Finish()
     {
         std::vector<PhoneBookItem*> kept;
+        std::vector<std::pair<PhoneBookGroup*, std::vector<DWORD>>> changed;
         for (std::size_t i = 0; i < items_.size(); ++i) {
-            if (PhoneBookGroup* const group = AsGroup(items_[i]))
-                WriteMembers(*group, i);
+            PhoneBookGroup* const group = AsGroup(items_[i]);
+            if (group != nullptr && group->MemberIds().size() != members_[i])
+                changed.emplace_back(group, MembersLeft(*group, i));
             if (present_[i])
                 kept.push_back(items_[i]);
         }
+        for (auto& [group, ids] : changed)
+            group->SetMemberIds(std::move(ids));
         return kept;
     }
 
@@ -115,20 +120,17 @@ private:
         }
     }
 
-    void WriteMembers(PhoneBookGroup& group, std::size_t position)
+    std::vector<DWORD> MembersLeft(const PhoneBookGroup& group, std::size_t position)
     {
-        const auto before = group.MemberIds();
-        if (before.size() == members_[position])
-            return;
-        const std::vector<DWORD> ids(before.begin(), before.end());
-        group.ClearMemberIds();
-        for (const DWORD id : ids) {
+        std::vector<DWORD> left;
+        for (const DWORD id : group.MemberIds()) {
             const auto membership = FirstMembership({id, position});
             if (membership->taken != 0)
                 --membership->taken;
             else
-                group.AddMemberId(id);
+                left.push_back(id);
         }
+        return left;
     }
 
     std::span<PhoneBookItem* const> items_;

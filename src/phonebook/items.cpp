@@ -4,6 +4,7 @@
 #include "phonebook/phone_book.h"
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
 #include <new>
 #include <utility>
@@ -15,12 +16,22 @@ namespace {
 // An entry is what the driver reads as FaxRecipient; the fields' order is tested, their extent is settled here.
 static_assert(sizeof(PhoneBookEntry) == sizeof(FaxRecipient));
 
-void ReplaceText(wchar_t*& field, const wchar_t* text) noexcept
+struct TextDeleter {
+    void operator()(wchar_t* text) const noexcept { HeapRelease(text); }
+};
+using OwnedText = std::unique_ptr<wchar_t, TextDeleter>;
+
+OwnedText CopyOf(const wchar_t* text)
 {
-    // The new copy first: the text may be the field's own.
-    wchar_t* const copy = HeapText(text);
-    HeapRelease(field);
-    field = copy;
+    OwnedText copy(HeapText(text));
+    if (copy == nullptr)
+        throw std::bad_alloc();
+    return copy;
+}
+
+void Replace(wchar_t*& field, OwnedText text) noexcept
+{
+    HeapRelease(std::exchange(field, text.release()));
 }
 
 bool SameBuffer(const wchar_t* a, const wchar_t* b) noexcept
@@ -49,6 +60,13 @@ bool Compares(const PhoneBookEntry& a, const PhoneBookEntry& b, int wanted) noex
     return false;
 }
 
+UniqueItem<PhoneBookEntry> MakeCopy(const PhoneBookEntry& entry)
+{
+    UniqueItem<PhoneBookEntry> copy(new PhoneBookEntry);
+    copy->CopyFrom(entry);
+    return copy;
+}
+
 } // namespace
 
 PhoneBookEntry::~PhoneBookEntry()
@@ -62,43 +80,47 @@ const wchar_t* PhoneBookEntry::GetName() const noexcept
 {
     return OrEmpty(name_);
 }
-void PhoneBookEntry::SetName(const wchar_t* text) noexcept
+void PhoneBookEntry::SetName(const wchar_t* text)
 {
-    ReplaceText(name_, text);
+    Replace(name_, CopyOf(text));
 }
-void PhoneBookEntry::SetFaxNumber(const wchar_t* text) noexcept
+void PhoneBookEntry::SetFaxNumber(const wchar_t* text)
 {
-    ReplaceText(faxNumber_, text);
+    Replace(faxNumber_, CopyOf(text));
 }
-void PhoneBookEntry::SetCompany(const wchar_t* text) noexcept
+void PhoneBookEntry::SetCompany(const wchar_t* text)
 {
-    ReplaceText(company_, text);
+    Replace(company_, CopyOf(text));
 }
 
-void PhoneBookEntry::CopyFrom(const PhoneBookEntry& other) noexcept
+void PhoneBookEntry::CopyFrom(const PhoneBookEntry& other)
 {
     if (SameBuffer(name_, other.name_) || SameBuffer(faxNumber_, other.faxNumber_) ||
         SameBuffer(company_, other.company_))
         return;
-    SetName(other.name_);
-    SetFaxNumber(other.faxNumber_);
-    SetCompany(other.company_);
+    OwnedText name = CopyOf(other.name_);
+    OwnedText faxNumber = CopyOf(other.faxNumber_);
+    OwnedText company = CopyOf(other.company_);
+    Replace(name_, std::move(name));
+    Replace(faxNumber_, std::move(faxNumber));
+    Replace(company_, std::move(company));
     id_ = other.id_;
 }
 
 PhoneBookGroup::~PhoneBookGroup()
 {
     HeapRelease(name_);
-    DestroyMembers();
+    for (PhoneBookItem* const member : members_)
+        DestroyItem(member);
 }
 
 const wchar_t* PhoneBookGroup::GetName() const noexcept
 {
     return OrEmpty(name_);
 }
-void PhoneBookGroup::SetName(const wchar_t* text) noexcept
+void PhoneBookGroup::SetName(const wchar_t* text)
 {
-    ReplaceText(name_, text);
+    Replace(name_, CopyOf(text));
 }
 
 bool PhoneBookGroup::RemoveMemberId(DWORD id) noexcept
@@ -121,14 +143,18 @@ void PhoneBookGroup::CopyFrom(const PhoneBookGroup& other)
 {
     if (this == &other || SameBuffer(name_, other.name_))
         return;
-    SetName(other.name_);
-    id_ = other.id_;
-    memberIds_ = other.memberIds_;
-    DestroyMembers();
+    PhoneBookGroup copy;
+    copy.SetName(other.name_);
+    copy.id_ = other.id_;
+    copy.memberIds_ = other.memberIds_;
     for (const PhoneBookItem* const member : other.members_) {
         if (const PhoneBookEntry* const entry = AsEntry(member))
-            AddCopy(*entry);
+            copy.AddMember(MakeCopy(*entry).release());
     }
+    std::swap(name_, copy.name_);
+    id_ = copy.id_;
+    memberIds_.swap(copy.memberIds_);
+    members_.swap(copy.members_);
 }
 
 void PhoneBookGroup::ResolveMembers(const PhoneBook& book)
@@ -137,22 +163,8 @@ void PhoneBookGroup::ResolveMembers(const PhoneBook& book)
         return;
     for (const DWORD id : memberIds_) {
         if (const PhoneBookEntry* const entry = book.FindEntry(id))
-            AddCopy(*entry);
+            AddMember(MakeCopy(*entry).release());
     }
-}
-
-void PhoneBookGroup::AddCopy(const PhoneBookEntry& entry)
-{
-    UniqueItem<PhoneBookEntry> copy(new PhoneBookEntry);
-    copy->CopyFrom(entry);
-    AddMember(copy.release());
-}
-
-void PhoneBookGroup::DestroyMembers() noexcept
-{
-    for (PhoneBookItem* const member : members_)
-        DestroyItem(member);
-    members_.clear();
 }
 
 PhoneBookEntry* AsEntry(PhoneBookItem* item) noexcept
@@ -223,8 +235,7 @@ try {
     entry->SetFaxNumber(faxNumber);
     entry->SetCompany(company);
     entry->SetId(id);
-    const bool complete = entry->Name() != nullptr && entry->FaxNumber() != nullptr && entry->Company() != nullptr;
-    return complete ? entry.release() : nullptr;
+    return entry.release();
 } catch (const std::bad_alloc&) {
     return nullptr;
 }
@@ -257,6 +268,50 @@ void ItemStore::Discard(PhoneBookItem* item) noexcept
         return;
     items_.erase(std::prev(found.base()));
     DestroyItem(item);
+}
+
+void ItemStore::DiscardReplaced(std::span<PhoneBookItem* const> items) noexcept
+try {
+    std::vector<PhoneBookItem*> freed(items.begin(), items.end());
+    std::sort(freed.begin(), freed.end(), std::less<>());
+    freed.erase(std::unique(freed.begin(), freed.end()), freed.end());
+    for (const PhoneBookItem* const item : kept_) {
+        const auto found = std::lower_bound(freed.begin(), freed.end(), item, std::less<>());
+        if (found == freed.end() || *found != item)
+            continue;
+        if (std::find(replacedButKept_.begin(), replacedButKept_.end(), item) == replacedButKept_.end())
+            replacedButKept_.push_back(*found);
+        freed.erase(found);
+    }
+    std::erase_if(items_, [&freed](PhoneBookItem* item) {
+        const bool found = std::binary_search(freed.begin(), freed.end(), item, std::less<>());
+        if (found)
+            DestroyItem(item);
+        return found;
+    });
+} catch (const std::bad_alloc&) {
+}
+
+KeptItem::KeptItem(ItemStore& store, PhoneBookItem* item) : store_(store), item_(item)
+{
+    store_.kept_.push_back(item_);
+}
+
+KeptItem::~KeptItem()
+{
+    auto& kept = store_.kept_;
+    kept.erase(std::find(kept.begin(), kept.end(), item_));
+    auto& replaced = store_.replacedButKept_;
+    const auto found = std::find(replaced.begin(), replaced.end(), item_);
+    if (found == replaced.end() || std::find(kept.begin(), kept.end(), item_) != kept.end())
+        return;
+    replaced.erase(found);
+    store_.Discard(item_);
+}
+
+void KeptItem::TakenBack() noexcept
+{
+    std::erase(store_.replacedButKept_, item_);
 }
 
 } // namespace qx

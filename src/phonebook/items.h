@@ -7,6 +7,7 @@
 #include <memory>
 #include <qxfax/send_fax.h>
 #include <span>
+#include <utility>
 #include <vector>
 #include <windows.h>
 
@@ -46,14 +47,15 @@ public:
     const wchar_t* FaxNumber() const noexcept { return faxNumber_; }
     const wchar_t* Company() const noexcept { return company_; }
 
-    // A null or empty text is stored as an owned empty one. No length limit.
-    void SetName(const wchar_t* text) noexcept;
-    void SetFaxNumber(const wchar_t* text) noexcept;
-    void SetCompany(const wchar_t* text) noexcept;
+    // A null or empty text is stored as an owned empty one. No length limit. They throw std::bad_alloc, with the old
+    // text in place: an entry never holds one person's name and another one's number for want of memory.
+    void SetName(const wchar_t* text);
+    void SetFaxNumber(const wchar_t* text);
+    void SetCompany(const wchar_t* text);
     void SetId(DWORD id) noexcept { id_ = id; }
 
-    // The three texts and the id; nothing when both share a text buffer.
-    void CopyFrom(const PhoneBookEntry& other) noexcept;
+    // The three texts and the id; nothing when both share a text buffer. Throws std::bad_alloc, with nothing changed.
+    void CopyFrom(const PhoneBookEntry& other);
 
 private:
     wchar_t* name_ = nullptr;
@@ -75,26 +77,24 @@ public:
     DWORD GetId() const noexcept override { return id_; }
 
     const wchar_t* Name() const noexcept { return name_; } // null until first set
-    void SetName(const wchar_t* text) noexcept;
+    void SetName(const wchar_t* text); // throws std::bad_alloc, with the old name in place
     void SetId(DWORD id) noexcept { id_ = id; }
 
     std::span<const DWORD> MemberIds() const noexcept { return memberIds_; } // insertion order
     void AddMemberId(DWORD id) { memberIds_.push_back(id); }
     bool RemoveMemberId(DWORD id) noexcept; // the first occurrence; false when there is none
-    void ClearMemberIds() noexcept { memberIds_.clear(); }
+    void SetMemberIds(std::vector<DWORD> ids) noexcept { memberIds_ = std::move(ids); }
 
     std::span<PhoneBookItem* const> Members() const noexcept { return members_; }
     void AddMember(PhoneBookEntry* entry); // takes ownership
 
-    // Name, id, member ids and copies of the member entries (not of member groups).
+    // Name, id, member ids and copies of the member entries (not of member groups). Throws std::bad_alloc, with nothing
+    // changed.
     void CopyFrom(const PhoneBookGroup& other);
     // Only for a group without member entries: fills them with copies of the book's entries that the ids name.
     void ResolveMembers(const PhoneBook& book);
 
 private:
-    void AddCopy(const PhoneBookEntry& entry);
-    void DestroyMembers() noexcept;
-
     std::vector<DWORD> memberIds_;
     wchar_t* name_ = nullptr;
     DWORD id_ = 0;
@@ -129,7 +129,8 @@ const PhoneBookEntry* AsEntry(const FaxRecipient* recipient) noexcept;
 PhoneBookEntry* MakeRecipient(const wchar_t* name, const wchar_t* faxNumber, const wchar_t* company,
                               DWORD id = 0) noexcept;
 
-// Owns every item made during a session, until the session ends: the book, the lists and the dialogs only point.
+// Owns every item made during a session, until it is discarded or the session ends: the book, the lists and the dialogs
+// only point.
 class ItemStore {
 public:
     ItemStore() = default;
@@ -141,9 +142,33 @@ public:
     PhoneBookGroup* NewGroup();
     // Frees an item that nobody points at any more, such as a refused duplicate.
     void Discard(PhoneBookItem* item) noexcept;
+    // Frees the items that a reload of the book has replaced, but for those that somebody keeps. May leave all of them
+    // to the end of the session when memory is short.
+    void DiscardReplaced(std::span<PhoneBookItem* const> items) noexcept;
 
 private:
-    std::vector<PhoneBookItem*> items_; // in the order of their making
+    friend class KeptItem;
+
+    std::vector<PhoneBookItem*> items_;          // in the order of their making
+    std::vector<const PhoneBookItem*> kept_;     // once for each keeper
+    std::vector<PhoneBookItem*> replacedButKept_; // to be freed with their last keeper
+};
+
+// Keeps an item of the book for a dialog that works on it, while the book may be reloaded beneath. Throws
+// std::bad_alloc.
+class KeptItem {
+public:
+    KeptItem(ItemStore& store, PhoneBookItem* item);
+    ~KeptItem();
+    KeptItem(const KeptItem&) = delete;
+    KeptItem& operator=(const KeptItem&) = delete;
+
+    // The item is in the book again, although a reload had replaced it.
+    void TakenBack() noexcept;
+
+private:
+    ItemStore& store_;
+    PhoneBookItem* const item_;
 };
 
 } // namespace qx

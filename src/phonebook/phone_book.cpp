@@ -39,31 +39,80 @@ void PhoneBook::SetPrinter(HANDLE printer) noexcept
     printer_ = printer;
 }
 
+// While a load or a save is under way, items that a reload replaces are not freed: messages that are answered meanwhile
+// may reload the book whose items are being written.
+class PhoneBook::Busy {
+public:
+    explicit Busy(PhoneBook& book) noexcept : book_(book) { ++book_.busy_; }
+    ~Busy() { --book_.busy_; }
+    Busy(const Busy&) = delete;
+    Busy& operator=(const Busy&) = delete;
+
+private:
+    PhoneBook& book_;
+};
+
 BOOL PhoneBook::Load() noexcept
 {
     return Guarded<BOOL>(TRUE, [this]() -> BOOL {
+        const Busy busy(*this);
         if (filePath_.empty())
             BuildFilePath();
-        keepUnreadable_ = true; // unless the load comes to its end
+        keepOld_ = true; // unless the load comes to its end
+        const bool wasEmpty = items_.empty();
+        const unsigned loadsBefore = loads_;
         const LoadedPhoneBook loaded = LoadPhoneBookFile(filePath_, store_);
+        const BOOL result = loaded.outcome == LoadOutcome::Read || loaded.outcome == LoadOutcome::NotUnderstood;
+        if (loads_ != loadsBefore) { // a later load has come first
+            store_.DiscardReplaced(loaded.items);
+            return result;
+        }
+        items_.reserve(items_.size() + loaded.items.size());
+        RaiseNextId(loaded);
         for (PhoneBookItem* const item : loaded.items)
             Add(item);
-        RaiseNextId(loaded.largestId);
-        keepUnreadable_ = loaded.outcome == LoadOutcome::NotUnderstood || loaded.outcome == LoadOutcome::NotReadable;
-        return loaded.outcome == LoadOutcome::Read || loaded.outcome == LoadOutcome::NotUnderstood;
+        keepOld_ = loaded.outcome != LoadOutcome::Read || loaded.dropped;
+        if (wasEmpty && result)
+            stamp_ = loaded.stamp;
+        ++loads_;
+        return result;
     });
 }
 
 BOOL PhoneBook::Save(DWORD count) noexcept
 {
     Guarded([&] {
+        const Busy busy(*this);
         if (filePath_.empty())
             BuildFilePath();
-        const std::size_t saved = std::min<std::size_t>(count, items_.size());
-        if (SavePhoneBookFile(filePath_, std::span(items_).first(saved), keepUnreadable_))
-            keepUnreadable_ = false;
+        const auto end = items_.begin() + static_cast<std::ptrdiff_t>(std::min<std::size_t>(count, items_.size()));
+        const std::vector<PhoneBookItem*> saved(items_.begin(), end);
+        if (SavePhoneBookFile(filePath_, saved, keepOld_))
+            keepOld_ = false;
     });
     return TRUE;
+}
+
+void PhoneBook::Reload()
+{
+    const std::vector<PhoneBookItem*> replaced = items_;
+    RemoveAll();
+    Load();
+    if (busy_ == 0)
+        store_.DiscardReplaced(replaced);
+}
+
+void PhoneBook::FollowChange(bool sorted)
+{
+    if (!HoldsTheFile())
+        Reload();
+    if (sorted)
+        Sort(TRUE);
+}
+
+bool PhoneBook::HoldsTheFile() const noexcept
+{
+    return stamp_.has_value() && StampOf(filePath_) == stamp_;
 }
 
 BOOL PhoneBook::Add(PhoneBookItem* item)
@@ -71,7 +120,7 @@ BOOL PhoneBook::Add(PhoneBookItem* item)
     if (item == nullptr)
         return TRUE;
     items_.push_back(item);
-    ForgetIndex();
+    Changed();
     return TRUE;
 }
 
@@ -90,7 +139,7 @@ BOOL PhoneBook::Delete(DWORD index)
         group->RemoveMemberId(memberId);
         return group->MemberIds().empty();
     });
-    ForgetIndex();
+    Changed();
     return TRUE;
 }
 
@@ -98,7 +147,7 @@ BOOL PhoneBook::SetAt(DWORD index, PhoneBookItem* item) noexcept
 {
     if (item != nullptr && index < items_.size()) {
         items_[index] = item;
-        ForgetIndex();
+        Changed();
     }
     return TRUE;
 }
@@ -122,7 +171,7 @@ void PhoneBook::Destroy() noexcept
 void PhoneBook::RemoveAll() noexcept
 {
     items_.clear();
-    ForgetIndex();
+    Changed();
 }
 
 BOOL PhoneBook::Sort(BOOL ascending)
@@ -137,15 +186,33 @@ DWORD PhoneBook::NextId() noexcept
 {
     if (nextId_ < std::numeric_limits<LONG>::max())
         return static_cast<DWORD>(nextId_++);
-    while (std::any_of(items_.begin(), items_.end(), [this](const auto* item) { return item->GetId() == nextGap_; }))
+    while (std::binary_search(takenIds_.begin(), takenIds_.end(), nextGap_))
         ++nextGap_;
     return nextGap_++;
 }
 
-void PhoneBook::RaiseNextId(LONG id) noexcept
+void PhoneBook::RaiseNextId(const LoadedPhoneBook& loaded)
 {
-    if (id >= nextId_)
-        nextId_ = id < std::numeric_limits<LONG>::max() ? id + 1 : id;
+    if (loaded.largestId >= nextId_)
+        nextId_ = std::min(loaded.largestId, std::numeric_limits<LONG>::max() - 1) + 1;
+    if (nextId_ < std::numeric_limits<LONG>::max())
+        return;
+    for (const PhoneBookItem* const item : loaded.items) {
+        takenIds_.push_back(item->GetId());
+        if (const PhoneBookGroup* const group = AsGroup(item))
+            takenIds_.insert(takenIds_.end(), group->MemberIds().begin(), group->MemberIds().end());
+    }
+    std::sort(takenIds_.begin(), takenIds_.end());
+    takenIds_.erase(std::unique(takenIds_.begin(), takenIds_.end()), takenIds_.end());
+}
+
+bool PhoneBook::IsTaken(DWORD id) const noexcept
+{
+    return std::any_of(items_.begin(), items_.end(), [id](const PhoneBookItem* item) {
+        const PhoneBookGroup* const group = AsGroup(item);
+        return item->GetId() == id ||
+               (group != nullptr && std::ranges::find(group->MemberIds(), id) != group->MemberIds().end());
+    });
 }
 
 void PhoneBook::BuildFilePath()
@@ -198,10 +265,16 @@ void PhoneBook::ForgetIndex() noexcept
     walkedSinceChange_ = false;
 }
 
+void PhoneBook::Changed() noexcept
+{
+    ForgetIndex();
+    stamp_.reset();
+}
+
 void PhoneBook::DeleteIds(std::span<const DWORD> ids)
 {
     DeleteItems(items_, ids);
-    ForgetIndex();
+    Changed();
 }
 
 bool PhoneBook::HoldsSameEntry(const PhoneBookEntry& entry) const noexcept
@@ -214,8 +287,7 @@ bool PhoneBook::HoldsSameEntry(const PhoneBookEntry& entry) const noexcept
 
 void ReloadSorted(PhoneBook& book)
 {
-    book.RemoveAll();
-    book.Load();
+    book.Reload();
     book.Sort(TRUE);
 }
 

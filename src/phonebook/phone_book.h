@@ -1,14 +1,18 @@
 // The personal phone book: entries and groups in an order of their own, kept in one XML file per user.
 #pragma once
 
+#include "phonebook/file_replacement.h"
 #include "phonebook/items.h"
 
+#include <optional>
 #include <string>
 #include <winspool.h>
 
 #undef SetPrinter // the spooler's macro would rename the operation below in those files that see it
 
 namespace qx {
+
+struct LoadedPhoneBook;
 
 // Limit of the whole book, entries and groups together. The container itself has none.
 inline constexpr DWORD kMaxPhoneBookItems = 10000;
@@ -23,8 +27,10 @@ public:
     virtual void Reserved() noexcept; // keeps its slot
     virtual void SetPrinter(HANDLE printer) noexcept;
     // 0 when there is no readable file; 1 otherwise, also when the file could not be understood and nothing was added.
+    // While it reads, messages may be answered: when one of them loads the book, that is what the book then holds.
     virtual BOOL Load() noexcept;
-    // Writes the first count items. Always 1.
+    // Writes the first count items. Always 1. A file that the last load did not see whole is copied before it is
+    // replaced.
     virtual BOOL Save(DWORD count) noexcept;
     virtual BOOL Add(PhoneBookItem* item);
     // Drops the item at index, its id from every group (first occurrence), and every group without member ids.
@@ -42,6 +48,14 @@ public:
     std::span<PhoneBookItem* const> Items() const noexcept { return items_; }
     const std::wstring& FilePath() const noexcept { return filePath_; }
 
+    // RemoveAll and Load. The items that were in the book are freed, but for those that a KeptItem keeps.
+    void Reload();
+    // Reload, and, when sorted, Sort ascending; nothing is read when the book is as a load has left it and the file has
+    // not changed since: every list of a thread is told of a change, and the first one reads it for all.
+    void FollowChange(bool sorted);
+
+    // Whether an item of the book has that id, or a group names it.
+    bool IsTaken(DWORD id) const noexcept;
     // First item (first entry) with that id, or null. One call is as fast as a walk; many calls between changes of
     // the book share an index, so an item keeps its id while it is in the book.
     PhoneBookItem* FindItem(DWORD id) const;
@@ -53,6 +67,7 @@ public:
     bool HoldsSameEntry(const PhoneBookEntry& entry) const noexcept;
 
 private:
+    class Busy;
     struct Place {
         DWORD id = 0;
         DWORD index = 0;
@@ -68,21 +83,27 @@ private:
     template <class Wanted> PhoneBookItem* FindFirst(DWORD id, Wanted wanted) const;
     void IndexIds() const;
     void ForgetIndex() noexcept;
-    void RaiseNextId(LONG id) noexcept;
+    void Changed() noexcept;
+    void RaiseNextId(const LoadedPhoneBook& loaded);
+    bool HoldsTheFile() const noexcept;
 
     ItemStore& store_;
     std::vector<PhoneBookItem*> items_;
     HANDLE printer_ = nullptr;
     LONG nextId_ = 0;
     DWORD nextGap_ = 0;
+    std::vector<DWORD> takenIds_; // of the file, sorted, once its largest id is the largest there is
     std::wstring filePath_;
-    bool keepUnreadable_ = false; // the file was there and could not be understood: it is copied before it is replaced
+    bool keepOld_ = true; // nobody has seen all that is in the file: it is copied before it is replaced
+    std::optional<FileStamp> stamp_; // of the file that the book is, unchanged
+    unsigned loads_ = 0;             // that have come to their end
+    unsigned busy_ = 0;              // loads and saves that are under way
 
     mutable std::vector<Place> index_; // by id, then by place in the book; empty when not made
     mutable bool walkedSinceChange_ = false;
 };
 
-// The reload sequence of every list that shows the book: RemoveAll, Load, Sort ascending.
+// The reload sequence of every list that shows the book: Reload, Sort ascending.
 void ReloadSorted(PhoneBook& book);
 
 } // namespace qx

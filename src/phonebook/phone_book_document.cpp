@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 namespace qx {
 
@@ -15,6 +16,9 @@ constexpr CLSID kDocumentClass = {0x2933BF90, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00,
 constexpr IID kDocumentInterface = {0x2933BF81, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
 
 constexpr IID kNewerDocumentInterface = {0x2933BF95, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
+
+// A phone book's own elements nest eight deep.
+constexpr LONG kDeepestElement = 256;
 
 constexpr wchar_t kDevice[] = L"device";
 constexpr std::string_view kEndTag = "</device>";
@@ -44,21 +48,47 @@ bool IsComplete(const std::wstring& path)
 }
 
 // Nothing outside the document is fetched, and nothing in it can grow: without a document type there are no entities,
-// and a parser that can refuse document types is told to.
-void Confine(IXMLDOMDocument& document)
+// and a parser that can refuse document types and deep nesting is told to. Those that cannot are not relied on.
+bool Confine(IXMLDOMDocument& document)
 {
-    document.put_async(VARIANT_FALSE);
-    document.put_validateOnParse(VARIANT_FALSE);
-    document.put_resolveExternals(VARIANT_FALSE);
-
+    if (document.put_async(VARIANT_FALSE) != S_OK || document.put_validateOnParse(VARIANT_FALSE) != S_OK ||
+        document.put_resolveExternals(VARIANT_FALSE) != S_OK)
+        return false;
     ComPtr<IXMLDOMDocument2> newer;
     if (document.QueryInterface(kNewerDocumentInterface, reinterpret_cast<void**>(newer.Receive())) == S_OK) {
-        VARIANT yes;
-        yes.vt = VT_BOOL;
-        yes.boolVal = VARIANT_TRUE;
-        newer->setProperty(MakeBstr(L"ProhibitDTD").Get(), yes);
+        VARIANT value;
+        value.vt = VT_BOOL;
+        value.boolVal = VARIANT_TRUE;
+        newer->setProperty(MakeBstr(L"ProhibitDTD").Get(), value);
+        value.vt = VT_I4;
+        value.lVal = kDeepestElement;
+        newer->setProperty(MakeBstr(L"MaxElementDepth").Get(), value);
     }
+    return true;
 }
+
+constexpr DWORD kNotInUse = ERROR_WRITE_FAULT;
+
+// Why the DOM did not save onto a file, as far as waiting may help. Not every DOM says; the file itself is asked then,
+// and once it is tried again anyway: it may be free by now.
+class SaveError {
+public:
+    explicit SaveError(const std::wstring& path) noexcept : path_(path) {}
+
+    DWORD Of(HRESULT result)
+    {
+        if (HRESULT_FACILITY(result) == FACILITY_WIN32 || HRESULT_FACILITY(result) == FACILITY_STORAGE)
+            return static_cast<DWORD>(HRESULT_CODE(result));
+        const UniqueFile file(CreateFileW(path_.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+        if (!file)
+            return GetLastError();
+        return std::exchange(triedAgain_, true) ? kNotInUse : DWORD{ERROR_SHARING_VIOLATION};
+    }
+
+private:
+    const std::wstring& path_;
+    bool triedAgain_ = false;
+};
 
 } // namespace
 
@@ -72,9 +102,8 @@ PhoneBookDocument::PhoneBookDocument() noexcept
 // not taken for an address, and large files do not take quadratic time.
 bool PhoneBookDocument::Read(const std::string& bytes)
 {
-    if (!document_ || !HasPlainProlog(bytes))
+    if (!document_ || !HasPlainProlog(bytes) || !NestsAtMost(bytes, kDeepestElement) || !Confine(*document_.Get()))
         return false;
-    Confine(*document_.Get());
     VARIANT_BOOL loaded = VARIANT_FALSE;
     return document_->load(Variant(bytes).Get(), &loaded) == S_OK &&
            document_->selectSingleNode(MakeBstr(kPhoneBookPath).Get(), phoneBook_.Receive()) == S_OK;
@@ -100,13 +129,21 @@ bool PhoneBookDocument::Begin()
 bool PhoneBookDocument::Save(const std::wstring& path)
 {
     const UniqueBstr text = MakeBstr(path);
-    return document_->save(Variant::Borrowed(text)) == S_OK && IsComplete(path);
+    SaveError error(path);
+    const bool saved = RetryWhileInUse([&] {
+        const HRESULT result = document_->save(Variant::Borrowed(text));
+        if (result != S_OK)
+            SetLastError(error.Of(result));
+        return result == S_OK;
+    });
+    return saved && IsComplete(path);
 }
 
 ComPtr<IXMLDOMElement> PhoneBookDocument::CreateElement(const UniqueBstr& name)
 {
     ComPtr<IXMLDOMElement> element;
-    document_->createElement(name.Get(), element.Receive());
+    if (document_->createElement(name.Get(), element.Receive()) != S_OK)
+        element.Reset();
     return element;
 }
 
@@ -124,8 +161,8 @@ ComPtr<IXMLDOMNode> PhoneBookDocument::AppendNewElement(IXMLDOMNode* parent, con
 {
     const ComPtr<IXMLDOMElement> element = CreateElement(MakeBstr(name));
     ComPtr<IXMLDOMNode> appended;
-    if (parent != nullptr && element)
-        parent->appendChild(element.Get(), appended.Receive());
+    if (parent != nullptr && element && parent->appendChild(element.Get(), appended.Receive()) != S_OK)
+        appended.Reset();
     return appended;
 }
 

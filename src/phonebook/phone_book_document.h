@@ -26,11 +26,11 @@ public:
     PhoneBookDocument() noexcept;
 
     // Parses a document without touching anything outside it, and finds the phone book in it. False when there is
-    // none to be found.
+    // none to be found, or when the document nests deeper than any phone book.
     bool Read(const std::string& bytes);
     // Starts a document with an empty phone book.
     bool Begin();
-    // False also when the file did not take the whole document.
+    // Waits a moment for others to let go of the file. False also when the file did not take the whole document.
     bool Save(const std::wstring& path);
 
     IXMLDOMNode* PhoneBookNode() const noexcept { return phoneBook_.Get(); }

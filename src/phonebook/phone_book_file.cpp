@@ -2,7 +2,6 @@
 
 #include "base/text.h"
 #include "phonebook/file_guard.h"
-#include "phonebook/file_replacement.h"
 #include "phonebook/item_id.h"
 #include "phonebook/phone_book_document.h"
 #include "phonebook/xml_text.h"
@@ -16,89 +15,109 @@ namespace {
 
 // Reading
 
-// Calls visit(node) for each child, in order. By nextNode: fetching children by index takes quadratic time.
-template <class Visit> void ForEachChild(IXMLDOMNode& parent, Visit visit)
-{
-    ComPtr<IXMLDOMNodeList> children;
-    long count = 0;
-    if (parent.get_childNodes(children.Receive()) != S_OK || children->reset() != S_OK ||
-        children->get_length(&count) != S_OK)
-        return;
-    for (long i = 0; i < count; ++i) {
+// Walks a document. Every call is expected to succeed: once one has not, the walk is not complete, whatever comes after.
+class Walk {
+public:
+    bool Complete() const noexcept { return complete_; }
+
+    // Calls visit(node) for each child, in order. By nextNode: fetching children by index takes quadratic time.
+    template <class Visit> void ForEachChild(IXMLDOMNode& parent, Visit visit)
+    {
+        ComPtr<IXMLDOMNodeList> children;
+        long count = 0;
+        if (!Done(parent.get_childNodes(children.Receive())) || !Done(children->reset()) ||
+            !Done(children->get_length(&count)))
+            return;
+        for (long i = 0; i < count; ++i) {
+            ComPtr<IXMLDOMNode> child;
+            if (Done(children->nextNode(child.Receive())))
+                visit(*child.Get());
+        }
+    }
+
+    // Calls visit(name, text) for each attribute.
+    template <class Visit> void ForEachAttribute(IXMLDOMNode& element, Visit visit)
+    {
+        ComPtr<IXMLDOMNamedNodeMap> attributes;
+        long count = 0;
+        if (!Done(element.get_attributes(attributes.Receive())) || !Done(attributes->get_length(&count)))
+            return;
+        for (long i = 0; i < count; ++i) {
+            ComPtr<IXMLDOMNode> attribute;
+            Variant value;
+            if (Done(attributes->get_item(i, attribute.Receive())) && Done(attribute->get_nodeValue(value.Receive())))
+                visit(View(NameOf(*attribute.Get())), value.Text());
+        }
+    }
+
+    UniqueBstr NameOf(IXMLDOMNode& node)
+    {
+        UniqueBstr name;
+        Done(node.get_nodeName(name.Receive()));
+        return name;
+    }
+
+    // The only child; null when there are none or several.
+    ComPtr<IXMLDOMNode> OnlyChild(IXMLDOMNode& parent, long& count)
+    {
+        ComPtr<IXMLDOMNodeList> children;
         ComPtr<IXMLDOMNode> child;
-        if (children->nextNode(child.Receive()) == S_OK)
-            visit(*child.Get());
+        if (Done(parent.get_childNodes(children.Receive())) && Done(children->get_length(&count)) && count == 1)
+            Done(children->get_item(0, child.Receive()));
+        return child;
     }
-}
 
-UniqueBstr NameOf(IXMLDOMNode& node)
-{
-    UniqueBstr name;
-    node.get_nodeName(name.Receive());
-    return name;
-}
-
-// Calls visit(name, text) for each attribute.
-template <class Visit> void ForEachAttribute(IXMLDOMNode& element, Visit visit)
-{
-    ComPtr<IXMLDOMNamedNodeMap> attributes;
-    long count = 0;
-    if (element.get_attributes(attributes.Receive()) != S_OK || attributes->get_length(&count) != S_OK)
-        return;
-    for (long i = 0; i < count; ++i) {
-        ComPtr<IXMLDOMNode> attribute;
+    // The text of a node's first child; none when that is not a text.
+    std::optional<std::wstring> FirstText(IXMLDOMNode& node)
+    {
+        ComPtr<IXMLDOMNode> text;
+        DOMNodeType type = NODE_INVALID;
         Variant value;
-        if (attributes->get_item(i, attribute.Receive()) == S_OK && attribute->get_nodeValue(value.Receive()) == S_OK)
-            visit(View(NameOf(*attribute.Get())), value.Text());
+        const HRESULT found = node.get_firstChild(text.Receive());
+        if (found == S_FALSE) // it has no children
+            return std::nullopt;
+        if (!Done(found) || !Done(text->get_nodeType(&type)) || type != NODE_TEXT ||
+            !Done(text->get_nodeValue(value.Receive())))
+            return std::nullopt;
+        return value.Text();
     }
-}
 
-// The text of a member id's element: only when that is its first child.
-std::optional<DWORD> ReadMemberId(IXMLDOMNode& element)
-{
-    ComPtr<IXMLDOMNode> text;
-    DOMNodeType type = NODE_INVALID;
-    Variant value;
-    if (View(NameOf(element)) != xml::kMemberId || element.get_firstChild(text.Receive()) != S_OK ||
-        text->get_nodeType(&type) != S_OK || type != NODE_TEXT || text->get_nodeValue(value.Receive()) != S_OK)
-        return std::nullopt;
-    return ParseId(value.Text());
-}
+private:
+    bool Done(HRESULT result) noexcept
+    {
+        complete_ = complete_ && result == S_OK;
+        return result == S_OK;
+    }
 
-// The members stand in a group's only child, whatever it is called. A group with more children has no members.
-void ReadMembers(IXMLDOMNode& element, PhoneBookGroup& group)
-{
-    ComPtr<IXMLDOMNodeList> children;
-    long count = 0;
-    ComPtr<IXMLDOMNode> list;
-    if (element.get_childNodes(children.Receive()) != S_OK || children->get_length(&count) != S_OK || count != 1 ||
-        children->get_item(0, list.Receive()) != S_OK)
-        return;
-    ForEachChild(*list.Get(), [&group](IXMLDOMNode& child) {
-        if (const auto id = ReadMemberId(child))
-            group.AddMemberId(*id);
-    });
-}
+    bool complete_ = true;
+};
 
 class Reader {
 public:
     Reader(LoadedPhoneBook& loaded, ItemStore& store) noexcept : loaded_(loaded), store_(store) {}
 
+    // False when something could not be read; the items read so far are then half the truth.
+    bool ReadItems(IXMLDOMNode& phoneBook)
+    {
+        walk_.ForEachChild(phoneBook, [this](IXMLDOMNode& element) { ReadItem(element); });
+        return walk_.Complete();
+    }
+
+private:
     void ReadItem(IXMLDOMNode& element)
     {
-        const UniqueBstr name = NameOf(element);
+        const UniqueBstr name = walk_.NameOf(element);
         if (View(name) == xml::kEntry)
             ReadEntry(element);
         else if (View(name) == xml::kGroup)
             ReadGroup(element);
     }
 
-private:
     void ReadEntry(IXMLDOMNode& element)
     {
         PhoneBookEntry* const entry = store_.NewEntry();
         entry->SetId(kNoId);
-        ForEachAttribute(element, [entry](std::wstring_view name, const wchar_t* text) {
+        walk_.ForEachAttribute(element, [entry](std::wstring_view name, const wchar_t* text) {
             if (name == xml::kId)
                 entry->SetId(ParseId(text));
             else if (name == xml::kName)
@@ -111,7 +130,7 @@ private:
         // An entry that is dropped for its number has its id all the same: it is not handed out again.
         NoteId(entry->GetId());
         if (entry->GetId() == kNoId || !IsValidFaxNumber(OrEmpty(entry->FaxNumber()))) {
-            store_.Discard(entry);
+            Drop(entry);
             return;
         }
         if (entry->Name() == nullptr)
@@ -127,7 +146,7 @@ private:
     {
         PhoneBookGroup* const group = store_.NewGroup();
         group->SetId(kNoId);
-        ForEachAttribute(element, [group](std::wstring_view name, const wchar_t* text) {
+        walk_.ForEachAttribute(element, [group](std::wstring_view name, const wchar_t* text) {
             if (name == xml::kGroupName)
                 group->SetName(text);
             else if (name == xml::kId)
@@ -135,11 +154,36 @@ private:
         });
         NoteId(group->GetId());
         if (group->Name() == nullptr) {
-            store_.Discard(group);
+            Drop(group);
             return;
         }
         ReadMembers(element, *group);
         loaded_.items.push_back(group);
+    }
+
+    // The members stand in a group's only child, whatever it is called. A group with more children has no members.
+    void ReadMembers(IXMLDOMNode& element, PhoneBookGroup& group)
+    {
+        long children = 0;
+        const ComPtr<IXMLDOMNode> list = walk_.OnlyChild(element, children);
+        if (children > 1)
+            loaded_.dropped = true;
+        if (!list)
+            return;
+        walk_.ForEachChild(*list.Get(), [this, &group](IXMLDOMNode& child) {
+            if (View(walk_.NameOf(child)) != xml::kMemberId)
+                return;
+            if (const auto text = walk_.FirstText(child)) {
+                group.AddMemberId(ParseId(text->c_str()));
+                NoteId(group.MemberIds().back()); // else a new entry might become a member
+            }
+        });
+    }
+
+    void Drop(PhoneBookItem* item) noexcept
+    {
+        store_.Discard(item);
+        loaded_.dropped = true;
     }
 
     // Ids are compared as signed numbers: those above 0x7FFFFFFF never count.
@@ -147,50 +191,49 @@ private:
 
     LoadedPhoneBook& loaded_;
     ItemStore& store_;
+    Walk walk_;
 };
 
 // Writing
 
 class Writer {
 public:
-    explicit Writer(PhoneBookDocument& document) noexcept : document_(document) {}
+    explicit Writer(PhoneBookDocument& document) : document_(document) {}
 
-    void WriteItem(const PhoneBookItem& item)
+    // False when the document is not what the item is: it is not to be saved then.
+    bool WriteItem(const PhoneBookItem& item)
     {
         if (const PhoneBookGroup* const group = AsGroup(&item))
-            WriteGroup(*group);
-        else
-            WriteEntry(*AsEntry(&item));
+            return WriteGroup(*group);
+        return WriteEntry(*AsEntry(&item));
     }
 
 private:
-    void WriteEntry(const PhoneBookEntry& entry)
+    bool WriteEntry(const PhoneBookEntry& entry)
     {
         const ComPtr<IXMLDOMElement> element = Append(*document_.PhoneBookNode(), entry_);
-        if (!element)
-            return;
-        SetAttribute(*element.Get(), id_, FormatId(entry.GetId()));
-        SetAttribute(*element.Get(), name_, OrEmpty(entry.Name()));
-        SetAttribute(*element.Get(), faxNumber_, OrEmpty(entry.FaxNumber()));
-        SetAttribute(*element.Get(), company_, OrEmpty(entry.Company()));
+        return element && SetAttribute(*element.Get(), id_, FormatId(entry.GetId())) &&
+               SetAttribute(*element.Get(), name_, OrEmpty(entry.Name())) &&
+               SetAttribute(*element.Get(), faxNumber_, OrEmpty(entry.FaxNumber())) &&
+               SetAttribute(*element.Get(), company_, OrEmpty(entry.Company()));
     }
 
-    void WriteGroup(const PhoneBookGroup& group)
+    bool WriteGroup(const PhoneBookGroup& group)
     {
         const ComPtr<IXMLDOMElement> element = Append(*document_.PhoneBookNode(), group_);
-        if (!element)
-            return;
-        SetAttribute(*element.Get(), groupName_, group.GetName());
-        SetAttribute(*element.Get(), id_, FormatId(group.GetId()));
+        if (!element || !SetAttribute(*element.Get(), groupName_, group.GetName()) ||
+            !SetAttribute(*element.Get(), id_, FormatId(group.GetId())))
+            return false;
         const ComPtr<IXMLDOMElement> list = Append(*element.Get(), memberList_);
-        if (!list)
-            return;
-        for (const DWORD id : group.MemberIds()) {
-            const ComPtr<IXMLDOMElement> member = Append(*list.Get(), memberId_);
-            const ComPtr<IXMLDOMNode> text = document_.CreateText(MakeBstr(FormatId(id)));
-            if (member && text)
-                member->appendChild(text.Get(), nullptr);
-        }
+        const auto ids = group.MemberIds();
+        return list && std::all_of(ids.begin(), ids.end(), [&](DWORD id) { return WriteMember(*list.Get(), id); });
+    }
+
+    bool WriteMember(IXMLDOMElement& list, DWORD id)
+    {
+        const ComPtr<IXMLDOMElement> member = Append(list, memberId_);
+        const ComPtr<IXMLDOMNode> text = document_.CreateText(MakeBstr(FormatId(id)));
+        return member && text && member->appendChild(text.Get(), nullptr) == S_OK;
     }
 
     // A new element below parent; null on failure.
@@ -202,10 +245,10 @@ private:
         return element;
     }
 
-    static void SetAttribute(IXMLDOMElement& element, const UniqueBstr& name, std::wstring_view text)
+    static bool SetAttribute(IXMLDOMElement& element, const UniqueBstr& name, std::wstring_view text)
     {
         const UniqueBstr value = FitsXml(text) ? MakeBstr(text) : MakeBstr(XmlText(text));
-        element.setAttribute(name.Get(), Variant::Borrowed(value));
+        return element.setAttribute(name.Get(), Variant::Borrowed(value)) == S_OK;
     }
 
     PhoneBookDocument& document_;
@@ -260,17 +303,14 @@ bool MakeWritable(const std::wstring& path)
 bool Store(PhoneBookDocument& document, const std::wstring& path)
 {
     Replacement replacement(path);
-    if (!replacement)
-        return document.Save(path); // better written in place than not at all
-    if (!document.Save(replacement.Path()))
-        return false; // a full disk, say: the old phone book stays
-    return replacement.TakePlace() || document.Save(path);
+    return replacement && document.Save(replacement.Path()) && replacement.TakePlace();
 }
 
-DWORD ReadGuarded(const std::wstring& path, std::string& bytes)
+DWORD ReadGuarded(const std::wstring& path, std::string& bytes, std::optional<FileStamp>& stamp)
 {
-    const FileGuard guard(path);
-    return ReadWholeFile(path, bytes);
+    const std::wstring real = FollowLink(path);
+    const FileGuard guard(real);
+    return ReadWholeFile(real, bytes, &stamp);
 }
 
 } // namespace
@@ -278,7 +318,8 @@ DWORD ReadGuarded(const std::wstring& path, std::string& bytes)
 LoadedPhoneBook LoadPhoneBookFile(const std::wstring& path, ItemStore& store)
 {
     std::string bytes;
-    switch (ReadGuarded(path, bytes)) {
+    LoadedPhoneBook loaded;
+    switch (ReadGuarded(path, bytes, loaded.stamp)) {
     case ERROR_SUCCESS:
         break;
     case ERROR_FILE_NOT_FOUND:
@@ -290,28 +331,36 @@ LoadedPhoneBook LoadPhoneBookFile(const std::wstring& path, ItemStore& store)
         return {.outcome = LoadOutcome::NotReadable};
     }
     PhoneBookDocument document;
+    loaded.outcome = LoadOutcome::NotUnderstood;
     if (!document.Read(bytes))
-        return {.outcome = LoadOutcome::NotUnderstood};
-    LoadedPhoneBook loaded{.outcome = LoadOutcome::Read};
-    Reader reader(loaded, store);
-    ForEachChild(*document.PhoneBookNode(), [&reader](IXMLDOMNode& child) { reader.ReadItem(child); });
+        return loaded;
+    if (Reader(loaded, store).ReadItems(*document.PhoneBookNode())) {
+        loaded.outcome = LoadOutcome::Read;
+    } else {
+        store.DiscardReplaced(loaded.items);
+        loaded.items.clear();
+    }
     return loaded;
 }
 
 bool SavePhoneBookFile(const std::wstring& path, std::span<PhoneBookItem* const> items, bool keepOld)
 {
-    const FileGuard guard(path);
-    if (keepOld && !KeepCopy(path))
+    const std::wstring real = FollowLink(path);
+    const FileGuard guard(real);
+    const HiddenAfterwards hidden(real);
+    // The copy comes after: what was not there before is there now, and nothing can appear unseen in between.
+    if (!MakeWritable(real) || (keepOld && !KeepCopy(real)))
         return false;
-    const HiddenAfterwards hidden(path);
     PhoneBookDocument document;
-    if (!MakeWritable(path) || !document.Begin())
+    if (!document.Begin())
         return false;
     Writer writer(document);
-    for (const PhoneBookItem* const item : items)
-        writer.WriteItem(*item);
-    const bool stored = Store(document, path);
-    RemoveAbandonedReplacements(path);
+    for (const PhoneBookItem* const item : items) {
+        if (!writer.WriteItem(*item))
+            return false;
+    }
+    const bool stored = Store(document, real);
+    RemoveAbandonedReplacements(real);
     return stored;
 }
 

@@ -2,6 +2,7 @@
 
 #include "support/documents_folder.h"
 #include "support/phone_book.h"
+#include "support/redirected_import.h"
 #include "support/test_printer.h"
 
 #include <algorithm>
@@ -102,6 +103,32 @@ TEST_F(AddressBookImport, DoesNothingForAPrinterThatCannotBeOpenedByItsPublished
     ImportOldAddressBookOnce(printer.Handle(), *book);
     EXPECT_EQ(book->GetCount(), 0u);
     EXPECT_EQ(Version(printer), StoredValue());
+}
+
+// Ordinary users are refused full access on Windows.
+RedirectedImport<decltype(OpenPrinterW)>* openPrinter = nullptr;
+BOOL WINAPI RefuseAllAccess(LPWSTR name, LPHANDLE printer, LPPRINTER_DEFAULTSW defaults)
+{
+    if (defaults == nullptr || defaults->DesiredAccess != PRINTER_ALL_ACCESS)
+        return openPrinter->Original()(name, printer, defaults);
+    SetLastError(ERROR_ACCESS_DENIED);
+    return FALSE;
+}
+
+TEST_F(AddressBookImport, DoesNothingForAUserWhoIsRefusedFullAccess)
+{
+    Publish(printer);
+    PutOld(L"first", L"Ann\0\0"s);
+    {
+        RedirectedImport<decltype(OpenPrinterW)> refusing("OpenPrinterW", RefuseAllAccess);
+        openPrinter = &refusing;
+        EXPECT_FALSE(ImportOldAddressBookOnce(printer.Handle(), *book));
+    }
+    EXPECT_EQ(book->GetCount(), 0u);
+    EXPECT_TRUE(documents.Files().empty());
+    EXPECT_EQ(Version(printer), StoredValue());
+    EXPECT_TRUE(ImportOldAddressBookOnce(printer.Handle(), *book)); // an administrator's first fax still imports
+    EXPECT_FALSE(ImportOldAddressBookOnce(printer.Handle(), *book));
 }
 
 TEST_F(AddressBookImport, WithoutSubtreeImportsNothingButWritesTheVersion)

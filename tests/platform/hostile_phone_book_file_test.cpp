@@ -275,6 +275,7 @@ TEST_F(HostilePhoneBookFile, NestedDeeplyIsReadOrRefused)
     Load(Document(Repeated("<a>", 200) + Repeated("</a>", 200)));
     Load(Document(Repeated("<a>", 200000) + Repeated("</a>", 200000)));
     Load(Document(Repeated("<qxfax_group group_name='G'>", 200) + Repeated("</qxfax_group>", 200) + kAnn));
+    EXPECT_EQ(Load(Document(Repeated("<a>", 10000000))).outcome, LoadOutcome::NotUnderstood);
     EXPECT_EQ(Load(Document(kAnn)).items.size(), 1u);
 }
 

@@ -363,7 +363,8 @@ TEST_F(PhoneBookFile, KeepsOtherAttributesWhenItIsReplaced)
 
 TEST_F(PhoneBookFile, LeftBesideItByADeadProcessIsCleanedUp)
 {
-    WriteFileBytes(documents.File(L"qxfaxab.xml.4711.new"), "half");
+    WriteFileBytes(documents.File(L"qxfaxab.xml.4711.12.3.new"), "half");
+    MakeOld(documents.File(L"qxfaxab.xml.4711.12.3.new"));
     WriteFileBytes(documents.File(L"mine.new"), "not ours");
     book->Save(0);
     EXPECT_EQ(documents.Files(), (Names{L"mine.new", L"qxfaxab.xml"}));

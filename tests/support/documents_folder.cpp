@@ -100,4 +100,13 @@ bool IsHidden(const std::wstring& path)
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_HIDDEN) != 0;
 }
 
+void MakeOld(const std::wstring& path)
+{
+    const UniqueFile file(CreateFileW(path.c_str(), FILE_WRITE_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                      OPEN_EXISTING, 0, nullptr));
+    constexpr FILETIME kYearsAgo{0, 0x01D00000};
+    if (!SetFileTime(file.Get(), nullptr, nullptr, &kYearsAgo))
+        throw std::runtime_error("no old file");
+}
+
 } // namespace qx::test

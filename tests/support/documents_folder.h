@@ -31,5 +31,6 @@ private:
 void WriteFileBytes(const std::wstring& path, const std::string& bytes);
 std::string ReadFileBytes(const std::wstring& path); // "<no file>" when it cannot be opened
 bool IsHidden(const std::wstring& path);
+void MakeOld(const std::wstring& path); // it was last written years ago
 
 } // namespace qx::test

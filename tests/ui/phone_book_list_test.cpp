@@ -17,7 +17,7 @@ protected:
     ActivationScope context;
     HWND parent = CreateWindowExW(0, L"#32770", L"", WS_POPUP | WS_VISIBLE, 0, 0, 600, 400, nullptr, nullptr,
                                   ModuleInstance(), nullptr);
-    PhoneBookList list{.window = Child(WC_LISTVIEWW, LVS_REPORT), .rows = {}};
+    PhoneBookList list{.window = Child(WC_LISTVIEWW, LVS_REPORT), .names = {}};
     TestBook book;
 
     PhoneBookListTest() { SetUpPhoneBookList(TextOwner(), list.window, 90, {}); }

@@ -1,8 +1,11 @@
 #include "res/fax_job_page_ids.h"
 #include "support/send_fax_session.h"
 
+#include <atomic>
 #include <cstring>
+#include <future>
 #include <gtest/gtest.h>
+#include <thread>
 
 namespace qx::test {
 namespace {
@@ -11,8 +14,9 @@ using host::BoxContents;
 
 const wchar_t* const kTexts[] = {
     // The texts of the driver's table that the built-in library has, in the order in which they are handed over.
-    L"From:", L"Name:", L"Company Name:", L"Voice Phone Number:", L"To:", L"Name:",
-    L"Company Name:", L"Subject:", L"Notes:", L"Date:", L"Time:", L"Pages:"};
+    L"From:",  L"Name:", L"Company Name:", L"Voice Phone Number:",
+    L"To:",    L"Name:", L"Company Name:", L"Subject:",
+    L"Notes:", L"Date:", L"Time:",         L"Pages:"};
 
 SendFaxSession& OnFaxJobPage(SendFaxSession& session)
 {
@@ -47,8 +51,9 @@ TEST(SendSession, WhatIsTypedComesOutAsTyped)
     ui.Type(IDC_BILLING_CODE, L"0042");
     const FaxJobData& job = session.Send();
     EXPECT_EQ(job.Cancelled, 0u);
-    EXPECT_EQ(session.Recipients(), (std::vector<Recipient>{{L"Ann Lee", L"(030)1234-5678,,#9", L"\u00c4rzte & S\u00f6hne"},
-                                                            {L"Bob", L"5550101", L""}}));
+    EXPECT_EQ(session.Recipients(),
+              (std::vector<Recipient>{{L"Ann Lee", L"(030)1234-5678,,#9", L"\u00c4rzte & S\u00f6hne"},
+                                      {L"Bob", L"5550101", L""}}));
     EXPECT_NE(job.AddCoverPage, 0u);
     EXPECT_STREQ(job.CoverPageNotes, L"line 1\r\nline 2");
     EXPECT_STREQ(job.CoverPageSubject, L"Offer 7");
@@ -111,7 +116,7 @@ TEST(SendSession, ADeviceThatIsNotOperationalIsWarnedOfExactlyOnce)
     EXPECT_EQ(box.icon, static_cast<UINT>(MB_ICONWARNING));
     session.Ui().WaitForControl(IDC_FAX_NUMBER); // the sheet comes next, and no second box before it
     session.Ui().Type(IDC_FAX_NUMBER, L"5550100");
-    EXPECT_EQ(session.Send().Cancelled, 0u);     // a warning never blocks sending
+    EXPECT_EQ(session.Send().Cancelled, 0u); // a warning never blocks sending
 }
 
 TEST(SendSession, TheFirstUseOpensOnTheSetupPageAndALaterOneOnTheFaxJobPage)
@@ -222,6 +227,65 @@ TEST(SendSession, TheOldAddressBookIsTakenOverOnceAndNeverAgain)
     OnFaxJobPage(session);
     EXPECT_FALSE(std::filesystem::exists(session.PhoneBookFile()));
     session.Cancel();
+}
+
+// A window of another program, as far as a broadcast goes: it has a thread of its own.
+class Listener {
+public:
+    Listener()
+    {
+        thread_ = std::thread([this] { Listen(); });
+        ready_.get_future().wait();
+    }
+    ~Listener()
+    {
+        PostMessageW(window_, WM_CLOSE, 0, 0);
+        thread_.join();
+    }
+
+    int Told() const noexcept { return told_; }
+
+private:
+    void Listen()
+    {
+        window_ = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
+        SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+        SetWindowLongPtrW(window_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(Procedure));
+        ready_.set_value();
+        MSG message;
+        while (GetMessageW(&message, nullptr, 0, 0) > 0)
+            DispatchMessageW(&message);
+    }
+
+    static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM w, LPARAM l)
+    {
+        static const UINT changed = RegisterWindowMessageW(L"PB_{d12b6b3a-3fee-4506-3f95-b1885bcf2149}");
+        if (message == changed)
+            ++reinterpret_cast<Listener*>(GetWindowLongPtrW(window, GWLP_USERDATA))->told_;
+        if (message == WM_CLOSE)
+            PostQuitMessage(0);
+        return DefWindowProcW(window, message, w, l);
+    }
+
+    HWND window_ = nullptr;
+    std::atomic<int> told_{0};
+    std::promise<void> ready_;
+    std::thread thread_;
+};
+
+TEST(SendSession, TakingOverTheOldAddressBookIsToldToAllWindows)
+{
+    const Listener listener;
+    SendFaxSession session;
+    OnFaxJobPage(session);
+    session.Cancel();
+    EXPECT_EQ(listener.Told(), 0); // there was nothing to take over
+    SendFaxSession another;
+    host::SetUserValue(another.SettingsKey() + L"\\QX-FAX\\Address Book", {L"first", std::wstring(L"Old Ann")});
+    OnFaxJobPage(another);
+    EXPECT_EQ(listener.Told(), 1);
+    another.Cancel();
+    EXPECT_EQ(listener.Told(), 1);
 }
 
 } // namespace

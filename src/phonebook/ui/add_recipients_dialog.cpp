@@ -151,9 +151,10 @@ void DeleteChosen(AddRecipientsContext& picker)
 
 void ShowDetails(AddRecipientsContext& picker)
 {
-    const PhoneBookItem* const item = OnlySelectedItem(picker.list.window, picker.book);
+    PhoneBookItem* const item = OnlySelectedItem(picker.list.window, picker.book);
     if (item == nullptr)
         return;
+    const KeptItem kept(picker.book.Store(), item);
     ShowItemDetails(picker.dialog, picker, picker.book, *item);
     FocusControl(picker.dialog, IDC_PICK_LIST);
 }
@@ -210,7 +211,8 @@ static std::span<const Route<AddRecipientsContext>> RoutesOf(const AddRecipients
 static INT_PTR HandleOther(AddRecipientsContext& picker, UINT message, WPARAM w, LPARAM l)
 {
     if (message == PhoneBookChangedMessage()) {
-        Reload(picker);
+        picker.book.FollowChange(true);
+        FillBookList(picker);
         return TRUE;
     }
     return AnswerHelp(picker, picker.dialog, message, w, l, kControls);

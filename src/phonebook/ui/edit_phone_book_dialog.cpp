@@ -85,7 +85,8 @@ void SortAndRefill(EditPhoneBookContext& editor)
 void SortAndShow(EditPhoneBookContext& editor, const PhoneBookItem* item)
 {
     SortAndRefill(editor);
-    ShowRowOf(editor.list, item);
+    const auto items = editor.book.Items(); // one row each
+    ShowRow(editor.list, static_cast<std::size_t>(std::ranges::find(items, item) - items.begin()));
 }
 
 // ---- add ----------------------------------------------------------------------------------------------------------
@@ -100,8 +101,9 @@ bool RefuseWhenFull(EditPhoneBookContext& editor)
 
 template <class Item> void TakeNewItem(EditPhoneBookContext& editor, Item* item)
 {
-    // A reload under the open dialog may have brought another program's item with the id that was drawn for this one.
-    if (editor.book.FindItem(item->GetId()) != nullptr)
+    // A reload under the open dialog may have brought another program's item with the id that was drawn for this one,
+    // or a group that names it.
+    if (editor.book.IsTaken(item->GetId()))
         item->SetId(editor.book.NextId());
     editor.book.Add(item);
     SortAndShow(editor, item);
@@ -142,11 +144,12 @@ bool EditItem(EditPhoneBookContext& editor, PhoneBookItem* item)
 }
 
 // At the last item with that id, wherever it is by now: the book may have been reloaded while the user was editing.
-void StoreBack(PhoneBook& book, PhoneBookItem* item)
+void StoreBack(PhoneBook& book, PhoneBookItem* item, KeptItem& kept)
 {
     for (DWORD index = book.GetCount(); index-- > 0;) {
         if (book.GetAt(index)->GetId() == item->GetId()) {
             book.SetAt(index, item);
+            kept.TakenBack();
             return;
         }
     }
@@ -157,8 +160,9 @@ void EditSelected(EditPhoneBookContext& editor)
     PhoneBookItem* const item = OnlySelectedItem(editor.list.window, editor.book);
     if (item == nullptr)
         return;
+    KeptItem kept(editor.book.Store(), item);
     if (EditItem(editor, item)) {
-        StoreBack(editor.book, item);
+        StoreBack(editor.book, item, kept);
         SortAndShow(editor, item);
     }
     FocusControl(editor.dialog, IDC_BOOK_LIST);
@@ -167,9 +171,10 @@ void EditSelected(EditPhoneBookContext& editor)
 
 void ShowDetails(EditPhoneBookContext& editor)
 {
-    const PhoneBookItem* const item = OnlySelectedItem(editor.list.window, editor.book);
+    PhoneBookItem* const item = OnlySelectedItem(editor.list.window, editor.book);
     if (item == nullptr)
         return;
+    const KeptItem kept(editor.book.Store(), item);
     ShowItemDetails(editor.dialog, editor, editor.book, *item);
     FocusControl(editor.dialog, IDC_BOOK_DETAILS);
     RefreshButtons(editor);
@@ -256,9 +261,9 @@ void Cancel(EditPhoneBookContext& editor)
     EndDialog(editor.dialog, IDCANCEL);
 }
 
-void Reload(EditPhoneBookContext& editor)
+void FollowChange(EditPhoneBookContext& editor)
 {
-    ReloadSorted(editor.book);
+    editor.book.FollowChange(true);
     Refill(editor);
     RefreshButtons(editor);
 }
@@ -298,7 +303,7 @@ static std::span<const Route<EditPhoneBookContext>> RoutesOf(const EditPhoneBook
 static INT_PTR HandleOther(EditPhoneBookContext& editor, UINT message, WPARAM w, LPARAM l)
 {
     if (message == PhoneBookChangedMessage()) {
-        Reload(editor);
+        FollowChange(editor);
         return TRUE;
     }
     return AnswerHelp(editor, editor.dialog, message, w, l, kControls);

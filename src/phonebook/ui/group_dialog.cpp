@@ -126,20 +126,21 @@ void DeleteSelected(GroupDialogContext& group)
 
 void ShowDetails(GroupDialogContext& group)
 {
-    const PhoneBookItem* const item = OnlySelectedItem(group.entries.window, group.book);
+    PhoneBookItem* const item = OnlySelectedItem(group.entries.window, group.book);
     if (item == nullptr)
         return;
+    const KeptItem kept(group.book.Store(), item);
     ShowItemDetails(group.dialog, group, group.book, *item);
     RefreshButtons(group);
     FocusControl(group.dialog, IDC_GROUP_DETAILS);
 }
 
+// All of it or, when memory is short, nothing.
 void StoreMembers(GroupDialogContext& group)
 {
-    group.stored->ClearMemberIds();
+    std::vector<DWORD> ids(group.working->MemberIds().begin(), group.working->MemberIds().end());
     group.stored->SetName(group.working->Name());
-    for (const DWORD id : group.working->MemberIds())
-        group.stored->AddMemberId(id);
+    group.stored->SetMemberIds(std::move(ids));
 }
 
 void Accept(GroupDialogContext& group)

@@ -230,20 +230,23 @@ void FillPhoneBookList(PhoneBookList& list, const PhoneBook& book, ListedItems l
 {
     if (listed == ListedItems::All)
         GiveGroupIcon(list);
-    list.rows.clear();
-    list.rows.reserve(book.GetCount());
+    std::vector<const PhoneBookItem*> rows;
+    rows.reserve(book.GetCount());
+    list.names.clear();
+    list.names.reserve(book.GetCount());
     for (const PhoneBookItem* const item : book.Items()) {
-        if (listed == ListedItems::All || !item->IsGroup())
-            list.rows.push_back(item);
+        if (listed == ListedItems::EntriesOnly && item->IsGroup())
+            continue;
+        rows.push_back(item);
+        list.names.emplace_back(Cut(item->GetName(), kComparedNameUnits));
     }
-    ReplaceRows(list.window, list.rows);
+    ReplaceRows(list.window, rows);
 }
 
-void ShowRowOf(const PhoneBookList& list, const PhoneBookItem* item)
+void ShowRow(const PhoneBookList& list, std::size_t row)
 {
-    const auto row = std::ranges::find(list.rows, item);
-    if (row != list.rows.end())
-        SendMessageW(list.window, LVM_ENSUREVISIBLE, static_cast<WPARAM>(row - list.rows.begin()), FALSE);
+    if (row < list.names.size())
+        SendMessageW(list.window, LVM_ENSUREVISIBLE, row, FALSE);
 }
 
 void FillEntryList(HWND list, const std::vector<const PhoneBookEntry*>& entries)
@@ -288,9 +291,9 @@ void FollowTypedName(const PhoneBookList& list, HWND edit)
     const std::wstring typed = WindowText(edit, kNameLimit);
     if (typed.empty())
         return;
-    // The items, not the rows: asking the list view for 10000 texts would be felt with every keystroke.
-    for (std::size_t row = 0; row < list.rows.size(); ++row) {
-        if (MatchesTypedPrefix(Cut(list.rows[row]->GetName(), kComparedNameUnits), typed)) {
+    // The names, not the rows: asking the list view for 10000 texts would be felt with every keystroke.
+    for (std::size_t row = 0; row < list.names.size(); ++row) {
+        if (MatchesTypedPrefix(list.names[row], typed)) {
             ScrollItemToTop(list.window, static_cast<int>(row));
             return;
         }

@@ -3,6 +3,7 @@
 
 #include "text/localized_text.h"
 
+#include <string>
 #include <vector>
 #include <windows.h> // before the headers that build on it
 
@@ -17,7 +18,7 @@ class PhoneBookItem;
 // A list view that shows items of the phone book.
 struct PhoneBookList {
     HWND window = nullptr;
-    std::vector<const PhoneBookItem*> rows; // what each row shows; the book's store keeps them for the session
+    std::vector<std::wstring> names; // of the rows: the items themselves may be gone with the next reload
     bool hasIcon = false;                   // the group icon; the list view owns its image list
 };
 
@@ -37,8 +38,8 @@ void SetUpPhoneBookList(const TextOwner& texts, HWND list, int columnWidth, List
 // name only.
 void FillPhoneBookList(PhoneBookList& list, const PhoneBook& book, ListedItems listed);
 
-// Scrolls the row that shows item into view; nothing when there is none.
-void ShowRowOf(const PhoneBookList& list, const PhoneBookItem* item);
+// Scrolls a row into view; nothing when there is none of that number.
+void ShowRow(const PhoneBookList& list, std::size_t row);
 
 // Replaces all rows by the given entries, one row each.
 void FillEntryList(HWND list, const std::vector<const PhoneBookEntry*>& entries);

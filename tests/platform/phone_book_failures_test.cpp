@@ -1,0 +1,694 @@
+// Calls of the system that fail while a phone book is loaded or saved, once, for a while or for good: what was in the
+// file is in the file or in a copy.
+#include "phonebook/phone_book_document.h"
+#include "phonebook/phone_book_file.h"
+
+#include "support/documents_folder.h"
+#include "support/failing_dom.h"
+#include "support/phone_book.h"
+#include "support/process_use.h"
+#include "support/redirected_import.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <functional>
+#include <gtest/gtest.h>
+#include <thread>
+
+namespace qx {
+namespace {
+
+using namespace test;
+using Names = std::vector<std::wstring>;
+
+// What the stand-ins do. A call that is refused is one for which the function answers an error.
+struct Refusals {
+    std::function<DWORD(const std::wstring& path, DWORD access, DWORD disposition)> open;
+    std::function<DWORD()> move, flush, write, copy;
+    std::function<DWORD()> allocate; // of texts for COM
+    std::function<DWORD()> allocateHeap;
+};
+Refusals refusals;
+
+DWORD Asked(const std::function<DWORD()>& refusal)
+{
+    return refusal ? refusal() : ERROR_SUCCESS;
+}
+
+// Refuses the first calls.
+auto ForAWhile(DWORD error, int calls = 8)
+{
+    return [error, calls]() mutable -> DWORD { return calls-- > 0 ? error : ERROR_SUCCESS; };
+}
+
+auto Always(DWORD error)
+{
+    return [error]() -> DWORD { return error; };
+}
+
+RedirectedImport<decltype(CreateFileW)>* createFile = nullptr;
+HANDLE WINAPI CreateFileStandIn(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security,
+                                DWORD disposition, DWORD flags, HANDLE like)
+{
+    if (const DWORD error = refusals.open ? refusals.open(path, access, disposition) : DWORD{ERROR_SUCCESS};
+        error != ERROR_SUCCESS) {
+        SetLastError(error);
+        return INVALID_HANDLE_VALUE;
+    }
+    return createFile->Original()(path, access, share, security, disposition, flags, like);
+}
+
+#define STAND_IN(name, function, refusal, parameters, arguments)                                                       \
+    RedirectedImport<decltype(function)>* name = nullptr;                                                              \
+    BOOL WINAPI function##StandIn parameters                                                                           \
+    {                                                                                                                  \
+        const DWORD error = Asked(refusals.refusal);                                                                   \
+        if (error != ERROR_SUCCESS)                                                                                    \
+            SetLastError(error);                                                                                       \
+        return error == ERROR_SUCCESS && name->Original() arguments;                                                   \
+    }
+STAND_IN(moveFile, MoveFileExW, move, (LPCWSTR from, LPCWSTR to, DWORD flags), (from, to, flags))
+STAND_IN(flushFile, FlushFileBuffers, flush, (HANDLE file), (file))
+STAND_IN(copyFile, CopyFileW, copy, (LPCWSTR from, LPCWSTR to, BOOL keep), (from, to, keep))
+STAND_IN(writeFile, WriteFile, write, (HANDLE file, LPCVOID bytes, DWORD count, LPDWORD written, LPOVERLAPPED o),
+         (file, bytes, count, written, o))
+
+RedirectedImport<decltype(SysAllocStringLen)>* allocateText = nullptr;
+BSTR WINAPI SysAllocStringLenStandIn(const OLECHAR* text, UINT units)
+{
+    return Asked(refusals.allocate) == ERROR_SUCCESS ? allocateText->Original()(text, units) : nullptr;
+}
+
+RedirectedImport<decltype(HeapAlloc)>* allocateHeap = nullptr;
+LPVOID WINAPI HeapAllocStandIn(HANDLE heap, DWORD flags, SIZE_T bytes)
+{
+    return Asked(refusals.allocateHeap) == ERROR_SUCCESS ? allocateHeap->Original()(heap, flags, bytes) : nullptr;
+}
+
+template <class Function> class StandIn {
+public:
+    StandIn(const char* name, Function* function, RedirectedImport<Function>*& current)
+        : import_(name, function), current_(current)
+    {
+        current_ = &import_;
+    }
+    ~StandIn() { current_ = nullptr; }
+
+private:
+    RedirectedImport<Function> import_;
+    RedirectedImport<Function>*& current_;
+};
+
+class FailingFiles : public ::testing::Test {
+protected:
+    FailingFiles() { refusals = {}; }
+    ~FailingFiles() override { refusals = {}; }
+
+    std::wstring Path() const { return documents.File(L"qxfaxab.xml"); }
+
+    void WriteBook()
+    {
+        TestBook ann;
+        ann.AddEntry(L"Ann", L"1", L"Acme", 1);
+        ann.AddGroup(L"Group", {1}, 2);
+        ASSERT_TRUE(SavePhoneBookFile(Path(), ann->Items(), false));
+        before = ReadFileBytes(Path());
+    }
+
+    bool SaveBob(bool keepOld = false)
+    {
+        TestBook bob;
+        bob.AddEntry(L"Bob", L"2", L"", 1);
+        return SavePhoneBookFile(Path(), bob->Items(), keepOld);
+    }
+
+    Names NamesInFile()
+    {
+        refusals = {};
+        Names names;
+        for (const PhoneBookItem* const item : LoadPhoneBookFile(Path(), book.store).items)
+            names.emplace_back(item->GetName());
+        return names;
+    }
+
+    // After a load in which something failed: the book is whole, or it is empty and the file outlives the next save.
+    void CheckNothingIsLost(int failing)
+    {
+        const bool whole = book->GetCount() != 0;
+        if (whole) {
+            ASSERT_EQ(book.Names(), (Names{L"Ann", L"Group"})) << failing;
+            ASSERT_STREQ(AsEntry(book->GetAt(0))->FaxNumber(), L"1") << failing;
+            ASSERT_EQ(MemberIdsOf(*AsGroup(book->GetAt(1))), std::vector<DWORD>{1}) << failing;
+        }
+        book->Save(book->GetCount());
+        ASSERT_TRUE(whole || ReadFileBytes(Path()) == before || ReadFileBytes(Path() + L".bak") == before) << failing;
+        SetFileAttributesW((Path() + L".bak").c_str(), FILE_ATTRIBUTE_NORMAL);
+        DeleteFileW((Path() + L".bak").c_str());
+    }
+
+    std::vector<std::filesystem::path> CopiesInTemporaryFolder() const
+    {
+        std::vector<std::filesystem::path> copies;
+        for (const auto& file : std::filesystem::directory_iterator(std::filesystem::temp_directory_path())) {
+            if (file.path().filename().wstring().starts_with(L"qxfax-phone-book."))
+                copies.push_back(file.path());
+        }
+        return copies;
+    }
+
+    // Refuses new files beside the phone book.
+    void TakeNoSecondFile(DWORD error)
+    {
+        refusals.open = [this, error](const std::wstring& path, DWORD, DWORD disposition) -> DWORD {
+            return disposition == CREATE_NEW && path.starts_with(documents.Path() + L"\\qxfaxab") ? error
+                                                                                                  : ERROR_SUCCESS;
+        };
+    }
+
+    StandIn<decltype(CreateFileW)> createFile_{"CreateFileW", CreateFileStandIn, createFile};
+    StandIn<decltype(MoveFileExW)> moveFile_{"MoveFileExW", MoveFileExWStandIn, moveFile};
+    StandIn<decltype(FlushFileBuffers)> flushFile_{"FlushFileBuffers", FlushFileBuffersStandIn, flushFile};
+    StandIn<decltype(CopyFileW)> copyFile_{"CopyFileW", CopyFileWStandIn, copyFile};
+    StandIn<decltype(WriteFile)> writeFile_{"WriteFile", WriteFileStandIn, writeFile};
+    StandIn<decltype(SysAllocStringLen)> allocateText_{"SysAllocStringLen", SysAllocStringLenStandIn, allocateText};
+    StandIn<decltype(HeapAlloc)> allocateHeap_{"HeapAlloc", HeapAllocStandIn, allocateHeap};
+    DocumentsFolder documents;
+    TestBook book;
+    std::string before;
+};
+
+// A book that was not seen is not overwritten
+
+TEST_F(FailingFiles, ABookThatWasNotVisibleAtLoadIsKeptBeforeItIsReplaced)
+{
+    for (const DWORD error : {ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND, ERROR_BAD_NETPATH}) {
+        WriteBook();
+        refusals.open = [error](const std::wstring&, DWORD access, DWORD) -> DWORD {
+            return access == GENERIC_READ ? error : ERROR_SUCCESS;
+        };
+        EXPECT_EQ(book->Load(), FALSE);
+        refusals = {};
+        book->Save(0);
+        EXPECT_EQ(ReadFileBytes(Path() + L".bak"), before) << error;
+        SetFileAttributesW((Path() + L".bak").c_str(), FILE_ATTRIBUTE_NORMAL);
+        DeleteFileW((Path() + L".bak").c_str());
+    }
+}
+
+TEST_F(FailingFiles, ABookThatNobodyLoadedIsKeptBeforeItIsReplaced)
+{
+    WriteBook();
+    book->Save(0);
+    EXPECT_EQ(ReadFileBytes(Path() + L".bak"), before);
+}
+
+TEST_F(FailingFiles, ABookThatWasSeenOrWasNeverThereLeavesNoCopy)
+{
+    book->Load();
+    book->Save(0);
+    book->Reload();
+    book->Save(0);
+    EXPECT_EQ(documents.Files(), Names{L"qxfaxab.xml"});
+}
+
+TEST_F(FailingFiles, ABookOfWhichALoadDropsSomethingIsKeptBeforeItIsReplaced)
+{
+    for (const char* const item :
+         {"<qxfax_pbentry entry_id='1' name='Ann' fax_number='555 0100'/>", "<qxfax_pbentry name='Ann'/>",
+          "<qxfax_group entry_id='1'><member_list/></qxfax_group>",
+          "<qxfax_group entry_id='1' group_name='G'><member_list/><member_list/></qxfax_group>"}) {
+        before = std::string("<device><software><component><qxfax_phonebook>") + item +
+                 "</qxfax_phonebook></component></software></device>";
+        SetFileAttributesW(Path().c_str(), FILE_ATTRIBUTE_NORMAL);
+        WriteFileBytes(Path(), before);
+        book->Reload();
+        book->Save(book->GetCount());
+        EXPECT_EQ(ReadFileBytes(Path() + L".bak"), before);
+        SetFileAttributesW((Path() + L".bak").c_str(), FILE_ATTRIBUTE_NORMAL);
+        DeleteFileW((Path() + L".bak").c_str());
+    }
+}
+
+// The replacement is never worse than the old file
+
+TEST_F(FailingFiles, ARenameThatIsRefusedLeavesTheOldFile)
+{
+    for (const DWORD error : {ERROR_ACCESS_DENIED, ERROR_SHARING_VIOLATION, ERROR_DISK_FULL, ERROR_NOT_SAME_DEVICE}) {
+        WriteBook();
+        refusals.move = Always(error);
+        EXPECT_FALSE(SaveBob()) << error;
+        EXPECT_EQ(ReadFileBytes(Path()), before) << error;
+        EXPECT_TRUE(IsHidden(Path()));
+        EXPECT_EQ(documents.Files(), Names{L"qxfaxab.xml"}) << error;
+        refusals = {};
+    }
+}
+
+TEST_F(FailingFiles, ARenameThatIsRefusedForAWhileIsTriedAgain)
+{
+    for (const DWORD error : {ERROR_ACCESS_DENIED, ERROR_SHARING_VIOLATION, ERROR_LOCK_VIOLATION}) {
+        WriteBook();
+        refusals.move = ForAWhile(error, 20); // longer than half a second
+        EXPECT_TRUE(SaveBob()) << error;
+        EXPECT_EQ(NamesInFile(), Names{L"Bob"}) << error;
+    }
+}
+
+TEST_F(FailingFiles, ATemporaryThatIsRefusedForAWhileIsTriedAgain)
+{
+    for (const DWORD error : {ERROR_ACCESS_DENIED, ERROR_SHARING_VIOLATION}) {
+        WriteBook();
+        refusals.open = [refuse = ForAWhile(error)](const std::wstring&, DWORD, DWORD disposition) mutable -> DWORD {
+            return disposition == CREATE_NEW ? refuse() : ERROR_SUCCESS;
+        };
+        bool wroteInPlace = false;
+        refusals.write = [&wroteInPlace]() -> DWORD {
+            wroteInPlace = true;
+            return ERROR_SUCCESS;
+        };
+        EXPECT_TRUE(SaveBob()) << error;
+        EXPECT_FALSE(wroteInPlace) << error;
+        EXPECT_EQ(NamesInFile(), Names{L"Bob"}) << error;
+    }
+}
+
+TEST_F(FailingFiles, OpeningTheTemporaryForTheFlushIsTriedAgain)
+{
+    for (const DWORD error : {ERROR_ACCESS_DENIED, ERROR_SHARING_VIOLATION}) {
+        WriteBook();
+        refusals.open = [refuse = ForAWhile(error)](const std::wstring& path, DWORD access,
+                                                    DWORD disposition) mutable -> DWORD {
+            return path.ends_with(L".new") && access == GENERIC_WRITE && disposition == OPEN_EXISTING ? refuse()
+                                                                                                      : ERROR_SUCCESS;
+        };
+        EXPECT_TRUE(SaveBob()) << error;
+        EXPECT_EQ(NamesInFile(), Names{L"Bob"}) << error;
+    }
+}
+
+TEST_F(FailingFiles, TheDocumentsSaveIsTriedAgainWhileTheFileIsInUse)
+{
+    for (const HRESULT error : {HRESULT_FROM_WIN32(ERROR_SHARING_VIOLATION), E_ACCESSDENIED, STG_E_SHAREVIOLATION}) {
+        PhoneBookDocument document;
+        ASSERT_TRUE(document.Begin());
+        FailingDom dom([](int call) { return call < 5; }, error);
+        EXPECT_TRUE(document.Save(documents.File(L"new.xml"))) << error;
+    }
+    // Of a DOM that does not say why, the file itself is asked.
+    PhoneBookDocument document;
+    ASSERT_TRUE(document.Begin());
+    std::thread scanner;
+    {
+        UniqueFile looked(
+            CreateFileW(documents.File(L"new.xml").c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+        ASSERT_TRUE(looked);
+        scanner = std::thread([file = std::move(looked)]() mutable {
+            Sleep(300);
+            file.Reset();
+        });
+    }
+    EXPECT_TRUE(document.Save(documents.File(L"new.xml")));
+    scanner.join();
+}
+
+TEST_F(FailingFiles, ADiskThatIsFullIsNoReasonToWriteOverTheOldFile)
+{
+    for (const DWORD error : {ERROR_DISK_FULL, ERROR_HANDLE_DISK_FULL, ERROR_SHARING_VIOLATION, ERROR_WRITE_PROTECT}) {
+        WriteBook();
+        TakeNoSecondFile(error);
+        EXPECT_FALSE(SaveBob()) << error;
+        EXPECT_EQ(ReadFileBytes(Path()), before) << error;
+        refusals = {};
+    }
+}
+
+TEST_F(FailingFiles, AFlushThatFailsStopsTheReplacement)
+{
+    WriteBook();
+    refusals.flush = Always(ERROR_WRITE_FAULT);
+    EXPECT_FALSE(SaveBob());
+    EXPECT_EQ(ReadFileBytes(Path()), before);
+    EXPECT_EQ(documents.Files(), Names{L"qxfaxab.xml"});
+}
+
+TEST_F(FailingFiles, ACopyThatCannotBeFlushedStopsTheReplacement)
+{
+    WriteBook();
+    refusals.flush = ForAWhile(ERROR_WRITE_FAULT, 1); // the copy comes first
+    EXPECT_FALSE(SaveBob(true));
+    EXPECT_EQ(ReadFileBytes(Path()), before);
+    EXPECT_EQ(documents.Files(), Names{L"qxfaxab.xml"});
+    EXPECT_TRUE(SaveBob(true));
+    EXPECT_EQ(ReadFileBytes(Path() + L".bak"), before);
+}
+
+// Writing in place
+
+TEST_F(FailingFiles, WhereTheFolderTakesNoSecondFileACopyIsKeptUntilTheNewContentIsWhole)
+{
+    for (const DWORD error : {ERROR_ACCESS_DENIED, ERROR_PATH_NOT_FOUND, ERROR_FILENAME_EXCED_RANGE}) {
+        WriteBook();
+        TakeNoSecondFile(error);
+        bool kept = false;
+        refusals.write = [&]() -> DWORD {
+            const auto copies = CopiesInTemporaryFolder();
+            kept = std::ranges::any_of(copies, [this](const auto& file) {
+                return file.extension() == L".bak" && ReadFileBytes(file.wstring()) == before;
+            });
+            return ERROR_SUCCESS;
+        };
+        EXPECT_TRUE(SaveBob()) << error;
+        EXPECT_TRUE(kept) << error;
+        EXPECT_EQ(NamesInFile(), Names{L"Bob"}) << error;
+        EXPECT_TRUE(IsHidden(Path()));
+        EXPECT_TRUE(CopiesInTemporaryFolder().empty()) << error;
+    }
+}
+
+TEST_F(FailingFiles, WritingInPlaceThatFailsPutsTheOldContentBack)
+{
+    WriteBook();
+    TakeNoSecondFile(ERROR_ACCESS_DENIED);
+    refusals.write = ForAWhile(ERROR_DISK_FULL, 1);
+    EXPECT_FALSE(SaveBob());
+    EXPECT_EQ(ReadFileBytes(Path()), before);
+    EXPECT_TRUE(CopiesInTemporaryFolder().empty());
+}
+
+TEST_F(FailingFiles, WritingInPlaceThatCannotBeTakenBackLeavesTheCopy)
+{
+    WriteBook();
+    TakeNoSecondFile(ERROR_ACCESS_DENIED);
+    refusals.write = Always(ERROR_DISK_FULL);
+    EXPECT_FALSE(SaveBob());
+    const auto copies = CopiesInTemporaryFolder();
+    ASSERT_EQ(copies.size(), 1u);
+    EXPECT_EQ(ReadFileBytes(copies[0].wstring()), before);
+    SetFileAttributesW(copies[0].c_str(), FILE_ATTRIBUTE_NORMAL);
+    DeleteFileW(copies[0].c_str());
+}
+
+TEST_F(FailingFiles, WithoutACopyNothingIsWrittenInPlace)
+{
+    WriteBook();
+    TakeNoSecondFile(ERROR_ACCESS_DENIED);
+    refusals.copy = Always(ERROR_DISK_FULL);
+    bool written = false;
+    refusals.write = [&written]() -> DWORD {
+        written = true;
+        return ERROR_SUCCESS;
+    };
+    EXPECT_FALSE(SaveBob());
+    EXPECT_FALSE(written);
+    EXPECT_EQ(ReadFileBytes(Path()), before);
+}
+
+// Names
+
+TEST_F(FailingFiles, EveryAttemptHasATemporaryOfItsOwn)
+{
+    Names temporaries;
+    refusals.open = [&temporaries](const std::wstring& path, DWORD, DWORD disposition) -> DWORD {
+        if (disposition == CREATE_NEW)
+            temporaries.push_back(path);
+        return disposition == CREATE_NEW && temporaries.size() == 1 ? ERROR_FILE_EXISTS : ERROR_SUCCESS;
+    };
+    EXPECT_TRUE(SaveBob());
+    EXPECT_TRUE(SaveBob());
+    std::thread([this] { EXPECT_TRUE(SaveBob()); }).join();
+    std::ranges::sort(temporaries);
+    EXPECT_EQ(temporaries.size(), 4u);
+    EXPECT_EQ(std::ranges::adjacent_find(temporaries), temporaries.end());
+}
+
+TEST_F(FailingFiles, OnlyOldFilesOfATemporarysNameAreRemoved)
+{
+    const Names strangers = {L"qxfaxab.xml.1.2.new",    L"qxfaxab.xml.1.2.3.4.new", L"qxfaxab.xml.1.2.x.new",
+                             L"qxfaxab.xml.1.2..new",   L"qxfaxab.xml.4711.new",    L"qxfaxab.xml.mine.new",
+                             L"qxfaxab.xml.1.2.3.new1", L"other.xml.1.2.3.new"};
+    Names left = strangers;
+    left.insert(left.end(), {L"qxfaxab.xml", L"qxfaxab.xml.12.34.7.new"});
+    std::ranges::sort(left);
+    Names all = strangers;
+    all.insert(all.end(), {L"qxfaxab.xml.12.34.6.new", L"qxfaxab.xml.12.34.7.new"});
+    for (const std::wstring& name : all) {
+        WriteFileBytes(documents.File(name), "half");
+        if (name != L"qxfaxab.xml.12.34.7.new") // somebody may be writing it
+            MakeOld(documents.File(name));
+    }
+    EXPECT_TRUE(SaveBob());
+    EXPECT_EQ(documents.Files(), left);
+}
+
+// Links
+
+const wchar_t* linkName = L"";
+std::wstring linkTarget;
+RedirectedImport<decltype(GetFileAttributesW)>* getAttributes = nullptr;
+DWORD WINAPI AttributesWithLink(LPCWSTR path)
+{
+    const DWORD attributes = getAttributes->Original()(path);
+    return std::wstring_view(path).ends_with(linkName) ? attributes | FILE_ATTRIBUTE_REPARSE_POINT : attributes;
+}
+DWORD WINAPI FinalPathOfLink(HANDLE, LPWSTR path, DWORD units, DWORD)
+{
+    const std::wstring target = L"\\\\?\\" + linkTarget;
+    if (units <= target.size())
+        return static_cast<DWORD>(target.size() + 1);
+    target.copy(path, target.size());
+    path[target.size()] = L'\0';
+    return static_cast<DWORD>(target.size());
+}
+
+TEST_F(FailingFiles, ALinkIsFollowedToTheFileThatItLeadsTo)
+{
+    linkName = L"qxfaxab.xml";
+    linkTarget = documents.File(L"real.xml");
+    WriteFileBytes(Path(), "link");
+    WriteFileBytes(linkTarget, "");
+    const StandIn<decltype(GetFileAttributesW)> attributes("GetFileAttributesW", AttributesWithLink, getAttributes);
+    const RedirectedImport<decltype(GetFinalPathNameByHandleW)> finalPath("GetFinalPathNameByHandleW", FinalPathOfLink);
+    EXPECT_TRUE(SaveBob());
+    EXPECT_EQ(ReadFileBytes(Path()), "link");
+    EXPECT_EQ(LoadPhoneBookFile(linkTarget, book.store).items.size(), 1u);
+    EXPECT_EQ(NamesInFile(), Names{L"Bob"});
+    EXPECT_EQ(documents.Files(), (Names{L"qxfaxab.xml", L"real.xml"}));
+}
+
+// Half a document
+
+TEST_F(FailingFiles, AnyCallOfTheDomThatFailsWhileSavingLeavesTheOldFile)
+{
+    WriteBook();
+    book.AddEntry(L"Bob", L"2", L"", 1);
+    book.AddGroup(L"Both", {1, 7}, 2);
+    int failing = 0;
+    int saves = 0;
+    for (bool failed = true; failed; ++failing) {
+        {
+            FailingDom dom([failing](int call) { return call == failing; });
+            saves += SavePhoneBookFile(Path(), book->Items(), false);
+            failed = dom.Calls() > failing;
+        }
+        if (ReadFileBytes(Path()) == before)
+            continue;
+        ASSERT_EQ(NamesInFile(), (Names{L"Bob", L"Both"})) << failing;
+        WriteBook();
+    }
+    EXPECT_EQ(saves, 2); // the document's save, which was tried again, and the one in which nothing failed
+    EXPECT_GT(failing, 30);
+}
+
+// Calls action until none of its allocations is left to fail; the function gets the number of the one that did.
+void FailEachAllocation(std::function<DWORD()> Refusals::*kind, const std::function<void()>& action,
+                        const std::function<void(int)>& check, int atLeast)
+{
+    int failing = 0;
+    for (bool failed = true; failed; ++failing) {
+        int calls = 0;
+        refusals.*kind = [&calls, failing]() -> DWORD {
+            return calls++ == failing ? ERROR_NOT_ENOUGH_MEMORY : ERROR_SUCCESS;
+        };
+        action();
+        refusals = {};
+        failed = calls > failing;
+        if (failed)
+            check(failing);
+    }
+    EXPECT_GT(failing, atLeast);
+}
+
+TEST_F(FailingFiles, AnyTextThatCannotBeAllocatedWhileSavingLeavesTheOldFile)
+{
+    WriteBook();
+    book->Reload();
+    FailEachAllocation(
+        &Refusals::allocate, [this] { EXPECT_EQ(book->Save(1), TRUE); }, // and it comes back
+        [this](int failing) { ASSERT_EQ(ReadFileBytes(Path()), before) << failing; }, 20);
+}
+
+TEST_F(FailingFiles, AnyCallOfTheDomThatFailsWhileLoadingIsNotTakenForAShorterBook)
+{
+    int failing = 0;
+    for (bool failed = true; failed; ++failing) {
+        WriteBook();
+        book->RemoveAll();
+        {
+            FailingDom dom([failing](int call) { return call == failing; });
+            book->Load();
+            failed = dom.Calls() > failing;
+        }
+        CheckNothingIsLost(failing);
+    }
+    EXPECT_GT(failing, 40);
+}
+
+TEST_F(FailingFiles, AnyBlockThatCannotBeAllocatedWhileLoadingIsNotTakenForAnEmptyText)
+{
+    WriteBook();
+    FailEachAllocation(
+        &Refusals::allocateHeap, [this] { book->Load(); },
+        [this](int failing) {
+            CheckNothingIsLost(failing);
+            WriteBook();
+            book->RemoveAll();
+        },
+        6);
+}
+
+TEST_F(FailingFiles, AnEntryWhoseCopyDoesNotFitIntoTheMemoryStaysAsItIs)
+{
+    PhoneBookEntry* const ann = book.AddEntry(L"Ann", L"1", L"Acme", 1);
+    const PhoneBookEntry* const bob = book.AddEntry(L"Bob", L"2", L"", 2);
+    for (int failing = 0; failing < 3; ++failing) {
+        int calls = 0;
+        refusals.allocateHeap = [&calls, failing]() -> DWORD {
+            return calls++ == failing ? ERROR_NOT_ENOUGH_MEMORY : ERROR_SUCCESS;
+        };
+        EXPECT_THROW(ann->CopyFrom(*bob), std::bad_alloc);
+        refusals = {};
+        EXPECT_STREQ(ann->Name(), L"Ann");
+        EXPECT_STREQ(ann->FaxNumber(), L"1");
+        EXPECT_STREQ(ann->Company(), L"Acme");
+    }
+}
+
+// While others work
+
+std::function<void()> whileCreating;
+int created = 0;
+RedirectedImport<decltype(CoCreateInstance)>* createInstance = nullptr;
+HRESULT WINAPI CreateInstanceStandIn(REFCLSID id, LPUNKNOWN outer, DWORD context, REFIID interfaceId, LPVOID* object)
+{
+    ++created;
+    if (const auto once = std::exchange(whileCreating, nullptr))
+        once(); // a message that the apartment answers meanwhile
+    return createInstance->Original()(id, outer, context, interfaceId, object);
+}
+
+class BusyPhoneBook : public FailingFiles {
+protected:
+    StandIn<decltype(CoCreateInstance)> createInstance_{"CoCreateInstance", CreateInstanceStandIn, createInstance};
+};
+
+TEST_F(BusyPhoneBook, IsNotLoadedTwiceWhenItChangesWhileItIsLoaded)
+{
+    WriteBook();
+    whileCreating = [this] {
+        EXPECT_TRUE(SaveBob());
+        ReloadSorted(*book);
+    };
+    ReloadSorted(*book);
+    EXPECT_EQ(book.Names(), Names{L"Bob"}); // what was read last
+}
+
+TEST_F(BusyPhoneBook, IsSavedWholeWhenItIsReloadedMeanwhile)
+{
+    WriteBook();
+    book->Reload();
+    book.AddEntry(L"Bob", L"2", L"", 3);
+    whileCreating = [this] { ReloadSorted(*book); };
+    book->Save(3);
+    book->Reload();
+    EXPECT_EQ(book.Names(), (Names{L"Ann", L"Group", L"Bob"}));
+}
+
+TEST_F(BusyPhoneBook, IsReadOnceForAllListsThatFollowOneChange)
+{
+    WriteBook();
+    ReloadSorted(*book);
+    EXPECT_TRUE(SaveBob());
+    created = 0;
+    for (int list = 0; list < 3; ++list) {
+        book->FollowChange(true);
+        EXPECT_EQ(book.Names(), Names{L"Bob"});
+    }
+    EXPECT_EQ(created, 1);
+    // What the user changed and did not save goes, as it always has.
+    book.AddEntry(L"Unsaved", L"3", L"", 9);
+    book->FollowChange(true);
+    EXPECT_EQ(book.Names(), Names{L"Bob"});
+}
+
+TEST_F(BusyPhoneBook, DoesNotGrowWhileOthersSave)
+{
+    TestBook other;
+    for (DWORD i = 0; i < 200; ++i)
+        other.AddEntry(L"A name of some length, and then some more", L"555-0100", L"A company of some length", i);
+    const auto change = [&] {
+        ASSERT_TRUE(SavePhoneBookFile(Path(), other->Items(), false));
+        book->FollowChange(true);
+    };
+    for (int i = 0; i < 3; ++i)
+        change();
+    const std::size_t bytes = HeapBytesInUse();
+    for (int i = 0; i < 20; ++i)
+        change();
+    EXPECT_LT(HeapBytesInUse(), bytes + 200 * 100); // one book more would be 60000 bytes
+}
+
+TEST_F(BusyPhoneBook, KeepsTheItemThatADialogWorksOn)
+{
+    WriteBook();
+    book->Reload();
+    PhoneBookEntry* const ann = AsEntry(book->GetAt(0));
+    {
+        KeptItem kept(book.store, ann);
+        book->Reload();
+        EXPECT_NE(book->GetAt(0), ann);
+        EXPECT_STREQ(ann->Name(), L"Ann");
+        book->SetAt(0, ann);
+        kept.TakenBack();
+    }
+    EXPECT_STREQ(book->GetAt(0)->GetName(), L"Ann");
+}
+
+// Ids
+
+TEST_F(FailingFiles, AnIdThatAGroupStillNamesIsNotHandedOutAgain)
+{
+    WriteBook();
+    book->Reload();
+    EXPECT_EQ(book->NextId(), 3u);
+    const auto load = [this](const std::string& items) {
+        SetFileAttributesW(Path().c_str(), FILE_ATTRIBUTE_NORMAL);
+        WriteFileBytes(Path(), "<device><software><component><qxfax_phonebook>" + items +
+                                   "</qxfax_phonebook></component></software></device>");
+        book->Reload();
+    };
+    const auto group = [](const std::string& ids) {
+        return "<qxfax_group group_name='G' entry_id='4'><member_list>" + ids + "</member_list></qxfax_group>";
+    };
+    load(group("<m_entry_id>41</m_entry_id><m_entry_id>-5</m_entry_id>"));
+    EXPECT_EQ(book->NextId(), 42u);
+    EXPECT_TRUE(book->IsTaken(41));
+    EXPECT_TRUE(book->IsTaken(4));
+    EXPECT_FALSE(book->IsTaken(42));
+    load(group("<m_entry_id>2147483647</m_entry_id><m_entry_id>0</m_entry_id><m_entry_id>2</m_entry_id>"));
+    EXPECT_EQ(book->NextId(), 1u);
+    EXPECT_EQ(book->NextId(), 3u);
+    EXPECT_EQ(book->NextId(), 5u);
+}
+
+} // namespace
+} // namespace qx
