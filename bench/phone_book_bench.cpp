@@ -311,7 +311,7 @@ void DeleteInOnePass(TestBook& book, const std::vector<DWORD>& ids)
         if (PhoneBookGroup* const group = AsGroup(item)) {
             std::vector<DWORD> members(group->MemberIds().begin(), group->MemberIds().end());
             std::erase_if(members, [&](DWORD id) { return gone.contains(id); });
-            group->ClearMemberIds();
+            group->SetMemberIds({});
             for (const DWORD member : members)
                 group->AddMemberId(member);
         }
