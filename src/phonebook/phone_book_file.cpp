@@ -15,24 +15,30 @@ namespace {
 
 // Reading
 
-// Walks a document. Every call is expected to succeed: once one has not, the walk is not complete, whatever comes after.
+// Walks a document. Every call is expected to succeed: once one has not, the walk is not complete, whatever comes
+// after.
 class Walk {
 public:
     bool Complete() const noexcept { return complete_; }
 
-    // Calls visit(node) for each child, in order. By nextNode: fetching children by index takes quadratic time.
-    template <class Visit> void ForEachChild(IXMLDOMNode& parent, Visit visit)
+    // Calls visit(node) for each child, in order, and skips one that cannot be fetched: false then. By nextNode:
+    // fetching children by index takes quadratic time.
+    template <class Visit> bool ForEachChild(IXMLDOMNode& parent, Visit visit)
     {
         ComPtr<IXMLDOMNodeList> children;
         long count = 0;
         if (!Done(parent.get_childNodes(children.Receive())) || !Done(children->reset()) ||
             !Done(children->get_length(&count)))
-            return;
+            return false;
+        bool allVisited = true;
         for (long i = 0; i < count; ++i) {
             ComPtr<IXMLDOMNode> child;
-            if (Done(children->nextNode(child.Receive())))
+            if (children->nextNode(child.Receive()) == S_OK)
                 visit(*child.Get());
+            else
+                allVisited = false;
         }
+        return allVisited;
     }
 
     // Calls visit(name, text) for each attribute.
@@ -96,11 +102,13 @@ class Reader {
 public:
     Reader(LoadedPhoneBook& loaded, ItemStore& store) noexcept : loaded_(loaded), store_(store) {}
 
-    // False when something could not be read; the items read so far are then half the truth.
+    // False when something could not be read; the items read so far are then half the truth. An item that cannot even
+    // be fetched is only skipped, as one that is dropped for what it holds.
     bool ReadItems(IXMLDOMNode& phoneBook)
     {
-        walk_.ForEachChild(phoneBook, [this](IXMLDOMNode& element) { ReadItem(element); });
-        return walk_.Complete();
+        if (!walk_.ForEachChild(phoneBook, [this](IXMLDOMNode& element) { ReadItem(element); }))
+            loaded_.dropped = true;
+        return walk_.Complete() && membersComplete_;
     }
 
 private:
@@ -170,7 +178,7 @@ private:
             loaded_.dropped = true;
         if (!list)
             return;
-        walk_.ForEachChild(*list.Get(), [this, &group](IXMLDOMNode& child) {
+        membersComplete_ &= walk_.ForEachChild(*list.Get(), [this, &group](IXMLDOMNode& child) {
             if (View(walk_.NameOf(child)) != xml::kMemberId)
                 return;
             if (const auto text = walk_.FirstText(child)) {
@@ -192,6 +200,7 @@ private:
     LoadedPhoneBook& loaded_;
     ItemStore& store_;
     Walk walk_;
+    bool membersComplete_ = true;
 };
 
 // Writing
