@@ -78,6 +78,9 @@ constexpr Text kInformationMissing{5256};
 constexpr Text kBillingCode{5317};
 constexpr Text kBillingCodeTooShort{5324, L"The billing code must be at least %d digits"};
 
+// Posted to the page: a field may have been disabled under the focus.
+constexpr UINT kFindFocus = WM_USER + 103;
+
 constexpr std::size_t kFieldUnits = kTextUnits - 1; // read from one field
 
 // ---- controls -------------------------------------------------------------------------------------------------------
@@ -115,12 +118,6 @@ void ShowMessage(const FaxJobPage& page, const Message& message) { ShowFaxMessag
 
 // ---- the fields -----------------------------------------------------------------------------------------------------
 
-struct Recipient {
-    std::wstring name;
-    std::wstring faxNumber;
-    std::wstring company;
-};
-
 Recipient RecipientInFields(const FaxJobPage& page)
 {
     return {TextOf(page, IDC_NAME_BOX), TextOf(page, IDC_FAX_NUMBER), TextOf(page, IDC_COMPANY)};
@@ -135,9 +132,24 @@ void UpdateRecipientButtons(FaxJobPage& page)
     Enable(page, IDC_ADD_TO_PHONE_BOOK, buttons.addToPhoneBook);
 }
 
+// What the user changes is the user's from then on, also when it is changed back.
+void ForgetRefillIfChanged(FaxJobPage& page)
+{
+    const auto& refill = page.refill;
+    if (refill && (TextOf(page, IDC_FAX_NUMBER) != refill->faxNumber || TextOf(page, IDC_COMPANY) != refill->company))
+        page.refill.reset();
+}
+
+void AnswerCompany(FaxJobPage& page)
+{
+    ForgetRefillIfChanged(page);
+    UpdateRecipientButtons(page);
+}
+
 void FilterFaxNumber(FaxJobPage& page)
 {
     RefuseOtherCharacters(page.faxNumber, ControlOf(page, IDC_FAX_NUMBER));
+    ForgetRefillIfChanged(page);
     Enable(page, IDC_TO, Holds(page, IDC_FAX_NUMBER));
     UpdateRecipientButtons(page);
 }
@@ -183,6 +195,7 @@ void ShowGroup(FaxJobPage& page, const PhoneBookGroup& group)
     ShowGroupText(page, true);
     SetText(page, IDC_GROUP_TEXT, MemberCountText(page, group.Members().size()).c_str());
     Enable(page, IDC_TO, Holds(page, IDC_GROUP_TEXT));
+    page.refill = RecipientInFields(page);
 }
 
 // A null text leaves its field empty.
@@ -197,11 +210,12 @@ void ShowEntry(FaxJobPage& page, const wchar_t* faxNumber, const wchar_t* compan
     }
     SetText(page, IDC_COMPANY, company);
     Enable(page, IDC_TO, Holds(page, IDC_FAX_NUMBER));
+    page.refill = RecipientInFields(page);
 }
 
-void FillFieldsFromNameBox(FaxJobPage& page)
+// Without an item the fields are emptied.
+void ShowItem(FaxJobPage& page, const PhoneBookItem* item)
 {
-    const auto* const item = static_cast<const PhoneBookItem*>(GetChosenItemData(page.nameBox));
     if (const PhoneBookGroup* const group = AsGroup(item))
         ShowGroup(page, *group);
     else if (const PhoneBookEntry* const entry = AsEntry(item))
@@ -212,8 +226,52 @@ void FillFieldsFromNameBox(FaxJobPage& page)
 
 void RefillFields(FaxJobPage& page)
 {
-    FillFieldsFromNameBox(page);
+    ShowItem(page, static_cast<const PhoneBookItem*>(GetChosenItemData(page.nameBox)));
     UpdateRecipientButtons(page);
+}
+
+void RefillEmptyFields(FaxJobPage& page)
+{
+    if (!Holds(page, IDC_FAX_NUMBER) && !Holds(page, IDC_COMPANY))
+        SendMessageW(page.dialog, kSuggestionChosen, 0, -1);
+}
+
+// While the user types, the fields are refilled as long as they are empty: typing on from one name to another leaves
+// the number of the first. Before anything is done with the fields, and when the user leaves the name, the one that
+// stands there gets its own number. What the user has put into the fields stays, and so it does for an unknown name.
+void SettleFields(FaxJobPage& page)
+{
+    if (TakeUnansweredChange(page.nameBox))
+        RefillEmptyFields(page);
+    if (!page.refill)
+        return;
+    const std::wstring name = TextOf(page, IDC_NAME_BOX);
+    const SuggestionItem* const found = name != page.refill->name ? SuggestionOfText(page.nameBox) : nullptr;
+    if (found == nullptr || found->data == nullptr)
+        return;
+    // The name that was refilled from, in other letters: only an item of just these letters is another one.
+    if (found->text != name && EqualUserText(name, page.refill->name))
+        return;
+    ShowItem(page, static_cast<const PhoneBookItem*>(found->data));
+    UpdateRecipientButtons(page);
+}
+
+void LeaveNameBox(FaxJobPage& page)
+{
+    const bool group = page.group != nullptr;
+    SettleFields(page);
+    if (!group && page.group != nullptr)
+        PostMessageW(page.dialog, kFindFocus, 0, 0); // the focus is still on its way
+}
+
+// A group takes the place of the very field that the user was on the way to.
+void FindFocus(const FaxJobPage& page) noexcept
+{
+    const HWND focus = GetFocus();
+    const bool nowhere = focus == nullptr && GetActiveWindow() == GetAncestor(page.dialog, GA_ROOT);
+    const bool inDisabled = focus != nullptr && IsChild(page.dialog, focus) && !IsWindowEnabled(focus);
+    if (page.group != nullptr && (nowhere || inDisabled))
+        Focus(page, IDC_GROUP_TEXT);
 }
 
 const PhoneBookGroup* RecentGroup(const FaxJobPage& page, const std::wstring& name) noexcept
@@ -256,8 +314,10 @@ void AnswerNameBox(FaxJobPage& page, UINT code)
         if (row >= 0)
             SendMessageW(page.dialog, kSuggestionChosen, 0, row);
     }
-    if (code == CBN_EDITCHANGE && !Holds(page, IDC_FAX_NUMBER) && !Holds(page, IDC_COMPANY))
-        SendMessageW(page.dialog, kSuggestionChosen, 0, -1);
+    if (code == CBN_EDITCHANGE)
+        RefillEmptyFields(page);
+    if (code == CBN_KILLFOCUS)
+        LeaveNameBox(page);
     UpdateRecipientButtons(page);
 }
 
@@ -380,6 +440,7 @@ void AddEntry(FaxJobPage& page)
 void AddToRecipients(FaxJobPage& page)
 {
     TakeBackTypedRecipient(page);
+    SettleFields(page);
     if (page.group != nullptr)
         AddGroupMembers(page, *page.group);
     else
@@ -442,6 +503,7 @@ bool AddToPhoneBook(FaxJobPage& page, const Recipient& recipient)
 
 void AddFieldsToPhoneBook(FaxJobPage& page)
 {
+    SettleFields(page);
     const Recipient recipient = RecipientInFields(page);
     if (page.book->GetCount() >= kMaxPhoneBookItems) {
         ShowMessage(page, kPhoneBookFull);
@@ -640,7 +702,7 @@ INT_PTR AnswerNotification(FaxJobPage& page, const NMHDR& header)
 
 constexpr Route<FaxJobPage> kRoutes[] = {
     {IDC_FAX_NUMBER, EN_CHANGE, FilterFaxNumber},
-    {IDC_COMPANY, EN_CHANGE, UpdateRecipientButtons},
+    {IDC_COMPANY, EN_CHANGE, AnswerCompany},
     {IDC_PHONE_BOOK, BN_CLICKED, PickFromPhoneBook},
     {IDC_CLEAR_FIELDS, BN_CLICKED, ClearRecipientFields},
     {IDC_ADD_TO_PHONE_BOOK, BN_CLICKED, AddFieldsToPhoneBook},
@@ -685,6 +747,7 @@ INT_PTR HandleOther(FaxJobPage& page, UINT message, WPARAM w, LPARAM l)
         return FALSE;
     case WM_NOTIFY: return AnswerNotification(page, *reinterpret_cast<const NMHDR*>(l));
     case kSuggestionChosen: RefillFields(page); return TRUE;
+    case kFindFocus: FindFocus(page); return TRUE;
     case WM_DRAWITEM:
         return w == IDC_PHONE_BOOK && page.phoneBookButton.Draw(*reinterpret_cast<const DRAWITEMSTRUCT*>(l));
     case WM_LBUTTONDOWN: // beside all controls: the focus stays, the list does not
@@ -719,6 +782,7 @@ void RefreshNameBoxList(FaxJobPage& page)
 
 bool ValidateFaxJobPage(FaxJobPage& page)
 {
+    SettleFields(page);
     const std::vector<SendProblem> problems = CheckSend(FactsOf(page));
     for (const SendProblem problem : problems)
         page.errorField = ReportProblem(page, problem);

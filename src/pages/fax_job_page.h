@@ -10,13 +10,22 @@
 #include "res/fax_job_page_ids.h"
 #include "text/controls.h"
 
+#include <optional>
 #include <qxfax/send_fax.h>
+#include <string>
 
 namespace qx {
 
 class PhoneBook;
 class PhoneBookGroup;
 class RecentRecipientList;
+
+// What stands in the three fields.
+struct Recipient {
+    std::wstring name;
+    std::wstring faxNumber;
+    std::wstring company;
+};
 
 struct FaxJobPage : TextOwner {
     HWND dialog = nullptr;
@@ -33,6 +42,8 @@ struct FaxJobPage : TextOwner {
     NumberFilter billingCode{AllowedInBillingCode, L""};
     // The group that stands in the fields, or null. It belongs to the recent list.
     const PhoneBookGroup* group = nullptr;
+    // The fields as the name box last refilled them, until the user changes number or company.
+    std::optional<Recipient> refill;
     bool checkImage = false;     // the image path is the user's and is checked on Send
     bool typedIsInJob = false;   // a Send has put the typed recipient behind those of the list, and the sheet is still open
     int errorField = 0;          // the control that last failed on Send; from then on the page opens on it

@@ -2,8 +2,11 @@
 //   - a control that is disabled while it has the keyboard focus leaves the focus nowhere;
 //   - an automatic radio button that gets the focus checks itself and says that it was clicked;
 //   - a list view learns how far it can be scrolled when redrawing comes back, and is not scrolled before; emptied, it
-//     is at its top.
+//     is at its top;
+//   - combo boxes do what windows_combo_box.h says.
 #pragma once
+
+#include "support/windows_combo_box.h"
 
 #include <memory>
 #include <windows.h>
@@ -21,6 +24,7 @@ public:
     static std::unique_ptr<DocumentedControls> WhenAsked();
 
 private:
+    WindowsComboBoxes comboBoxes_;
     HHOOK hook_;
 };
 

@@ -98,6 +98,24 @@ void FaxJobPageStand::PressNameKey(WPARAM key)
     SendMessageW(page_.nameBox.edit, WM_KEYUP, key, 1);
 }
 
+void FaxJobPageStand::PressAltNameKey(WPARAM key)
+{
+    constexpr LPARAM kAltHeld = 1 | (1 << 29);
+    SendMessageW(page_.nameBox.edit, WM_SYSKEYDOWN, key, kAltHeld);
+    SendMessageW(page_.nameBox.edit, WM_SYSKEYUP, key, kAltHeld);
+}
+
+void FaxJobPageStand::Compose(const std::wstring& text)
+{
+    SendMessageW(page_.nameBox.edit, WM_IME_STARTCOMPOSITION, 0, 0);
+    TypeName(text);
+}
+
+void FaxJobPageStand::EndComposition()
+{
+    SendMessageW(page_.nameBox.edit, WM_IME_ENDCOMPOSITION, 0, 0);
+}
+
 void FaxJobPageStand::Press(int id)
 {
     if (IsEnabled(id))

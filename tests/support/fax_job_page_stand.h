@@ -7,7 +7,9 @@
 #include "phonebook/recent_list.h"
 #include "support/documented_controls.h"
 #include "support/message_boxes.h"
+#include "support/windows_combo_box.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,6 +28,9 @@ public:
     FaxJobPageStand(const FaxJobPageStand&) = delete;
     FaxJobPageStand& operator=(const FaxJobPageStand&) = delete;
 
+    // Its combo box behaves as on Windows. Before Show; in a run with documented controls it does anyway.
+    void UseWindowsComboBox() { windowsComboBoxes_.emplace(); }
+
     // ---- before Show: what the session has (the last one given becomes the most recent)
     FaxJobData& Job() { return job_.Get(); }
     PhoneBook& Book() { return *book_; }
@@ -43,6 +48,9 @@ public:
     void SetText(int id, const std::wstring& text);  // as a paste over everything
     void TypeName(const std::wstring& text);         // character by character into the name box
     void PressNameKey(WPARAM key);                   // a key that reaches the name box's edit
+    void PressAltNameKey(WPARAM key);                // with Alt held
+    void Compose(const std::wstring& text);          // with an input method into the name box, and not yet to the end
+    void EndComposition();
     void Press(int id);                              // a button, also one that is disabled does nothing
     void PickName(int row);                          // an item of the name box, as its list would
     void DropNames(bool open);                       // by a click on the arrow
@@ -63,6 +71,7 @@ public:
     MessageBoxes& Boxes() { return boxes_; }
 
 private:
+    std::optional<WindowsComboBoxes> windowsComboBoxes_;
     ItemStore store_;
     PhoneBook* book_ = new PhoneBook(store_); // frees itself in Destroy
     RecentRecipientList recent_;

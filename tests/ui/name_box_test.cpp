@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 #include <memory>
+#include <utility>
 
 namespace qx::test {
 namespace {
@@ -89,6 +90,48 @@ TEST_F(NameBox, BackspaceAfterACompletionDoesNotCompleteAgain)
     EXPECT_TRUE(stand.NamesShown());
     stand.PressNameKey(VK_BACK);
     EXPECT_EQ(Name(), L"A");
+}
+
+TEST_F(NameBox, ADeletionInACompletedNameThatIsNoLongerSelectedDoesNotCompleteAgain)
+{
+    using Deletion = void (*)(FaxJobPageStand&);
+    constexpr Deletion kDeletions[] = {
+        [](FaxJobPageStand& s) { s.PressNameKey(VK_BACK); },
+        [](FaxJobPageStand& s) {
+            s.PressNameKey(VK_LEFT);
+            s.PressNameKey(VK_DELETE);
+        },
+        [](FaxJobPageStand& s) {
+            SendMessageW(s.Page().nameBox.edit, EM_SETSEL, 3, 4);
+            SendMessageW(s.Page().nameBox.edit, WM_CUT, 0, 0);
+        },
+        [](FaxJobPageStand& s) {
+            SendMessageW(s.Page().nameBox.edit, EM_SETSEL, 3, 4);
+            SendMessageW(s.Page().nameBox.edit, WM_CLEAR, 0, 0);
+        },
+    };
+    ShowWith({L"Anna"});
+    for (const Deletion& deletion : kDeletions) {
+        stand.Press(IDC_CLEAR_FIELDS);
+        stand.TypeName(L"a");
+        ASSERT_EQ(Name(), L"Anna");
+        stand.PressNameKey(VK_END);
+        ASSERT_EQ(stand.SelectedTail(), L"");
+        deletion(stand);
+        EXPECT_EQ(Name(), L"Ann") << &deletion - kDeletions;
+        stand.TypeName(L"a");
+        EXPECT_EQ(Name(), L"Anna");
+    }
+}
+
+TEST_F(NameBox, BackspaceAfterAClickIntoTheCompletedNameDeletesOneLetter)
+{
+    ShowWith({L"Anna"});
+    stand.TypeName(L"a");
+    SendMessageW(Edit(), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(60, 5)); // behind the text
+    SendMessageW(Edit(), WM_LBUTTONUP, 0, MAKELPARAM(60, 5));
+    stand.PressNameKey(VK_BACK);
+    EXPECT_EQ(Name(), L"Ann");
 }
 
 TEST_F(NameBox, AfterAChoiceBackspaceDeletesFromTheWholeName)
@@ -182,6 +225,310 @@ TEST_F(NameBox, OfAHundredThousandPastedCharactersTheFirstFiftyStay)
     SendMessageW(stand.Control(IDC_FAX_NUMBER), WM_PASTE, 0, 0);
     EXPECT_EQ(Fax(), L"");
     EXPECT_FALSE(stand.NamesShown());
+}
+
+// ---- from one name to another
+
+class Typist : public NameBox { // who knows Anna (and her number 101), Andrew (102), and a group
+protected:
+    Typist()
+    {
+        stand.Page().hStringDll = library_.Module();
+        stand.AddRecentGroup(L"Andes", 2);
+        stand.AddRecentEntry(L"Andrew", L"102", L"Mill");
+        stand.AddRecentEntry(L"Anna", L"101", L"Orchard");
+        stand.Show();
+    }
+    void Leave() { SetFocus(stand.Control(IDC_RECIPIENTS)); }
+    void ExpectFields(const wchar_t* name, const wchar_t* faxNumber, const wchar_t* company)
+    {
+        EXPECT_EQ(Name(), name);
+        EXPECT_EQ(Fax(), faxNumber);
+        EXPECT_EQ(stand.Text(IDC_COMPANY), company);
+    }
+
+private:
+    qx::test::StringLibrary library_;
+};
+
+TEST_F(Typist, WhoTypesOnToAnotherNameFindsItsNumberOnLeaving)
+{
+    stand.TypeName(L"and");
+    stand.PressNameKey(VK_BACK);
+    stand.TypeName(L"r");
+    ExpectFields(L"Andrew", L"101", L"Orchard"); // typing refills empty fields only
+    Leave();
+    ExpectFields(L"Andrew", L"102", L"Mill");
+}
+
+TEST_F(Typist, WhoTypesOnToAGroupFindsItOnLeaving)
+{
+    stand.TypeName(L"ande");
+    ASSERT_EQ(Name(), L"Andes");
+    Leave();
+    EXPECT_TRUE(stand.IsVisible(IDC_GROUP_TEXT));
+    EXPECT_EQ(Fax(), L"");
+    stand.Press(IDC_TO);
+    EXPECT_EQ(stand.Recipients().size(), 2u);
+}
+
+TEST_F(Typist, WhoTypesOnToAGroupIsNotLeftInTheFieldThatItReplaces)
+{
+    for (const int field : {IDC_FAX_NUMBER, IDC_COMPANY}) {
+        stand.Press(IDC_CLEAR_FIELDS);
+        stand.TypeName(L"ande");
+        SetFocus(stand.Control(field)); // as Tab or a click does
+        MSG message;
+        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
+            DispatchMessageW(&message);
+        EXPECT_EQ(GetFocus(), stand.Control(IDC_GROUP_TEXT)) << field;
+    }
+}
+
+TEST_F(Typist, WhoTypesOnToAnotherNameAndPressesAButtonTakesThatOnesNumber)
+{
+    stand.TypeName(L"andr");
+    SendMessageW(stand.Page().dialog, WM_COMMAND, MAKEWPARAM(IDC_TO, BN_CLICKED), 0); // the focus stays in the name
+    EXPECT_EQ(stand.Recipients(), (std::vector<Row>{{L"Andrew", L"102", L"Mill"}}));
+}
+
+TEST_F(Typist, WhoTypesOnToAnotherNameAndSendsFaxesToThatOne)
+{
+    stand.TypeName(L"andr");
+    EXPECT_TRUE(stand.Send());
+    EXPECT_EQ(stand.Recipients(), (std::vector<Row>{{L"Andrew", L"102", L"Mill"}}));
+}
+
+TEST_F(Typist, WhoTypesOnToAnotherNameAddsThatOneToThePhoneBook)
+{
+    stand.TypeName(L"andr");
+    SendMessageW(stand.Page().dialog, WM_COMMAND, MAKEWPARAM(IDC_ADD_TO_PHONE_BOOK, BN_CLICKED), 0);
+    ASSERT_EQ(stand.Book().GetCount(), 1u);
+    EXPECT_STREQ(AsEntry(stand.Book().GetAt(0))->FaxNumber(), L"102");
+}
+
+TEST_F(Typist, WhoseNumberItIsKeepsIt)
+{
+    stand.TypeName(L"a");
+    stand.SetText(IDC_FAX_NUMBER, L"555");
+    stand.TypeName(L"ndr");
+    Leave();
+    ExpectFields(L"Andrew", L"555", L"Orchard");
+    stand.SetText(IDC_FAX_NUMBER, L"101"); // typed by the user, whosever it is
+    SetFocus(Edit());
+    Leave();
+    ExpectFields(L"Andrew", L"101", L"Orchard");
+}
+
+TEST_F(Typist, WhoChangedTheCompanyKeepsBoth)
+{
+    stand.TypeName(L"a");
+    stand.SetText(IDC_COMPANY, L"Elsewhere");
+    stand.TypeName(L"ndr");
+    Leave();
+    ExpectFields(L"Andrew", L"101", L"Elsewhere");
+}
+
+TEST_F(Typist, WhoseCharactersTheNumberRefusesHasChangedNothing)
+{
+    stand.TypeName(L"a");
+    stand.SetText(IDC_FAX_NUMBER, L"+49");
+    stand.TypeName(L"ndr");
+    Leave();
+    ExpectFields(L"Andrew", L"102", L"Mill");
+}
+
+TEST_F(Typist, WhoTypesAnUnknownNameKeepsTheFields)
+{
+    stand.TypeName(L"annabel");
+    Leave();
+    ExpectFields(L"Annabel", L"101", L"Orchard");
+}
+
+TEST_F(Typist, WhoEmptiedTheNumberIsNotGivenItBackOnLeaving)
+{
+    stand.TypeName(L"a");
+    stand.SetText(IDC_FAX_NUMBER, L"");
+    stand.SetText(IDC_COMPANY, L"");
+    SetFocus(Edit());
+    Leave();
+    ExpectFields(L"Anna", L"", L"");
+}
+
+TEST_F(NameBox, ANamesakeThatWasChosenKeepsItsNumberOnLeaving)
+{
+    ShowWith({L"Anna", L"Anna", L"ANNA"});
+    stand.DropNames(true);
+    stand.PickName(2);
+    ASSERT_EQ(Fax(), L"100");
+    SetFocus(stand.Control(IDC_COMPANY));
+    EXPECT_EQ(Fax(), L"100");
+}
+
+TEST_F(NameBox, ANameIsFirstOfAllTheOneOfTheSameLetters)
+{
+    ShowWith({L"anna", L"Anna"}); // 100, 101
+    stand.SetText(IDC_NAME_BOX, L"anna2");
+    stand.PressNameKey(VK_BACK);
+    ASSERT_EQ(Name(), L"anna");
+    EXPECT_EQ(Fax(), L"100");
+    stand.SetText(IDC_NAME_BOX, L"");
+    EXPECT_EQ(Fax(), L"100");
+    stand.SetText(IDC_FAX_NUMBER, L"");
+    stand.SetText(IDC_NAME_BOX, L"ANNAX");
+    stand.PressNameKey(VK_BACK);
+    ASSERT_EQ(Name(), L"ANNA");
+    EXPECT_EQ(Fax(), L"101"); // the first one
+    SetFocus(stand.Control(IDC_COMPANY));
+    EXPECT_EQ(Fax(), L"101");
+    stand.SetText(IDC_NAME_BOX, L"anna");
+    SetFocus(Edit());
+    SetFocus(stand.Control(IDC_COMPANY));
+    EXPECT_EQ(Fax(), L"100");
+}
+
+// ---- an input method
+
+TEST_F(NameBox, DuringACompositionNothingIsCompletedAndAfterItTheWholeTextIs)
+{
+    ShowWith({L"\x5C71\x672C", L"\x5C71\x7530"}); // 100, 101
+    stand.Compose(L"\x5C71");
+    EXPECT_EQ(Name(), L"\x5C71");
+    EXPECT_EQ(Fax(), L"");
+    EXPECT_FALSE(stand.NamesShown());
+    stand.EndComposition();
+    EXPECT_EQ(Name(), L"\x5C71\x7530");
+    EXPECT_EQ(stand.SelectedTail(), L"\x7530");
+    EXPECT_EQ(Fax(), L"101");
+}
+
+TEST_F(NameBox, ACompositionHidesTheListAndHasItsKeysToItself)
+{
+    ShowWith({L"Bob", L"Anna"});
+    stand.TypeName(L"a");
+    ASSERT_TRUE(stand.NamesShown());
+    stand.Compose(L"b");
+    EXPECT_FALSE(stand.NamesShown());
+    for (const WPARAM key : {VK_RETURN, VK_ESCAPE}) {
+        MSG message{Edit(), WM_KEYDOWN, key, 1, 0, {}};
+        const LRESULT wanted = SendMessageW(Edit(), WM_GETDLGCODE, key, reinterpret_cast<LPARAM>(&message));
+        EXPECT_NE(wanted & DLGC_WANTMESSAGE, 0) << key; // else it presses Send or Cancel
+        SendMessageW(Edit(), WM_KEYDOWN, key, 1);
+    }
+    for (const WPARAM key : {VK_DOWN, VK_UP, VK_NEXT, VK_PRIOR, VK_F4})
+        stand.PressNameKey(key);
+    EXPECT_EQ(Name(), L"Ab");
+    EXPECT_EQ(Fax(), L"101");
+    EXPECT_FALSE(stand.NamesShown());
+}
+
+TEST_F(NameBox, ACompositionThatTheUserLeftIsAnsweredWithoutCompletingIt)
+{
+    ShowWith({L"Bob", L"Bo"}); // 100, 101
+    stand.Compose(L"bob");
+    SetFocus(stand.Control(IDC_RECIPIENTS));
+    EXPECT_EQ(Name(), L"bob");
+    EXPECT_EQ(Fax(), L"100");
+    stand.EndComposition();
+    EXPECT_FALSE(stand.NamesShown());
+    SetFocus(Edit());
+    SendMessageW(Edit(), EM_SETSEL, 0, -1);
+    stand.PressNameKey(VK_BACK);
+    stand.TypeName(L"b");
+    EXPECT_EQ(Name(), L"Bo");
+}
+
+// ---- a combo box as on Windows
+
+TEST_F(NameBox, TheCompletedRowStaysChosenAlthoughTheComboBoxDeselectsItAfterItsNotification)
+{
+    stand.UseWindowsComboBox();
+    ShowWith({L"Bob", L"Anna"});
+    stand.TypeName(L"a");
+    EXPECT_EQ(SelectedRow(), 0);
+    stand.PressNameKey(VK_RETURN);
+    EXPECT_EQ(Name(), L"Anna");
+    EXPECT_EQ(Fax(), L"101");
+}
+
+TEST_F(NameBox, NoKeyAndNoWheelPutsAnotherNameBesideANumber)
+{
+    using Act = void (*)(FaxJobPageStand&);
+    constexpr Act kActs[] = {
+        [](FaxJobPageStand& s) { s.PressNameKey(VK_F4); },
+        [](FaxJobPageStand& s) { s.PressAltNameKey(VK_DOWN); },
+        [](FaxJobPageStand& s) { s.PressAltNameKey(VK_UP); },
+        [](FaxJobPageStand& s) { s.PressNameKey(VK_NEXT); },
+        [](FaxJobPageStand& s) { s.PressNameKey(VK_PRIOR); },
+        [](FaxJobPageStand& s) { s.PressNameKey(VK_DOWN); },
+        [](FaxJobPageStand& s) { s.PressNameKey(VK_UP); },
+        [](FaxJobPageStand& s) {
+            SendMessageW(s.Page().nameBox.edit, WM_MOUSEWHEEL, MAKEWPARAM(0, -WHEEL_DELTA), 0);
+        },
+        [](FaxJobPageStand& s) {
+            SendMessageW(s.Page().nameBox.combo, WM_MOUSEWHEEL, MAKEWPARAM(0, -WHEEL_DELTA), 0);
+        },
+        [](FaxJobPageStand& s) { SendMessageW(s.Page().nameBox.combo, WM_KEYDOWN, VK_DOWN, 1); },
+    };
+    stand.UseWindowsComboBox();
+    ShowWith({L"Bob", L"Anna"});
+    for (const Act& act : kActs) {
+        for (const bool open : {false, true}) {
+            stand.Press(IDC_CLEAR_FIELDS);
+            stand.SetText(IDC_FAX_NUMBER, L"555");
+            stand.SetText(IDC_NAME_BOX, L"Ax");
+            stand.PressNameKey(VK_BACK);
+            if (!open)
+                SendMessageW(Combo(), CB_SHOWDROPDOWN, FALSE, 0);
+            ASSERT_EQ(Name(), L"A");
+            act(stand);
+            const Row shown{Name(), Fax(), L""};
+            const bool one = shown == Row{L"A", L"555", L""} || shown == Row{L"Anna", L"101", L""};
+            EXPECT_TRUE(one) << shown << " after act " << &act - kActs << (open ? ", open" : "");
+        }
+    }
+}
+
+TEST_F(NameBox, TheListKeysOpenAndCloseTheListOfAllNames)
+{
+    stand.UseWindowsComboBox();
+    ShowWith({L"Bob", L"Anna"});
+    stand.SetText(IDC_NAME_BOX, L"Ax");
+    stand.PressNameKey(VK_F4);
+    EXPECT_TRUE(stand.NamesShown());
+    EXPECT_EQ(stand.Names(), (Texts{L"Anna", L"Bob"}));
+    stand.PressNameKey(VK_F4);
+    EXPECT_FALSE(stand.NamesShown());
+    stand.PressAltNameKey(VK_DOWN);
+    EXPECT_TRUE(stand.NamesShown());
+    stand.PressAltNameKey(VK_UP);
+    EXPECT_FALSE(stand.NamesShown());
+    EXPECT_EQ(Name(), L"Ax");
+}
+
+TEST_F(NameBox, PageDownAndPageUpGoToTheTenthNameAndBack)
+{
+    for (int i = 11; i >= 0; --i)
+        stand.AddRecentEntry((L"Anna " + std::to_wstring(i)).c_str(), std::to_wstring(i).c_str());
+    stand.Show();
+    stand.PressNameKey(VK_NEXT);
+    EXPECT_EQ(Fax(), L"0");
+    stand.PressNameKey(VK_NEXT);
+    EXPECT_EQ(Fax(), L"9");
+    stand.PressNameKey(VK_NEXT);
+    EXPECT_EQ(Fax(), L"11");
+    stand.PressNameKey(VK_PRIOR);
+    EXPECT_EQ(Fax(), L"2");
+    EXPECT_EQ(Name(), L"Anna 2");
+}
+
+TEST_F(NameBox, AKeyThatStaysOnTheChosenNameLeavesANumberThatTheUserChanged)
+{
+    ShowWith({L"Anna"});
+    stand.PressNameKey(VK_DOWN);
+    stand.SetText(IDC_FAX_NUMBER, L"555");
+    stand.PressNameKey(VK_DOWN);
+    EXPECT_EQ(Fax(), L"555");
 }
 
 // ---- the list
@@ -297,10 +644,100 @@ TEST_F(NameBox, HidesTheListOnAClickBesideAllControls)
     EXPECT_FALSE(stand.NamesShown());
 }
 
+// Takes a message out of the queue as the message loop does, and leaves it at that.
+void Retrieve(HWND window, UINT message, WPARAM w = 0, LPARAM l = 0)
+{
+    PostMessageW(window, message, w, l);
+    MSG retrieved;
+    while (PeekMessageW(&retrieved, window, message, message, PM_REMOVE)) {
+    }
+}
+
+TEST_F(NameBox, HidesTheListWhenTheSheetMoves)
+{
+    ShowWith({L"Anna"});
+    stand.TypeName(L"a");
+    Retrieve(stand.SheetWindow(), WM_APP);
+    EXPECT_TRUE(stand.NamesShown());
+    SetWindowPos(stand.SheetWindow(), nullptr, 80, 90, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
+    Retrieve(stand.SheetWindow(), WM_APP); // a moved sheet is never without messages
+    EXPECT_FALSE(stand.NamesShown());
+    EXPECT_EQ(Name(), L"Anna");
+    EXPECT_EQ(Fax(), L"100");
+    stand.PressNameKey(VK_F4);
+    Retrieve(stand.SheetWindow(), WM_APP);
+    EXPECT_TRUE(stand.NamesShown());
+}
+
+TEST_F(NameBox, HidesTheListOnAClickOrATurnOfTheWheelAnywhereElse)
+{
+    ShowWith({L"Anna"});
+    const std::pair<HWND, UINT> acts[] = {
+        {stand.SheetWindow(), WM_NCLBUTTONDOWN}, {stand.SheetWindow(), WM_LBUTTONDOWN},
+        {stand.Page().dialog, WM_RBUTTONDOWN},   {stand.Control(IDC_FAX_TO_GROUP), WM_LBUTTONDOWN},
+        {stand.Page().dialog, WM_MOUSEWHEEL},    {stand.Control(IDC_RECIPIENTS), WM_MOUSEWHEEL},
+    };
+    for (const auto& [window, message] : acts) {
+        stand.Press(IDC_CLEAR_FIELDS);
+        stand.TypeName(L"a");
+        ASSERT_TRUE(stand.NamesShown());
+        Retrieve(window, message);
+        EXPECT_FALSE(stand.NamesShown()) << message;
+    }
+}
+
+TEST_F(NameBox, TheMouseInTheListAndInTheNameLeavesTheListOpen)
+{
+    ShowWith({L"Anna"});
+    stand.TypeName(L"a");
+    for (const HWND window : {List(), Edit(), Combo()}) {
+        for (const UINT message : {WM_LBUTTONDOWN, WM_MOUSEWHEEL})
+            Retrieve(window, message);
+    }
+    EXPECT_TRUE(stand.NamesShown());
+}
+
+TEST_F(NameBox, TheWheelScrollsTheOpenList)
+{
+    for (int i = 0; i < 15; ++i)
+        stand.AddRecentEntry((L"Anna " + std::to_wstring(i)).c_str(), L"1");
+    stand.Show();
+    stand.TypeName(L"a");
+    SendMessageW(Edit(), WM_MOUSEWHEEL, MAKEWPARAM(0, -WHEEL_DELTA), 0);
+    EXPECT_GT(SendMessageW(List(), LB_GETTOPINDEX, 0, 0), 0);
+    EXPECT_EQ(Name(), L"Anna 14");
+}
+
+TEST_F(NameBox, HidesTheListWhenAnotherWindowBecomesActive)
+{
+    ShowWith({L"Anna"});
+    stand.TypeName(L"a");
+    const HWND other = CreateWindowExW(0, WC_STATIC, L"Other", WS_POPUP | WS_VISIBLE, 0, 0, 50, 50, nullptr, nullptr,
+                                       nullptr, nullptr);
+    SetActiveWindow(other);
+    EXPECT_FALSE(stand.NamesShown());
+    DestroyWindow(other);
+}
+
+TEST_F(NameBox, AnOpenListWhoseNamesHaveNotChangedStaysAsItIs)
+{
+    ShowWith({L"Andrew", L"Anna"});
+    stand.TypeName(L"an");
+    stand.PressNameKey(VK_DOWN);
+    RefreshNameBoxList(stand.Page()); // as the sheet does when another program has changed the phone book
+    EXPECT_TRUE(stand.NamesShown());
+    EXPECT_EQ(stand.Names(), (Texts{L"Anna", L"Andrew"}));
+    EXPECT_EQ(SelectedRow(), 1);
+    stand.PressNameKey(VK_RETURN);
+    EXPECT_EQ(Name(), L"Andrew");
+    EXPECT_EQ(Fax(), L"100");
+}
+
 TEST_F(NameBox, AChangeOfTheRecentListHidesTheOldNames)
 {
     ShowWith({L"Bob", L"Anna"});
     stand.TypeName(L"a");
+    stand.AddRecentEntry(L"Carla", L"102");
     RefreshNameBoxList(stand.Page());
     EXPECT_FALSE(stand.NamesShown());
     EXPECT_EQ(Name(), L"Anna");
@@ -446,6 +883,7 @@ TEST_F(NameBox, ARowThatWasOnlyHoveredOverDoesNotStandForTheName)
     SetFocus(stand.Control(IDC_COMPANY));
     EXPECT_EQ(static_cast<const PhoneBookItem*>(GetChosenItemData(stand.Page().nameBox))->GetName(),
               std::wstring(L"Anna"));
+    EXPECT_EQ(SelectedRow(), 0);
 }
 
 TEST_F(NameBox, TheListTakesAndReleasesTheMouse)

@@ -53,6 +53,19 @@ TEST(Suggestions, OfferAllButBlankItems)
     EXPECT_EQ(offered[1]->text, L"Bob");
 }
 
+TEST(Suggestions, AreFoundByTheSameLettersBeforeOthersOfTheSameName)
+{
+    Suggestions suggestions;
+    suggestions.SetItems({{L"Anna"}, {L"anna"}, {L"  "}});
+    const SuggestionItem* const items = suggestions.Items().data();
+    EXPECT_EQ(suggestions.Find(L"anna"), items + 1);
+    EXPECT_EQ(suggestions.Find(L"Anna"), items);
+    EXPECT_EQ(suggestions.Find(L"ANNA"), items);
+    EXPECT_EQ(suggestions.Find(L"Ann"), nullptr);
+    EXPECT_EQ(suggestions.Find(L"  "), nullptr);
+    EXPECT_EQ(suggestions.Find(L""), nullptr);
+}
+
 TEST(Suggestions, AreForgottenWithTheItemsTheyWereMadeOf)
 {
     Suggestions suggestions;

@@ -1,6 +1,9 @@
 #include "phonebook/ui/type_ahead.h"
 
+#include "base/text.h"
 #include "phonebook/ui/typed_prefix.h"
+
+#include <algorithm>
 
 namespace qx {
 
@@ -32,6 +35,17 @@ bool Suggestions::Rebuild(std::wstring_view typed)
     typed_ = typed;
     rebuilt_ = true;
     return !matches_.empty();
+}
+
+const SuggestionItem* Suggestions::Find(std::wstring_view text) const noexcept
+{
+    if (text.empty() || IsBlankText(text))
+        return nullptr;
+    auto found = std::ranges::find(items_, text, &SuggestionItem::text);
+    if (found == items_.end())
+        found =
+            std::ranges::find_if(items_, [&](const SuggestionItem& item) { return EqualUserText(item.text, text); });
+    return found != items_.end() ? &*found : nullptr;
 }
 
 std::vector<const SuggestionItem*> Suggestions::Offered() const

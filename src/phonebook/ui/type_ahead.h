@@ -12,6 +12,7 @@ namespace qx {
 struct SuggestionItem {
     std::wstring text;
     const void* data = nullptr;
+    bool operator==(const SuggestionItem&) const = default;
 };
 
 class Suggestions {
@@ -23,6 +24,10 @@ public:
     bool Rebuild(std::wstring_view typed);
     // Whether the matches are already those of typed.
     bool AreFor(std::wstring_view typed) const noexcept { return rebuilt_ && typed == typed_; }
+
+    // The first item whose text is this one letter for letter or, without such an item, ignoring case. Null when there
+    // is none; blank texts are nobody's.
+    const SuggestionItem* Find(std::wstring_view text) const noexcept;
 
     // Addresses of items and matches stay valid until they are replaced.
     const std::vector<SuggestionItem>& Items() const noexcept { return items_; }

@@ -17,6 +17,9 @@ constexpr int kBelowEdit = 6;  // pixels between edit area and list: the borders
 constexpr int kNarrower = 1;   // pixels, on each side
 constexpr WPARAM kFromTop = static_cast<WPARAM>(-1);
 constexpr WPARAM kNothing = static_cast<WPARAM>(-1);
+constexpr int kNoRow = -1;
+constexpr WPARAM kCtrlBackspace = 0x7F; // as a character
+constexpr WPARAM kCtrlX = 0x18;
 
 // ---- the registry ---------------------------------------------------------------------------------------------------
 
@@ -39,6 +42,16 @@ TypeAheadState* StateOfWindow(HWND window) noexcept
 {
     for (const Slot& slot : g_registry) {
         if (slot.combo == window || slot.edit == window || slot.list == window)
+            return slot.state;
+    }
+    return nullptr;
+}
+
+// The name box whose list is shown, and watched, on this thread.
+TypeAheadState* WatchedState() noexcept
+{
+    for (const Slot& slot : g_registry) {
+        if (slot.state != nullptr && slot.state->watchingThread == GetCurrentThreadId())
             return slot.state;
     }
     return nullptr;
@@ -114,8 +127,10 @@ int FindRow(const TypeAheadState& state, UINT search, const std::wstring& text) 
 }
 
 // The combo box itself would empty its edit too.
-void ClearRows(const TypeAheadState& state) noexcept
+void ClearRows(TypeAheadState& state) noexcept
 {
+    state.chosenRow = kNoRow;
+    state.rowsAreMatches = false;
     SendMessageW(state.list, LB_RESETCONTENT, 0, 0);
 }
 
@@ -154,15 +169,20 @@ void ShowOffered(TypeAheadState& state)
     ClearRows(state);
     for (const SuggestionItem* item : state.suggestions.Offered())
         AppendRow(state, *item);
-    state.rowsAreMatches = false;
 }
 
-// Hovering selects rows. A row that was not chosen in the end must not stand for the text in the edit.
-void DropStaleSelection(const TypeAheadState& state)
+// Hovering selects rows, and so does the combo box at work, which drops the selection as readily. Only a row that was
+// chosen stands for the text in the edit.
+void RestoreSelection(const TypeAheadState& state) noexcept
 {
-    const int row = SelectedRow(state);
-    if (row >= 0 && RowText(state, row) != EditText(state))
-        SelectRow(state, kNothing);
+    if (SelectedRow(state) != state.chosenRow)
+        SelectRow(state, static_cast<WPARAM>(state.chosenRow));
+}
+
+void ForgetChoice(TypeAheadState& state) noexcept
+{
+    state.chosenRow = kNoRow;
+    RestoreSelection(state);
 }
 
 void ShowList(const TypeAheadState& state) noexcept
@@ -170,19 +190,21 @@ void ShowList(const TypeAheadState& state) noexcept
     SendMessageW(state.combo, CB_SHOWDROPDOWN, TRUE, 0);
 }
 
-void HideList(const TypeAheadState& state)
+void HideList(const TypeAheadState& state) noexcept
 {
     if (!ListShows(state))
         return;
     SendMessageW(state.combo, CB_SHOWDROPDOWN, FALSE, 0);
-    DropStaleSelection(state);
+    RestoreSelection(state);
 }
 
 // The row becomes the combo box's selection and its text the edit's: from here on the user deletes from a whole name.
 void ChooseRow(TypeAheadState& state, int row)
 {
     const Completing ours(state);
+    state.chosenRow = row;
     SendMessageW(state.combo, CB_SETCURSEL, static_cast<WPARAM>(row), 0);
+    RestoreSelection(state);
     state.previousLength = EditText(state).size();
 }
 
@@ -195,7 +217,8 @@ void Complete(TypeAheadState& state, int row, std::size_t typedLength)
     // Before it shows: the list is painted once, as it stays.
     if (SendMessageW(state.list, LB_GETTOPINDEX, 0, 0) != row)
         SendMessageW(state.list, LB_SETTOPINDEX, static_cast<WPARAM>(row), 0);
-    SelectRow(state, static_cast<WPARAM>(row));
+    state.chosenRow = row;
+    RestoreSelection(state);
     ShowList(state);
     SendMessageW(state.edit, EM_SETSEL, typedLength, -1);
 }
@@ -203,12 +226,21 @@ void Complete(TypeAheadState& state, int row, std::size_t typedLength)
 void DeleteCompletedTail(TypeAheadState& state)
 {
     const Completing ours(state);
+    state.chosenRow = kNoRow;
     SendMessageW(state.edit, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(L""));
+    RestoreSelection(state);
 }
 
 void Notify(const TypeAheadState& state, int row) noexcept
 {
     SendMessageW(state.notify, kSuggestionChosen, 0, row);
+}
+
+// As the combo box itself does.
+void TellPage(const TypeAheadState& state, WORD code) noexcept
+{
+    const auto id = static_cast<WORD>(GetDlgCtrlID(state.combo));
+    SendMessageW(state.notify, WM_COMMAND, MAKEWPARAM(id, code), reinterpret_cast<LPARAM>(state.combo));
 }
 
 // As with any combo box the arrow keys walk through the names, and programs may open the list, also before the user
@@ -248,16 +280,14 @@ void ChooseFirstRowThatBeginsWith(TypeAheadState& state, const std::wstring& tex
     if (row >= 0)
         ChooseRow(state, row);
     else
-        SelectRow(state, kNothing);
+        ForgetChoice(state);
 }
 
 void AnswerEnterWithoutList(TypeAheadState& state)
 {
     DeleteCompletedTail(state);
     const std::wstring text = EditText(state);
-    if (text.empty())
-        DropStaleSelection(state); // all of it was selected
-    else
+    if (!text.empty()) // else all of it was selected
         ChooseFirstRowThatBeginsWith(state, text);
     Notify(state, 0);
 }
@@ -267,36 +297,165 @@ bool IsEnterOrEscape(WPARAM key) noexcept
     return key == VK_RETURN || key == VK_ESCAPE;
 }
 
-// With the list shown, Enter and Escape are the list's. With the list hidden the dialog manager keeps them.
+// With the list shown, Enter and Escape are the list's, and during a composition the input method's. Otherwise the
+// dialog manager keeps them.
 bool WantsKey(const TypeAheadState& state, LPARAM l) noexcept
 {
     const auto* const message = reinterpret_cast<const MSG*>(l);
-    return message != nullptr && message->message == WM_KEYDOWN && IsEnterOrEscape(message->wParam) && ListShows(state);
+    return message != nullptr && message->message == WM_KEYDOWN && IsEnterOrEscape(message->wParam) &&
+           (state.composing || ListShows(state));
+}
+
+void AnswerEnter(TypeAheadState& state)
+{
+    ListShows(state) ? AnswerEnterInList(state) : AnswerEnterWithoutList(state);
+}
+
+// F4, and Alt with an arrow. The combo box's own way would put the first name that begins with the text into the edit.
+void ToggleList(TypeAheadState& state)
+{
+    if (ListShows(state)) {
+        HideList(state);
+        return;
+    }
+    ShowOffered(state);
+    ShowList(state);
+}
+
+// Without a selected row every key goes to the first one.
+int RowAfterKey(WPARAM key, int row, int rows) noexcept
+{
+    int step = 0;
+    switch (key) {
+    case VK_UP:
+        step = -1;
+        break;
+    case VK_DOWN:
+        step = 1;
+        break;
+    case VK_PRIOR:
+        step = 1 - kRowsShown;
+        break;
+    default:
+        step = kRowsShown - 1;
+        break;
+    }
+    return row < 0 ? 0 : std::clamp(row + step, 0, rows - 1);
+}
+
+// Not left to the combo box, which tells the page of some of these keys before it has written the edit, of some after,
+// and of some never: the fields must go with the name.
+void WalkThroughNames(TypeAheadState& state, WPARAM key)
+{
+    OfferNamesWhereNoneStand(state);
+    const int rows = RowCount(state);
+    if (rows <= 0)
+        return;
+    const int row = RowAfterKey(key, SelectedRow(state), rows);
+    if (row == state.chosenRow)
+        return;
+    ChooseRow(state, row);
+    TellPage(state, CBN_SELCHANGE);
+}
+
+// Keys that the combo box would act on by itself. False: not one of them.
+bool AnswerListKey(TypeAheadState& state, UINT message, WPARAM key)
+{
+    const bool arrow = key == VK_UP || key == VK_DOWN;
+    const bool opens = message == WM_SYSKEYDOWN ? arrow : key == VK_F4;
+    const bool walks = message == WM_KEYDOWN && (arrow || key == VK_PRIOR || key == VK_NEXT);
+    if (!opens && !walks)
+        return false;
+    if (state.composing)
+        return true;
+    opens ? ToggleList(state) : WalkThroughNames(state, key);
+    return true;
+}
+
+// The combo box would turn the wheel into arrow keys: nobody means to change the recipient by scrolling.
+LRESULT AnswerWheel(const TypeAheadState& state, WPARAM w, LPARAM l) noexcept
+{
+    return ListShows(state) ? CallWindowProcW(state.listProcedure, state.list, WM_MOUSEWHEEL, w, l) : 0;
+}
+
+bool Deletes(UINT message, WPARAM w) noexcept
+{
+    switch (message) {
+    case WM_KEYDOWN:
+        return w == VK_DELETE;
+    case WM_CHAR:
+        return w == VK_BACK || w == kCtrlBackspace || w == kCtrlX;
+    default:
+        return message == WM_CUT || message == WM_CLEAR;
+    }
+}
+
+// A completed tail that the user no longer has selected is text like any other: what remains after a deletion is
+// shorter than before, and not completed again.
+void CountWholeText(TypeAheadState& state) noexcept
+{
+    const auto length = static_cast<std::size_t>(GetWindowTextLengthW(state.edit));
+    state.previousLength = std::max(state.previousLength, length);
+}
+
+void BeginComposition(TypeAheadState& state) noexcept
+{
+    HideList(state);
+    ForgetChoice(state);
+    state.composing = true;
+}
+
+// What was composed is answered as a whole, unless the user has left the field meanwhile: then the page looks at it.
+void EndComposition(TypeAheadState& state) noexcept
+{
+    state.composing = false;
+    if (GetFocus() == state.edit && TakeUnansweredChange(state))
+        TellPage(state, CBN_EDITCHANGE);
 }
 
 LRESULT AnswerEditMessage(TypeAheadState& state, UINT message, WPARAM w, LPARAM l)
 {
     const auto old = [&] { return CallWindowProcW(state.editProcedure, state.edit, message, w, l); };
+    if (Deletes(message, w))
+        CountWholeText(state);
     switch (message) {
     case WM_GETDLGCODE:
         return old() | (WantsKey(state, l) ? DLGC_WANTMESSAGE : 0);
+    case WM_SYSKEYDOWN:
+        return AnswerListKey(state, message, w) ? 0 : old();
     case WM_KEYDOWN:
+        if (AnswerListKey(state, message, w))
+            return 0;
+        if (state.composing)
+            return old();
         if (w == VK_RETURN) {
-            ListShows(state) ? AnswerEnterInList(state) : AnswerEnterWithoutList(state);
+            AnswerEnter(state);
             return 0;
         }
         if (w == VK_ESCAPE)
             AnswerEscape(state);
-        else if (w == VK_DOWN || w == VK_UP)
-            OfferNamesWhereNoneStand(state);
         return old();
+    case WM_MOUSEWHEEL:
+        return AnswerWheel(state, w, l);
     case WM_SETTEXT:
         return state.editIsKept && !state.completing ? TRUE : old();
     case WM_CHAR:
-        return IsEnterOrEscape(w) ? 0 : old(); // the keys were answered; the edit would only beep
-    case WM_KILLFOCUS:
-        HideList(state);
+        // The keys were answered; the edit would only beep.
+        return IsEnterOrEscape(w) && !state.composing ? 0 : old();
+    case WM_IME_STARTCOMPOSITION:
+        BeginComposition(state);
         return old();
+    case WM_IME_ENDCOMPOSITION: {
+        const LRESULT result = old();
+        EndComposition(state);
+        return result;
+    }
+    case WM_KILLFOCUS: {
+        HideList(state);
+        const LRESULT result = old();
+        state.composing = false; // not every input method says so
+        return result;
+    }
     default:
         return old();
     }
@@ -349,27 +508,28 @@ void ShowListWindow(TypeAheadState& state) noexcept
     GetWindowRect(state.list, &state.takenPlace); // a list box shows whole rows only, and may have shrunk
 }
 
-void HideListWindow(const TypeAheadState& state) noexcept
-{
-    // A list that the arrow button opened is open for the combo box, too.
-    if (CallWindowProcW(state.comboProcedure, state.combo, CB_GETDROPPEDSTATE, 0, 0) != 0)
-        CallWindowProcW(state.comboProcedure, state.combo, CB_SHOWDROPDOWN, FALSE, 0);
-    ShowWindow(state.list, SW_HIDE);
-}
-
 // A combo box whose arrow is clicked puts the first name that begins with the typed text into its edit and tells nobody:
 // the fields would belong to another name. Only who asks for a text, and a choice in the list, may change it.
-bool MayWriteEdit(UINT message) noexcept
+bool MayWriteEdit(const TypeAheadState& state, UINT message, LPARAM l) noexcept
 {
-    return message == WM_SETTEXT || message == CB_SETCURSEL || message == CB_SELECTSTRING || message == WM_COMMAND;
+    const bool fromList = message == WM_COMMAND && reinterpret_cast<HWND>(l) == state.list;
+    return message == WM_SETTEXT || message == CB_SETCURSEL || message == CB_SELECTSTRING || fromList;
 }
 
-LRESULT LetComboBoxWork(TypeAheadState& state, UINT message, WPARAM w, LPARAM l)
+LRESULT LetComboBoxWork(TypeAheadState& state, UINT message, WPARAM w, LPARAM l) noexcept
 {
-    const bool before = std::exchange(state.editIsKept, !MayWriteEdit(message));
+    const bool before = std::exchange(state.editIsKept, !MayWriteEdit(state, message, l));
     const LRESULT result = CallWindowProcW(state.comboProcedure, state.combo, message, w, l);
     state.editIsKept = before;
     return result;
+}
+
+void HideListWindow(TypeAheadState& state) noexcept
+{
+    // A list that the arrow button opened is open for the combo box, too.
+    if (LetComboBoxWork(state, CB_GETDROPPEDSTATE, 0, 0) != 0)
+        LetComboBoxWork(state, CB_SHOWDROPDOWN, FALSE, 0);
+    ShowWindow(state.list, SW_HIDE);
 }
 
 LRESULT AnswerComboMessage(TypeAheadState& state, UINT message, WPARAM w, LPARAM l)
@@ -388,9 +548,80 @@ LRESULT AnswerComboMessage(TypeAheadState& state, UINT message, WPARAM w, LPARAM
         return TRUE;
     case CB_GETDROPPEDSTATE:
         return ListShows(state);
+    case WM_KEYDOWN:
+    case WM_SYSKEYDOWN:
+        return AnswerListKey(state, message, w) ? 0 : LetComboBoxWork(state, message, w, l);
+    case WM_MOUSEWHEEL:
+        return AnswerWheel(state, w, l);
+    case WM_COMMAND: {
+        const LRESULT result = LetComboBoxWork(state, message, w, l);
+        // After its notification the combo box brings the selection in line with the edit as it sees it: for a list
+        // that it has not opened itself, to none.
+        if (HIWORD(w) == EN_CHANGE && reinterpret_cast<HWND>(l) == state.edit)
+            RestoreSelection(state);
+        return result;
+    }
     default:
         return LetComboBoxWork(state, message, w, l);
     }
+}
+
+// ---- while the list is shown ----------------------------------------------------------------------------------------
+
+bool IsClickOrWheel(UINT message) noexcept
+{
+    switch (message) {
+    case WM_LBUTTONDOWN:
+    case WM_RBUTTONDOWN:
+    case WM_MBUTTONDOWN:
+    case WM_XBUTTONDOWN:
+    case WM_NCLBUTTONDOWN:
+    case WM_NCRBUTTONDOWN:
+    case WM_NCMBUTTONDOWN:
+    case WM_NCXBUTTONDOWN:
+    case WM_MOUSEWHEEL:
+    case WM_MOUSEHWHEEL:
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool HasMoved(const TypeAheadState& state) noexcept
+{
+    RECT combo{};
+    GetWindowRect(state.combo, &combo);
+    return !EqualRect(&combo, &state.comboWhenShown);
+}
+
+// The list floats above the sheet and knows nothing of it: it closes when the sheet goes elsewhere, and when the user
+// clicks or scrolls in another window.
+LRESULT CALLBACK WatchMessages(int code, WPARAM w, LPARAM l) noexcept
+{
+    if (const TypeAheadState* const state = code == HC_ACTION ? WatchedState() : nullptr) {
+        const MSG& message = *reinterpret_cast<const MSG*>(l);
+        const bool ours = StateOfWindow(message.hwnd) == state;
+        if (HasMoved(*state) || (IsClickOrWheel(message.message) && !ours))
+            HideList(*state);
+    }
+    return CallNextHookEx(nullptr, code, w, l);
+}
+
+void StopWatching(TypeAheadState& state) noexcept
+{
+    if (state.messageHook != nullptr)
+        UnhookWindowsHookEx(state.messageHook);
+    state.messageHook = nullptr;
+    state.watchingThread = 0;
+}
+
+void StartWatching(TypeAheadState& state) noexcept
+{
+    if (state.messageHook != nullptr)
+        return;
+    GetWindowRect(state.combo, &state.comboWhenShown);
+    state.watchingThread = GetCurrentThreadId();
+    state.messageHook = SetWindowsHookExW(WH_GETMESSAGE, WatchMessages, nullptr, state.watchingThread);
 }
 
 // ---- the list -------------------------------------------------------------------------------------------------------
@@ -418,12 +649,6 @@ void FollowPointer(const TypeAheadState& state, LPARAM l) noexcept
         SelectRow(state, static_cast<WPARAM>(row));
 }
 
-void TellPageOfSelection(const TypeAheadState& state) noexcept
-{
-    const auto id = static_cast<WORD>(GetDlgCtrlID(state.combo));
-    SendMessageW(state.notify, WM_COMMAND, MAKEWPARAM(id, CBN_SELCHANGE), reinterpret_cast<LPARAM>(state.combo));
-}
-
 LRESULT AnswerClick(TypeAheadState& state, int row, WPARAM w, LPARAM l)
 {
     ChooseRow(state, row);
@@ -433,7 +658,7 @@ LRESULT AnswerClick(TypeAheadState& state, int row, WPARAM w, LPARAM l)
     const LRESULT result = CallWindowProcW(state.listProcedure, state.list, WM_LBUTTONUP, w, l);
     // A list box that has lost the capture may stay silent, and the page would not hear of the choice.
     if (!state.selectionNotified)
-        TellPageOfSelection(state);
+        TellPage(state, CBN_SELCHANGE);
     return result;
 }
 
@@ -466,6 +691,13 @@ LRESULT AnswerListMessage(TypeAheadState& state, UINT message, WPARAM w, LPARAM 
     }
     if (message == kCaptureMouse)
         CaptureMouse(state.list, l != 0);
+    if (message == WM_WINDOWPOSCHANGED) {
+        const UINT flags = reinterpret_cast<const WINDOWPOS*>(l)->flags;
+        if ((flags & SWP_SHOWWINDOW) != 0)
+            StartWatching(state);
+        if ((flags & SWP_HIDEWINDOW) != 0)
+            StopWatching(state);
+    }
     return CallWindowProcW(state.listProcedure, state.list, message, w, l);
 }
 
@@ -513,6 +745,7 @@ void AttachTypeAhead(TypeAheadState& state, HWND combo, HWND notify)
 
 void DetachTypeAhead(TypeAheadState& state) noexcept
 {
+    StopWatching(state);
     RestoreProcedure(state.combo, state.comboProcedure);
     RestoreProcedure(state.list, state.listProcedure);
     RestoreProcedure(state.edit, state.editProcedure);
@@ -521,6 +754,8 @@ void DetachTypeAhead(TypeAheadState& state) noexcept
 
 void SetSuggestionItems(TypeAheadState& state, std::vector<SuggestionItem> items)
 {
+    if (items == state.suggestions.Items()) // an open list stays open
+        return;
     HideList(state);
     ClearRows(state);
     state.suggestions.SetItems(std::move(items));
@@ -535,6 +770,10 @@ bool HandleNameBoxNotification(TypeAheadState& state, UINT code)
 {
     if (state.completing)
         return false;
+    if (code == CBN_EDITCHANGE && state.composing) {
+        state.composedChange = true;
+        return false;
+    }
     switch (code) {
     case CBN_EDITCHANGE:
         OnEditChange(state);
@@ -543,7 +782,7 @@ bool HandleNameBoxNotification(TypeAheadState& state, UINT code)
         OnDropDown(state);
         break;
     case CBN_SELENDCANCEL: // not when the list closes on a choice: the selection is then about to be told
-        DropStaleSelection(state);
+        RestoreSelection(state);
         break;
     case CBN_SELCHANGE:
         state.selectionNotified = true;
@@ -578,17 +817,26 @@ void OnDropDown(TypeAheadState& state)
 
 const void* GetChosenItemData(TypeAheadState& state)
 {
-    int row = SelectedRow(state);
-    if (row < 0) {
-        const std::wstring text = EditText(state);
-        if (!state.rowsAreMatches || !state.suggestions.AreFor(text))
-            ShowMatches(state, text);
-        row = FindRow(state, CB_FINDSTRINGEXACT, text);
+    const int row = SelectedRow(state);
+    if (row >= 0) {
+        const LRESULT item = SendMessageW(state.list, LB_GETITEMDATA, static_cast<WPARAM>(row), 0);
+        return item != LB_ERR && item != 0 ? reinterpret_cast<const SuggestionItem*>(item)->data : nullptr;
     }
-    if (row < 0)
-        return nullptr;
-    const LRESULT item = SendMessageW(state.list, LB_GETITEMDATA, static_cast<WPARAM>(row), 0);
-    return item != LB_ERR && item != 0 ? reinterpret_cast<const SuggestionItem*>(item)->data : nullptr;
+    const std::wstring text = EditText(state);
+    if (!state.rowsAreMatches || !state.suggestions.AreFor(text))
+        ShowMatches(state, text);
+    const SuggestionItem* const item = state.suggestions.Find(text);
+    return item != nullptr ? item->data : nullptr;
+}
+
+bool TakeUnansweredChange(TypeAheadState& state) noexcept
+{
+    return std::exchange(state.composedChange, false);
+}
+
+const SuggestionItem* SuggestionOfText(const TypeAheadState& state)
+{
+    return state.suggestions.Find(EditText(state));
 }
 
 void ClearNameBox(TypeAheadState& state)

@@ -1,0 +1,131 @@
+#include "support/windows_combo_box.h"
+
+#include <cwchar>
+#include <string>
+#include <utility>
+
+namespace qx::test {
+
+namespace {
+
+constexpr const wchar_t* kBefore = L"procedure before";
+constexpr const wchar_t* kWriting = L"writes its edit";
+constexpr WPARAM kNothing = static_cast<WPARAM>(-1);
+
+thread_local bool t_active = false;
+
+LRESULT Before(HWND window, UINT message, WPARAM w, LPARAM l)
+{
+    const auto procedure = reinterpret_cast<WNDPROC>(GetPropW(window, kBefore));
+    return CallWindowProcW(procedure, window, message, w, l);
+}
+
+void Replace(HWND window, WNDPROC procedure)
+{
+    SetPropW(window, kBefore, reinterpret_cast<HANDLE>(GetWindowLongPtrW(window, GWLP_WNDPROC)));
+    SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(procedure));
+}
+
+COMBOBOXINFO PartsOf(HWND combo)
+{
+    COMBOBOXINFO info{};
+    info.cbSize = sizeof info;
+    GetComboBoxInfo(combo, &info);
+    return info;
+}
+
+bool HasOpenedItsList(HWND combo)
+{
+    return Before(combo, CB_GETDROPPEDSTATE, 0, 0) != 0;
+}
+
+// -1 when there is none.
+WPARAM FirstRowThatBeginsWithTheText(HWND combo)
+{
+    wchar_t text[1024] = L"";
+    GetWindowTextW(PartsOf(combo).hwndItem, text, 1024);
+    return static_cast<WPARAM>(Before(combo, CB_FINDSTRING, kNothing, reinterpret_cast<LPARAM>(text)));
+}
+
+// What the combo box writes itself is no change for it.
+LRESULT Write(HWND combo, UINT message, WPARAM w, LPARAM l)
+{
+    const HANDLE before = GetPropW(combo, kWriting);
+    SetPropW(combo, kWriting, reinterpret_cast<HANDLE>(1));
+    const LRESULT result = Before(combo, message, w, l);
+    SetPropW(combo, kWriting, before);
+    return result;
+}
+
+LRESULT CALLBACK ComboProcedure(HWND combo, UINT message, WPARAM w, LPARAM l)
+{
+    const COMBOBOXINFO parts = PartsOf(combo);
+    const auto sender = reinterpret_cast<HWND>(l);
+    const bool edited = message == WM_COMMAND && HIWORD(w) == EN_CHANGE && sender == parts.hwndItem;
+    if (message == CB_SETCURSEL || message == CB_SELECTSTRING || (message == WM_COMMAND && sender == parts.hwndList))
+        return Write(combo, message, w, l);
+    const LRESULT result = Before(combo, message, w, l);
+    if (edited && GetPropW(combo, kWriting) == nullptr) {
+        const WPARAM row = HasOpenedItsList(combo) ? FirstRowThatBeginsWithTheText(combo) : kNothing;
+        SendMessageW(parts.hwndList, LB_SETCURSEL, row, 0);
+    }
+    return result;
+}
+
+void ToggleList(HWND combo)
+{
+    const bool open = !HasOpenedItsList(combo);
+    Before(combo, CB_SHOWDROPDOWN, open, 0);
+    const WPARAM row = open ? FirstRowThatBeginsWithTheText(combo) : kNothing;
+    if (row != kNothing)
+        Write(combo, CB_SETCURSEL, row, 0);
+}
+
+LRESULT CALLBACK EditProcedure(HWND edit, UINT message, WPARAM w, LPARAM l)
+{
+    const bool altArrow = message == WM_SYSKEYDOWN && (w == VK_DOWN || w == VK_UP);
+    if (altArrow || (message == WM_KEYDOWN && w == VK_F4)) {
+        ToggleList(GetParent(edit));
+        return 0;
+    }
+    return Before(edit, message, w, l);
+}
+
+bool IsOfClass(HWND window, const wchar_t* name)
+{
+    wchar_t found[32] = L"";
+    GetClassNameW(window, found, 32);
+    return _wcsicmp(found, name) == 0;
+}
+
+// Before the window's first message: whoever replaces its procedure later stands before this one.
+LRESULT CALLBACK WatchCreation(int code, WPARAM w, LPARAM l)
+{
+    if (code == HCBT_CREATEWND) {
+        const auto window = reinterpret_cast<HWND>(w);
+        const HWND parent = reinterpret_cast<const CBT_CREATEWNDW*>(l)->lpcs->hwndParent;
+        if (IsOfClass(window, L"ComboBox"))
+            Replace(window, ComboProcedure);
+        else if (IsOfClass(window, L"Edit") && IsOfClass(parent, L"ComboBox"))
+            Replace(window, EditProcedure);
+    }
+    return CallNextHookEx(nullptr, code, w, l);
+}
+
+} // namespace
+
+WindowsComboBoxes::WindowsComboBoxes()
+{
+    if (!std::exchange(t_active, true))
+        hook_ = SetWindowsHookExW(WH_CBT, WatchCreation, nullptr, GetCurrentThreadId());
+}
+
+WindowsComboBoxes::~WindowsComboBoxes()
+{
+    if (hook_ == nullptr)
+        return;
+    UnhookWindowsHookEx(hook_);
+    t_active = false;
+}
+
+} // namespace qx::test
