@@ -254,24 +254,18 @@ void SettleFields(FaxJobPage& page)
         return;
     ShowItem(page, static_cast<const PhoneBookItem*>(found->data));
     UpdateRecipientButtons(page);
+    PostMessageW(page.dialog, kFindFocus, 0, 0); // the focus may still be on its way
 }
 
-void LeaveNameBox(FaxJobPage& page)
-{
-    const bool group = page.group != nullptr;
-    SettleFields(page);
-    if (!group && page.group != nullptr)
-        PostMessageW(page.dialog, kFindFocus, 0, 0); // the focus is still on its way
-}
-
-// A group takes the place of the very field that the user was on the way to.
+// A group takes the place of the very field, an entry without number disables the very button that the user was on the
+// way to.
 void FindFocus(const FaxJobPage& page) noexcept
 {
     const HWND focus = GetFocus();
     const bool nowhere = focus == nullptr && GetActiveWindow() == GetAncestor(page.dialog, GA_ROOT);
     const bool inDisabled = focus != nullptr && IsChild(page.dialog, focus) && !IsWindowEnabled(focus);
-    if (page.group != nullptr && (nowhere || inDisabled))
-        Focus(page, IDC_GROUP_TEXT);
+    if (nowhere || inDisabled)
+        Focus(page, page.group != nullptr ? IDC_GROUP_TEXT : IDC_FAX_NUMBER);
 }
 
 const PhoneBookGroup* RecentGroup(const FaxJobPage& page, const std::wstring& name) noexcept
@@ -317,7 +311,7 @@ void AnswerNameBox(FaxJobPage& page, UINT code)
     if (code == CBN_EDITCHANGE)
         RefillEmptyFields(page);
     if (code == CBN_KILLFOCUS)
-        LeaveNameBox(page);
+        SettleFields(page);
     UpdateRecipientButtons(page);
 }
 
@@ -441,6 +435,8 @@ void AddToRecipients(FaxJobPage& page)
 {
     TakeBackTypedRecipient(page);
     SettleFields(page);
+    if (!IsWindowEnabled(ControlOf(page, IDC_TO)))
+        return;
     if (page.group != nullptr)
         AddGroupMembers(page, *page.group);
     else

@@ -2,28 +2,36 @@
 
 #include <cwchar>
 #include <string>
+#include <unordered_map>
 #include <utility>
 
 namespace qx::test {
 
 namespace {
 
-constexpr const wchar_t* kBefore = L"procedure before";
-constexpr const wchar_t* kWriting = L"writes its edit";
 constexpr WPARAM kNothing = static_cast<WPARAM>(-1);
 
+struct Wrapped {
+    WNDPROC before = nullptr;
+    bool writes = false; // the combo box itself, into its edit
+};
+
 thread_local bool t_active = false;
+// A window property would be the ordinary place, but a slow one where each look-up goes to another process.
+thread_local std::unordered_map<HWND, Wrapped> t_wrapped;
 
 LRESULT Before(HWND window, UINT message, WPARAM w, LPARAM l)
 {
-    const auto procedure = reinterpret_cast<WNDPROC>(GetPropW(window, kBefore));
+    const WNDPROC procedure = t_wrapped[window].before;
+    if (message == WM_NCDESTROY)
+        t_wrapped.erase(window);
     return CallWindowProcW(procedure, window, message, w, l);
 }
 
 void Replace(HWND window, WNDPROC procedure)
 {
-    SetPropW(window, kBefore, reinterpret_cast<HANDLE>(GetWindowLongPtrW(window, GWLP_WNDPROC)));
-    SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(procedure));
+    t_wrapped[window].before = reinterpret_cast<WNDPROC>(
+        SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(procedure)));
 }
 
 COMBOBOXINFO PartsOf(HWND combo)
@@ -50,26 +58,34 @@ WPARAM FirstRowThatBeginsWithTheText(HWND combo)
 // What the combo box writes itself is no change for it.
 LRESULT Write(HWND combo, UINT message, WPARAM w, LPARAM l)
 {
-    const HANDLE before = GetPropW(combo, kWriting);
-    SetPropW(combo, kWriting, reinterpret_cast<HANDLE>(1));
+    const bool before = std::exchange(t_wrapped[combo].writes, true);
     const LRESULT result = Before(combo, message, w, l);
-    SetPropW(combo, kWriting, before);
+    t_wrapped[combo].writes = before;
+    return result;
+}
+
+LRESULT AnswerChild(HWND combo, WPARAM w, LPARAM l)
+{
+    const COMBOBOXINFO parts = PartsOf(combo);
+    const auto sender = reinterpret_cast<HWND>(l);
+    if (sender == parts.hwndList)
+        return Write(combo, WM_COMMAND, w, l);
+    const LRESULT result = Before(combo, WM_COMMAND, w, l);
+    if (sender == parts.hwndItem && HIWORD(w) == EN_CHANGE && !t_wrapped[combo].writes) {
+        const WPARAM row = HasOpenedItsList(combo) ? FirstRowThatBeginsWithTheText(combo) : kNothing;
+        SendMessageW(parts.hwndList, LB_SETCURSEL, row, 0);
+    }
     return result;
 }
 
 LRESULT CALLBACK ComboProcedure(HWND combo, UINT message, WPARAM w, LPARAM l)
 {
-    const COMBOBOXINFO parts = PartsOf(combo);
-    const auto sender = reinterpret_cast<HWND>(l);
-    const bool edited = message == WM_COMMAND && HIWORD(w) == EN_CHANGE && sender == parts.hwndItem;
-    if (message == CB_SETCURSEL || message == CB_SELECTSTRING || (message == WM_COMMAND && sender == parts.hwndList))
-        return Write(combo, message, w, l);
-    const LRESULT result = Before(combo, message, w, l);
-    if (edited && GetPropW(combo, kWriting) == nullptr) {
-        const WPARAM row = HasOpenedItsList(combo) ? FirstRowThatBeginsWithTheText(combo) : kNothing;
-        SendMessageW(parts.hwndList, LB_SETCURSEL, row, 0);
+    switch (message) {
+    case WM_COMMAND: return AnswerChild(combo, w, l);
+    case CB_SETCURSEL:
+    case CB_SELECTSTRING: return Write(combo, message, w, l);
+    default: return Before(combo, message, w, l);
     }
-    return result;
 }
 
 void ToggleList(HWND combo)

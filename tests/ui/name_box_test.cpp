@@ -292,6 +292,19 @@ TEST_F(Typist, WhoTypesOnToAnotherNameAndPressesAButtonTakesThatOnesNumber)
     EXPECT_EQ(stand.Recipients(), (std::vector<Row>{{L"Andrew", L"102", L"Mill"}}));
 }
 
+TEST_F(Typist, WhoTypesOnToANameWithoutNumberTakesNobody)
+{
+    stand.AddRecentEntry(L"Annabel", L"");
+    stand.Notify(static_cast<UINT>(PSN_SETACTIVE));
+    stand.SetText(IDC_NAME_BOX, L"Andrew");
+    stand.PressNameKey(VK_RETURN);
+    ASSERT_EQ(Fax(), L"102");
+    stand.SetText(IDC_NAME_BOX, L"Annabel");
+    SendMessageW(stand.Page().dialog, WM_COMMAND, MAKEWPARAM(IDC_TO, BN_CLICKED), 0);
+    ExpectFields(L"Annabel", L"", L"");
+    EXPECT_TRUE(stand.Recipients().empty());
+}
+
 TEST_F(Typist, WhoTypesOnToAnotherNameAndSendsFaxesToThatOne)
 {
     stand.TypeName(L"andr");
