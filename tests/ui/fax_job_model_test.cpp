@@ -53,13 +53,15 @@ public:
         recent.resize(std::min(recent.size(), kRecentSlots));
     }
     bool HasGroup(const std::wstring& name) { return FindGroup(name) != recent.end(); }
-    // The suggestion of that name: the one of the same letters first.
+    // The suggestion of that name: the one of the same letters first. Blanks suggest nobody.
     const ModelItem* Suggestion(const std::wstring& name) const
     {
+        if (name.find_first_not_of(L' ') == std::wstring::npos)
+            return nullptr;
         auto found = std::ranges::find(recent, name, [](const ModelItem& r) { return r.entry.name; });
         if (found == recent.end())
             found = std::ranges::find_if(recent, [&](const ModelItem& r) { return EqualUserText(r.entry.name, name); });
-        return found != recent.end() && !name.empty() ? &*found : nullptr;
+        return found != recent.end() ? &*found : nullptr;
     }
     bool Knows(const std::wstring& name, const std::wstring& faxNumber) const
     {
