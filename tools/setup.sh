@@ -27,6 +27,11 @@ as_root() {
     fi
 }
 
+# Waits for another installation that is going on.
+apt_get() {
+    as_root env DEBIAN_FRONTEND=noninteractive flock /var/cache/apt apt-get -qq -o DPkg::Lock::Timeout=600 "$@"
+}
+
 install_missing_packages() {
     local missing=() package
     for package in "${packages[@]}"; do
@@ -35,9 +40,8 @@ install_missing_packages() {
     [[ ${#missing[@]} -gt 0 ]] || return 0
 
     echo "setup.sh: installing ${missing[*]}"
-    as_root apt-get update -qq
-    as_root env DEBIAN_FRONTEND=noninteractive \
-        apt-get install -y -qq --no-install-recommends -o Dpkg::Options::=--force-confold "${missing[@]}"
+    apt_get update
+    apt_get install -y --no-install-recommends -o Dpkg::Options::=--force-confold "${missing[@]}"
 }
 
 # Wine takes its user-interface language from the locale.
