@@ -82,6 +82,7 @@ REGEDIT4
 "MS UI Gothic"="Noto Sans CJK JP"
 
 [HKEY_LOCAL_MACHINE\Software\Microsoft\Windows NT\CurrentVersion\FontSubstitutes]
+"Tahoma"="DejaVu Sans Condensed"
 "MS Shell Dlg"="DejaVu Sans Condensed"
 "MS Shell Dlg 2"="DejaVu Sans Condensed"
 
@@ -110,7 +111,7 @@ make_template() {
 prepare_template() {
     local stamp=$home/template.stamp building=$home/template.new
     local wanted
-    wanted=$(template_settings; declare -f make_template)
+    wanted=$(template_settings; declare -f make_template choose_dialog_font)
     [[ -f $stamp && $(<"$stamp") == "$wanted" ]] && return
 
     [[ ! -d $building ]] || stop_wineserver "$building"
@@ -162,6 +163,16 @@ start_display() {
     echo ":$number" >"$dir/display"
 }
 
+# In most languages Wine makes Tahoma the font of dialogs, when a prefix is first used in that language. The Tahoma that
+# Debian 13's Wine brings lacks scripts.
+choose_dialog_font() {
+    local key='HKLM\Software\Microsoft\Windows NT\CurrentVersion\FontSubstitutes'
+    if wine64 reg query "$key" /v 'MS Shell Dlg' | grep -q Tahoma; then
+        wine64 reg add "$key" /v 'MS Shell Dlg' /d 'DejaVu Sans Condensed' /f
+    fi
+    touch "$WINEPREFIX/.font-chosen"
+}
+
 start_session() {
     prepare_prefix
     if [[ $own_display == yes ]]; then
@@ -174,6 +185,7 @@ start_session() {
         exec 7>&- 8>&- 9>&-
         setsid wineserver -p
         setsid wine64 wineboot
+        [[ -f $WINEPREFIX/.font-chosen ]] || choose_dialog_font
     ) </dev/null >"$dir/session.log" 2>&1 || die "Wine does not start, see $dir/session.log"
     touch "$dir/running"
 }
