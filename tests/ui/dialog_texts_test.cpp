@@ -171,7 +171,8 @@ TEST_P(DialogTexts, EveryButtonAndEveryFieldHasALetterAndNothingElseHas)
     }
 }
 
-// Wide enough for a text, or high enough for the lines it breaks into.
+// Wide enough for a text, or high enough for the lines it breaks into. A fifteenth of the width stays free: in another
+// version of the same font a text may be a little wider.
 struct Room {
     HWND control;
     RECT available{};
@@ -182,6 +183,7 @@ struct Room {
         constexpr int kButtonMargin = 4;
         constexpr int kCheckMark = 18;
         constexpr int kGroupBoxCorners = 18;
+        constexpr int kSpare = 15;
         GetClientRect(of, &available);
         const auto style = static_cast<DWORD>(GetWindowLongPtrW(of, GWL_STYLE));
         if (Is(of, L"Static")) {
@@ -195,6 +197,7 @@ struct Room {
             InflateRect(&available, -kButtonMargin, -kButtonMargin / 2);
             wrap = (style & BS_MULTILINE) != 0 ? DT_WORDBREAK : 0;
         }
+        available.right -= (available.right - available.left) / kSpare;
     }
 
     // How much of the text, in pixels, is cut off in width or height; 0: all of it is seen.
