@@ -72,17 +72,33 @@ std::vector<std::wstring> DriverFiles(const PrinterSetup& setup)
     return files;
 }
 
-// The files that the spooler has for the driver; none when it is not installed.
-std::set<fs::path> InstalledFiles(const std::wstring& driver)
+bool SameName(const std::wstring& a, const wchar_t* b)
+{
+    return CompareStringOrdinal(a.c_str(), -1, b, -1, TRUE) == CSTR_EQUAL;
+}
+
+// Drivers write the same file in different ways.
+struct ByPath {
+    bool operator()(const fs::path& a, const fs::path& b) const
+    {
+        return CompareStringOrdinal(a.lexically_normal().c_str(), -1, b.lexically_normal().c_str(), -1, TRUE) ==
+               CSTR_LESS_THAN;
+    }
+};
+using Files = std::set<fs::path, ByPath>;
+
+// The files that the spooler has for the drivers whose name is wanted; nothing when it does not say.
+template <class Wanted> std::optional<Files> FilesOfDrivers(Wanted wanted)
 {
     DWORD count = 0;
     const auto buffer = QuerySpooler<DRIVER_INFO_3W>([&](BYTE* out, DWORD bytes, DWORD* needed) {
         return EnumPrinterDriversW(nullptr, const_cast<wchar_t*>(kEnvironment), 3, out, bytes, needed, &count);
     });
-    std::set<fs::path> files;
-    for (DWORD i = 0; buffer && i < count; ++i) {
-        const auto& info = reinterpret_cast<const DRIVER_INFO_3W*>(buffer->data())[i];
-        if (driver != info.pName)
+    if (!buffer)
+        return std::nullopt;
+    Files files;
+    for (const auto& info : std::span(reinterpret_cast<const DRIVER_INFO_3W*>(buffer->data()), count)) {
+        if (!wanted(info.pName))
             continue;
         files.insert({info.pDriverPath, info.pConfigFile, info.pDataFile});
         for (const wchar_t* file = info.pDependentFiles; file != nullptr && *file != L'\0'; file += wcslen(file) + 1)
@@ -91,9 +107,22 @@ std::set<fs::path> InstalledFiles(const std::wstring& driver)
     return files;
 }
 
+// The files that the spooler has for the driver; none when it is not installed.
+Files InstalledFiles(const std::wstring& driver)
+{
+    return FilesOfDrivers([&](const wchar_t* name) { return SameName(driver, name); }).value_or(Files());
+}
+
+// A file that another driver may need stays, and so do all while nobody knows.
+bool IsFileOfAnotherDriver(const std::wstring& driver, const fs::path& file)
+{
+    const auto others = FilesOfDrivers([&](const wchar_t* name) { return !SameName(driver, name); });
+    return !others || others->contains(file);
+}
+
 bool IsUpToDate(const PrinterSetup& setup)
 {
-    std::set<fs::path> wanted;
+    Files wanted;
     for (const std::wstring& file : DriverFiles(setup)) {
         const fs::path source = setup.moduleFolder / file, installed = DriverFolder() / file;
         if (!fs::exists(installed))
@@ -103,7 +132,8 @@ bool IsUpToDate(const PrinterSetup& setup)
             return false;
         wanted.insert(installed);
     }
-    return InstalledFiles(setup.driver) == wanted;
+    return std::ranges::equal(InstalledFiles(setup.driver), wanted,
+                              [](const fs::path& a, const fs::path& b) { return !ByPath()(a, b) && !ByPath()(b, a); });
 }
 
 // A folder with exactly the files of the driver, for the spooler to copy from.
@@ -132,6 +162,14 @@ private:
     fs::path folder_;
     std::vector<std::wstring> files_;
 };
+
+// Before anything is changed.
+void CheckThatTheTextLibraryCanGo(const std::wstring& driver)
+{
+    const fs::path library = DriverFolder() / kTextLibrary;
+    if (fs::exists(library) && IsFileOfAnotherDriver(driver, library))
+        throw std::runtime_error("cannot leave the text library out: another driver has it in the same folder");
+}
 
 void InstallDriver(const PrinterSetup& setup)
 {
@@ -169,7 +207,7 @@ bool IsDriverUsed(const std::wstring& driver)
 
 void RemoveDriver(const std::wstring& driver)
 {
-    const std::set<fs::path> files = InstalledFiles(driver);
+    const Files files = InstalledFiles(driver);
     const auto remove = [&](DWORD flags) {
         return DeletePrinterDriverExW(nullptr, const_cast<wchar_t*>(kEnvironment), Changeable(driver), flags, 3);
     };
@@ -177,6 +215,8 @@ void RemoveDriver(const std::wstring& driver)
     if (!remove(DPD_DELETE_UNUSED_FILES) && !remove(0))
         Throw("cannot remove the driver '" + Utf8(driver) + "'", GetLastError());
     for (const fs::path& file : files) {
+        if (IsFileOfAnotherDriver(driver, file))
+            continue;
         std::error_code ignored; // a file in use stays
         fs::remove(file, ignored);
     }
@@ -327,6 +367,8 @@ bool RemovePrinter(const std::wstring& name)
 
 void Provision(const PrinterSetup& setup)
 {
+    if (!setup.textLibrary)
+        CheckThatTheTextLibraryCanGo(setup.driver);
     RemovePrinter(setup.printer);
     InstallDriver(setup);
     const UniquePrinter printer = MakePrinter(setup);

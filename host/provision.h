@@ -28,7 +28,7 @@ struct PrinterSetup {
 
     // Where the built module lies; its files are copied into the driver folder.
     std::filesystem::path moduleFolder;
-    bool textLibrary = true; // false: takes the text library out of the driver folder
+    bool textLibrary = true; // false: takes it out of the driver folder; fails when another driver has it there
     bool help = true;        // false: no cabinet, no help names, no dependent help file
 
     // Printer data. Without a value none is set.
@@ -48,8 +48,8 @@ struct PrinterSetup {
 // device state. A printer of that name is set up anew.
 void Provision(const PrinterSetup& setup);
 
-// Removes the printer, the current user's device state, and, with the last printer of its driver, the driver and its
-// files. The user's own settings and phone book stay.
+// Removes the printer, the current user's device state, and, with the last printer of its driver, the driver and those
+// of its files that no other driver has. The user's own settings and phone book stay.
 void Unprovision(const std::wstring& printer);
 
 // Removes the printer alone. Answers whether there was one of that name.

@@ -49,6 +49,25 @@ extern "C" __declspec(dllexport) LONG WINAPI DrvDocumentPropertySheets(void* inf
     return 1;
 }
 
+// Windows installs no driver that does not say it runs in user mode.
+extern "C" __declspec(dllexport) BOOL WINAPI
+    DrvQueryDriverInfo(DWORD question, void* buffer, DWORD bytes, DWORD* bytesNeeded)
+{
+    constexpr DWORD kIsUserMode = 1; // DRVQUERY_USERMODE, of the driver kit
+    if (question != kIsUserMode) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return FALSE;
+    }
+    if (bytesNeeded != nullptr)
+        *bytesNeeded = sizeof(DWORD);
+    if (buffer == nullptr || bytes < sizeof(DWORD)) {
+        SetLastError(ERROR_INSUFFICIENT_BUFFER);
+        return FALSE;
+    }
+    *static_cast<DWORD*>(buffer) = TRUE;
+    return TRUE;
+}
+
 extern "C" __declspec(dllexport) DWORD WINAPI
     DrvDeviceCapabilities(HANDLE, const wchar_t*, WORD capability, void*, const DEVMODEW*)
 {
