@@ -1,8 +1,8 @@
 // The module's three exports and its entry point.
 #include "base/activation_context.h"
 #include "base/guarded.h"
+#include "base/guest.h"
 #include "entry/escape_data.h"
-#include "entry/guest.h"
 #include "entry/send_session.h"
 
 #include <qxfax/send_fax.h>

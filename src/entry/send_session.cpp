@@ -1,12 +1,13 @@
 #include "entry/send_session.h"
 
 #include "base/activation_context.h"
+#include "base/guest.h"
 #include "base/printer_driver.h"
-#include "entry/guest.h"
 #include "settings/device_state.h"
 #include "settings/fax_defaults.h"
 #include "settings/registry.h"
 #include "text/help.h"
+#include "text/help_viewer.h"
 
 namespace qx {
 
@@ -16,8 +17,9 @@ constexpr std::size_t kHelpNameUnits = 260;
 constexpr wchar_t kStringLibraryName[] = L"QXTEXT64.DLL";
 constexpr Text kTitle{5325, L"QX MFP Send Fax"};
 constexpr Message kNotOperational{
-    {5266, L"The PC fax feature may be disabled at the MFP. Before sending any faxes, make sure that it is enabled. Then "
-           L"update software configuration settings as described in the software Help"},
+    {5266,
+     L"The PC fax feature may be disabled at the MFP. Before sending any faxes, make sure that it is enabled. Then "
+     L"update software configuration settings as described in the software Help"},
     MB_OK | MB_ICONEXCLAMATION,
     MessageTitle::Warning};
 
@@ -51,6 +53,7 @@ SendSession::SendSession(HANDLE printer, FaxJobData& record)
 
 SendSession::~SendSession()
 {
+    CloseHelpViewer();
     CloseKeys(KeySetOf(record_));
 }
 

@@ -1,12 +1,10 @@
 #include "pages/cover_page.h"
 
-#include "base/activation_context.h"
 #include "base/dialog.h"
+#include "base/file_dialog.h"
 #include "base/unique.h"
 #include "entry/fax_job_data.h"
 #include "res/cover_page_ids.h"
-
-#include <commdlg.h>
 
 namespace qx {
 
@@ -100,8 +98,7 @@ void BrowseForOverlayImage(HWND dialog)
     open.lpstrFile = path;
     open.nMaxFile = kPathUnits;
     open.Flags = OFN_HIDEREADONLY | OFN_PATHMUSTEXIST | OFN_FILEMUSTEXIST;
-    const ActivationScope context;
-    if (GetOpenFileNameW(&open))
+    if (AskForFileName(GetOpenFileNameW, open))
         SetDlgItemTextW(dialog, IDC_IMAGE, path);
 }
 

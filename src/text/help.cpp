@@ -3,8 +3,8 @@
 #include "base/guarded.h"
 #include "base/printer_driver.h"
 #include "base/unique.h"
+#include "text/help_viewer.h"
 
-#include <htmlhelp.h>
 #include <optional>
 #include <setupapi.h>
 
@@ -84,13 +84,27 @@ UINT CALLBACK OnCabinet(PVOID context, UINT notification, UINT_PTR first, UINT_P
     return NO_ERROR;
 }
 
-void ExtractFile(const std::wstring& cabinet, const std::wstring& wanted, const std::wstring& target) noexcept
+// In the target's folder, for this thread alone; empty when there is no room for the name.
+std::wstring NameBeside(std::wstring_view target)
 {
-    Extraction extraction{.wanted = wanted, .target = target, .bytes = std::nullopt};
+    std::wstring name(target.substr(0, target.rfind(L'\\') + 1));
+    name += L"qxh" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(GetCurrentThreadId()) + L".tmp";
+    return name.size() < MAX_PATH ? name : std::wstring();
+}
+
+// Another session, or a viewer, must never find half of a file under the target's name: it would be taken for the help
+// ever after. So the file takes that name when it is whole.
+void ExtractFile(const std::wstring& cabinet, const std::wstring& wanted, const std::wstring& target)
+{
+    const std::wstring unpacked = NameBeside(target);
+    if (unpacked.empty())
+        return;
+    Extraction extraction{.wanted = wanted, .target = unpacked, .bytes = std::nullopt};
     SetupIterateCabinetW(cabinet.c_str(), 0, OnCabinet, &extraction);
-    // A damaged cabinet leaves the beginning of a file behind, which would be taken for the help ever after.
-    if (extraction.bytes && SizeOfFile(target) != *extraction.bytes)
-        DeleteFileW(target.c_str());
+    const bool whole = extraction.bytes && SizeOfFile(unpacked) == *extraction.bytes;
+    // What somebody else has put there meanwhile stays: it may be open already.
+    if (!whole || !MoveFileExW(unpacked.c_str(), target.c_str(), 0))
+        DeleteFileW(unpacked.c_str());
 }
 
 std::wstring ExtractVariant(HANDLE printer, std::wstring_view cabinetName, std::wstring_view helpName, LANGID language)
@@ -128,24 +142,6 @@ std::wstring LongPath(const std::wstring& path)
     wchar_t longPath[MAX_PATH];
     const DWORD units = GetLongPathNameW(path.c_str(), longPath, MAX_PATH);
     return units > 0 && units < MAX_PATH ? std::wstring(longPath, units) : path;
-}
-
-using ShowPage = decltype(&HtmlHelpW);
-
-// From the system folder only: a file of that name in the printing program's folder is not the viewer.
-ShowPage LoadViewer() noexcept
-{
-    wchar_t path[MAX_PATH];
-    const UINT units = GetSystemDirectoryW(path, MAX_PATH);
-    if (units == 0 || units >= MAX_PATH || FAILED(AppendText(path, L"\\hhctrl.ocx")))
-        return nullptr;
-    const UniqueModule viewer(LoadLibraryExW(path, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
-    if (!viewer)
-        return nullptr;
-    // Its windows and threads live on after the call, so it stays in the process.
-    HMODULE pinned = nullptr;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN, path, &pinned);
-    return reinterpret_cast<ShowPage>(reinterpret_cast<void*>(GetProcAddress(viewer.Get(), "HtmlHelpW")));
 }
 
 } // namespace
@@ -205,8 +201,7 @@ void ShowHelpTopic(std::wstring_view chmPath, HWND owner, std::wstring_view topi
     const std::wstring page = HelpPagePath(chmPath, topicName, kTextUnits);
     if (page.empty() || !FileExists(std::wstring(chmPath)))
         return;
-    if (const ShowPage showPage = LoadViewer())
-        showPage(owner, page.c_str(), HH_DISPLAY_TOPIC, 0);
+    ShowHelpPage(owner, page);
 }
 
 void ShowHelp(const TextOwner& owner, HWND window, int topic) noexcept

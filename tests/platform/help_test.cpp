@@ -4,6 +4,8 @@
 #include "support/cabinet.h"
 #include "support/help_topics.h"
 #include "support/help_viewer.h"
+#include "support/patched_function.h"
+#include "text/help_viewer.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -12,6 +14,8 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
+#include <setupapi.h>
+#include <thread>
 
 namespace qx {
 namespace {
@@ -198,6 +202,64 @@ TEST_F(Help, TheUsersVariantIsUnpackedIntoTheTemporaryFolder)
     test::WriteCabinet(cabinet_, {{"OTHER.TXT", "other"}, {kEnglish, "english"}, {UserVariant(), "variant"}});
     EXPECT_EQ(Extract(), folder_ / UserVariant());
     EXPECT_EQ(Contents(folder_ / UserVariant()), "variant");
+    EXPECT_EQ(FilesInSandbox().size(), 1u);
+}
+
+// What another session, or a viewer, may find meanwhile.
+TEST_F(Help, TheVariantTakesItsNameWhenItIsWhole)
+{
+    static fs::path target;
+    static std::vector<fs::path> unpackedTo;
+    static bool targetWasThere;
+    static PSP_FILE_CALLBACK_W callback;
+    static test::PatchedFunction* patch;
+    target = folder_ / UserVariant();
+    unpackedTo.clear();
+    targetWasThere = false;
+    const auto watch = +[](PVOID context, UINT notification, UINT_PTR first, UINT_PTR second) -> UINT {
+        const UINT answer = callback(context, notification, first, second);
+        if (notification == SPFILENOTIFY_FILEINCABINET && answer == FILEOP_DOIT)
+            unpackedTo.emplace_back(reinterpret_cast<const FILE_IN_CABINET_INFO_W*>(first)->FullTargetName);
+        return answer;
+    };
+    static PSP_FILE_CALLBACK_W watching;
+    watching = watch;
+    test::PatchedFunction iterate(
+        L"setupapi.dll", "SetupIterateCabinetW",
+        +[](PCWSTR cabinet, DWORD reserved, PSP_FILE_CALLBACK_W handler, PVOID context) -> BOOL {
+            callback = handler;
+            const BOOL good =
+                patch->WithOriginal([&] { return SetupIterateCabinetW(cabinet, reserved, watching, context); });
+            targetWasThere = fs::exists(target);
+            return good;
+        });
+    patch = &iterate;
+
+    test::WriteCabinet(cabinet_, {{UserVariant(), "variant"}});
+    EXPECT_EQ(Extract(), target);
+    ASSERT_EQ(unpackedTo.size(), 1u);
+    EXPECT_NE(unpackedTo[0], target);
+    EXPECT_EQ(unpackedTo[0].parent_path(), target.parent_path()); // renaming moves it in one step only there
+    EXPECT_FALSE(targetWasThere);
+    EXPECT_EQ(Contents(target), "variant");
+    EXPECT_EQ(FilesInSandbox(), std::vector<fs::path>{fs::relative(target, sandbox_)});
+}
+
+TEST_F(Help, AVariantThatAnotherSessionHasUnpackedMeanwhileStays)
+{
+    static fs::path target;
+    static test::PatchedFunction* patch;
+    target = folder_ / UserVariant();
+    test::PatchedFunction iterate(
+        L"setupapi.dll", "SetupIterateCabinetW",
+        +[](PCWSTR cabinet, DWORD reserved, PSP_FILE_CALLBACK_W handler, PVOID context) -> BOOL {
+            WriteFile(target, "theirs");
+            return patch->WithOriginal([&] { return SetupIterateCabinetW(cabinet, reserved, handler, context); });
+        });
+    patch = &iterate;
+    test::WriteCabinet(cabinet_, {{UserVariant(), "ours"}});
+    EXPECT_EQ(Extract(), target);
+    EXPECT_EQ(Contents(target), "theirs");
     EXPECT_EQ(FilesInSandbox().size(), 1u);
 }
 
@@ -479,6 +541,61 @@ TEST_F(HelpPage, AHelpFileThatIsNotThereIsNotAskedFor)
     fs::create_directory(folder_ / "FOLDER.CHM");
     ShowHelp(OwnerOf(folder_ / "FOLDER.CHM"), nullptr, 15596);
     EXPECT_TRUE(viewer_.TakeRequests().empty());
+}
+
+// It has windows and threads of its own: unloaded under them it would take the printing program along.
+TEST_F(HelpPage, AViewerThatCannotBeKeptInTheProcessIsNotUsed)
+{
+    const TextOwner owner = OwnerOf(PutChm());
+    {
+        const test::PatchedFunction pin(
+            L"kernel32.dll", "GetModuleHandleExW", +[](DWORD, LPCWSTR, HMODULE*) -> BOOL { return FALSE; });
+        ShowHelp(owner, nullptr, 15596);
+    }
+    EXPECT_TRUE(viewer_.TakeRequests().empty());
+    ShowHelp(owner, nullptr, 15596);
+    EXPECT_EQ(viewer_.TakeRequests().size(), 1u);
+}
+
+// Runs body on a thread of its own in the apartment.
+template <class Body> void InApartment(COINIT apartment, Body body)
+{
+    std::thread([&] {
+        EXPECT_TRUE(SUCCEEDED(CoInitializeEx(nullptr, static_cast<DWORD>(apartment))));
+        body();
+        CoUninitialize();
+    }).join();
+}
+
+TEST_F(HelpPage, IsShownByTheCallersThreadInASingleThreadedApartment)
+{
+    const TextOwner owner = OwnerOf(PutChm());
+    InApartment(COINIT_APARTMENTTHREADED, [&] {
+        ShowHelp(owner, nullptr, 15596);
+        const auto requests = viewer_.TakeRequests();
+        ASSERT_EQ(requests.size(), 1u);
+        EXPECT_EQ(requests[0].thread, GetCurrentThreadId());
+    });
+}
+
+TEST_F(HelpPage, IsShownByOneOtherThreadFromAMultithreadedApartment)
+{
+    const TextOwner owner = OwnerOf(PutChm());
+    InApartment(COINIT_MULTITHREADED, [&] {
+        ShowHelp(owner, nullptr, 15596);
+        ShowHelp(owner, nullptr, 15597); // the viewer's window is there already, and its thread still is
+        const auto requests = viewer_.TakeRequests();
+        ASSERT_EQ(requests.size(), 2u);
+        for (const auto& request : requests) {
+            EXPECT_TRUE(request.apartment == APTTYPE_STA || request.apartment == APTTYPE_MAINSTA) << request.apartment;
+            EXPECT_EQ(request.thread, requests[0].thread);
+        }
+        const HANDLE thread = OpenThread(SYNCHRONIZE, FALSE, requests[0].thread);
+        EXPECT_EQ(WaitForSingleObject(thread, 0), static_cast<DWORD>(WAIT_TIMEOUT));
+        CloseHelpViewer();
+        EXPECT_EQ(WaitForSingleObject(thread, 0), WAIT_OBJECT_0);
+        CloseHandle(thread);
+    });
 }
 
 TEST_F(HelpPage, FollowsFromPrinterAndCabinetAsInASession)

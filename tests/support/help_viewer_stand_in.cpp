@@ -13,7 +13,15 @@ std::deque<qx::test::HelpRequest> g_requests;
 
 extern "C" __declspec(dllexport) HWND WINAPI HtmlHelpW(HWND owner, LPCWSTR page, UINT command, DWORD_PTR data)
 {
-    qx::test::HelpRequest request{.owner = owner, .page = L"", .command = command, .data = data};
+    qx::test::HelpRequest request{.owner = owner,
+                                  .page = L"",
+                                  .command = command,
+                                  .data = data,
+                                  .thread = GetCurrentThreadId(),
+                                  .apartment = APTTYPE_CURRENT};
+    APTTYPEQUALIFIER qualifier;
+    if (FAILED(CoGetApartmentType(&request.apartment, &qualifier)))
+        request.apartment = APTTYPE_CURRENT;
     lstrcpynW(request.page, page, static_cast<int>(std::size(request.page)));
     const std::scoped_lock lock(g_mutex);
     g_requests.push_back(request);

@@ -72,6 +72,7 @@ SendFaxSession::SendFaxSession(SessionOptions options)
       finished_(CreateEventW(nullptr, TRUE, TRUE, nullptr))
 {
     QxFaxInitJob(&record_);
+    ForgetUser(); // a process of that number may have been ended in the middle
     host::Provision(options_.printer);
     module_ = LoadLibraryW((host::DriverFolder() / L"qxfaxui.dll").c_str());
     if (module_ == nullptr)
@@ -113,6 +114,11 @@ SendFaxSession::~SendFaxSession()
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "%s\n", failure.what());
     }
+    ForgetUser();
+}
+
+void SendFaxSession::ForgetUser() const
+{
     std::error_code ignored;
     fs::remove(PhoneBookFile(), ignored);
     if (options_.printer.guid)

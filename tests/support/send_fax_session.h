@@ -75,6 +75,7 @@ public:
 
 private:
     void RunCalls();
+    void ForgetUser() const;
 
     SessionOptions options_;
     HANDLE printer_ = nullptr;

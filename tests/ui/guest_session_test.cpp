@@ -1,9 +1,11 @@
 // What the printing program finds after a session: its own state, untouched.
 #include "host/provision.h"
+#include "res/cover_page_ids.h"
 #include "res/fax_job_page_ids.h"
 #include "support/send_fax_session.h"
 
 #include <combaseapi.h>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <xmmintrin.h>
 
@@ -51,7 +53,7 @@ HostState Snapshot()
 // A printing program's thread, with COM in a mode of its choice, that calls the module while the test drives the sheet.
 class PrintingProgram {
 public:
-    explicit PrintingProgram(DWORD comMode)
+    explicit PrintingProgram(DWORD comMode) : comMode_(comMode)
     {
         session_.SetDefault(L"ApplyDefaults", 1u);
         const auto display = reinterpret_cast<decltype(&DisplayFaxUI)>(
@@ -78,6 +80,7 @@ public:
         thread_.join();
         for (const HANDLE event : {ready_, go_, finished_})
             CloseHandle(event);
+        std::filesystem::remove_all(image_.parent_path());
     }
 
     static constexpr DWORD kNoCom = 0xFFFFFFFF;
@@ -90,8 +93,14 @@ public:
         ui.Type(IDC_NAME_BOX, L"Ann");
         ui.Type(IDC_FAX_NUMBER, L"5550100");
         ui.Press(IDC_ADD_TO_PHONE_BOOK); // saves the phone book, through COM
-        wchar_t elsewhere[] = L"C:\\windows";
-        ui.Do([&] { SetCurrentDirectoryW(elsewhere); }); // what a file dialog does
+        ui.Check(IDC_COVER_PAGE, true);
+        std::filesystem::create_directory(image_.parent_path());
+        std::ofstream(image_) << "BM";
+        const HWND sheet = ui.Dialog();
+        ui.Press(IDC_BROWSE);
+        ChooseImage(ui, sheet);
+        EXPECT_EQ(ui.Text(IDC_IMAGE), image_.native());
+        EXPECT_EQ(std::filesystem::current_path(), directory_);
         ui.Press(IDOK);
         ui.WaitForEnd();
     }
@@ -110,11 +119,47 @@ public:
     }
 
 private:
+    // The file dialog belongs to the thread that shows the sheet, or to one beside it.
+    HWND WaitForFileDialog(HWND sheet)
+    {
+        for (int i = 0; i < 2000; ++i, Sleep(10)) {
+            for (HWND dialog = nullptr; (dialog = FindWindowExW(nullptr, dialog, L"#32770", nullptr)) != nullptr;) {
+                if (dialog != sheet && IsWindowVisible(dialog) && GetWindow(dialog, GW_OWNER) == sheet)
+                    return dialog;
+            }
+        }
+        throw std::runtime_error("no file dialog appears");
+    }
+
+    void ChooseImage(host::UiDriver& ui, HWND sheet)
+    {
+        const HWND dialog = WaitForFileDialog(sheet);
+        const DWORD thread = GetWindowThreadProcessId(dialog, nullptr);
+        EXPECT_FALSE(IsWindowEnabled(sheet));
+        DWORD_PTR ignored = 0;
+        EXPECT_TRUE(SendMessageTimeoutW(sheet, WM_NULL, 0, 0, SMTO_NORMAL, 10000, &ignored)) << "the sheet hangs";
+        if (thread == threadId_) {
+            EXPECT_NE(comMode_, static_cast<DWORD>(COINIT_MULTITHREADED));
+            ui.AnswerFileDialog(image_);
+        } else {
+            const HANDLE ended = OpenThread(SYNCHRONIZE, FALSE, thread);
+            host::UiDriver(thread, ended).AnswerFileDialog(image_);
+            CloseHandle(ended);
+        }
+        ui.WaitForControl(IDC_IMAGE);
+        EXPECT_TRUE(IsWindowEnabled(sheet));
+        EXPECT_EQ(GetForegroundWindow(), sheet);
+    }
+
     SendFaxSession session_;
     HANDLE ready_ = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     HANDLE go_ = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     HANDLE finished_ = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    DWORD comMode_;
     DWORD threadId_ = 0;
+    const std::filesystem::path directory_ = std::filesystem::current_path();
+    const std::filesystem::path image_ =
+        std::filesystem::temp_directory_path() / ("guest " + std::to_string(GetCurrentProcessId())) / "logo.bmp";
     HostState before_, after_;
     std::thread thread_;
 };

@@ -1,8 +1,8 @@
 #include "text/help.h"
 
+#include "support/built_help.h"
 #include "support/help_viewer.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
 
@@ -10,29 +10,8 @@ namespace qx {
 namespace {
 
 namespace fs = std::filesystem;
-
-// The compiled help that the dependent file stands for: one that is there in every build.
-fs::path BuiltHelp()
-{
-    return fs::absolute(fs::path(std::getenv("QX_BINARY_DIR")) / "QXZHLF1.CHM");
-}
-
-TextOwner OwnerWithHelp()
-{
-    return TextOwner(nullptr, (BuiltHelp().native() + L"::/qxhelp.txt").c_str());
-}
-
-// The viewer's window in this process, or null.
-HWND ViewerWindow()
-{
-    for (HWND window = nullptr; (window = FindWindowExW(nullptr, window, L"HH Parent", nullptr)) != nullptr;) {
-        DWORD process = 0;
-        GetWindowThreadProcessId(window, &process);
-        if (process == GetCurrentProcessId())
-            return window;
-    }
-    return nullptr;
-}
+using test::OwnerWithHelp;
+using test::ViewerWindow;
 
 // First, while the viewer is not loaded yet.
 TEST(HelpViewer, WithoutAViewerNothingHappens)

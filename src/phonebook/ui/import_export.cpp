@@ -1,12 +1,11 @@
 #include "phonebook/ui/import_export.h"
 
-#include "base/activation_context.h"
+#include "base/file_dialog.h"
 #include "base/text_template.h"
 #include "phonebook/csv_import.h"
 #include "phonebook/csv_table.h"
 #include "phonebook/ui/map_custom_fields_dialog.h"
 
-#include <commdlg.h>
 #include <iterator>
 #include <new>
 
@@ -38,8 +37,7 @@ bool AskForFile(BOOL(WINAPI* ask)(OPENFILENAMEW*), DWORD flags, HWND owner, Impo
     dialog.nMaxFileTitle = kPathUnits;
     dialog.lpstrDefExt = L"csv";
     dialog.Flags = flags;
-    const ActivationScope context;
-    if (!ask(&dialog))
+    if (!AskForFileName(ask, dialog))
         return false;
     result.path = path;
     result.title = title;
@@ -192,10 +190,14 @@ void ShowStatus(const TextOwner& texts, ImportExportStatus status, const std::ws
         show(FillTemplate(LocalizedText(texts, text), text.fallback, {path}));
     };
     switch (status) {
-    case ImportExportStatus::InvalidFormat: return showPath(kInvalidFormat);
-    case ImportExportStatus::CannotOpen: return showPath(kCannotOpen);
-    case ImportExportStatus::ExportFailed: return show(LocalizedText(texts, kExportFailed));
-    default: return; // the caller's to tell, or nothing
+    case ImportExportStatus::InvalidFormat:
+        return showPath(kInvalidFormat);
+    case ImportExportStatus::CannotOpen:
+        return showPath(kCannotOpen);
+    case ImportExportStatus::ExportFailed:
+        return show(LocalizedText(texts, kExportFailed));
+    default:
+        return; // the caller's to tell, or nothing
     }
 }
 

@@ -1,6 +1,4 @@
-#include "entry/guest.h"
-
-#include "base/guarded.h"
+#include "base/guest.h"
 
 #include <xmmintrin.h>
 
@@ -11,8 +9,14 @@ namespace {
 using SetThreadDpiAwarenessContextFunction = HANDLE(WINAPI*)(HANDLE);
 
 // Values of DPI_AWARENESS_CONTEXT, which the oldest supported systems lack.
-HANDLE UnawareWithSharpText() noexcept { return reinterpret_cast<HANDLE>(static_cast<INT_PTR>(-5)); }
-HANDLE Unaware() noexcept { return reinterpret_cast<HANDLE>(static_cast<INT_PTR>(-1)); }
+HANDLE UnawareWithSharpText() noexcept
+{
+    return reinterpret_cast<HANDLE>(static_cast<INT_PTR>(-5));
+}
+HANDLE Unaware() noexcept
+{
+    return reinterpret_cast<HANDLE>(static_cast<INT_PTR>(-1));
+}
 
 SetThreadDpiAwarenessContextFunction FindSetThreadDpiAwarenessContext() noexcept
 {
@@ -33,14 +37,6 @@ HANDLE EnterSystemScaledMode() noexcept
     return before != nullptr ? before : setContext(Unaware());
 }
 
-std::wstring CurrentDirectory()
-{
-    std::wstring directory(GetCurrentDirectoryW(0, nullptr), L'\0');
-    const DWORD units = GetCurrentDirectoryW(static_cast<DWORD>(directory.size()), directory.data());
-    directory.resize(units < directory.size() ? units : 0);
-    return directory;
-}
-
 } // namespace
 
 // The runtime's own environment functions leave the vector unit's exceptions unmasked.
@@ -49,7 +45,6 @@ GuestScope::GuestScope() noexcept : vectorFloatingPoint_(_mm_getcsr()), cursor_(
     std::fegetenv(&floatingPoint_);
     std::fesetenv(FE_DFL_ENV);
     _mm_setcsr(_MM_MASK_MASK);
-    Guarded([&] { directory_ = CurrentDirectory(); });
     dpiContext_ = EnterSystemScaledMode();
     SetThreadErrorMode(GetThreadErrorMode() | SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &errorMode_);
 }
@@ -59,10 +54,6 @@ GuestScope::~GuestScope()
     SetThreadErrorMode(errorMode_, nullptr);
     if (dpiContext_ != nullptr)
         FindSetThreadDpiAwarenessContext()(dpiContext_);
-    Guarded([&] {
-        if (!directory_.empty() && CurrentDirectory() != directory_)
-            SetCurrentDirectoryW(directory_.c_str());
-    });
     SetCursor(cursor_);
     std::fesetenv(&floatingPoint_);
     _mm_setcsr(vectorFloatingPoint_);

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cfenv>
-#include <string>
 #include <windows.h>
 
 namespace qx {
@@ -11,7 +10,7 @@ namespace qx {
 // - dialogs keep their stated pixel sizes and are scaled by the system, whatever DPI mode the printing program runs in;
 // - an empty drive in a path does not raise a box of the system;
 // - floating-point exceptions, which some programs unmask, stay quiet.
-// At the end these, the current directory (file dialogs move it) and the cursor are what they were before.
+// At the end these and the cursor are what they were before.
 class GuestScope {
 public:
     GuestScope() noexcept;
@@ -22,7 +21,6 @@ public:
 private:
     std::fenv_t floatingPoint_;
     unsigned vectorFloatingPoint_;
-    std::wstring directory_;
     HCURSOR cursor_;
     HANDLE dpiContext_ = nullptr;
     DWORD errorMode_ = 0;

@@ -1,0 +1,40 @@
+// Parts of Windows that want a single-threaded COM apartment, for callers that are in the multithreaded one: their work
+// is done on a thread of ours.
+#pragma once
+
+#include "base/unique.h"
+
+#include <functional>
+
+namespace qx {
+
+// The calling thread is in the multithreaded apartment by its own choice.
+bool IsInMultithreadedApartment() noexcept;
+
+// A thread with a single-threaded apartment and a message loop. It runs as a guest, as the module does on its caller's
+// thread. Windows that it has made live until it ends.
+class ApartmentThread {
+public:
+    ApartmentThread() noexcept;
+    // Ends the thread. When what it is doing cannot be ended within some seconds, it ends later, by itself.
+    ~ApartmentThread();
+    ApartmentThread(const ApartmentThread&) = delete;
+    ApartmentThread& operator=(const ApartmentThread&) = delete;
+
+    explicit operator bool() const noexcept { return window_ != nullptr; }
+
+    // Returns when work is done there. Meanwhile the calling thread's windows live on: its messages are dispatched,
+    // except what the user does to inert (may be null) and its children, as if a modal dialog were open. When the
+    // program quits, the thread's dialogs end. An exception that escapes work ends it.
+    void Run(const std::function<void()>& work, HWND inert) noexcept;
+
+private:
+    HWND window_ = nullptr; // takes the tasks; the thread's
+    DWORD threadId_ = 0;
+    UniqueKernelHandle thread_;
+};
+
+// Runs work on this thread or, where that is in the multithreaded apartment, on one of ours, as ApartmentThread::Run.
+void RunInSingleThreadedApartment(const std::function<void()>& work, HWND inert) noexcept;
+
+} // namespace qx
