@@ -1,5 +1,6 @@
 #include "base/activation_context.h"
 
+#include "base/lock.h"
 #include "base/module.h"
 
 namespace qx {
@@ -7,11 +8,13 @@ namespace qx {
 namespace {
 
 // Created on first use, never in process attach, where loading another library would be unsafe.
+Lock g_lock;
 HANDLE g_context = INVALID_HANDLE_VALUE;
 bool g_tried = false;
 
 HANDLE ModuleContext() noexcept
 {
+    const Locked locked(g_lock);
     if (g_tried)
         return g_context;
     g_tried = true;

@@ -2,9 +2,11 @@
 
 #include "base/activation_context.h"
 #include "base/guarded.h"
+#include "base/guest.h"
+#include "base/lock.h"
 #include "base/module.h"
 #include "base/process_heap.h"
-#include "entry/guest.h"
+#include "base/window_procedure.h"
 #include "phonebook/address_book_import.h"
 #include "phonebook/phone_book.h"
 #include "phonebook/ui/phone_book_changed.h"
@@ -42,7 +44,10 @@ struct HookedSheet {
     HWND window;
 };
 
-// Sheets of this process that are hooked, one per running session.
+// Sheets of this process that are hooked, one per running session. A print host serves several programs, each on a
+// thread of its own. What is found stays good without the lock: only a sheet's own thread asks for it.
+Lock g_sheetsLock;
+
 std::vector<HookedSheet>& HookedSheets()
 {
     static std::vector<HookedSheet> sheets = [] {
@@ -55,6 +60,7 @@ std::vector<HookedSheet>& HookedSheets()
 
 bool Remember(FaxSheet* sheet, HWND window)
 {
+    const Locked locked(g_sheetsLock);
     auto& sheets = HookedSheets();
     if (std::ranges::any_of(sheets, [&](const auto& s) { return s.sheet == sheet || s.window == window; }))
         return false;
@@ -64,12 +70,14 @@ bool Remember(FaxSheet* sheet, HWND window)
 
 FaxSheet* SheetOf(HWND window)
 {
+    const Locked locked(g_sheetsLock);
     const auto found = std::ranges::find(HookedSheets(), window, &HookedSheet::window);
     return found != HookedSheets().end() ? found->sheet : nullptr;
 }
 
 void Forget(HWND window)
 {
+    const Locked locked(g_sheetsLock);
     std::erase_if(HookedSheets(), [&](const auto& s) { return s.window == window; });
 }
 
@@ -77,7 +85,7 @@ LRESULT CALLBACK SheetProcedure(HWND window, UINT message, WPARAM w, LPARAM l) n
 {
     return Guarded<LRESULT>(0, [&]() -> LRESULT {
         FaxSheet* const sheet = SheetOf(window);
-        return sheet != nullptr ? sheet->Handle(message, w, l) : DefWindowProcW(window, message, w, l);
+        return sheet != nullptr ? sheet->Handle(message, w, l) : CallProcedureBefore(window, message, w, l);
     });
 }
 
@@ -92,9 +100,8 @@ UINT CALLBACK PageCallback(HWND, UINT, PROPSHEETPAGEW*) noexcept
     return 1;
 }
 
-template <class Page>
-void DescribePage(PROPSHEETPAGEW& page, const DialogTemplate& dialogTemplate, const std::wstring& title,
-                  DLGPROC procedure, Page& state)
+template <class Page> void DescribePage(PROPSHEETPAGEW& page, const DialogTemplate& dialogTemplate,
+                                        const std::wstring& title, DLGPROC procedure, Page& state)
 {
     page.dwSize = sizeof page;
     // Premature: a page that was never created gets no PSN_APPLY.
@@ -149,8 +156,8 @@ void FaxSheet::Hook(HWND sheet)
     if (!Remember(this, sheet))
         return;
     window_ = sheet;
-    previous_ = reinterpret_cast<WNDPROC>(
-        SetWindowLongPtrW(sheet, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(SheetProcedure)));
+    previous_ = ReplaceProcedure(sheet, SheetProcedure);
+    ListenForPhoneBookChanged(sheet);
     SendMessageW(sheet, kTakeOverButtons, 0, 0);
 }
 
@@ -231,7 +238,7 @@ LRESULT FaxSheet::Handle(UINT message, WPARAM w, LPARAM l)
         break;
     case WM_DESTROY:
         // The messages that follow are the dialog's own again: with the last one it frees its font.
-        SetWindowLongPtrW(window_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(previous_));
+        RestoreProcedure(window_, SheetProcedure, previous_);
         Forget(window_);
         break;
     default:

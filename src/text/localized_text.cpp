@@ -2,6 +2,8 @@
 
 #include "base/activation_context.h"
 
+#include <atomic>
+
 namespace qx {
 
 namespace {
@@ -11,29 +13,34 @@ constexpr Text kErrorTitle{5326, L"QX MFP Send Fax Error"};
 constexpr Text kWarningTitle{5327, L"QX MFP Send Fax Warning"};
 constexpr std::size_t kTextsPerBlock = 16;
 
-LANGID g_language = kEnglishUnitedStates;
+std::atomic<LANGID> g_language = kEnglishUnitedStates; // of the process; sessions on other threads look and write, too
 
-HRSRC FindTextBlock(HMODULE library, unsigned id) noexcept
+HRSRC FindTextBlock(HMODULE library, unsigned id, LANGID language) noexcept
 {
     const WORD block = static_cast<WORD>(id / kTextsPerBlock + 1);
-    return FindResourceExW(library, RT_STRING, MAKEINTRESOURCEW(block), g_language);
+    return FindResourceExW(library, RT_STRING, MAKEINTRESOURCEW(block), language);
 }
 
-// wanted: the language that was current when the lookup began. It is compared with every language, although the
-// current one moves on underneath: 1033 is what remains when none matches.
-BOOL CALLBACK TryLanguage(HMODULE, LPCWSTR, LPCWSTR, WORD language, LONG_PTR wanted) noexcept
+// One walk through the languages of a library. What the walk itself answers when a callback ends it differs between
+// systems: only found tells.
+struct LanguageSearch {
+    const LANGID wanted; // by its primary language
+    LANGID chosen;       // 1033 once there was a language, and none matched
+    bool found = false;
+};
+
+BOOL CALLBACK TryLanguage(HMODULE, LPCWSTR, LPCWSTR, WORD language, LONG_PTR context) noexcept
 {
-    if (PRIMARYLANGID(language) == PRIMARYLANGID(static_cast<LANGID>(wanted))) {
-        g_language = language;
-        return FALSE;
-    }
-    g_language = kEnglishUnitedStates;
-    return TRUE;
+    auto& search = *reinterpret_cast<LanguageSearch*>(context);
+    search.found = PRIMARYLANGID(language) == PRIMARYLANGID(search.wanted);
+    search.chosen = search.found ? language : kEnglishUnitedStates;
+    return !search.found;
 }
 
-BOOL CALLBACK TryName(HMODULE library, LPCWSTR type, LPWSTR name, LONG_PTR wanted) noexcept
+BOOL CALLBACK TryName(HMODULE library, LPCWSTR type, LPWSTR name, LONG_PTR context) noexcept
 {
-    return EnumResourceLanguagesW(library, type, name, TryLanguage, wanted);
+    EnumResourceLanguagesW(library, type, name, TryLanguage, context);
+    return !reinterpret_cast<const LanguageSearch*>(context)->found;
 }
 
 bool IsStringType(LPCWSTR type) noexcept
@@ -41,18 +48,30 @@ bool IsStringType(LPCWSTR type) noexcept
     return type == RT_STRING || (!IS_INTRESOURCE(type) && lstrcmpW(type, L"RT_STRING") == 0);
 }
 
-BOOL CALLBACK TryType(HMODULE library, LPWSTR type, LONG_PTR wanted) noexcept
+BOOL CALLBACK TryType(HMODULE library, LPWSTR type, LONG_PTR context) noexcept
 {
-    return IsStringType(type) ? EnumResourceNamesW(library, type, TryName, wanted) : TRUE;
+    if (IsStringType(type))
+        EnumResourceNamesW(library, type, TryName, context);
+    return !reinterpret_cast<const LanguageSearch*>(context)->found;
+}
+
+// The language of the library to look up texts in when it has none in wanted.
+LANGID NextBestLanguage(HMODULE library, LANGID wanted) noexcept
+{
+    LanguageSearch search{.wanted = wanted, .chosen = wanted};
+    EnumResourceTypesW(library, TryType, reinterpret_cast<LONG_PTR>(&search));
+    return search.chosen;
 }
 
 HRSRC FindTextBlockInAnyLanguage(HMODULE library, unsigned id) noexcept
 {
-    const HRSRC found = FindTextBlock(library, id);
+    const LANGID wanted = g_language;
+    const HRSRC found = FindTextBlock(library, id, wanted);
     if (found != nullptr || GetLastError() != ERROR_RESOURCE_LANG_NOT_FOUND)
         return found;
-    EnumResourceTypesW(library, TryType, g_language);
-    return FindTextBlock(library, id);
+    const LANGID nextBest = NextBestLanguage(library, wanted);
+    g_language = nextBest; // once: a half-done search is nothing for other threads to see
+    return FindTextBlock(library, id, nextBest);
 }
 
 // The text at position of a block of 16 length-prefixed texts; empty when the block ends before it.

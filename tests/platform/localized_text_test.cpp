@@ -1,10 +1,12 @@
 #include "text/localized_text.h"
 
 #include "base/unique.h"
+#include "support/patched_function.h"
 #include "support/text_library.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <thread>
 
 namespace qx {
 namespace {
@@ -93,6 +95,45 @@ TEST_F(TextLookup, EnglishRemainsWhenNoLanguageMatches)
     const TextOwner owner = OwnerOf({BlockWithText(other, 5223, L"other")});
     EXPECT_EQ(Lookup(owner, 5223), L"(none)");
     EXPECT_EQ(CurrentTextLanguage(), kAmerican);
+}
+
+// Two sessions on two threads of one process.
+TEST_F(TextLookup, ALookupOnAnotherThreadDoesNotDisturb)
+{
+    std::vector<TextBlock> blocks{BlockWithText(Sibling(user_), 5223, L"sibling")};
+    for (WORD other = 1; other <= 30; ++other) // come before it: the search takes its time
+        blocks.push_back(BlockWithText(static_cast<LANGID>(MAKELANGID(LANG_ARABIC, other)), 5223, L"other"));
+    const TextOwner owner = OwnerOf(blocks);
+    constexpr int kLookups = 2000;
+    const auto countMisses = [&owner](int& misses) {
+        for (int i = 0; i < kLookups; ++i) {
+            const TextOwner dialog(owner.hStringDll, L""); // starts with the user's language
+            misses += Lookup(dialog, 5223) == L"sibling" ? 0 : 1;
+        }
+    };
+    int here = 0, there = 0;
+    std::thread other([&] { countMisses(there); });
+    countMisses(here);
+    other.join();
+    EXPECT_EQ(here + there, 0);
+}
+
+// Systems differ in what an enumeration answers that a callback has ended, and thus in whether the one around it ends.
+TEST_F(TextLookup, TheSearchEndsAtTheFirstMatchWhateverTheEnumerationAnswers)
+{
+    static test::PatchedFunction* patch = nullptr;
+    test::PatchedFunction enumerate(
+        L"kernel32.dll", "EnumResourceLanguagesW",
+        +[](HMODULE module, LPCWSTR type, LPCWSTR name, ENUMRESLANGPROCW tell, LONG_PTR context) -> BOOL {
+            patch->WithOriginal([&] { return EnumResourceLanguagesW(module, type, name, tell, context); });
+            return TRUE;
+        });
+    patch = &enumerate;
+    // The match is in the first block of the two.
+    const TextOwner owner =
+        OwnerOf({BlockWithText(Sibling(user_), 16, L"sibling"), BlockWithText(kFrench, 5223, L"&Envoyer")});
+    Lookup(owner, 5223);
+    EXPECT_EQ(CurrentTextLanguage(), Sibling(user_));
 }
 
 TEST_F(TextLookup, AMissingBlockIsNotLookedForInOtherLanguages)

@@ -194,6 +194,7 @@ constexpr Route<AddRecipientsContext> kRoutes[] = {
 
 static void Initialize(AddRecipientsContext& picker)
 {
+    ListenForPhoneBookChanged(picker.dialog);
     SetUpLists(picker);
     FillBookList(picker);
     TakeRecipients(picker);

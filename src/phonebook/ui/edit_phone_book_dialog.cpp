@@ -286,6 +286,7 @@ constexpr Route<EditPhoneBookContext> kRoutes[] = {
 
 static void Initialize(EditPhoneBookContext& editor)
 {
+    ListenForPhoneBookChanged(editor.dialog);
     editor.rightToLeft = IsRightToLeftUi();
     editor.list.window = GetDlgItem(editor.dialog, IDC_BOOK_LIST);
     SetUpPhoneBookList(editor, editor.list.window, kColumnWidth, kListKeys);

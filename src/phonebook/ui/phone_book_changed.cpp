@@ -6,12 +6,24 @@ namespace {
 
 constexpr UINT kPatienceMilliseconds = 500; // with each window
 
+using ChangeFilter = BOOL(WINAPI*)(HWND, UINT, DWORD, void*);
+constexpr DWORD kAllow = 1; // MSGFLT_ALLOW
+
 } // namespace
 
 UINT PhoneBookChangedMessage() noexcept
 {
     static const UINT message = RegisterWindowMessageW(L"PB_{d12b6b3a-3fee-4506-3f95-b1885bcf2149}");
     return message;
+}
+
+void ListenForPhoneBookChanged(HWND window) noexcept
+{
+    // Systems that lack the function have no such filter for a single window.
+    const auto changeFilter = reinterpret_cast<ChangeFilter>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"user32.dll"), "ChangeWindowMessageFilterEx")));
+    if (changeFilter != nullptr)
+        changeFilter(window, PhoneBookChangedMessage(), kAllow, nullptr);
 }
 
 void BroadcastPhoneBookChanged() noexcept

@@ -2,6 +2,8 @@
 
 #include "base/dialog.h"
 #include "base/guarded.h"
+#include "base/lock.h"
+#include "base/window_procedure.h"
 
 #include <algorithm>
 #include <array>
@@ -30,7 +32,9 @@ struct Slot {
     TypeAheadState* state = nullptr;
 };
 
-// Window procedures get a window and nothing else. The table is the process's; one thread uses it at a time.
+// Window procedures get a window and nothing else. The table is the process's, and several threads may have a combo box
+// in it. What is found stays good without the lock: only the combo box's own thread asks for it.
+Lock g_registryLock;
 std::array<Slot, 32> g_registry;
 
 bool IsFree(const Slot& slot) noexcept
@@ -40,6 +44,7 @@ bool IsFree(const Slot& slot) noexcept
 
 TypeAheadState* StateOfWindow(HWND window) noexcept
 {
+    const Locked locked(g_registryLock);
     for (const Slot& slot : g_registry) {
         if (slot.combo == window || slot.edit == window || slot.list == window)
             return slot.state;
@@ -47,9 +52,10 @@ TypeAheadState* StateOfWindow(HWND window) noexcept
     return nullptr;
 }
 
-// The name box whose list is shown, and watched, on this thread.
+// The name box whose list is shown, and watched, on this thread. Those of other threads stay while the lock is held.
 TypeAheadState* WatchedState() noexcept
 {
+    const Locked locked(g_registryLock);
     for (const Slot& slot : g_registry) {
         if (slot.state != nullptr && slot.state->watchingThread == GetCurrentThreadId())
             return slot.state;
@@ -59,6 +65,7 @@ TypeAheadState* WatchedState() noexcept
 
 void Register(TypeAheadState& state) noexcept
 {
+    const Locked locked(g_registryLock);
     const auto slot = std::ranges::find_if(g_registry, IsFree);
     if (slot != g_registry.end())
         *slot = {state.combo, state.edit, state.list, &state};
@@ -66,6 +73,7 @@ void Register(TypeAheadState& state) noexcept
 
 void Unregister(const TypeAheadState& state) noexcept
 {
+    const Locked locked(g_registryLock);
     const auto slot = std::ranges::find(g_registry, &state, &Slot::state);
     if (slot != g_registry.end())
         *slot = {};
@@ -136,7 +144,8 @@ void ClearRows(TypeAheadState& state) noexcept
 
 void AppendRow(const TypeAheadState& state, const SuggestionItem& item) noexcept
 {
-    const LRESULT row = SendMessageW(state.list, LB_INSERTSTRING, kNothing, reinterpret_cast<LPARAM>(item.text.c_str()));
+    const LRESULT row =
+        SendMessageW(state.list, LB_INSERTSTRING, kNothing, reinterpret_cast<LPARAM>(item.text.c_str()));
     if (row >= 0)
         SendMessageW(state.list, LB_SETITEMDATA, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
 }
@@ -709,20 +718,15 @@ template <Answer answer> LRESULT CALLBACK Procedure(HWND window, UINT message, W
 {
     TypeAheadState* const state = StateOfWindow(window);
     if (state == nullptr)
-        return DefWindowProcW(window, message, w, l);
+        return CallProcedureBefore(window, message, w, l);
     return Guarded<LRESULT>(0, [&] { return answer(*state, message, w, l); });
 }
 
-WNDPROC ReplaceProcedure(HWND window, WNDPROC procedure) noexcept
+void GiveBack(HWND window, WNDPROC ours, WNDPROC& before) noexcept
 {
-    return reinterpret_cast<WNDPROC>(SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(procedure)));
-}
-
-void RestoreProcedure(HWND window, WNDPROC& procedure) noexcept
-{
-    if (procedure != nullptr && IsWindow(window))
-        ReplaceProcedure(window, procedure);
-    procedure = nullptr;
+    if (before != nullptr && IsWindow(window))
+        RestoreProcedure(window, ours, before);
+    before = nullptr;
 }
 
 } // namespace
@@ -746,9 +750,9 @@ void AttachTypeAhead(TypeAheadState& state, HWND combo, HWND notify)
 void DetachTypeAhead(TypeAheadState& state) noexcept
 {
     StopWatching(state);
-    RestoreProcedure(state.combo, state.comboProcedure);
-    RestoreProcedure(state.list, state.listProcedure);
-    RestoreProcedure(state.edit, state.editProcedure);
+    GiveBack(state.combo, Procedure<AnswerComboMessage>, state.comboProcedure);
+    GiveBack(state.list, Procedure<AnswerListMessage>, state.listProcedure);
+    GiveBack(state.edit, Procedure<AnswerEditMessage>, state.editProcedure);
     Unregister(state);
 }
 
@@ -802,9 +806,15 @@ void OnEditChange(TypeAheadState& state)
     ShowMatches(state, typed);
     const int row = FindRow(state, CB_FINDSTRING, typed);
     switch (AnswerTyping(typed, state.previousLength, row >= 0)) {
-    case EditAnswer::HideList: HideList(state); break;
-    case EditAnswer::ShowList: ShowList(state); break;
-    case EditAnswer::Complete: Complete(state, row, typed.size()); break;
+    case EditAnswer::HideList:
+        HideList(state);
+        break;
+    case EditAnswer::ShowList:
+        ShowList(state);
+        break;
+    case EditAnswer::Complete:
+        Complete(state, row, typed.size());
+        break;
     }
     state.previousLength = typed.size();
 }

@@ -1,0 +1,96 @@
+// The windows that a session shows beside those of its printing program, and of other programs.
+#include "phonebook/ui/phone_book_changed.h"
+#include "res/add_recipients_ids.h"
+#include "res/fax_job_page_ids.h"
+#include "support/patched_function.h"
+#include "support/send_fax_session.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <mutex>
+
+namespace qx::test {
+namespace {
+
+class GuestWindows : public testing::Test {
+protected:
+    GuestWindows()
+    {
+        session_.SetDefault(L"ApplyDefaults", 1u);
+        session_.Start();
+        session_.Ui().Dialog();
+    }
+
+    SendFaxSession session_;
+};
+
+// ---- a procedure of the program's in front of ours
+
+WNDPROC g_ours;
+std::vector<UINT> g_seen;
+
+LRESULT CALLBACK ProgramsProcedure(HWND window, UINT message, WPARAM w, LPARAM l)
+{
+    g_seen.push_back(message);
+    return CallWindowProcW(g_ours, window, message, w, l);
+}
+
+TEST_F(GuestWindows, AProcedureThatTheProgramPutsOverTheSheetsStays)
+{
+    g_seen.clear();
+    const HWND sheet = session_.Ui().Dialog();
+    session_.Ui().Do([sheet] {
+        g_ours = reinterpret_cast<WNDPROC>(
+            SetWindowLongPtrW(sheet, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(ProgramsProcedure)));
+    });
+    session_.Cancel();
+    EXPECT_FALSE(IsWindow(sheet));
+    ASSERT_FALSE(g_seen.empty());
+    EXPECT_EQ(g_seen.back(), static_cast<UINT>(WM_NCDESTROY)); // to the very end
+    EXPECT_EQ(std::ranges::count(g_seen, static_cast<UINT>(WM_DESTROY)), 1);
+}
+
+// ---- messages from less privileged programs
+
+struct Allowed {
+    HWND window;
+    UINT message;
+    DWORD action;
+};
+std::mutex g_allowedMutex;
+std::vector<Allowed> g_allowed;
+
+BOOL WINAPI RecordFilter(HWND window, UINT message, DWORD action, void*)
+{
+    const std::scoped_lock lock(g_allowedMutex);
+    g_allowed.push_back({window, message, action});
+    return TRUE;
+}
+
+bool HearsOfThePhoneBook(HWND window)
+{
+    constexpr DWORD kAllow = 1; // MSGFLT_ALLOW
+    const std::scoped_lock lock(g_allowedMutex);
+    return std::ranges::any_of(g_allowed, [&](const Allowed& allowed) {
+        return allowed.window == window && allowed.message == PhoneBookChangedMessage() && allowed.action == kAllow;
+    });
+}
+
+TEST(GuestOfAnElevatedProgram, EveryWindowWithAPhoneBookHearsOfItsChange)
+{
+    g_allowed.clear();
+    const PatchedFunction filter(L"user32.dll", "ChangeWindowMessageFilterEx", RecordFilter);
+    SendFaxSession session;
+    session.SetDefault(L"ApplyDefaults", 1u);
+    session.Start();
+    host::UiDriver& ui = session.Ui();
+    const auto expectHears = [&](const char* what) { EXPECT_TRUE(HearsOfThePhoneBook(ui.Dialog())) << what; };
+    expectHears("the sheet");
+    ui.Press(IDC_PHONE_BOOK);
+    expectHears("Add Recipients From Phone Book");
+    ui.Press(IDC_PICK_EDIT_BOOK);
+    expectHears("Edit Phone Book");
+}
+
+} // namespace
+} // namespace qx::test

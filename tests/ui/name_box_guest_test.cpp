@@ -1,0 +1,95 @@
+// The completing combo box beside others: on several threads, and under procedures of somebody else.
+#include "phonebook/ui/type_ahead_combo.h"
+
+#include <algorithm>
+#include <commctrl.h>
+#include <gtest/gtest.h>
+#include <thread>
+#include <vector>
+
+namespace qx::test {
+namespace {
+
+// A bare combo box of the calling thread.
+class Combo {
+public:
+    Combo()
+        : owner_(CreateWindowExW(0, WC_STATICW, L"", WS_POPUP, 0, 0, 400, 400, nullptr, nullptr, nullptr, nullptr)),
+          window_(CreateWindowExW(0, WC_COMBOBOXW, L"", WS_CHILD | CBS_DROPDOWN, 0, 0, 100, 100, owner_, nullptr,
+                                  nullptr, nullptr))
+    {
+    }
+    ~Combo() { DestroyWindow(owner_); }
+    Combo(const Combo&) = delete;
+    Combo& operator=(const Combo&) = delete;
+
+    HWND Owner() const { return owner_; }
+    HWND Window() const { return window_; }
+
+private:
+    HWND owner_, window_;
+};
+
+TEST(NameBoxGuest, ThreadsAttachAndDetachAtTheSameTime)
+{
+    constexpr int kRounds = 1500;
+    const auto work = [](int& lost) {
+        const Combo combo;
+        for (int i = 0; i < kRounds; ++i) {
+            TypeAheadState state;
+            AttachTypeAhead(state, combo.Window(), combo.Owner());
+            // Ours says that the list is shown or not, the default procedure nothing; a place that was lost to another
+            // thread leaves the box to the latter.
+            lost += SendMessageW(combo.Window(), CB_SHOWDROPDOWN, FALSE, 0) == TRUE ? 0 : 1;
+            DetachTypeAhead(state);
+        }
+    };
+    int here = 0, there = 0;
+    std::thread other([&] { work(there); });
+    work(here);
+    other.join();
+    EXPECT_EQ(here + there, 0);
+}
+
+WNDPROC g_below;
+std::vector<UINT> g_seen;
+
+LRESULT CALLBACK Above(HWND window, UINT message, WPARAM w, LPARAM l)
+{
+    g_seen.push_back(message);
+    return CallWindowProcW(g_below, window, message, w, l);
+}
+
+TEST(NameBoxGuest, AProcedureThatSomebodyPutsOverOursStays)
+{
+    g_seen.clear();
+    {
+        const Combo combo;
+        TypeAheadState state;
+        AttachTypeAhead(state, combo.Window(), combo.Owner());
+        g_below = reinterpret_cast<WNDPROC>(
+            SetWindowLongPtrW(combo.Window(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(Above)));
+        DetachTypeAhead(state);
+        g_seen.clear();
+        EXPECT_GT(SendMessageW(combo.Window(), CB_GETITEMHEIGHT, 0, 0), 0); // still a combo box below
+        EXPECT_EQ(SendMessageW(combo.Window(), CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(L"Anna")), 0);
+        EXPECT_EQ(SendMessageW(combo.Window(), CB_GETCOUNT, 0, 0), 1);
+    }
+    ASSERT_GE(g_seen.size(), 3u);
+    EXPECT_EQ(std::ranges::count(g_seen, static_cast<UINT>(CB_ADDSTRING)), 1);
+    EXPECT_EQ(g_seen.back(), static_cast<UINT>(WM_NCDESTROY));
+}
+
+TEST(NameBoxGuest, ABoxThatIsLeftIsWhatItWas)
+{
+    const Combo combo;
+    const LONG_PTR before = GetWindowLongPtrW(combo.Window(), GWLP_WNDPROC);
+    TypeAheadState state;
+    AttachTypeAhead(state, combo.Window(), combo.Owner());
+    EXPECT_NE(GetWindowLongPtrW(combo.Window(), GWLP_WNDPROC), before);
+    DetachTypeAhead(state);
+    EXPECT_EQ(GetWindowLongPtrW(combo.Window(), GWLP_WNDPROC), before);
+}
+
+} // namespace
+} // namespace qx::test

@@ -1,0 +1,205 @@
+// Two sessions at a time, on two threads of one process, as a print host has them that serves several programs.
+#include "res/fax_job_page_ids.h"
+#include "support/send_fax_session.h"
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <cwchar>
+#include <gtest/gtest.h>
+#include <prsht.h>
+
+namespace qx::test {
+namespace {
+
+constexpr int kSessions = 50;  // on each thread
+constexpr int kSaveEvery = 10; // sessions until one adds its recipient to the phone book
+constexpr UINT kPatienceMilliseconds = 20000;
+
+// One program: its thread, which calls the module, and its user, on another thread.
+class Program {
+public:
+    explicit Program(wchar_t letter) : letter_(letter)
+    {
+        session_.SetDefault(L"ApplyDefaults", 1u); // the sheet opens on the Fax Job page
+        thread_ = std::thread([this] { Call(); });
+        user_ = std::thread([this] { UseAll(); });
+    }
+    ~Program()
+    {
+        for (const HANDLE event : {called_, returned_, checked_})
+            CloseHandle(event);
+    }
+    Program(const Program&) = delete;
+    Program& operator=(const Program&) = delete;
+
+    void Join()
+    {
+        user_.join();
+        thread_.join();
+    }
+
+    const std::vector<std::string>& Problems() const { return problems_; }
+    int Sent() const { return sent_; }
+
+private:
+    void Call()
+    {
+        threadId_ = GetCurrentThreadId();
+        const auto display = reinterpret_cast<decltype(&DisplayFaxUI)>(
+            reinterpret_cast<void*>(GetProcAddress(session_.Module(), "DisplayFaxUI")));
+        for (int i = 0; i < kSessions; ++i) {
+            QxFaxReleaseJob(&session_.Record());
+            SetEvent(called_);
+            display(session_.PrinterHandle(), &session_.Record());
+            SetEvent(returned_);
+            WaitForSingleObject(checked_, INFINITE);
+        }
+    }
+
+    // All problems are gathered: a failed session must not leave the calling thread waiting.
+    void UseAll()
+    {
+        for (int i = 0; i < kSessions; ++i) {
+            WaitForSingleObject(called_, INFINITE);
+            const HWND sheet = WaitForSheet();
+            if (sheet == nullptr)
+                GiveUp("no sheet", i);
+            Use(sheet, i);
+            if (WaitForSingleObject(returned_, kPatienceMilliseconds) != WAIT_OBJECT_0)
+                GiveUp("does not end by Send", i);
+            Check(i);
+            SetEvent(checked_);
+        }
+    }
+
+    // The calling thread cannot be ended from here, and whatever it shows stays: better no more tests.
+    [[noreturn]] void GiveUp(const char* what, int i) const
+    {
+        std::fprintf(stderr, "session %d of %lc: %s\n", i, static_cast<wint_t>(letter_), what);
+        for (const std::string& problem : problems_)
+            std::fprintf(stderr, "%s\n", problem.c_str());
+        EnumThreadWindows(threadId_, PrintWindow, 0);
+        std::fflush(nullptr);
+        TerminateProcess(GetCurrentProcess(), 1);
+        std::abort();
+    }
+
+    static BOOL CALLBACK PrintWindow(HWND window, LPARAM)
+    {
+        wchar_t text[256] = L"";
+        InternalGetWindowText(window, text, static_cast<int>(std::size(text)));
+        std::fprintf(stderr, "  %s%s'%ls'\n", IsWindowVisible(window) ? "" : "hidden ",
+                     IsWindowEnabled(window) ? "" : "disabled ", text);
+        EnumChildWindows(
+            window,
+            [](HWND child, LPARAM) -> BOOL {
+                wchar_t childText[256] = L"";
+                InternalGetWindowText(child, childText, static_cast<int>(std::size(childText)));
+                if (childText[0] != L'\0')
+                    std::fprintf(stderr, "    %d '%ls'\n", GetDlgCtrlID(child), childText);
+                return TRUE;
+            },
+            0);
+        return TRUE;
+    }
+
+    HWND WaitForSheet() const
+    {
+        for (DWORD waited = 0; waited < kPatienceMilliseconds; Sleep(1), ++waited) {
+            HWND found = nullptr;
+            EnumThreadWindows(
+                threadId_,
+                [](HWND window, LPARAM result) -> BOOL {
+                    if (!IsWindowVisible(window) || PageOf(window) == nullptr)
+                        return TRUE;
+                    *reinterpret_cast<HWND*>(result) = window;
+                    return FALSE;
+                },
+                reinterpret_cast<LPARAM>(&found));
+            if (found != nullptr)
+                return found;
+        }
+        return nullptr;
+    }
+
+    static HWND PageOf(HWND sheet)
+    {
+        for (HWND page = nullptr; (page = FindWindowExW(sheet, page, L"#32770", nullptr)) != nullptr;) {
+            if (GetDlgItem(page, IDC_FAX_NUMBER) != nullptr && IsWindowVisible(page))
+                return page;
+        }
+        return nullptr;
+    }
+
+    LRESULT Tell(HWND window, UINT message, WPARAM w, LPARAM l)
+    {
+        DWORD_PTR answer = 0;
+        if (!SendMessageTimeoutW(window, message, w, l, SMTO_NORMAL, kPatienceMilliseconds, &answer))
+            problems_.push_back("a window does not answer message " + std::to_string(message));
+        return static_cast<LRESULT>(answer);
+    }
+
+    void SetText(HWND window, const std::wstring& text)
+    {
+        Tell(window, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text.c_str()));
+    }
+
+    void Use(HWND sheet, int i)
+    {
+        const HWND page = PageOf(sheet);
+        wchar_t caption[64] = L"";
+        Tell(GetDlgItem(sheet, IDOK), WM_GETTEXT, std::size(caption), reinterpret_cast<LPARAM>(caption));
+        if (std::wstring_view(caption) != L"&Send")
+            problems_.push_back("another language or another session's sheet in session " + std::to_string(i));
+        SetText(FindWindowExW(GetDlgItem(page, IDC_NAME_BOX), nullptr, L"Edit", nullptr), Name(i));
+        SetText(GetDlgItem(page, IDC_FAX_NUMBER), Number(i));
+        if (i % kSaveEvery == 0) // and the other program's sheet reloads its book
+            Tell(GetDlgItem(page, IDC_ADD_TO_PHONE_BOOK), BM_CLICK, 0, 0);
+        PostMessageW(sheet, PSM_PRESSBUTTON, PSBTN_OK, 0);
+    }
+
+    void Check(int i)
+    {
+        if (session_.Record().Cancelled != 0)
+            problems_.push_back("session " + std::to_string(i) + " was cancelled");
+        else if (session_.Recipients() != std::vector<Recipient>{{Name(i), Number(i), L""}})
+            problems_.push_back("session " + std::to_string(i) + " sent to somebody else");
+        else
+            ++sent_;
+    }
+
+    std::wstring Numbered(std::wstring_view before, int i) const
+    {
+        wchar_t number[8];
+        swprintf(number, std::size(number), L"%03d", i); // no name begins with another: nothing is completed
+        return std::wstring(before) + number;
+    }
+    std::wstring Name(int i) const { return Numbered(std::wstring(1, letter_), i); }
+    std::wstring Number(int i) const { return Numbered(letter_ == L'A' ? L"111" : L"222", i); }
+
+    wchar_t letter_;
+    SendFaxSession session_;
+    HANDLE called_ = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    HANDLE returned_ = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    HANDLE checked_ = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    std::atomic<DWORD> threadId_ = 0;
+    std::vector<std::string> problems_;
+    int sent_ = 0;
+    std::thread thread_;
+    std::thread user_;
+};
+
+TEST(TwoSessions, AtATimeDoNotDisturbEachOther)
+{
+    Program first(L'A'), second(L'B');
+    first.Join();
+    second.Join();
+    EXPECT_EQ(first.Problems(), std::vector<std::string>());
+    EXPECT_EQ(second.Problems(), std::vector<std::string>());
+    EXPECT_EQ(first.Sent(), kSessions);
+    EXPECT_EQ(second.Sent(), kSessions);
+}
+
+} // namespace
+} // namespace qx::test
