@@ -1,4 +1,5 @@
 // Two sessions at a time, on two threads of one process, as a print host has them that serves several programs.
+#include "host/utf8.h"
 #include "res/fax_job_page_ids.h"
 #include "support/send_fax_session.h"
 
@@ -40,7 +41,7 @@ public:
     }
 
     const std::vector<std::string>& Problems() const { return problems_; }
-    int Sent() const { return sent_; }
+    int SentAsTyped() const { return sent_; }
 
 private:
     void Call()
@@ -140,9 +141,12 @@ private:
         return static_cast<LRESULT>(answer);
     }
 
-    void SetText(HWND window, const std::wstring& text)
+    // Replaces the text of an edit field key by key. Keys wait in the queue until the sheet fetches them, as a user's.
+    static void Type(HWND edit, const std::wstring& text)
     {
-        Tell(window, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text.c_str()));
+        PostMessageW(edit, EM_SETSEL, 0, -1);
+        for (const wchar_t character : text)
+            PostMessageW(edit, WM_CHAR, character, 1);
     }
 
     void Use(HWND sheet, int i)
@@ -152,10 +156,10 @@ private:
         Tell(GetDlgItem(sheet, IDOK), WM_GETTEXT, std::size(caption), reinterpret_cast<LPARAM>(caption));
         if (std::wstring_view(caption) != L"&Send")
             problems_.push_back("another language or another session's sheet in session " + std::to_string(i));
-        SetText(FindWindowExW(GetDlgItem(page, IDC_NAME_BOX), nullptr, L"Edit", nullptr), Name(i));
-        SetText(GetDlgItem(page, IDC_FAX_NUMBER), Number(i));
+        Type(FindWindowExW(GetDlgItem(page, IDC_NAME_BOX), nullptr, L"Edit", nullptr), Name(i));
+        Type(GetDlgItem(page, IDC_FAX_NUMBER), Number(i));
         if (i % kSaveEvery == 0) // and the other program's sheet reloads its book
-            Tell(GetDlgItem(page, IDC_ADD_TO_PHONE_BOOK), BM_CLICK, 0, 0);
+            PostMessageW(GetDlgItem(page, IDC_ADD_TO_PHONE_BOOK), BM_CLICK, 0, 0);
         PostMessageW(sheet, PSM_PRESSBUTTON, PSBTN_OK, 0);
     }
 
@@ -164,9 +168,18 @@ private:
         if (session_.Record().Cancelled != 0)
             problems_.push_back("session " + std::to_string(i) + " was cancelled");
         else if (session_.Recipients() != std::vector<Recipient>{{Name(i), Number(i), L""}})
-            problems_.push_back("session " + std::to_string(i) + " sent to somebody else");
+            problems_.push_back("session " + std::to_string(i) + " sent to " + Sent());
         else
             ++sent_;
+    }
+
+    std::string Sent()
+    {
+        std::string all;
+        for (const Recipient& recipient : session_.Recipients())
+            all += "'" + host::Utf8(recipient.name) + "' '" + host::Utf8(recipient.faxNumber) + "' '" +
+                   host::Utf8(recipient.company) + "'; ";
+        return all.empty() ? "nobody" : all;
     }
 
     std::wstring Numbered(std::wstring_view before, int i) const
@@ -197,8 +210,8 @@ TEST(TwoSessions, AtATimeDoNotDisturbEachOther)
     second.Join();
     EXPECT_EQ(first.Problems(), std::vector<std::string>());
     EXPECT_EQ(second.Problems(), std::vector<std::string>());
-    EXPECT_EQ(first.Sent(), kSessions);
-    EXPECT_EQ(second.Sent(), kSessions);
+    EXPECT_EQ(first.SentAsTyped(), kSessions);
+    EXPECT_EQ(second.SentAsTyped(), kSessions);
 }
 
 } // namespace
