@@ -2,6 +2,7 @@
 #include "host/utf8.h"
 #include "res/fax_job_page_ids.h"
 #include "support/send_fax_session.h"
+#include "support/text_layout_lock.h"
 
 #include <atomic>
 #include <cstdio>
@@ -23,6 +24,9 @@ public:
     explicit Program(wchar_t letter) : letter_(letter)
     {
         session_.SetDefault(L"ApplyDefaults", 1u); // the sheet opens on the Fax Job page
+    }
+    void Start()
+    {
         thread_ = std::thread([this] { Call(); });
         user_ = std::thread([this] { UseAll(); });
     }
@@ -206,6 +210,9 @@ private:
 TEST(TwoSessions, AtATimeDoNotDisturbEachOther)
 {
     Program first(L'A'), second(L'B');
+    LockTextLayout();
+    first.Start();
+    second.Start();
     first.Join();
     second.Join();
     EXPECT_EQ(first.Problems(), std::vector<std::string>());
