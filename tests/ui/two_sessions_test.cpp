@@ -69,7 +69,7 @@ private:
             WaitForSingleObject(called_, INFINITE);
             const HWND sheet = WaitForSheet();
             if (sheet == nullptr)
-                GiveUp("no sheet", i);
+                GiveUp(WaitForSingleObject(returned_, 0) == WAIT_OBJECT_0 ? "returned without a sheet" : "no sheet", i);
             Use(sheet, i);
             if (WaitForSingleObject(returned_, kPatienceMilliseconds) != WAIT_OBJECT_0)
                 GiveUp("does not end by Send", i);
