@@ -1,6 +1,9 @@
 #include "base/dialog.h"
 
+#include "base/text.h"
+
 #include <algorithm>
+#include <stdexcept>
 
 namespace qx {
 
@@ -16,6 +19,23 @@ std::wstring WindowText(HWND window, std::size_t units)
 std::wstring WindowText(HWND window)
 {
     return WindowText(window, static_cast<std::size_t>(-1));
+}
+
+std::wstring FieldText(HWND edit, std::size_t units)
+{
+    // Asked in three ways: an empty answer may also mean that the question has failed.
+    const bool holdsText = SendMessageW(edit, EM_GETLINECOUNT, 0, 0) > 1 || SendMessageW(edit, EM_LINELENGTH, 0, 0) > 0;
+    const bool hasLength = GetWindowTextLengthW(edit) > 0;
+    std::wstring text = WindowText(edit, units);
+    if (edit == nullptr || hasLength != holdsText || text.empty() == holdsText)
+        throw std::runtime_error("a field cannot be read");
+    return text;
+}
+
+void SetFieldText(HWND control, const wchar_t* text)
+{
+    if (!SetWindowTextW(control, OrEmpty(text)))
+        throw std::runtime_error("a field cannot be filled");
 }
 
 namespace {

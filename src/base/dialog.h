@@ -119,18 +119,28 @@ template <class State> INT_PTR CALLBACK DialogProcedure(HWND dialog, UINT messag
 // the page says otherwise. FALSE: not one of these messages.
 INT_PTR AnswerAsPage(HWND page, UINT message, WPARAM w, LPARAM l) noexcept;
 
-// A property page finds its state in the description that the sheet passes on.
+// A property page finds its state in the description that the sheet passes on. Beside the three functions above it has
+//   void CouldNotBeFilled(State&) noexcept;                        Initialize has thrown
+// A page that cannot answer the sheet's PSN_APPLY refuses it.
 template <class State> INT_PTR CALLBACK PageProcedure(HWND dialog, UINT message, WPARAM w, LPARAM l) noexcept
 {
-    return Guarded<INT_PTR>(FALSE, [&]() -> INT_PTR {
-        if (message == WM_INITDIALOG) {
-            const auto* const page = reinterpret_cast<const PROPSHEETPAGEW*>(l);
-            return InitializeDialog(dialog, page != nullptr ? reinterpret_cast<State*>(page->lParam) : nullptr);
-        }
+    constexpr INT_PTR kThrown = -1;
+    const auto* const page = message == WM_INITDIALOG ? reinterpret_cast<const PROPSHEETPAGEW*>(l) : nullptr;
+    State* const created = page != nullptr ? reinterpret_cast<State*>(page->lParam) : nullptr;
+    const INT_PTR answer = Guarded<INT_PTR>(kThrown, [&]() -> INT_PTR {
+        if (message == WM_INITDIALOG)
+            return InitializeDialog(dialog, created);
         if (const INT_PTR answer = AnswerAsPage(dialog, message, w, l))
             return answer;
         return DispatchDialogMessage<State>(dialog, message, w, l);
     });
+    if (answer != kThrown)
+        return answer;
+    if (created != nullptr)
+        CouldNotBeFilled(*created);
+    if (message == WM_NOTIFY && reinterpret_cast<const NMHDR*>(l)->code == static_cast<UINT>(PSN_APPLY))
+        return Answer(dialog, PSNRET_INVALID);
+    return FALSE;
 }
 
 // The ids of a template and of its right-to-left twin.
@@ -152,6 +162,12 @@ template <class State> INT_PTR ShowModal(const DialogTemplate& dialogTemplate, H
 std::wstring WindowText(HWND window, std::size_t units);
 // The whole text of a window.
 std::wstring WindowText(HWND window);
+
+// The text of an edit field, at most units UTF-16 units of it. Throws when it cannot be read or the field is not there,
+// where WindowText answers an empty text: for what is going to be sent or stored.
+std::wstring FieldText(HWND edit, std::size_t units = static_cast<std::size_t>(-1));
+// Throws when the control does not take the text, or is not there.
+void SetFieldText(HWND control, const wchar_t* text);
 
 // Moves the keyboard focus as the Tab key would: the default button, which is the sheet's for a page, follows.
 void FocusControl(HWND dialog, int control) noexcept;

@@ -28,9 +28,8 @@ SetThreadDpiAwarenessContextFunction FindSetThreadDpiAwarenessContext() noexcept
 }
 
 // The mode before, or null when the system has none to change.
-HANDLE EnterSystemScaledMode() noexcept
+HANDLE EnterSystemScaledMode(SetThreadDpiAwarenessContextFunction setContext) noexcept
 {
-    const auto setContext = FindSetThreadDpiAwarenessContext();
     if (setContext == nullptr)
         return nullptr;
     const HANDLE before = setContext(UnawareWithSharpText());
@@ -45,7 +44,8 @@ GuestScope::GuestScope() noexcept : vectorFloatingPoint_(_mm_getcsr()), cursor_(
     std::fegetenv(&floatingPoint_);
     std::fesetenv(FE_DFL_ENV);
     _mm_setcsr(_MM_MASK_MASK);
-    dpiContext_ = EnterSystemScaledMode();
+    setDpiContext_ = FindSetThreadDpiAwarenessContext();
+    dpiContext_ = EnterSystemScaledMode(setDpiContext_);
     SetThreadErrorMode(GetThreadErrorMode() | SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &errorMode_);
 }
 
@@ -53,7 +53,7 @@ GuestScope::~GuestScope()
 {
     SetThreadErrorMode(errorMode_, nullptr);
     if (dpiContext_ != nullptr)
-        FindSetThreadDpiAwarenessContext()(dpiContext_);
+        setDpiContext_(dpiContext_);
     SetCursor(cursor_);
     std::fesetenv(&floatingPoint_);
     _mm_setcsr(vectorFloatingPoint_);

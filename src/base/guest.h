@@ -22,6 +22,7 @@ private:
     std::fenv_t floatingPoint_;
     unsigned vectorFloatingPoint_;
     HCURSOR cursor_;
+    HANDLE(WINAPI* setDpiContext_)(HANDLE) = nullptr; // the system's, from the start to the end; null when it has none
     HANDLE dpiContext_ = nullptr;
     DWORD errorMode_ = 0;
 };

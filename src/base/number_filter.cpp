@@ -11,7 +11,7 @@ void SetFilteredText(NumberFilter& filter, HWND edit, const wchar_t* text)
 {
     // Before the field changes: its EN_CHANGE then finds nothing to take back.
     filter.accepted = Cut(OrEmpty(text), filter.units);
-    SetWindowTextW(edit, OrEmpty(text));
+    SetFieldText(edit, text);
 }
 
 void RefuseOtherCharacters(NumberFilter& filter, HWND edit)

@@ -16,7 +16,8 @@ struct NumberFilter {
     std::size_t units = kFilteredUnits; // how much of the text is looked at and put back (UTF-16 units)
 };
 
-// A text that the program puts into the field itself is the last accepted one, whatever it holds.
+// A text that the program puts into the field itself is the last accepted one, whatever it holds. Throws when the field
+// does not take it.
 void SetFilteredText(NumberFilter& filter, HWND edit, const wchar_t* text);
 
 // For EN_CHANGE. A change that brings a character of another kind is taken back whole, with the caret at the end; any

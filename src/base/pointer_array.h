@@ -33,19 +33,32 @@ template <class Array> void RestartArray(Array& array, std::int32_t capacity) no
     array.Capacity = array.Items != nullptr ? std::max(capacity, 0) : 0;
 }
 
-// The storage must have been made (RestartArray). Doubles the capacity when full. False, and nothing changed, when memory is short.
+// Makes room for count more items. Doubles the capacity, as often as needed, when there is not enough. False, and
+// nothing changed, when memory is short.
+template <class Array> bool MakeRoomForItems(Array& array, std::int32_t count) noexcept
+{
+    const std::int32_t wanted = array.Count + count;
+    if (array.Items != nullptr && wanted <= array.Capacity)
+        return true;
+    std::int32_t capacity = std::max(array.Capacity, 1);
+    while (capacity < wanted)
+        capacity *= 2;
+    auto** const items = AllocateItems<Array>(capacity);
+    if (items == nullptr)
+        return false;
+    if (array.Items != nullptr)
+        std::copy_n(array.Items, array.Count, items);
+    HeapRelease(array.Items);
+    array.Items = items;
+    array.Capacity = capacity;
+    return true;
+}
+
+// Doubles the capacity when full. False, and nothing changed, when memory is short.
 template <class Array> bool AppendItem(Array& array, ItemOf<Array>* item) noexcept
 {
-    if (array.Count >= array.Capacity) {
-        const std::int32_t capacity = std::max(array.Capacity * 2, array.Count + 1);
-        auto** const items = AllocateItems<Array>(capacity);
-        if (items == nullptr)
-            return false;
-        std::copy_n(array.Items, array.Count, items);
-        HeapRelease(array.Items);
-        array.Items = items;
-        array.Capacity = capacity;
-    }
+    if (!MakeRoomForItems(array, 1))
+        return false;
     array.Items[array.Count++] = item;
     return true;
 }

@@ -4,6 +4,8 @@
 #include "base/process_heap.h"
 #include "base/text.h"
 
+#include <utility>
+
 namespace qx {
 
 namespace {
@@ -110,6 +112,56 @@ BOOL AddRecipient(FaxJobData& record, FaxRecipient* entry) noexcept
         return FALSE;
     record.RecipientCount = record.Recipients.Count;
     return TRUE;
+}
+
+bool MakeRoomForMore(FaxJobData& record, INT32 count) noexcept
+{
+    return MakeRoomForItems(record.Recipients, count);
+}
+
+void MoveRecipients(FaxJobData& from, FaxJobData& to) noexcept
+{
+    for (FaxRecipient* const recipient : RecipientsOf(from))
+        AddRecipient(to, recipient);
+    from.Recipients.Count = 0;
+    from.RecipientCount = 0;
+}
+
+void ExchangeSendSettings(FaxJobData& a, FaxJobData& b) noexcept
+{
+    std::swap(a.SenderName, b.SenderName);
+    std::swap(a.SenderCompany, b.SenderCompany);
+    std::swap(a.SenderFaxNo, b.SenderFaxNo);
+    std::swap(a.SenderVoiceNo, b.SenderVoiceNo);
+    std::swap(a.Resolution, b.Resolution);
+    std::swap(a.NotifyOn, b.NotifyOn);
+    std::swap(a.NotifyMethod, b.NotifyMethod);
+    std::swap(a.NotifyEmail, b.NotifyEmail);
+    std::swap(a.ShowPreview, b.ShowPreview);
+}
+
+void ExchangeCoverPage(FaxJobData& a, FaxJobData& b) noexcept
+{
+    std::swap(a.AddCoverPage, b.AddCoverPage);
+    std::swap(a.CoverPageNotes, b.CoverPageNotes);
+    std::swap(a.CoverPageSubject, b.CoverPageSubject);
+    std::swap(a.OverlayPath, b.OverlayPath);
+}
+
+void ExchangeBillingCode(FaxJobData& a, FaxJobData& b) noexcept
+{
+    std::swap(a.BillingCode, b.BillingCode);
+}
+
+bool HasSendSettings(const FaxJobData& record) noexcept
+{
+    return record.SenderName != nullptr && record.SenderCompany != nullptr && record.SenderFaxNo != nullptr &&
+           record.SenderVoiceNo != nullptr && record.NotifyEmail != nullptr;
+}
+
+bool HasCoverPage(const FaxJobData& record) noexcept
+{
+    return record.CoverPageNotes != nullptr && record.CoverPageSubject != nullptr && record.OverlayPath != nullptr;
 }
 
 void DeleteRecipient(FaxJobData& record, INT32 index) noexcept

@@ -29,8 +29,23 @@ void MakeRoomForRecipients(FaxJobData& record) noexcept;
 // Appends a recipient that the record owns from then on. FALSE for a null entry, or when memory is short (the entry
 // then stays the caller's).
 BOOL AddRecipient(FaxJobData& record, FaxRecipient* entry) noexcept;
+// Makes room for count more: as many AddRecipient then succeed. False, and nothing changed, when memory is short.
+[[nodiscard]] bool MakeRoomForMore(FaxJobData& record, INT32 count) noexcept;
 // Removes and frees the recipient at index; an index outside the list changes nothing.
 void DeleteRecipient(FaxJobData& record, INT32 index) noexcept;
+
+// The recipients of from become the last ones of to, which has room for them (MakeRoomForMore).
+void MoveRecipients(FaxJobData& from, FaxJobData& to) noexcept;
+
+// Each exchanges one part of two records, texts with their owners, and cannot fail: a record is prepared beside the
+// driver's, and what is complete changes places with it.
+void ExchangeSendSettings(FaxJobData& a, FaxJobData& b) noexcept; // sender, quality, notification, preview
+void ExchangeCoverPage(FaxJobData& a, FaxJobData& b) noexcept;    // flag, notes, subject, image path
+void ExchangeBillingCode(FaxJobData& a, FaxJobData& b) noexcept;
+
+// Whether the texts of that part are all there: a setter that lacks memory leaves its field null.
+bool HasSendSettings(const FaxJobData& record) noexcept;
+bool HasCoverPage(const FaxJobData& record) noexcept;
 
 // The recipients as they stand.
 std::span<FaxRecipient* const> RecipientsOf(const FaxJobData& record) noexcept;

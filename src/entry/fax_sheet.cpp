@@ -58,14 +58,17 @@ std::vector<HookedSheet>& HookedSheets()
     return sheets;
 }
 
-bool Remember(FaxSheet* sheet, HWND window)
+// False, silently, for a sheet or a window that is there already, and when the table cannot grow.
+bool Remember(FaxSheet* sheet, HWND window) noexcept
 {
-    const Locked locked(g_sheetsLock);
-    auto& sheets = HookedSheets();
-    if (std::ranges::any_of(sheets, [&](const auto& s) { return s.sheet == sheet || s.window == window; }))
-        return false;
-    sheets.push_back({sheet, window});
-    return true;
+    return Guarded<bool>(false, [&] {
+        const Locked locked(g_sheetsLock);
+        auto& sheets = HookedSheets();
+        if (std::ranges::any_of(sheets, [&](const auto& s) { return s.sheet == sheet || s.window == window; }))
+            return false;
+        sheets.push_back({sheet, window});
+        return true;
+    });
 }
 
 FaxSheet* SheetOf(HWND window)
@@ -75,7 +78,7 @@ FaxSheet* SheetOf(HWND window)
     return found != HookedSheets().end() ? found->sheet : nullptr;
 }
 
-void Forget(HWND window)
+void Forget(HWND window) noexcept
 {
     const Locked locked(g_sheetsLock);
     std::erase_if(HookedSheets(), [&](const auto& s) { return s.window == window; });
@@ -129,10 +132,10 @@ void FaxSheet::Run(const FaxSheetContent& content)
 
     const std::unique_ptr<PROPSHEETPAGEW, HeapDeleter> pages(
         static_cast<PROPSHEETPAGEW*>(HeapAllocate(kPageCount * sizeof(PROPSHEETPAGEW))));
-    if (pages != nullptr) {
-        DescribePage(pages.get()[0], kFaxJobPageTemplate, faxJobTitle, FaxJobPageProcedure, content.faxJobPage);
-        DescribePage(pages.get()[1], kSetupPageTemplate, setupTitle, SetupPageProcedure, content.setupPage);
-    }
+    if (pages == nullptr)
+        return; // a sheet without pages never ends
+    DescribePage(pages.get()[0], kFaxJobPageTemplate, faxJobTitle, FaxJobPageProcedure, content.faxJobPage);
+    DescribePage(pages.get()[1], kSetupPageTemplate, setupTitle, SetupPageProcedure, content.setupPage);
 
     PROPSHEETHEADERW header{};
     header.dwSize = sizeof header;
@@ -142,7 +145,7 @@ void FaxSheet::Run(const FaxSheetContent& content)
     header.hwndParent = owner_;
     header.hInstance = ModuleInstance();
     header.pszCaption = content.title.c_str();
-    header.nPages = pages != nullptr ? kPageCount : 0;
+    header.nPages = kPageCount;
     header.nStartPage = content.startOnFaxJob ? 0 : 1;
     header.ppsp = pages.get();
     header.pfnCallback = SheetCallback;
@@ -151,14 +154,39 @@ void FaxSheet::Run(const FaxSheetContent& content)
     PropertySheetW(&header);
 }
 
-void FaxSheet::Hook(HWND sheet)
+bool FaxSheet::PageCreated(HWND sheet)
+{
+    if (window_ == sheet)
+        return true;
+    if (!Hook(sheet))
+        return false;
+    SendMessageW(sheet, kTakeOverButtons, 0, 0);
+    return true;
+}
+
+// Wholly or not at all: what finds its window in the table finds the procedure before it, too.
+bool FaxSheet::Hook(HWND sheet) noexcept
 {
     if (!Remember(this, sheet))
-        return;
+        return false;
+    // Known before the procedure is ours: its first message may come at once.
+    previous_ = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(sheet, GWLP_WNDPROC));
     window_ = sheet;
-    previous_ = ReplaceProcedure(sheet, SheetProcedure);
-    ListenForPhoneBookChanged(sheet);
-    SendMessageW(sheet, kTakeOverButtons, 0, 0);
+    if (previous_ != nullptr && ReplaceProcedure(sheet, SheetProcedure) != nullptr) {
+        ListenForPhoneBookChanged(sheet);
+        return true;
+    }
+    window_ = nullptr;
+    Forget(sheet);
+    return false;
+}
+
+// Neither step can fail; storing the recent recipient may, without touching the job.
+void FaxSheet::SendJob() noexcept
+{
+    SaveFaxJobPage(content_->faxJobPage);
+    SaveSetupPage(content_->setupPage);
+    Guarded([&] { RememberTypedRecipient(content_->faxJobPage); });
 }
 
 LRESULT FaxSheet::CallPrevious(UINT message, WPARAM w, LPARAM l) const
@@ -225,7 +253,8 @@ LRESULT FaxSheet::Handle(UINT message, WPARAM w, LPARAM l)
     }
     case WM_HELP:
     case WM_CONTEXTMENU:
-        if (AnswerHelp(content_->texts, window_, message, w, l, kSheetControls))
+        // Of the sheet's own buttons alone; over the caption, say, the system menu is asked for.
+        if (ShowControlHelp(content_->texts, window_, message, w, l, kSheetControls))
             return TRUE;
         break;
     case WM_COMMAND:

@@ -3,6 +3,7 @@
 
 #include "pages/fax_job_page.h"
 #include "pages/setup_page.h"
+#include "pages/sheet_page.h"
 #include "text/localized_text.h"
 
 #include <string>
@@ -18,22 +19,26 @@ struct FaxSheetContent {
     SetupPage& setupPage;
 };
 
-class FaxSheet {
+class FaxSheet final : public PageHost {
 public:
     FaxSheet() = default;
     FaxSheet(const FaxSheet&) = delete;
     FaxSheet& operator=(const FaxSheet&) = delete;
 
-    // Shows the sheet until the user sends or cancels; the pages write the outcome into the job record.
+    // Shows the sheet until the user sends or cancels; the pages write the outcome into the job record. Without memory
+    // for its description there is no sheet, and the record stays as it is.
     void Run(const FaxSheetContent& content);
 
     // Called by each page while it is created: the first one makes the sheet's buttons ours, the second does nothing.
-    void Hook(HWND sheet);
+    bool PageCreated(HWND sheet) override;
+    SendRound& Round() noexcept override { return round_; }
+    void SendJob() noexcept override;
 
     // The sheet's window procedure, once it is hooked.
     LRESULT Handle(UINT message, WPARAM w, LPARAM l);
 
 private:
+    bool Hook(HWND sheet) noexcept;
     void TakeOverButtons();
     void CreateMissingPages();
     void ReloadPhoneBook();
@@ -47,6 +52,7 @@ private:
     HWND sendButton_ = nullptr;
     HWND helpButton_ = nullptr;
     bool cameToFront_ = false;
+    SendRound round_;
 };
 
 } // namespace qx

@@ -74,6 +74,7 @@ void SendSession::PrepareRecord()
     SetTitle(record_, title_.c_str());
     record_.PrinterHandleCopy = printer_;
     MakeRoomForRecipients(record_);
+    record_.CoverPageFromDefaults = 0; // of an earlier session that was sent without another look at its cover page
 
     SetSenderName(record_, L"");
     SetSenderFaxNo(record_, L"");
@@ -134,19 +135,15 @@ void SendSession::PreparePages()
         page->hStringDll = hStringDll;
         CopyText(page->HelpFilePath, HelpFilePath);
     }
-    const auto hookSheet = [](void* session, HWND sheet) { static_cast<SendSession*>(session)->sheet_.Hook(sheet); };
-
     faxJobPage_.job = &record_;
     faxJobPage_.book = book_.get();
     faxJobPage_.recent = &recent_;
-    faxJobPage_.pageCreated = hookSheet;
-    faxJobPage_.session = this;
+    faxJobPage_.sheet = &sheet_;
 
     setupPage_.printer = printer_;
     setupPage_.job = &record_;
     setupPage_.book = book_.get();
-    setupPage_.pageCreated = hookSheet;
-    setupPage_.session = this;
+    setupPage_.sheet = &sheet_;
 }
 
 void SendSession::RunSheet()

@@ -6,6 +6,9 @@
 #include "entry/fax_job_data.h"
 #include "res/cover_page_ids.h"
 
+#include <new>
+#include <stdexcept>
+
 namespace qx {
 
 namespace {
@@ -50,9 +53,9 @@ bool CanBeRead(const std::wstring& path) noexcept
 
 bool LoadCoverPageFields(HWND dialog, const FaxJobData& record)
 {
-    SetDlgItemTextW(dialog, IDC_NOTES, OrEmpty(record.CoverPageNotes));
-    SetDlgItemTextW(dialog, IDC_SUBJECT, OrEmpty(record.CoverPageSubject));
-    SetDlgItemTextW(dialog, IDC_IMAGE, OrEmpty(record.OverlayPath));
+    SetFieldText(GetDlgItem(dialog, IDC_NOTES), record.CoverPageNotes);
+    SetFieldText(GetDlgItem(dialog, IDC_SUBJECT), record.CoverPageSubject);
+    SetFieldText(GetDlgItem(dialog, IDC_IMAGE), record.OverlayPath);
     CheckDlgButton(dialog, IDC_COVER_PAGE, record.AddCoverPage != 0 ? BST_CHECKED : BST_UNCHECKED);
     return OnCoverPageToggled(dialog);
 }
@@ -81,10 +84,17 @@ void ForbidCoverPage(HWND dialog)
 
 void SaveCoverPageFields(HWND dialog, FaxJobData& record)
 {
-    record.AddCoverPage = IsOn(dialog) ? 1 : 0;
-    SetCoverPageNotes(record, WindowText(GetDlgItem(dialog, IDC_NOTES)).c_str());
-    SetCoverPageSubject(record, WindowText(GetDlgItem(dialog, IDC_SUBJECT), kSubjectUnits).c_str());
-    SetOverlayPath(record, WindowText(GetDlgItem(dialog, IDC_IMAGE), kPathUnits).c_str());
+    const HWND notes = GetDlgItem(dialog, IDC_NOTES);
+    const bool on = IsOn(dialog);
+    // The fields can be used exactly when the box is checked: another answer is none.
+    if (on != (IsWindowEnabled(notes) != FALSE))
+        throw std::runtime_error("the cover page cannot be read");
+    record.AddCoverPage = on ? 1 : 0;
+    SetCoverPageNotes(record, FieldText(notes).c_str());
+    SetCoverPageSubject(record, FieldText(GetDlgItem(dialog, IDC_SUBJECT), kSubjectUnits).c_str());
+    SetOverlayPath(record, FieldText(GetDlgItem(dialog, IDC_IMAGE), kPathUnits).c_str());
+    if (!HasCoverPage(record))
+        throw std::bad_alloc();
 }
 
 void BrowseForOverlayImage(HWND dialog)

@@ -22,7 +22,8 @@ void LockCoverPageToOverlay(HWND dialog);
 // In the print host for 32-bit programs there is no cover page: cleared, and nothing can be changed.
 void ForbidCoverPage(HWND dialog);
 
-// Writes flag, notes, subject and image path to the record.
+// Writes flag, notes, subject and image path to the record. Throws, with a part of them written, when one cannot be
+// read or stored.
 void SaveCoverPageFields(HWND dialog, FaxJobData& record);
 
 // Lets the user choose a bitmap file and puts its path into the image field.

@@ -131,11 +131,16 @@ int FieldToCorrect(const EditDefaultsDialog& state)
     return ConfirmImage(state) ? 0 : IDC_IMAGE;
 }
 
+// Nothing is stored unless all of it could be read.
 void Store(const EditDefaultsDialog& state)
 {
+    OwnedFaxJobData chosen;
+    SaveSendSettings(state.settings, chosen.Get());
+    SaveCoverPageFields(state.dialog, chosen.Get());
+
     FaxJobData& defaults = *state.defaults;
-    SaveSendSettings(state.settings, defaults);
-    SaveCoverPageFields(state.dialog, defaults);
+    ExchangeSendSettings(defaults, chosen.Get());
+    ExchangeCoverPage(defaults, chosen.Get());
     defaults.ApplyDefaults = IsDlgButtonChecked(state.dialog, IDC_APPLY_DEFAULTS) == BST_CHECKED ? 1 : 0;
     SaveFaxDefaults(defaults);
 }

@@ -2,11 +2,9 @@
 
 #include "base/access_key.h"
 #include "base/text_template.h"
-#include "entry/fax_job_data.h"
 #include "pages/cover_page.h"
 #include "pages/recipient_rules.h"
 #include "pages/send_button.h"
-#include "pages/sheet_page.h"
 #include "phonebook/phone_book.h"
 #include "phonebook/recent_list.h"
 #include "phonebook/ui/add_recipients_dialog.h"
@@ -15,7 +13,9 @@
 #include "settings/device_state.h"
 
 #include <algorithm>
-#include <array>
+#include <new>
+#include <stdexcept>
+#include <utility>
 
 namespace qx {
 
@@ -118,9 +118,16 @@ void ShowMessage(const FaxJobPage& page, const Message& message) { ShowFaxMessag
 
 // ---- the fields -----------------------------------------------------------------------------------------------------
 
+std::wstring ReadField(HWND field)
+{
+    return FieldText(field, kFieldUnits);
+}
+
+// Throws when a field cannot be read.
 Recipient RecipientInFields(const FaxJobPage& page)
 {
-    return {TextOf(page, IDC_NAME_BOX), TextOf(page, IDC_FAX_NUMBER), TextOf(page, IDC_COMPANY)};
+    return {ReadField(page.nameBox.edit), ReadField(ControlOf(page, IDC_FAX_NUMBER)),
+            ReadField(ControlOf(page, IDC_COMPANY))};
 }
 
 void UpdateRecipientButtons(FaxJobPage& page)
@@ -322,15 +329,16 @@ int RowCount(const FaxJobPage& page) noexcept
     return ListView_GetItemCount(ControlOf(page, IDC_RECIPIENTS));
 }
 
-void SetCell(HWND list, int row, int column, const wchar_t* text) noexcept
+bool SetCell(HWND list, int row, int column, const wchar_t* text) noexcept
 {
     LVITEMW cell{};
     cell.iSubItem = column;
     cell.pszText = const_cast<wchar_t*>(OrEmpty(text));
-    SendMessageW(list, LVM_SETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&cell));
+    return SendMessageW(list, LVM_SETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&cell)) != FALSE;
 }
 
-void AppendRow(const FaxJobPage& page, const FaxRecipient& recipient) noexcept
+// False, and no row, when the list does not take all of it.
+bool AppendRow(const FaxJobPage& page, const FaxRecipient& recipient) noexcept
 {
     const HWND list = ControlOf(page, IDC_RECIPIENTS);
     LVITEMW item{};
@@ -338,19 +346,41 @@ void AppendRow(const FaxJobPage& page, const FaxRecipient& recipient) noexcept
     item.iItem = RowCount(page);
     item.pszText = const_cast<wchar_t*>(OrEmpty(recipient.Name));
     const auto row = static_cast<int>(SendMessageW(list, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item)));
-    SetCell(list, row, 1, recipient.FaxNumber);
-    SetCell(list, row, 2, recipient.Company);
+    if (row < 0)
+        return false;
+    if (SetCell(list, row, 1, recipient.FaxNumber) && SetCell(list, row, 2, recipient.Company))
+        return true;
+    ListView_DeleteItem(list, row);
+    return false;
 }
 
-void RefillList(FaxJobPage& page)
+void RemoveRowsFrom(const FaxJobPage& page, int row) noexcept
+{
+    const HWND list = ControlOf(page, IDC_RECIPIENTS);
+    for (int last = RowCount(page) - 1; last >= row; --last)
+        ListView_DeleteItem(list, last);
+}
+
+// All recipients of the job or no row: some of them would pass for all.
+void RefillList(FaxJobPage& page) noexcept
 {
     const HWND list = ControlOf(page, IDC_RECIPIENTS);
     SendMessageW(list, WM_SETREDRAW, FALSE, 0);
     ListView_DeleteAllItems(list);
-    for (const FaxRecipient* const recipient : RecipientsOf(*page.job))
-        AppendRow(page, *recipient);
+    const auto append = [&page](const FaxRecipient* recipient) { return AppendRow(page, *recipient); };
+    if (!std::ranges::all_of(RecipientsOf(*page.job), append))
+        ListView_DeleteAllItems(list);
     SendMessageW(list, WM_SETREDRAW, TRUE, 0);
     Enable(page, IDC_DELETE, false);
+}
+
+// Whether there is a row for each recipient. When there is not, the list is filled again, for the user to look at.
+bool ListShowsJob(FaxJobPage& page) noexcept
+{
+    if (RowCount(page) == static_cast<int>(RecipientsOf(*page.job).size()))
+        return true;
+    RefillList(page);
+    return false;
 }
 
 void SelectionChanged(FaxJobPage& page)
@@ -363,29 +393,35 @@ void SelectAllRows(FaxJobPage& page)
     ListView_SetItemState(ControlOf(page, IDC_RECIPIENTS), -1, LVIS_SELECTED, LVIS_SELECTED);
 }
 
-// The record takes the new entry; null when memory is short.
-FaxRecipient* AppendToJob(FaxJobPage& page, const Recipient& recipient)
+// Throws when memory is short.
+UniqueItem<PhoneBookEntry> MakeEntry(const wchar_t* name, const wchar_t* faxNumber, const wchar_t* company)
 {
-    FaxRecipient* const entry =
-        AsRecipient(MakeRecipient(recipient.name.c_str(), recipient.faxNumber.c_str(), recipient.company.c_str()));
-    if (AddRecipient(*page.job, entry))
-        return entry;
-    QxFaxFreeRecipient(entry);
-    return nullptr;
+    UniqueItem<PhoneBookEntry> entry(MakeRecipient(name, faxNumber, company));
+    if (entry == nullptr)
+        throw std::bad_alloc();
+    return entry;
 }
 
-// No duplicate test: a recipient may stand in the job as often as the user likes.
-void AddRecipientWithRow(FaxJobPage& page, const Recipient& recipient)
+UniqueItem<PhoneBookEntry> MakeEntry(const Recipient& recipient)
 {
-    if (const FaxRecipient* const entry = AppendToJob(page, recipient))
-        AppendRow(page, *entry);
+    return MakeEntry(recipient.name.c_str(), recipient.faxNumber.c_str(), recipient.company.c_str());
 }
 
-// A Send that another page refused has left the typed recipient in the record, where no row shows it.
-void TakeBackTypedRecipient(FaxJobPage& page) noexcept
+// List and record take all of them, or neither takes any. No duplicate test: a recipient may stand in the job as often
+// as the user likes.
+bool AddWithRows(FaxJobPage& page, std::span<UniqueItem<PhoneBookEntry>> entries) noexcept
 {
-    if (std::exchange(page.typedIsInJob, false))
-        DeleteRecipient(*page.job, page.job->Recipients.Count - 1);
+    const int before = RowCount(page);
+    if (!MakeRoomForMore(*page.job, static_cast<INT32>(entries.size())))
+        return false;
+    const auto append = [&page](const auto& entry) { return AppendRow(page, *AsRecipient(entry.get())); };
+    if (!std::ranges::all_of(entries, append)) {
+        RemoveRowsFrom(page, before);
+        return false;
+    }
+    for (UniqueItem<PhoneBookEntry>& entry : entries)
+        AddRecipient(*page.job, AsRecipient(entry.release())); // there is room
+    return true;
 }
 
 void RememberRecent(FaxJobPage& page, const PhoneBookItem& item)
@@ -410,10 +446,13 @@ void AddGroupMembers(FaxJobPage& page, const PhoneBookGroup& group)
         ShowMessage(page, kTooManyRecipients);
         return;
     }
+    std::vector<UniqueItem<PhoneBookEntry>> entries;
     for (const PhoneBookItem* const member : group.Members()) {
         if (const PhoneBookEntry* const entry = AsEntry(member))
-            AddRecipientWithRow(page, {entry->GetName(), OrEmpty(entry->FaxNumber()), OrEmpty(entry->Company())});
+            entries.push_back(MakeEntry(entry->GetName(), entry->FaxNumber(), entry->Company()));
     }
+    if (!AddWithRows(page, entries))
+        return;
     RememberRecent(page, group);
     ClearRecipientFields(page);
 }
@@ -425,7 +464,9 @@ void AddEntry(FaxJobPage& page)
         return;
     }
     const Recipient recipient = RecipientInFields(page);
-    AddRecipientWithRow(page, recipient);
+    UniqueItem<PhoneBookEntry> entry = MakeEntry(recipient);
+    if (!AddWithRows(page, {&entry, 1}))
+        return;
     ClearRecipientFields(page);
     RememberRecent(page, recipient);
 }
@@ -433,7 +474,8 @@ void AddEntry(FaxJobPage& page)
 // What the fields show is what is added: a group while its text stands in them, else what was typed or picked.
 void AddToRecipients(FaxJobPage& page)
 {
-    TakeBackTypedRecipient(page);
+    if (!ListShowsJob(page))
+        return;
     SettleFields(page);
     if (!IsWindowEnabled(ControlOf(page, IDC_TO)))
         return;
@@ -445,14 +487,14 @@ void AddToRecipients(FaxJobPage& page)
 
 void DeleteSelected(FaxJobPage& page)
 {
-    TakeBackTypedRecipient(page);
+    if (!ListShowsJob(page))
+        return;
     const HWND list = ControlOf(page, IDC_RECIPIENTS);
     int before = -1;
     for (UINT left = ListView_GetSelectedCount(list); left > 0; --left) {
         const int row = ListView_GetNextItem(list, before, LVNI_SELECTED);
-        if (row < 0)
+        if (row < 0 || !ListView_DeleteItem(list, row))
             break;
-        ListView_DeleteItem(list, row);
         DeleteRecipient(*page.job, row);
         before = row - 1;
     }
@@ -472,7 +514,6 @@ void AnswerListKey(FaxJobPage& page, WORD key)
 
 void PickFromPhoneBook(FaxJobPage& page)
 {
-    TakeBackTypedRecipient(page);
     AddRecipientsContext context(page, *page.job, *page.book, page.recent);
     ShowAddRecipients(page.dialog, context);
     // Whatever its result: the picker writes the record itself, and what it changed in the book is in the file.
@@ -548,11 +589,11 @@ void LoadBillingCode(FaxJobPage& page)
 
 SendFacts FactsOf(const FaxJobPage& page)
 {
-    const std::wstring image = WindowText(ControlOf(page, IDC_IMAGE), kImagePathLimit);
-    return {.rows = RowCount(page),
-            .typed = Holds(page, IDC_FAX_NUMBER),
+    const std::wstring image = FieldText(ControlOf(page, IDC_IMAGE), kImagePathLimit);
+    return {.rows = static_cast<int>(RecipientsOf(*page.job).size()), // a row each, or the Send is refused
+            .typed = !ReadField(ControlOf(page, IDC_FAX_NUMBER)).empty(),
             .billingCodeWanted = page.job->BillingCodeEnabled != 0,
-            .billingCodeLength = TextOf(page, IDC_BILLING_CODE).size(),
+            .billingCodeLength = ReadField(ControlOf(page, IDC_BILLING_CODE)).size(),
             .billingCodeMinLength = page.job->BillingCodeMinLength,
             .image = page.checkImage && !image.empty() ? CheckImage(image) : ImageProblem::None};
 }
@@ -584,13 +625,17 @@ int ReportProblem(const FaxJobPage& page, SendProblem problem)
     return IDC_FAX_NUMBER;
 }
 
-void SaveTypedRecipient(FaxJobPage& page)
+// The recipient that still stands in the fields, if any. False when memory is short.
+bool PrepareTypedRecipient(FaxJobPage& page, FaxJobData& draft)
 {
-    if (!Holds(page, IDC_FAX_NUMBER))
-        return;
     const Recipient recipient = RecipientInFields(page);
-    page.typedIsInJob = AppendToJob(page, recipient) != nullptr;
-    RememberRecent(page, recipient);
+    if (recipient.faxNumber.empty())
+        return true;
+    UniqueItem<PhoneBookEntry> entry = MakeEntry(recipient);
+    if (!MakeRoomForMore(*page.job, 1) || !AddRecipient(draft, AsRecipient(entry.get())))
+        return false;
+    entry.release();
+    return true;
 }
 
 // The control to correct after a failed Send; null before the first one. A group covers the fax number.
@@ -602,18 +647,21 @@ HWND ErrorFocus(const FaxJobPage& page) noexcept
 
 INT_PTR Send(FaxJobPage& page)
 {
-    TakeBackTypedRecipient(page);
-    if (ValidateFaxJobPage(page)) {
-        SaveFaxJobPage(page);
-        return Answer(page.dialog, PSNRET_NOERROR);
+    page.sheet->Round().Ask(SendRound::kFaxJob);
+    page.draft.reset();
+    if (!ValidateFaxJobPage(page)) {
+        FocusAfterRefusal(ErrorFocus(page));
+        return Answer(page.dialog, PSNRET_INVALID);
     }
-    FocusAfterRefusal(ErrorFocus(page));
-    return Answer(page.dialog, PSNRET_INVALID);
+    if (!PrepareFaxJobPage(page))
+        return Answer(page.dialog, PSNRET_INVALID);
+    if (page.sheet->Round().Accept(SendRound::kFaxJob))
+        page.sheet->SendJob();
+    return Answer(page.dialog, PSNRET_NOERROR);
 }
 
 INT_PTR Cancel(FaxJobPage& page)
 {
-    TakeBackTypedRecipient(page);
     page.job->Cancelled = 1;
     return Answer(page.dialog, 0);
 }
@@ -662,6 +710,14 @@ void GivePhoneBookButtonAKey(FaxJobPage& page)
 
 // ---- messages -------------------------------------------------------------------------------------------------------
 
+// Noted before, since the fields may not take it.
+void ReloadCoverPage(FaxJobPage& page)
+{
+    page.coverPageIsOld = true;
+    LoadCoverPage(page);
+    page.coverPageIsOld = false;
+}
+
 // The Setup page may have copied the user's defaults into the job since the page was last seen.
 INT_PTR AnswerActivation(FaxJobPage& page)
 {
@@ -670,7 +726,7 @@ INT_PTR AnswerActivation(FaxJobPage& page)
     if (reload) {
         job.DefaultsSaved = 0;
         job.CoverPageFromDefaults = 0;
-        LoadCoverPage(page);
+        ReloadCoverPage(page);
     }
     RefreshNameBoxList(page);
     return Answer(page.dialog, 0);
@@ -728,8 +784,15 @@ void Initialize(FaxJobPage& page)
     LoadBillingCode(page);
     LoadCoverPage(page);
     page.phoneBookButton.Attach(ControlOf(page, IDC_PHONE_BOOK), IDB_PHONE_BOOK);
-    page.pageCreated(page.session, GetParent(page.dialog));
+    if (!page.sheet->PageCreated(GetParent(page.dialog)))
+        throw std::runtime_error("the sheet cannot be hooked");
     GivePhoneBookButtonAKey(page); // last: the sheet's buttons have their captions
+}
+
+void CouldNotBeFilled(FaxJobPage& page) noexcept
+{
+    DetachTypeAhead(page.nameBox); // the page hears of its end no more
+    EndSheetAsCancelled(page.dialog, *page.job);
 }
 
 std::span<const Route<FaxJobPage>> RoutesOf(const FaxJobPage&) noexcept { return kRoutes; }
@@ -785,15 +848,38 @@ bool ValidateFaxJobPage(FaxJobPage& page)
     return problems.empty();
 }
 
-void SaveFaxJobPage(FaxJobPage& page)
+bool PrepareFaxJobPage(FaxJobPage& page)
+{
+    FaxJobData& draft = page.draft.emplace().Get();
+    if (!ListShowsJob(page) || !PrepareTypedRecipient(page, draft))
+        return false;
+    if (page.coverPageIsOld) {
+        ReloadCoverPage(page);
+        return false; // the user has not seen it yet
+    }
+    SaveCoverPageFields(page.dialog, draft);
+    SetBillingCode(draft, ReadField(ControlOf(page, IDC_BILLING_CODE)).c_str());
+    return draft.BillingCode != nullptr;
+}
+
+void SaveFaxJobPage(FaxJobPage& page) noexcept
 {
     FaxJobData& job = *page.job;
-    SaveTypedRecipient(page);
+    FaxJobData& draft = page.draft->Get();
+    page.sentTyped = draft.RecipientCount > 0 ? RecipientsOf(draft).front() : nullptr;
+    MoveRecipients(draft, job);
     // The user's defaults may just have replaced the job's cover page: the fields are then the older ones.
     if (job.CoverPageFromDefaults == 0)
-        SaveCoverPageFields(page.dialog, job);
-    SetBillingCode(job, TextOf(page, IDC_BILLING_CODE).c_str());
+        ExchangeCoverPage(job, draft);
+    ExchangeBillingCode(job, draft);
+    page.draft.reset();
     job.Cancelled = 0;
+}
+
+void RememberTypedRecipient(FaxJobPage& page)
+{
+    if (const PhoneBookEntry* const entry = AsEntry(std::exchange(page.sentTyped, nullptr)))
+        RememberRecent(page, *entry);
 }
 
 } // namespace qx

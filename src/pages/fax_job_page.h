@@ -5,7 +5,9 @@
 #include "base/dialog.h"
 #include "base/number_filter.h"
 #include "base/number_text.h"
+#include "entry/fax_job_data.h"
 #include "pages/picture_button.h"
+#include "pages/sheet_page.h"
 #include "phonebook/ui/type_ahead_combo.h"
 #include "res/fax_job_page_ids.h"
 #include "text/controls.h"
@@ -34,18 +36,20 @@ struct FaxJobPage : TextOwner {
     FaxJobData* job = nullptr;
     PhoneBook* book = nullptr;
     RecentRecipientList* recent = nullptr;
-    void (*pageCreated)(void* session, HWND sheet) = nullptr; // called once the page is ready
-    void* session = nullptr;
+    PageHost* sheet = nullptr;
 
     TypeAheadState nameBox;
     NumberFilter faxNumber{AllowedInFaxNumber, L""};
     NumberFilter billingCode{AllowedInBillingCode, L""};
+    // The typed recipient that the last Send has put into the job, or null. It belongs to the record.
+    const FaxRecipient* sentTyped = nullptr;
     // The group that stands in the fields, or null. It belongs to the recent list.
     const PhoneBookGroup* group = nullptr;
     // The fields as the name box last refilled them, until the user changes number or company.
     std::optional<Recipient> refill;
     bool checkImage = false;     // the image path is the user's and is checked on Send
-    bool typedIsInJob = false;   // a Send has put the typed recipient behind those of the list, and the sheet is still open
+    bool coverPageIsOld = false; // the fields do not show the job's cover page, which is the newer one
+    std::optional<OwnedFaxJobData> draft; // what a Send that the page has accepted writes to the job
     int errorField = 0;          // the control that last failed on Send; from then on the page opens on it
     PictureButton phoneBookButton;
 };
@@ -62,7 +66,14 @@ void RefreshNameBoxList(FaxJobPage& page);
 // Shows a message for everything that keeps the job from being sent, in order; true when nothing does.
 bool ValidateFaxJobPage(FaxJobPage& page);
 
-// Writes the page to the job record, the recipient that still stands in the fields included. Only after validation.
-void SaveFaxJobPage(FaxJobPage& page);
+// Reads the page for SaveFaxJobPage. Only after validation. False, or an exception, when that cannot be done whole: the
+// Send is then refused.
+[[nodiscard]] bool PrepareFaxJobPage(FaxJobPage& page);
+
+// Writes what was prepared to the job record, the recipient that still stood in the fields included.
+void SaveFaxJobPage(FaxJobPage& page) noexcept;
+
+// Puts that recipient into the recent list, after SaveFaxJobPage. The job does not depend on it.
+void RememberTypedRecipient(FaxJobPage& page);
 
 } // namespace qx

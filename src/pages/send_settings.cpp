@@ -7,6 +7,7 @@
 #include "res/send_settings_ids.h"
 
 #include <algorithm>
+#include <new>
 
 namespace qx {
 
@@ -42,14 +43,14 @@ constexpr int kNotificationFields[] = {IDC_NOTIFY_NEVER, IDC_NOTIFY_THIS_JOB, ID
 constexpr int kNotificationLabels[] = {IDC_NOTIFICATION_GROUP, IDC_NOTIFY_LABEL, IDC_NOTIFY_TYPE_LABEL,
                                        IDC_EMAIL_LABEL};
 
-void SetField(HWND dialog, int control, const WCHAR* text) noexcept
+void SetField(HWND dialog, int control, const WCHAR* text)
 {
-    SetDlgItemTextW(dialog, control, OrEmpty(text));
+    SetFieldText(GetDlgItem(dialog, control), text);
 }
 
 std::wstring Field(HWND dialog, int control, std::size_t units)
 {
-    return WindowText(GetDlgItem(dialog, control), units);
+    return FieldText(GetDlgItem(dialog, control), units);
 }
 
 void TakeAway(HWND dialog, int control) noexcept
@@ -208,6 +209,8 @@ void SaveSendSettings(const SendSettings& settings, FaxJobData& record)
     record.NotifyMethod = settings.notifyMethod;
     SetNotifyEmail(record, Field(dialog, IDC_EMAIL, kEmailUnits).c_str());
     record.ShowPreview = settings.showPreview;
+    if (!HasSendSettings(record))
+        throw std::bad_alloc();
 }
 
 std::span<const Route<SendSettings>> RoutesOf(const SendSettings&) noexcept

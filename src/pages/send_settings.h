@@ -38,7 +38,8 @@ bool PreviewIsChecked(HWND dialog) noexcept;
 // notification, it is not looked at.
 [[nodiscard]] bool ConfirmEmailAddress(const TextOwner& texts, HWND dialog, const FaxJobData& record);
 
-// Writes sender, quality, notification and preview to the record.
+// Writes sender, quality, notification and preview to the record. Throws, with a part of them written, when one cannot
+// be read or stored.
 void SaveSendSettings(const SendSettings& settings, FaxJobData& record);
 
 // What the shared controls do.

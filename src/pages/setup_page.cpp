@@ -1,12 +1,14 @@
 #include "pages/setup_page.h"
 
-#include "pages/sheet_page.h"
 #include "phonebook/phone_book.h"
 #include "phonebook/ui/edit_phone_book_dialog.h"
 #include "res/setup_page_ids.h"
 #include "settings/device_state.h"
 #include "settings/fax_defaults.h"
 #include "settings/registry.h"
+
+#include <new>
+#include <stdexcept>
 
 namespace qx {
 
@@ -76,9 +78,8 @@ void LoadWorkingDefaults(SetupPage& page)
 
 void HookSheet(SetupPage& page)
 {
-    if (page.pageCreated == nullptr)
-        return;
-    page.pageCreated(page.session, GetParent(page.dialog));
+    if (!page.sheet->PageCreated(GetParent(page.dialog)))
+        throw std::runtime_error("the sheet cannot be hooked");
     // Hooking the sheet gives the Send button its first caption.
     if (page.settings.previewOffered)
         FitSendButtonToText(page);
@@ -89,13 +90,18 @@ void HookSheet(SetupPage& page)
 // Whether the job takes the defaults that the user has just stored. The first ones it takes in any case.
 bool TakeDefaults(FaxJobData& job, const FaxJobData& defaults)
 {
+    OwnedFaxJobData copy;
+    CopyFaxDefaults(defaults, copy.Get());
+    if (!HasSendSettings(copy.Get()) || !HasCoverPage(copy.Get()))
+        throw std::bad_alloc();
     if (defaults.DefaultsSaved != 0)
         job.DefaultsSaved = 1;
     else if (defaults.ApplyDefaults != 0)
         job.ApplyDefaults = 1;
     else
         return false;
-    CopyFaxDefaults(defaults, job);
+    ExchangeSendSettings(job, copy.Get());
+    ExchangeCoverPage(job, copy.Get());
     job.CoverPageFromDefaults = 1;
     return true;
 }
@@ -118,11 +124,15 @@ void EditPhoneBook(SetupPage& page)
 
 INT_PTR Apply(SetupPage& page)
 {
+    page.sheet->Round().Ask(SendRound::kSetup);
+    page.draft.reset();
     if (!ValidateSetupPage(page)) {
         FocusAfterRefusal(page.errorField);
         return Answer(page.dialog, PSNRET_INVALID);
     }
-    SaveSetupPage(page);
+    PrepareSetupPage(page);
+    if (page.sheet->Round().Accept(SendRound::kSetup))
+        page.sheet->SendJob();
     return Answer(page.dialog, PSNRET_NOERROR);
 }
 
@@ -190,6 +200,11 @@ INT_PTR HandleOther(SetupPage& page, UINT message, WPARAM w, LPARAM l)
     }
 }
 
+void CouldNotBeFilled(SetupPage& page) noexcept
+{
+    EndSheetAsCancelled(page.dialog, *page.job);
+}
+
 // ---- interface ----
 
 SetupPage::~SetupPage()
@@ -215,13 +230,19 @@ bool ValidateSetupPage(SetupPage& page)
     return false;
 }
 
-void SaveSetupPage(SetupPage& page)
+void PrepareSetupPage(SetupPage& page)
 {
-    FaxJobData& job = *page.job;
-    SaveSendSettings(page.settings, job);
-    if (job.NotifyOn == 0)
-        job.NotifyMethod = 0;
-    job.Cancelled = 0;
+    FaxJobData& draft = page.draft.emplace().Get();
+    SaveSendSettings(page.settings, draft);
+    if (draft.NotifyOn == 0)
+        draft.NotifyMethod = 0;
+}
+
+void SaveSetupPage(SetupPage& page) noexcept
+{
+    ExchangeSendSettings(*page.job, page.draft->Get());
+    page.draft.reset();
+    page.job->Cancelled = 0;
 }
 
 } // namespace qx

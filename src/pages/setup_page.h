@@ -7,8 +7,10 @@
 #include "pages/edit_defaults_dialog.h"
 #include "pages/send_button.h"
 #include "pages/send_settings.h"
+#include "pages/sheet_page.h"
 #include "text/controls.h"
 
+#include <optional>
 #include <span>
 
 namespace qx {
@@ -27,13 +29,13 @@ struct SetupPage : TextOwner {
     HANDLE printer = nullptr;
     FaxJobData* job = nullptr;
     PhoneBook* book = nullptr;
-    void (*pageCreated)(void* session, HWND sheet) = nullptr; // called while the page is created
-    void* session = nullptr;
+    PageHost* sheet = nullptr;
 
     HWND dialog = nullptr; // null until the page is created
     SendSettings settings;
     HWND errorField = nullptr; // the field that failed the last check; never cleared once set
     SendButtonGrowth sendButtonGrowth;
+    std::optional<OwnedFaxJobData> draft; // what a Send that the page has accepted writes to the job
     OwnedFaxJobData defaults; // the working copy of the user's defaults, with the device's state
     EditDefaultsDialog defaultsDialog;
 };
@@ -44,7 +46,9 @@ std::span<const Control> SetupPageControls() noexcept;
 
 // Shows the message of what is wrong, if anything. True: the page may be saved.
 [[nodiscard]] bool ValidateSetupPage(SetupPage& page);
-// Writes the page into the job.
-void SaveSetupPage(SetupPage& page);
+// Reads the page for SaveSetupPage. Throws when that cannot be done whole.
+void PrepareSetupPage(SetupPage& page);
+// Writes what was prepared to the job.
+void SaveSetupPage(SetupPage& page) noexcept;
 
 } // namespace qx

@@ -97,17 +97,24 @@ void SetUpControls(const TextOwner& owner, HWND dialog, std::span<const Control>
     }
 }
 
-bool AnswerHelp(const TextOwner& owner, HWND dialog, UINT message, WPARAM w, LPARAM l,
-                std::span<const Control> controls)
+bool ShowControlHelp(const TextOwner& owner, HWND dialog, UINT message, WPARAM w, LPARAM l,
+                     std::span<const Control> controls)
 {
     if (message != WM_HELP && message != WM_CONTEXTMENU)
         return false;
     const HWND control = ControlAskingForHelp(dialog, message, w, l);
     const int id = control != nullptr ? GetDlgCtrlID(control) : 0;
     const auto row = std::ranges::find(controls, id, &Control::id);
-    if (id != 0 && row != controls.end() && row->topic != kNoTopic)
-        ShowHelp(owner, dialog, row->topic);
+    if (id == 0 || row == controls.end() || row->topic == kNoTopic)
+        return false;
+    ShowHelp(owner, dialog, row->topic);
     return true;
+}
+
+bool AnswerHelp(const TextOwner& owner, HWND dialog, UINT message, WPARAM w, LPARAM l,
+                std::span<const Control> controls)
+{
+    return ShowControlHelp(owner, dialog, message, w, l, controls) || message == WM_HELP;
 }
 
 } // namespace qx

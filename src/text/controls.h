@@ -38,8 +38,13 @@ template <std::size_t N> consteval bool IdsAreUnique(const Control (&controls)[N
 // has no effect.
 void SetUpControls(const TextOwner& owner, HWND dialog, std::span<const Control> controls);
 
-// Answers WM_HELP and WM_CONTEXTMENU: shows the page of the control that asked, or of the visible control under the
-// cursor. False for any other message.
+// Shows the page of the control that has asked by WM_HELP or WM_CONTEXTMENU, or of the visible control under the cursor.
+// False when there is none in the table, and for any other message.
+bool ShowControlHelp(const TextOwner& owner, HWND dialog, UINT message, WPARAM w, LPARAM l,
+                     std::span<const Control> controls);
+
+// A dialog's answer to both. A help key without a page ends here instead of reaching the owner, in the end the printing
+// program; a right click goes on, since over the caption it asks for the system menu.
 bool AnswerHelp(const TextOwner& owner, HWND dialog, UINT message, WPARAM w, LPARAM l,
                 std::span<const Control> controls);
 

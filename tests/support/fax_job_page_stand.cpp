@@ -21,7 +21,7 @@ FaxJobPageStand::FaxJobPageStand()
     page_.job = &Job();
     page_.book = book_;
     page_.recent = &recent_;
-    page_.pageCreated = [](void*, HWND) {};
+    page_.sheet = this;
 }
 
 FaxJobPageStand::~FaxJobPageStand()
@@ -161,6 +161,21 @@ LRESULT FaxJobPageStand::Notify(UINT code)
     notification.hdr.code = code;
     SendMessageW(page_.dialog, WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&notification));
     return GetWindowLongPtrW(page_.dialog, DWLP_MSGRESULT);
+}
+
+bool FaxJobPageStand::Send()
+{
+    const bool accepted = Notify(static_cast<UINT>(PSN_APPLY)) == PSNRET_NOERROR;
+    round_.Ask(SendRound::kSetup);
+    if (!otherPageRefuses_ && round_.Accept(SendRound::kSetup))
+        SendJob();
+    return accepted;
+}
+
+void FaxJobPageStand::SendJob() noexcept
+{
+    SaveFaxJobPage(page_);
+    RememberTypedRecipient(page_);
 }
 
 std::wstring FaxJobPageStand::Text(int id) const

@@ -21,7 +21,7 @@ struct Row {
 };
 std::ostream& operator<<(std::ostream& out, const Row& row);
 
-class FaxJobPageStand {
+class FaxJobPageStand : private PageHost {
 public:
     FaxJobPageStand();
     ~FaxJobPageStand();
@@ -57,7 +57,8 @@ public:
     void SelectRows(const std::vector<int>& rows);
     void PressListKey(WPARAM key);
     LRESULT Notify(UINT code);                       // from the sheet
-    bool Send() { return Notify(static_cast<UINT>(PSN_APPLY)) == PSNRET_NOERROR; }
+    void LetTheOtherPageRefuse(bool refuse) { otherPageRefuses_ = refuse; } // every Send; at first it accepts
+    bool Send(); // the answer is this page's
 
     // ---- what there is
     std::wstring Text(int id) const;
@@ -71,6 +72,12 @@ public:
     MessageBoxes& Boxes() { return boxes_; }
 
 private:
+    bool PageCreated(HWND) override { return true; }
+    SendRound& Round() noexcept override { return round_; }
+    void SendJob() noexcept override;
+
+    SendRound round_;
+    bool otherPageRefuses_ = false;
     std::optional<WindowsComboBoxes> windowsComboBoxes_;
     ItemStore store_;
     PhoneBook* book_ = new PhoneBook(store_); // frees itself in Destroy

@@ -1,7 +1,7 @@
 // Printers of a print server, without a second computer.
 #pragma once
 
-#include <windows.h>
+#include "support/imports.h"
 
 namespace qx::test {
 
@@ -10,12 +10,9 @@ namespace qx::test {
 class PrintersBehindServer {
 public:
     explicit PrintersBehindServer(HMODULE module); // throws std::runtime_error when it asks no spooler
-    ~PrintersBehindServer();
-    PrintersBehindServer(const PrintersBehindServer&) = delete;
-    PrintersBehindServer& operator=(const PrintersBehindServer&) = delete;
 
 private:
-    void** slot_;
+    RedirectedImport import_;
 };
 
 } // namespace qx::test

@@ -472,22 +472,32 @@ TEST_F(FaxJobPageTest, NumbersAreTypedWithoutAnInputMethod)
     EXPECT_TRUE(TakesInputMethod(stand.Page().nameBox.edit));
 }
 
-TEST_F(FaxJobPageTest, ATypedRecipientOfARefusedSendIsTakenBackByTheNextAct)
+TEST_F(FaxJobPageTest, ASendThatTheOtherPageRefusesLeavesTheJobAsItWas)
 {
+    stand.Job().Cancelled = 7;
+    SetBillingCode(stand.Job(), L"99");
+    SetCoverPageSubject(stand.Job(), L"Before");
     stand.Show();
     Add(L"Bob", L"2");
+    const Rows rows = stand.Rows();
     Fill(L"Anna", L"1");
-    EXPECT_TRUE(stand.Send()); // the other page may still refuse
-    EXPECT_EQ(stand.Recipients().size(), 2u);
+    stand.SetText(IDC_SUBJECT, L"Typed");
+    stand.LetTheOtherPageRefuse(true);
+    for (int press = 0; press < 2; ++press) {
+        EXPECT_TRUE(stand.Send());
+        EXPECT_EQ(stand.Recipients(), rows);
+        EXPECT_EQ(stand.Job().Cancelled, 7u);
+        EXPECT_STREQ(stand.Job().BillingCode, L"99");
+        EXPECT_STREQ(stand.Job().CoverPageSubject, L"Before");
+    }
+    EXPECT_EQ(stand.Page().recent->Slots()[0]->GetName(), std::wstring(L"Bob")); // only who was taken into the list
+    stand.LetTheOtherPageRefuse(false);
     EXPECT_TRUE(stand.Send());
-    EXPECT_EQ(stand.Recipients().size(), 2u);
-    stand.SelectRows({0});
-    stand.Press(IDC_DELETE);
-    EXPECT_EQ(stand.Recipients(), Rows{});
-    EXPECT_TRUE(stand.Send());
-    stand.Notify(static_cast<UINT>(PSN_RESET));
-    EXPECT_EQ(stand.Recipients(), Rows{});
-    EXPECT_EQ(stand.Job().Cancelled, 1u);
+    EXPECT_EQ(stand.Recipients(), (Rows{{L"Bob", L"2", L""}, {L"Anna", L"1", L""}}));
+    EXPECT_EQ(stand.Job().Cancelled, 0u);
+    EXPECT_STREQ(stand.Job().BillingCode, L"");
+    EXPECT_STREQ(stand.Job().CoverPageSubject, L"Typed");
+    EXPECT_EQ(stand.Page().recent->Slots()[0]->GetName(), std::wstring(L"Anna"));
 }
 
 TEST_F(FaxJobPageTest, ARecordThatComesWithRecipientsShowsThem)

@@ -331,9 +331,11 @@ void FitButtonToText(HWND button)
     RECT place{};
     TraceFailure(GetWindowRect(button, &place), L"window rectangle");
     MapWindowPoints(HWND_DESKTOP, GetParent(button), reinterpret_cast<POINT*>(&place), 2);
-    TraceFailure(MoveWindow(button, place.left, place.top, Width(place) + missing, place.bottom - place.top, TRUE),
-                 L"move");
-    OutputDebugStringW(L"A button was widened to fit its caption.\n");
+    const BOOL moved =
+        MoveWindow(button, place.left, place.top, Width(place) + missing, place.bottom - place.top, TRUE);
+    TraceFailure(moved, L"move");
+    if (moved)
+        OutputDebugStringW(L"A button was widened to fit its caption.\n");
 }
 
 } // namespace qx

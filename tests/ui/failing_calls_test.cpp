@@ -1,0 +1,284 @@
+// Sessions in which calls of the module fail. The printing program goes on, nothing is left behind, and what is sent is
+// what the user has seen.
+#include "support/failing_calls.h"
+
+#include "res/cover_page_ids.h"
+#include "res/fax_job_page_ids.h"
+#include "res/setup_page_ids.h"
+#include "support/send_fax_session.h"
+
+#include <commctrl.h>
+#include <gtest/gtest.h>
+#include <optional>
+#include <prsht.h>
+
+namespace qx::test {
+namespace {
+
+using Recipients = std::vector<Recipient>;
+
+constexpr int kSetupPage = 1;
+const Recipient kBob{L"Bob", L"22", L"Mill"};
+const Recipient kAnna{L"Anna", L"11", L"Orchard"};
+
+// A driver that would take a record without an outcome for a sent one.
+SessionOptions WithOutcomeUnknown()
+{
+    SessionOptions options = WithDevice(L"EMAIL-SERVICE-OPERATIONAL", 1u);
+    options.printer.SetDevice(L"FAX_BILLING_CODE_ENABLED", 1u);
+    options.prepare = [](FaxJobData& record) { record.Cancelled = 7; };
+    return options;
+}
+
+bool IsSheet(HWND window)
+{
+    return GetParent(window) == nullptr || (GetWindowLongPtrW(window, GWL_STYLE) & WS_CHILD) == 0;
+}
+
+class FailingCallsTest : public ::testing::Test {
+protected:
+    explicit FailingCallsTest(SessionOptions options = WithOutcomeUnknown()) : session_(std::move(options))
+    {
+        session_.SetDefault(L"ApplyDefaults", 1u);
+    }
+
+    HMODULE Module() const { return session_.Module(); }
+    host::UiDriver& Ui() { return session_.Ui(); }
+    FaxJobData& Job() { return session_.Record(); }
+
+    void Fill(const Recipient& recipient)
+    {
+        Ui().Paste(IDC_NAME_BOX, recipient.name);
+        Ui().Paste(IDC_FAX_NUMBER, recipient.faxNumber);
+        Ui().Paste(IDC_COMPANY, recipient.company);
+    }
+
+    // Bob in the list, Anna in the fields, a cover page, a billing code and a sender.
+    void FillEverything()
+    {
+        session_.Start();
+        Ui().WaitForControl(IDC_FAX_NUMBER);
+        Fill(kBob);
+        Ui().Press(IDC_TO);
+        Fill(kAnna);
+        Ui().Check(IDC_COVER_PAGE, true);
+        Ui().Paste(IDC_NOTES, L"\r\nline 2");
+        Ui().Paste(IDC_SUBJECT, L"Offer 7");
+        Ui().Paste(IDC_BILLING_CODE, L"0042");
+        Ui().GoToPage(kSetupPage);
+        Ui().WaitForControl(IDC_SENDER_NAME);
+        Ui().Paste(IDC_SENDER_NAME, L"Carol");
+        Ui().GoToPage(0);
+        Ui().WaitForControl(IDC_FAX_NUMBER);
+    }
+
+    void PressSend()
+    {
+        Ui().Press(IDOK);
+        Ui().Settle();
+    }
+
+    void ExpectEverythingSent(const std::string& what)
+    {
+        const FaxJobData& job = session_.End();
+        EXPECT_EQ(job.Cancelled, 0u) << what;
+        EXPECT_EQ(session_.Recipients(), (Recipients{kBob, kAnna})) << what;
+        EXPECT_EQ(job.AddCoverPage, 1u) << what;
+        EXPECT_STREQ(job.CoverPageNotes, L"\r\nline 2") << what;
+        EXPECT_STREQ(job.CoverPageSubject, L"Offer 7") << what;
+        EXPECT_STREQ(job.OverlayPath, L"") << what;
+        EXPECT_STREQ(job.BillingCode, L"0042") << what;
+        EXPECT_STREQ(job.SenderName, L"Carol") << what;
+        EXPECT_STREQ(job.NotifyEmail, L"") << what;
+    }
+
+    void ExpectNothingWritten(const std::string& what)
+    {
+        EXPECT_EQ(Job().Cancelled, 7u) << what;
+        EXPECT_EQ(session_.Recipients(), Recipients{kBob}) << what;
+        EXPECT_EQ(Job().AddCoverPage, 0u) << what;
+        EXPECT_STREQ(Job().CoverPageNotes, L"") << what;
+        EXPECT_STREQ(Job().BillingCode, L"") << what;
+        EXPECT_STREQ(Job().SenderName, L"") << what;
+    }
+
+    // Presses Send with the first, the second, ... call failing alone, then with some call and all that follow, until
+    // there are no more. Whatever fails: all is sent as typed, or nothing is and a second Send sends it.
+    template <class Calls> void SendWhileEachFails(Calls& calls, const std::string& function, long most)
+    {
+        for (const bool alone : {true, false}) {
+            bool open = false;
+            for (long call = 1; call <= most; call = alone ? call + 1 : call * 4) {
+                const std::string what = function + (alone ? " " : " from ") + std::to_string(call);
+                if (!std::exchange(open, true))
+                    FillEverything();
+                if (alone)
+                    calls.FailOnly(call);
+                else
+                    calls.FailFrom(call);
+                PressSend();
+                const bool failed = calls.HasFailed();
+                calls.FailNone();
+                if (Ui().Finished()) {
+                    ExpectEverythingSent(what);
+                    open = false;
+                } else {
+                    ExpectNothingWritten(what);
+                    EXPECT_TRUE(failed) << what << ": refused for no reason";
+                }
+                if (!failed || HasFailure())
+                    break;
+            }
+            if (open && !HasFailure()) {
+                // What was not shown whole is shown again by the first.
+                for (int press = 0; press < 2 && !Ui().Finished(); ++press)
+                    PressSend();
+                ExpectEverythingSent(function);
+            }
+        }
+    }
+
+    SendFaxSession session_;
+};
+
+TEST_F(FailingCallsTest, WithoutMemoryASendSendsAllOrNothing)
+{
+    FailingCalls<decltype(HeapAlloc), struct HeapAllocCalls> calls(Module(), "HeapAlloc", nullptr);
+    SendWhileEachFails(calls, "HeapAlloc", 40);
+}
+
+TEST_F(FailingCallsTest, WithFieldsThatCannotBeReadASendSendsAllOrNothing)
+{
+    FailingCalls<decltype(GetWindowTextW), struct TextCalls> texts(Module(), "GetWindowTextW", 0);
+    SendWhileEachFails(texts, "GetWindowTextW", 40);
+    FailingCalls<decltype(GetWindowTextLengthW), struct LengthCalls> lengths(Module(), "GetWindowTextLengthW", 0);
+    SendWhileEachFails(lengths, "GetWindowTextLengthW", 40);
+}
+
+TEST_F(FailingCallsTest, WithoutItsControlsASendSendsAllOrNothing)
+{
+    FailingCalls<decltype(GetDlgItem), struct ControlCalls> calls(Module(), "GetDlgItem", nullptr,
+                                                                   ERROR_CONTROL_ID_NOT_FOUND);
+    SendWhileEachFails(calls, "GetDlgItem", 40);
+    FailingCalls<decltype(IsDlgButtonChecked), struct CheckedCalls> boxes(Module(), "IsDlgButtonChecked", 0);
+    SendWhileEachFails(boxes, "IsDlgButtonChecked", 10);
+}
+
+TEST_F(FailingCallsTest, WithoutARegistryTheJobIsSentAllTheSame)
+{
+    FailingCalls<decltype(RegCreateKeyExW), struct CreateKeyCalls> keys(Module(), "RegCreateKeyExW",
+                                                                         ERROR_ACCESS_DENIED);
+    FillEverything();
+    keys.FailFrom(1);
+    PressSend();
+    ExpectEverythingSent("no key can be written");
+    EXPECT_TRUE(keys.HasFailed());
+}
+
+TEST_F(FailingCallsTest, ARowThatTheListDoesNotTakeLeavesListAndRecordAsTheyWere)
+{
+    const auto ofRows = [](HWND, UINT message, WPARAM, LPARAM) {
+        return message == LVM_INSERTITEMW || message == LVM_SETITEMTEXTW;
+    };
+    session_.Start();
+    Ui().WaitForControl(IDC_FAX_NUMBER);
+    {
+        FailingCalls<decltype(SendMessageW), struct RowCalls> calls(Module(), "SendMessageW", 0, 0, ofRows);
+        FailingCalls<decltype(HeapAlloc), struct RowMemoryCalls> memory(Module(), "HeapAlloc", nullptr);
+        for (long call = 2; call <= 3; ++call) { // the cells; the row itself answers its place, 0 when it is the first
+            Fill(kBob);
+            calls.FailOnly(call);
+            Ui().Press(IDC_TO);
+            Ui().Settle();
+            EXPECT_TRUE(calls.HasFailed());
+            calls.FailNone();
+            EXPECT_EQ(Ui().RowCount(IDC_RECIPIENTS), 0) << call;
+            EXPECT_EQ(session_.Recipients(), Recipients{}) << call;
+            EXPECT_EQ(Ui().Text(IDC_FAX_NUMBER), kBob.faxNumber) << call; // for another try
+        }
+        for (long call = 1; call <= 4; ++call) { // the entry and its three texts
+            memory.FailOnly(call);
+            Ui().Press(IDC_TO);
+            Ui().Settle();
+            EXPECT_TRUE(memory.HasFailed());
+            memory.FailNone();
+            EXPECT_EQ(Ui().RowCount(IDC_RECIPIENTS), 0) << call;
+            EXPECT_EQ(session_.Recipients(), Recipients{}) << call;
+        }
+    }
+    Ui().Press(IDC_TO);
+    EXPECT_EQ(Ui().RowCount(IDC_RECIPIENTS), 1);
+    EXPECT_EQ(session_.Recipients(), Recipients{kBob});
+    session_.Cancel();
+}
+
+TEST_F(FailingCallsTest, WithoutMemoryForItsPagesThereIsNoSheetAndNothingIsSent)
+{
+    const auto ofPages = [](HANDLE, DWORD, SIZE_T bytes) { return bytes == 2 * sizeof(PROPSHEETPAGEW); };
+    FailingCalls<decltype(HeapAlloc), struct PageCalls> calls(Module(), "HeapAlloc", nullptr, 0, ofPages);
+    calls.FailFrom(1);
+    session_.Start();
+    EXPECT_EQ(session_.End().Cancelled, 7u);
+    EXPECT_TRUE(calls.HasFailed());
+}
+
+TEST_F(FailingCallsTest, ASheetThatCannotBeHookedEndsAsCancelled)
+{
+    const auto ofSheet = [](HWND window, int index, LONG_PTR) { return index == GWLP_WNDPROC && IsSheet(window); };
+    FailingCalls<decltype(SetWindowLongPtrW), struct HookCalls> calls(Module(), "SetWindowLongPtrW", 0,
+                                                                       ERROR_ACCESS_DENIED, ofSheet);
+    calls.FailFrom(1);
+    session_.Start();
+    EXPECT_EQ(session_.End().Cancelled, 1u);
+    EXPECT_TRUE(calls.HasFailed());
+    calls.FailNone();
+    FillEverything();
+    PressSend();
+    ExpectEverythingSent("the session after it");
+}
+
+TEST_F(FailingCallsTest, APageThatCannotBeFilledEndsTheSheetAsCancelled)
+{
+    for (const int field : {IDC_NOTES, IDC_SENDER_NAME}) {
+        const auto ofField = [field](HWND window, const wchar_t*) { return GetDlgCtrlID(window) == field; };
+        FailingCalls<decltype(SetWindowTextW), struct FillCalls> calls(Module(), "SetWindowTextW", FALSE, 0, ofField);
+        calls.FailFrom(1);
+        session_.Start();
+        if (field == IDC_SENDER_NAME && !Ui().Finished()) {
+            // Where pages are created when they are first shown, the sheet is still there.
+            try {
+                Ui().WaitForControl(IDC_FAX_NUMBER);
+                Ui().Paste(IDC_FAX_NUMBER, L"11");
+                Ui().Paste(IDC_BILLING_CODE, L"0042");
+                Ui().Press(IDOK);
+            } catch (const host::UiFailure&) {
+            }
+        }
+        EXPECT_EQ(session_.End().Cancelled, 1u) << field;
+        EXPECT_EQ(session_.Recipients(), Recipients{}) << field;
+    }
+}
+
+TEST_F(FailingCallsTest, WithoutASystemFunctionThatIsLookedUpTheSessionWorksAndEnds)
+{
+    FailingCalls<decltype(GetModuleHandleW), struct ModuleCalls> modules(Module(), "GetModuleHandleW", nullptr);
+    FailingCalls<decltype(GetProcAddress), struct FunctionCalls> functions(Module(), "GetProcAddress", nullptr);
+    for (const int when : {0, 1}) { // from the start, and only in the end
+        if (when == 0) {
+            modules.FailFrom(1);
+            functions.FailFrom(1);
+        }
+        session_.Start();
+        Ui().WaitForControl(IDC_FAX_NUMBER);
+        Ui().Paste(IDC_FAX_NUMBER, L"11");
+        Ui().Paste(IDC_BILLING_CODE, L"0042");
+        modules.FailFrom(1);
+        functions.FailFrom(1);
+        EXPECT_EQ(session_.Send().Cancelled, 0u);
+        modules.FailNone();
+        functions.FailNone();
+    }
+}
+
+} // namespace
+} // namespace qx::test
