@@ -3,6 +3,7 @@
 #include "base/guarded.h"
 #include "base/guest.h"
 #include "entry/escape_data.h"
+#include "entry/exception_state.h"
 #include "entry/send_session.h"
 
 #include <qxfax/send_fax.h>
@@ -11,8 +12,11 @@ void WINAPI DisplayFaxUI(HANDLE printer, FaxJobData* record)
 {
     if (printer == nullptr || record == nullptr)
         return;
-    const qx::GuestScope guest;
-    qx::Guarded([&] { qx::SendSession(printer, *record).Run(); });
+    {
+        const qx::GuestScope guest;
+        qx::Guarded([&] { qx::SendSession(printer, *record).Run(); });
+    }
+    qx::ReleaseExceptionState();
 }
 
 BOOL WINAPI BStoreExtEscapeData(const void* data, DWORD size)

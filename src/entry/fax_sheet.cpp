@@ -16,6 +16,7 @@
 #include <algorithm>
 #include <memory>
 #include <prsht.h>
+#include <utility>
 #include <vector>
 
 namespace qx {
@@ -227,12 +228,12 @@ void FaxSheet::ReloadPhoneBook()
         RefreshNameBoxList(content_->faxJobPage);
 }
 
-// A printing program without a window of its own would leave the sheet behind other programs' windows.
-void FaxSheet::ComeToFront()
+void FaxSheet::BeShownFirst()
 {
-    if (owner_ == nullptr && !cameToFront_)
+    // A printing program without a window of its own would leave the sheet behind other programs' windows.
+    if (owner_ == nullptr)
         SetForegroundWindow(window_);
-    cameToFront_ = true;
+    FitSendButtonOfSheet(content_->setupPage); // the sheet's buttons are in their places now
 }
 
 LRESULT FaxSheet::Handle(UINT message, WPARAM w, LPARAM l)
@@ -247,8 +248,8 @@ LRESULT FaxSheet::Handle(UINT message, WPARAM w, LPARAM l)
         return 0;
     case WM_SHOWWINDOW: {
         const LRESULT result = CallPrevious(message, w, l);
-        if (w != FALSE)
-            ComeToFront();
+        if (w != FALSE && !std::exchange(wasShown_, true))
+            BeShownFirst();
         return result;
     }
     case WM_HELP:

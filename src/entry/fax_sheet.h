@@ -42,7 +42,7 @@ private:
     void TakeOverButtons();
     void CreateMissingPages();
     void ReloadPhoneBook();
-    void ComeToFront();
+    void BeShownFirst();
     LRESULT CallPrevious(UINT message, WPARAM w, LPARAM l) const;
 
     const FaxSheetContent* content_ = nullptr;
@@ -51,7 +51,7 @@ private:
     WNDPROC previous_ = nullptr;
     HWND sendButton_ = nullptr;
     HWND helpButton_ = nullptr;
-    bool cameToFront_ = false;
+    bool wasShown_ = false;
     SendRound round_;
 };
 

@@ -50,9 +50,10 @@ static_assert(IdsAreUnique(kControls));
 
 void FitSendButtonToText(SetupPage& page)
 {
-    const bool preview = PreviewIsChecked(page.dialog);
-    FitSendButton(page, GetParent(page.dialog), preview, page.sendButtonGrowth);
-    page.settings.showPreview = preview ? 1 : 0;
+    page.settings.showPreview = PreviewIsChecked(page.dialog) ? 1 : 0;
+    // A page may be created before the sheet has laid out its buttons: then the sheet asks again when it is shown.
+    if (IsWindowVisible(GetParent(page.dialog)))
+        FitSendButtonOfSheet(page);
 }
 
 void LoadSetupPage(SetupPage& page)
@@ -220,6 +221,12 @@ INT_PTR CALLBACK SetupPageProcedure(HWND dialog, UINT message, WPARAM w, LPARAM 
 std::span<const Control> SetupPageControls() noexcept
 {
     return kControls;
+}
+
+void FitSendButtonOfSheet(SetupPage& page)
+{
+    if (page.dialog != nullptr && page.settings.previewOffered)
+        FitSendButton(page, GetParent(page.dialog), PreviewIsChecked(page.dialog), page.sendButtonGrowth);
 }
 
 bool ValidateSetupPage(SetupPage& page)

@@ -44,6 +44,10 @@ INT_PTR CALLBACK SetupPageProcedure(HWND dialog, UINT message, WPARAM w, LPARAM 
 
 std::span<const Control> SetupPageControls() noexcept;
 
+// Gives the sheet's Send button the caption and the room for what the page says. Nothing before the page is created, and
+// where no preview is offered.
+void FitSendButtonOfSheet(SetupPage& page);
+
 // Shows the message of what is wrong, if anything. True: the page may be saved.
 [[nodiscard]] bool ValidateSetupPage(SetupPage& page);
 // Reads the page for SaveSetupPage. Throws when that cannot be done whole.

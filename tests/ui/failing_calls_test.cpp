@@ -8,6 +8,7 @@
 #include "support/send_fax_session.h"
 
 #include <commctrl.h>
+#include <cstddef>
 #include <gtest/gtest.h>
 #include <optional>
 #include <prsht.h>
@@ -145,6 +146,33 @@ TEST_F(FailingCallsTest, WithoutMemoryASendSendsAllOrNothing)
 {
     FailingCalls<decltype(HeapAlloc), struct HeapAllocCalls> calls(Module(), "HeapAlloc", nullptr);
     SendWhileEachFails(calls, "HeapAlloc", 40);
+}
+
+// What the C++ library allocates: texts, and the exceptions that tell of memory being short.
+using AllocationCalls = FailingCalls<void*(std::size_t), struct AllocationTag>;
+
+TEST_F(FailingCallsTest, WithoutMemoryForTextsASendSendsAllOrNothing)
+{
+    AllocationCalls calls(Module(), "malloc", nullptr);
+    SendWhileEachFails(calls, "malloc", 40);
+}
+
+TEST_F(FailingCallsTest, ASessionWhoseMemoryEndsSomewhereLeavesTheHostAlone)
+{
+    for (const long call : {1, 2, 3, 5, 8, 13, 21, 34, 55, 89, 144, 233, 377, 610}) {
+        AllocationCalls calls(Module(), "malloc", nullptr);
+        FailingCalls<void*(std::size_t, std::size_t), struct ClearedTag> cleared(Module(), "calloc", nullptr);
+        calls.FailFrom(call);
+        cleared.FailFrom(1);
+        session_.Start();
+        Ui().Settle();
+        Ui().CloseEverything();
+        session_.End();
+        EXPECT_NE(Job().Cancelled, 0u) << call;
+    }
+    FillEverything();
+    PressSend();
+    ExpectEverythingSent("the session after them");
 }
 
 TEST_F(FailingCallsTest, WithFieldsThatCannotBeReadASendSendsAllOrNothing)

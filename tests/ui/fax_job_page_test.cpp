@@ -222,6 +222,23 @@ TEST_F(FaxJobPageTest, WithoutItsTextAGroupCannotBeTaken)
     EXPECT_FALSE(stand.IsEnabled(IDC_TO));
 }
 
+TEST_F(FaxJobPageTest, AGroupOfAtMostOneMemberHasATextOfItsOwn)
+{
+    stand.Page().hStringDll = ModuleInstance(); // of the test, where the two texts differ
+    stand.AddRecentGroup(L"Duo", 2);
+    stand.AddRecentGroup(L"Nobody", 0);
+    stand.AddRecentGroup(L"Solo", 1);
+    stand.Show();
+    stand.DropNames(true);
+    stand.PickName(0);
+    EXPECT_EQ(stand.Text(IDC_GROUP_TEXT), L"member: 1");
+    stand.PickName(1);
+    EXPECT_EQ(stand.Text(IDC_GROUP_TEXT), L"member: 0");
+    stand.PickName(2);
+    EXPECT_EQ(stand.Text(IDC_GROUP_TEXT), L"members: 2");
+    EXPECT_TRUE(stand.IsEnabled(IDC_TO));
+}
+
 // As picking many groups from the phone book does: what comes in last may lie where the first one lay.
 TEST_F(FaxJobPageTest, AGroupThatDropsOutOfTheRecentListLeavesTheFields)
 {
@@ -505,6 +522,25 @@ TEST_F(FaxJobPageTest, ARecordThatComesWithRecipientsShowsThem)
     AddRecipient(stand.Job(), AsRecipient(MakeRecipient(L"Anna", L"1", L"Orchard")));
     stand.Show();
     EXPECT_EQ(stand.Rows(), (Rows{{L"Anna", L"1", L"Orchard"}}));
+}
+
+TEST_F(FaxJobPageTest, ASendThatThrowsIsRefused)
+{
+    stand.Show();
+    Fill(L"Anna", L"1");
+    DestroyWindow(stand.Control(IDC_NOTES));
+    EXPECT_FALSE(stand.Send());
+    EXPECT_EQ(stand.Recipients(), Rows{});
+    EXPECT_EQ(stand.Text(IDC_FAX_NUMBER), L"1");
+}
+
+TEST_F(FaxJobPageTest, ASendWithARecipientThatNoRowShowsIsRefusedAndShowsIt)
+{
+    stand.Show();
+    AddRecipient(stand.Job(), AsRecipient(MakeRecipient(L"Anna", L"1", L"Orchard")));
+    EXPECT_FALSE(stand.Send());
+    EXPECT_EQ(stand.Rows(), (Rows{{L"Anna", L"1", L"Orchard"}}));
+    EXPECT_TRUE(stand.Send());
 }
 
 TEST(FaxJobPageWithoutState, IsNotHandledAndSaysInvalidData)

@@ -408,6 +408,27 @@ TEST_F(FaxJobSession, ASendThatTheSetupPageRefusesDoesNotSendTheTypedRecipientTw
     EXPECT_EQ(Session().Recipients(), (Recipients{{L"Anna", L"1", L""}}));
 }
 
+TEST_F(FaxJobSession, ASendThatTheSetupPageRefusesLeavesNothingBehindWhenTheProgramQuits)
+{
+    SessionOptions options;
+    options.printer.SetDevice(L"EMAIL-SERVICE-OPERATIONAL", 1u);
+    options.prepare = [](FaxJobData& record) { record.Cancelled = 7; };
+    Open(options);
+    Fill(L"Anna", L"1");
+    Ui().GoToPage(1);
+    constexpr int kByEmail = 239, kEmail = 241;
+    Ui().Choose(kByEmail);
+    Ui().Type(kEmail, L"");
+    Ui().Press(IDOK);
+    Ui().AnswerBox(IDOK);
+    Ui().Settle();
+    EXPECT_EQ(Session().Record().Cancelled, 7u);
+    EXPECT_EQ(Session().Recipients(), Recipients{});
+    PostThreadMessageW(Session().UiThread(), WM_QUIT, 0, 0); // a sheet that ends like that is not told so
+    EXPECT_EQ(Session().End().Cancelled, 7u);
+    EXPECT_EQ(Session().Recipients(), Recipients{});
+}
+
 // ---- the keyboard
 
 TEST_F(FaxJobSession, AWholeJobIsSentWithoutTheMouse)

@@ -215,6 +215,41 @@ TEST(SendSession, ThePagesThatWereNeverSeenAreSavedAllTheSame)
     EXPECT_EQ(job.NotifyMethod, 0u); // the Setup page's own rule: nobody is notified, so by no method
 }
 
+// Whether a right click on the caption shows the system menu, which is closed again.
+bool ShowsSystemMenu(SendFaxSession& session, HWND dialog)
+{
+    RECT place{};
+    GetWindowRect(dialog, &place);
+    const POINT caption{place.left + 60, place.top + GetSystemMetrics(SM_CYFIXEDFRAME) + 8};
+    SetCursorPos(caption.x, caption.y);
+    PostMessageW(dialog, WM_CONTEXTMENU, reinterpret_cast<WPARAM>(dialog), MAKELPARAM(caption.x, caption.y));
+    GUITHREADINFO thread{};
+    thread.cbSize = sizeof thread;
+    for (int wait = 0; wait < 100; ++wait) {
+        if (GetGUIThreadInfo(session.UiThread(), &thread) && (thread.flags & GUI_INMENUMODE) != 0) {
+            PostMessageW(thread.hwndMenuOwner, WM_CANCELMODE, 0, 0);
+            session.Ui().Settle();
+            return true;
+        }
+        Sleep(20);
+    }
+    return false;
+}
+
+TEST(SendSession, ARightClickOnACaptionShowsTheSystemMenu)
+{
+    SendFaxSession session;
+    host::UiDriver& ui = OnFaxJobPage(session).Ui();
+    EXPECT_TRUE(ShowsSystemMenu(session, ui.Dialog()));
+    constexpr int kEditDefaults = 279, kSenderName = 261;
+    ui.GoToPage(1);
+    ui.Press(kEditDefaults);
+    ui.WaitForControl(kSenderName);
+    EXPECT_TRUE(ShowsSystemMenu(session, ui.Dialog()));
+    ui.Press(IDCANCEL);
+    session.Cancel();
+}
+
 TEST(SendSession, TheOldAddressBookIsTakenOverOnceAndNeverAgain)
 {
     SendFaxSession session;

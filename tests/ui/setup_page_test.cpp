@@ -4,6 +4,7 @@
 #include "res/fax_job_page_ids.h"
 #include "res/setup_page_ids.h"
 #include "support/input_method.h"
+#include "support/late_buttons.h"
 #include "support/send_fax_session.h"
 #include "support/server_printer.h"
 
@@ -390,6 +391,26 @@ TEST(SetupPage, AStoredPreviewIsOnTheSendButtonWhicheverPageComesFirst)
     }
 }
 
+TEST(SetupPage, AStoredPreviewFitsTheSendButtonThatIsLaidOutAfterThePages)
+{
+    SendFaxSession session;
+    const LateButtons late(session.UiThread());
+    session.SetDefault(L"ShowPreview", 1u);
+    session.Start(); // first use: on the Setup page
+    UiDriver& ui = session.Ui();
+    ui.WaitForControl(IDC_SENDER_NAME);
+    const auto widthOf = [&ui](int button) {
+        RECT place{};
+        GetWindowRect(ui.Control(button), &place);
+        return place.right - place.left;
+    };
+    EXPECT_TRUE(ui.IsChecked(IDC_PREVIEW));
+    EXPECT_GT(widthOf(IDOK), widthOf(IDCANCEL));
+    ui.Check(IDC_PREVIEW, false);
+    EXPECT_EQ(widthOf(IDOK), widthOf(IDCANCEL));
+    session.Cancel();
+}
+
 TEST(SetupPage, APrinterOfAServerHidesThePreviewAndSendsNone)
 {
     SendFaxSession session(WithoutTextLibrary());
@@ -487,6 +508,21 @@ TEST(SetupPage, LaterDefaultsAreTakenByTheJobOnlyWhenAskedFor)
 }
 
 // The Fax Job page was not seen again since: its older fields do not win over the defaults.
+TEST(SetupPage, ACoverPageFromTheDefaultsOfAnEarlierSessionDoesNotReplaceTheOneThatIsTyped)
+{
+    SessionOptions options;
+    options.prepare = [](FaxJobData& record) { record.CoverPageFromDefaults = 1; }; // as such a session leaves it
+    SendFaxSession session(options);
+    UiDriver& ui = OnSetupPage(session);
+    ui.GoToPage(kFaxJobPage);
+    ui.Check(IDC_COVER_PAGE, true);
+    ui.Paste(IDC_NOTES, L"typed");
+    const FaxJobData& job = session.Send();
+    EXPECT_EQ(job.AddCoverPage, 1u);
+    EXPECT_STREQ(job.CoverPageNotes, L"typed");
+    EXPECT_EQ(job.CoverPageFromDefaults, 0u);
+}
+
 TEST(SetupPage, TheCoverPageOfTheDefaultsIsSentWithoutSeeingTheFaxJobPageAgain)
 {
     SendFaxSession session;
