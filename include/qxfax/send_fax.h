@@ -11,7 +11,7 @@
  *   - zero the whole record,
  *   - set Recipients.Capacity to at least 1 (QxFaxInitJob does both), and
  *   - set Cancelled to the value that it wants to find when no sheet could be shown: the module writes it only when
- *     the user sends (0) or cancels (1).
+ *     the user sends (0) or cancels (1), or when a sheet has to be closed because a page could not be filled (1).
  */
 #ifndef QXFAX_SEND_FAX_H
 #define QXFAX_SEND_FAX_H

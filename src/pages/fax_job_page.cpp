@@ -718,6 +718,12 @@ void ReloadCoverPage(FaxJobPage& page)
     page.coverPageIsOld = false;
 }
 
+// Half of it would complete names without filling in their numbers.
+bool IsWholeNameBox(const TypeAheadState& box) noexcept
+{
+    return box.comboProcedure != nullptr && box.editProcedure != nullptr && box.listProcedure != nullptr;
+}
+
 // The Setup page may have copied the user's defaults into the job since the page was last seen.
 INT_PTR AnswerActivation(FaxJobPage& page)
 {
@@ -774,6 +780,8 @@ constexpr Route<FaxJobPage> kRoutes[] = {
 void Initialize(FaxJobPage& page)
 {
     AttachTypeAhead(page.nameBox, ControlOf(page, IDC_NAME_BOX), page.dialog);
+    if (!IsWholeNameBox(page.nameBox))
+        throw std::runtime_error("the name box cannot be hooked");
     RefreshNameBoxList(page);
     SetUpControls(page, page.dialog, kControls);
     SetUpList(page);

@@ -265,6 +265,26 @@ TEST_F(FailingCallsTest, ASheetThatCannotBeHookedEndsAsCancelled)
     ExpectEverythingSent("the session after it");
 }
 
+TEST_F(FailingCallsTest, ANameBoxThatCannotBeHookedWhollyEndsTheSheetAsCancelled)
+{
+    for (const wchar_t* const part : {L"Edit", L"ComboLBox", L"ComboBox"}) {
+        const auto ofPart = [part](HWND window, int index, LONG_PTR) {
+            wchar_t name[16] = L"";
+            GetClassNameW(window, name, 16);
+            return index == GWLP_WNDPROC && lstrcmpiW(name, part) == 0;
+        };
+        FailingCalls<decltype(SetWindowLongPtrW), struct NameBoxCalls> calls(Module(), "SetWindowLongPtrW", 0,
+                                                                             ERROR_ACCESS_DENIED, ofPart);
+        calls.FailOnly(1);
+        session_.Start();
+        EXPECT_EQ(session_.End().Cancelled, 1u);
+        EXPECT_TRUE(calls.HasFailed());
+    }
+    FillEverything();
+    PressSend();
+    ExpectEverythingSent("the session after it");
+}
+
 TEST_F(FailingCallsTest, APageThatCannotBeFilledEndsTheSheetAsCancelled)
 {
     for (const int field : {IDC_NOTES, IDC_SENDER_NAME}) {
