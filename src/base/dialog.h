@@ -130,8 +130,8 @@ template <class State> INT_PTR CALLBACK PageProcedure(HWND dialog, UINT message,
     const INT_PTR answer = Guarded<INT_PTR>(kThrown, [&]() -> INT_PTR {
         if (message == WM_INITDIALOG)
             return InitializeDialog(dialog, created);
-        if (const INT_PTR answer = AnswerAsPage(dialog, message, w, l))
-            return answer;
+        if (const INT_PTR asPage = AnswerAsPage(dialog, message, w, l))
+            return asPage;
         return DispatchDialogMessage<State>(dialog, message, w, l);
     });
     if (answer != kThrown)

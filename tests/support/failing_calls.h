@@ -10,7 +10,7 @@
 // and tag at a time.
 #pragma once
 
-#include "support/imports.h"
+#include "support/redirected_import.h"
 
 #include <atomic>
 #include <functional>
@@ -26,7 +26,7 @@ public:
 
     FailingCalls(HMODULE module, const char* function, Result failure, DWORD lastError = ERROR_NOT_ENOUGH_MEMORY,
                  Condition condition = {})
-        : import_(module, function, reinterpret_cast<void*>(Stub)), failure_(failure), lastError_(lastError),
+        : import_(function, Stub, module), failure_(failure), lastError_(lastError),
           condition_(std::move(condition))
     {
         current_ = this;
@@ -41,14 +41,14 @@ public:
     bool HasFailed() const { return hasFailed_; }
 
 private:
-    static Result WINAPI Stub(Arguments... arguments)
+    static Result Stub(Arguments... arguments)
     {
         FailingCalls* const calls = current_;
         if ((!calls->condition_ || calls->condition_(arguments...)) && calls->NextFails()) {
             SetLastError(calls->lastError_);
             return calls->failure_;
         }
-        return reinterpret_cast<Result(WINAPI*)(Arguments...)>(calls->import_.Original())(arguments...);
+        return calls->import_.Original()(arguments...);
     }
 
     void Fail(long first, long last)
@@ -70,7 +70,7 @@ private:
 
     static inline std::atomic<FailingCalls*> current_ = nullptr;
 
-    RedirectedImport import_;
+    RedirectedImport<Result(Arguments...)> import_;
     Result failure_;
     DWORD lastError_;
     Condition condition_;

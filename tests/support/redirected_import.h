@@ -1,4 +1,4 @@
-// Another function in the place of one that this program imports: how tests let calls of the system fail as documented.
+// Another function in the place of one that this program or a module of it imports: how tests let calls of the system fail as documented.
 #pragma once
 
 #include <stdexcept>
@@ -8,17 +8,17 @@
 
 namespace qx::test {
 
-// The place in this program's import tables where the address of a function stands.
-inline void** FindImport(std::string_view name)
+// The place in the import tables of module, of this program when it is null, where the address of a function stands.
+inline void** FindImport(std::string_view name, HMODULE module = nullptr)
 {
-    auto* const base = reinterpret_cast<std::byte*>(GetModuleHandleW(nullptr));
+    auto* const base = reinterpret_cast<std::byte*>(module != nullptr ? module : GetModuleHandleW(nullptr));
     const auto* const headers =
         reinterpret_cast<const IMAGE_NT_HEADERS*>(base + reinterpret_cast<const IMAGE_DOS_HEADER*>(base)->e_lfanew);
     const auto& directory = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
-    for (const auto* module = reinterpret_cast<const IMAGE_IMPORT_DESCRIPTOR*>(base + directory.VirtualAddress);
-         module->Name != 0; ++module) {
-        const auto* names = reinterpret_cast<const IMAGE_THUNK_DATA*>(base + module->OriginalFirstThunk);
-        auto** addresses = reinterpret_cast<void**>(base + module->FirstThunk);
+    for (const auto* dll = reinterpret_cast<const IMAGE_IMPORT_DESCRIPTOR*>(base + directory.VirtualAddress);
+         dll->Name != 0; ++dll) {
+        const auto* names = reinterpret_cast<const IMAGE_THUNK_DATA*>(base + dll->OriginalFirstThunk);
+        auto** addresses = reinterpret_cast<void**>(base + dll->FirstThunk);
         for (; names->u1.AddressOfData != 0; ++names, ++addresses) {
             if (IMAGE_SNAP_BY_ORDINAL(names->u1.Ordinal))
                 continue;
@@ -38,12 +38,12 @@ inline void WritePointer(void** place, void* pointer)
     VirtualProtect(place, sizeof *place, protection, &protection);
 }
 
-// As long as it lives, calls that this program makes of the function go to the stand-in. Those of the system's own
-// modules do not.
+// As long as it lives, calls that this program (or module) makes of the function go to the stand-in. Those of other
+// modules do not. Throws std::runtime_error when there is no such import.
 template <class Function> class RedirectedImport {
 public:
-    RedirectedImport(const char* name, Function* standIn)
-        : place_(FindImport(name)), original_(reinterpret_cast<Function*>(*place_))
+    RedirectedImport(const char* name, Function* standIn, HMODULE module = nullptr)
+        : place_(FindImport(name, module)), original_(reinterpret_cast<Function*>(*place_))
     {
         WritePointer(place_, reinterpret_cast<void*>(standIn));
     }

@@ -1,7 +1,5 @@
 #include "support/server_printer.h"
 
-#include <winspool.h>
-
 namespace qx::test {
 
 namespace {
@@ -21,9 +19,9 @@ BOOL WINAPI GetServerPrinter(HANDLE printer, DWORD level, BYTE* buffer, DWORD si
 } // namespace
 
 PrintersBehindServer::PrintersBehindServer(HMODULE module)
-    : import_(module, "GetPrinterW", reinterpret_cast<void*>(GetServerPrinter))
+    : import_("GetPrinterW", GetServerPrinter, module)
 {
-    g_getPrinter = reinterpret_cast<decltype(g_getPrinter)>(import_.Original());
+    g_getPrinter = import_.Original();
 }
 
 } // namespace qx::test

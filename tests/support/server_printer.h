@@ -1,7 +1,9 @@
 // Printers of a print server, without a second computer.
 #pragma once
 
-#include "support/imports.h"
+#include "support/redirected_import.h"
+
+#include <winspool.h>
 
 namespace qx::test {
 
@@ -12,7 +14,7 @@ public:
     explicit PrintersBehindServer(HMODULE module); // throws std::runtime_error when it asks no spooler
 
 private:
-    RedirectedImport import_;
+    RedirectedImport<decltype(GetPrinterW)> import_;
 };
 
 } // namespace qx::test

@@ -33,6 +33,8 @@ void Initialize(Probe& probe)
         SetFocus(GetDlgItem(probe.dialog, IDC_ENTRY_COMPANY));
 }
 
+void CouldNotBeFilled(Probe&) noexcept {}
+
 std::span<const Route<Probe>> RoutesOf(const Probe&)
 {
     return kRoutes;
