@@ -379,7 +379,7 @@ def make_help(code, chm, folder):
 
 def check(codes):
     """Every problem of these languages, or of all that have help, as one Problem."""
-    codes = codes or [row.code for row in languages.read_list() if row.has_help]
+    codes = codes or [row.code for row in languages.languages_of_helps(languages.read_list())]
     problems = []
     for code in codes:
         try:

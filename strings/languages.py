@@ -85,6 +85,15 @@ def codes(languages):
     return [language.code for language in languages if language.has_texts]
 
 
+def languages_of_helps(languages):
+    """The languages that a help is made in. Where two share one, the first: captions and code page are its."""
+    helps = {}
+    for language in languages:
+        if language.has_help:
+            helps.setdefault(language.help, language)
+    return list(helps.values())
+
+
 # ---- what is built from the list -----------------------------------------------------------------------------------
 
 
@@ -118,15 +127,11 @@ def resource_script(languages):
 
 
 def cmake_variables(languages):
-    # The captions that a help quotes come from the first row with its code.
-    helps = {}
-    for language in languages:
-        if language.has_help:
-            helps.setdefault(language.help, language)
+    with_help = languages_of_helps(languages)
     lines = [
         f"set(QX_LANGUAGES {' '.join(language.code for language in languages)})",
-        f"set(QX_HELP_LANGUAGES {' '.join(language.code for language in helps.values())})",
-        *(f"set(QX_HELP_CODE_{language.code} {language.help})" for language in helps.values()),
+        f"set(QX_HELP_LANGUAGES {' '.join(language.code for language in with_help)})",
+        *(f"set(QX_HELP_CODE_{language.code} {language.help})" for language in with_help),
     ]
     return "\n".join(lines) + "\n"
 
