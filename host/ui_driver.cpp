@@ -516,7 +516,7 @@ void UiDriver::Do(std::function<void()> action)
     if (!PostMessageW(FindExecutor(uiThread_), kRun, 0, reinterpret_cast<LPARAM>(owned.get())))
         Fail(SystemError("the UI thread takes no messages", GetLastError()));
     static_cast<void>(owned.release()); // now the executor's
-    Settle(); // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
+    Settle();                           // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
 }
 
 void UiDriver::Press(int id)
@@ -605,7 +605,9 @@ void UiDriver::SelectRows(int id, const std::vector<int>& rows)
     if (std::ranges::any_of(rows, [count](int row) { return row < 0 || row >= count; }))
         Fail("list " + std::to_string(id) + " has only " + std::to_string(count) + " rows");
     Do([=] {
-        ListView_SetItemState(list, -1, 0, LVIS_SELECTED);
+        // Not all rows at once: some systems then tell of every single one, also in a list of a million.
+        for (int row = -1; (row = ListView_GetNextItem(list, row, LVNI_SELECTED)) >= 0;)
+            ListView_SetItemState(list, row, 0, LVIS_SELECTED);
         for (const int row : rows)
             ListView_SetItemState(list, row, LVIS_SELECTED | LVIS_FOCUSED, LVIS_SELECTED | LVIS_FOCUSED);
     });

@@ -266,6 +266,10 @@ LRESULT FaxSheet::Handle(UINT message, WPARAM w, LPARAM l)
         if (LOWORD(w) == kSendButton && HIWORD(w) == BN_CLICKED)
             CreateMissingPages();
         break;
+    case PSM_PRESSBUTTON: // a program that presses Send, which not every system turns into the command
+        if (w == PSBTN_OK)
+            CreateMissingPages();
+        break;
     case WM_DESTROY:
         // The messages that follow are the dialog's own again: with the last one it frees its font.
         RestoreProcedure(window_, SheetProcedure, previous_);

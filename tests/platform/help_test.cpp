@@ -330,8 +330,8 @@ TEST_F(Help, ATruncatedCabinetGivesNoHelpAndLeavesNoPartOfIt)
 {
     const std::string whole = Contents(fs::path(std::getenv("QX_BINARY_DIR")) / "QXFAXHLP.CAB");
     ASSERT_GT(whole.size(), 10000u);
-    for (const std::size_t bytes : {std::size_t{0}, std::size_t{3}, std::size_t{40}, std::size_t{100}, std::size_t{300},
-                                    whole.size() / 20, whole.size() / 8}) {
+    for (const std::size_t bytes :
+         {0, 3, 40, 100, 300, 2000, 6000}) { // in the header, the list of files, the first file
         WriteFile(cabinet_, whole.substr(0, bytes));
         EXPECT_EQ(Extract(), "") << bytes;
         EXPECT_TRUE(FilesInSandbox().empty()) << bytes;
