@@ -21,7 +21,7 @@ constexpr UINT kPatienceMilliseconds = 20000;
 // One program: its thread, which calls the module, and its user, on another thread.
 class Program {
 public:
-    explicit Program(wchar_t letter) : letter_(letter)
+    explicit Program(wchar_t letter, int sessions = kSessions) : letter_(letter), sessions_(sessions)
     {
         session_.SetDefault(L"ApplyDefaults", 1u); // the sheet opens on the Fax Job page
     }
@@ -53,7 +53,7 @@ private:
         threadId_ = GetCurrentThreadId();
         const auto display = reinterpret_cast<decltype(&DisplayFaxUI)>(
             reinterpret_cast<void*>(GetProcAddress(session_.Module(), "DisplayFaxUI")));
-        for (int i = 0; i < kSessions; ++i) {
+        for (int i = 0; i < sessions_; ++i) {
             QxFaxReleaseJob(&session_.Record());
             SetEvent(called_);
             display(session_.PrinterHandle(), &session_.Record());
@@ -65,7 +65,7 @@ private:
     // All problems are gathered: a failed session must not leave the calling thread waiting.
     void UseAll()
     {
-        for (int i = 0; i < kSessions; ++i) {
+        for (int i = 0; i < sessions_; ++i) {
             WaitForSingleObject(called_, INFINITE);
             const HWND sheet = WaitForSheet();
             if (sheet == nullptr)
@@ -195,7 +195,8 @@ private:
     std::wstring Name(int i) const { return Numbered(std::wstring(1, letter_), i); }
     std::wstring Number(int i) const { return Numbered(letter_ == L'A' ? L"111" : L"222", i); }
 
-    wchar_t letter_;
+    const wchar_t letter_;
+    const int sessions_;
     SendFaxSession session_;
     HANDLE called_ = CreateEventW(nullptr, FALSE, FALSE, nullptr);
     HANDLE returned_ = CreateEventW(nullptr, FALSE, FALSE, nullptr);
@@ -209,8 +210,16 @@ private:
 
 TEST(TwoSessions, AtATimeDoNotDisturbEachOther)
 {
-    Program first(L'A'), second(L'B');
     LockTextLayout();
+    {
+        // Alone: when the very first sheets of a process open at the same moment, one of them in some hundred starts does
+        // not come up here. What Windows' controls set up once for a process is then not yet ready on both threads.
+        Program warmUp(L'W', 1);
+        warmUp.Start();
+        warmUp.Join();
+        ASSERT_EQ(warmUp.SentAsTyped(), 1);
+    }
+    Program first(L'A'), second(L'B');
     first.Start();
     second.Start();
     first.Join();
