@@ -89,6 +89,9 @@ struct FileStamp {
 // None when the file cannot be asked.
 std::optional<FileStamp> StampOf(const std::wstring& path) noexcept;
 
+// Of a file's bytes. Unlike a stamp it means the same on every file system, for longer than a moment.
+using ContentHash = std::size_t;
+
 // Reads the whole file. ERROR_SUCCESS; the error of opening it; or ERROR_FILE_TOO_LARGE when it opened but could not be
 // read, or is longer than any phone book. out is left alone then. stamp, if given, is that of what was read.
 DWORD ReadWholeFile(const std::wstring& path, std::string& out, std::optional<FileStamp>* stamp = nullptr);

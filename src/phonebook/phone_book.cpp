@@ -58,7 +58,7 @@ BOOL PhoneBook::Load() noexcept
         const Busy busy(*this);
         if (filePath_.empty())
             BuildFilePath();
-        keepOld_ = true; // unless the load comes to its end
+        seen_.reset(); // unless the load comes to its end
         const bool wasEmpty = items_.empty();
         const unsigned loadsBefore = loads_;
         const LoadedPhoneBook loaded = LoadPhoneBookFile(filePath_, store_);
@@ -71,7 +71,8 @@ BOOL PhoneBook::Load() noexcept
         RaiseNextId(loaded);
         for (PhoneBookItem* const item : loaded.items)
             Add(item);
-        keepOld_ = loaded.outcome != LoadOutcome::Read || loaded.dropped;
+        if (loaded.outcome == LoadOutcome::Read && !loaded.dropped)
+            seen_ = loaded.content;
         if (wasEmpty && result)
             stamp_ = loaded.stamp;
         ++loads_;
@@ -87,8 +88,10 @@ BOOL PhoneBook::Save(DWORD count) noexcept
             BuildFilePath();
         const auto end = items_.begin() + static_cast<std::ptrdiff_t>(std::min<std::size_t>(count, items_.size()));
         const std::vector<PhoneBookItem*> saved(items_.begin(), end);
-        if (SavePhoneBookFile(filePath_, saved, keepOld_))
-            keepOld_ = false;
+        const unsigned loadsBefore = loads_;
+        std::optional<ContentHash> seen = seen_;
+        if (SavePhoneBookFile(filePath_, saved, !seen, &seen) && loads_ == loadsBefore)
+            seen_ = seen; // else the book is what was loaded meanwhile
     });
     return TRUE;
 }

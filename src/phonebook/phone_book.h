@@ -29,8 +29,8 @@ public:
     // 0 when there is no readable file; 1 otherwise, also when the file could not be understood and nothing was added.
     // While it reads, messages may be answered: when one of them loads the book, that is what the book then holds.
     virtual BOOL Load() noexcept;
-    // Writes the first count items. Always 1. A file that the last load did not see whole is copied before it is
-    // replaced.
+    // Writes the first count items. Always 1. A file that the last load did not see whole, or that somebody else has
+    // saved since, is copied before it is replaced.
     virtual BOOL Save(DWORD count) noexcept;
     virtual BOOL Add(PhoneBookItem* item);
     // Drops the item at index, its id from every group (first occurrence), and every group without member ids.
@@ -94,7 +94,8 @@ private:
     DWORD nextGap_ = 0;
     std::vector<DWORD> takenIds_; // of the file, sorted, once its largest id is the largest there is
     std::wstring filePath_;
-    bool keepOld_ = true; // nobody has seen all that is in the file: it is copied before it is replaced
+    // What the book knows all of, as it was last loaded or saved. Any other file is copied before it is replaced.
+    std::optional<ContentHash> seen_;
     std::optional<FileStamp> stamp_; // of the file that the book is, unchanged
     unsigned loads_ = 0;             // that have come to their end
     unsigned busy_ = 0;              // loads and saves that are under way

@@ -7,7 +7,9 @@
 #include "phonebook/xml_text.h"
 
 #include <algorithm>
+#include <functional>
 #include <optional>
+#include <string_view>
 
 namespace qx {
 
@@ -315,6 +317,20 @@ bool Store(PhoneBookDocument& document, const std::wstring& path)
     return replacement && document.Save(replacement.Path()) && replacement.TakePlace();
 }
 
+ContentHash HashOf(std::string_view bytes) noexcept
+{
+    return std::hash<std::string_view>()(bytes);
+}
+
+// None when the file cannot be read.
+std::optional<ContentHash> ContentOf(const std::wstring& path)
+{
+    std::string bytes;
+    if (ReadWholeFile(path, bytes) != ERROR_SUCCESS)
+        return std::nullopt;
+    return HashOf(bytes);
+}
+
 DWORD ReadGuarded(const std::wstring& path, std::string& bytes, std::optional<FileStamp>& stamp)
 {
     const std::wstring real = FollowLink(path);
@@ -339,6 +355,7 @@ LoadedPhoneBook LoadPhoneBookFile(const std::wstring& path, ItemStore& store)
     default:
         return {.outcome = LoadOutcome::NotReadable};
     }
+    loaded.content = HashOf(bytes);
     PhoneBookDocument document;
     loaded.outcome = LoadOutcome::NotUnderstood;
     if (!document.Read(bytes))
@@ -352,13 +369,17 @@ LoadedPhoneBook LoadPhoneBookFile(const std::wstring& path, ItemStore& store)
     return loaded;
 }
 
-bool SavePhoneBookFile(const std::wstring& path, std::span<PhoneBookItem* const> items, bool keepOld)
+bool SavePhoneBookFile(const std::wstring& path, std::span<PhoneBookItem* const> items, bool keepOld,
+                       std::optional<ContentHash>* seen)
 {
     const std::wstring real = FollowLink(path);
     const FileGuard guard(real);
     const HiddenAfterwards hidden(real);
     // The copy comes after: what was not there before is there now, and nothing can appear unseen in between.
-    if (!MakeWritable(real) || (keepOld && !KeepCopy(real)))
+    if (!MakeWritable(real))
+        return false;
+    const bool unseen = keepOld || (seen != nullptr && ContentOf(real) != *seen);
+    if (unseen && !KeepCopy(real))
         return false;
     PhoneBookDocument document;
     if (!document.Begin())
@@ -370,6 +391,8 @@ bool SavePhoneBookFile(const std::wstring& path, std::span<PhoneBookItem* const>
     }
     const bool stored = Store(document, real);
     RemoveAbandonedReplacements(real);
+    if (stored && seen != nullptr)
+        *seen = ContentOf(real);
     return stored;
 }
 

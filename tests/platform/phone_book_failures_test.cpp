@@ -216,6 +216,23 @@ TEST_F(FailingFiles, ABookThatWasSeenOrWasNeverThereLeavesNoCopy)
     EXPECT_EQ(documents.Files(), Names{L"qxfaxab.xml"});
 }
 
+TEST_F(FailingFiles, ABookThatSomebodyElseSavedUnnoticedIsKeptBeforeItIsReplaced)
+{
+    WriteBook();
+    book->Reload();
+    EXPECT_TRUE(SaveBob());
+    const std::string theirs = ReadFileBytes(Path());
+    book->Save(book->GetCount());
+    EXPECT_EQ(ReadFileBytes(Path() + L".bak"), theirs);
+    // From then on it is what this book saved; and the same again is no change.
+    book->Save(1);
+    EXPECT_TRUE(SaveBob());
+    book->Reload();
+    EXPECT_TRUE(SaveBob());
+    book->Save(1);
+    EXPECT_EQ(documents.Files(), (Names{L"qxfaxab.xml", L"qxfaxab.xml.bak"}));
+}
+
 TEST_F(FailingFiles, ABookOfWhichALoadDropsSomethingIsKeptBeforeItIsReplaced)
 {
     for (const char* const item :
