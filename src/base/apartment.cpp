@@ -99,17 +99,17 @@ bool IsInputFor(HWND window, const MSG& message) noexcept
            GetAncestor(message.hwnd, GA_ROOT) == GetAncestor(window, GA_ROOT);
 }
 
-// The messages that wait at the moment. False when the program wants to quit, with its exit code.
-bool DispatchWaiting(HWND inert, int& exitCode) noexcept
+// One of the messages that wait: a program may never run out of them. False when it wants to quit, with its exit code.
+bool DispatchNext(HWND inert, int& exitCode) noexcept
 {
     MSG message;
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-        if (message.message == WM_QUIT) {
-            exitCode = static_cast<int>(message.wParam);
-            return false;
-        }
-        if (IsInputFor(inert, message))
-            continue;
+    if (!PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
+        return true;
+    if (message.message == WM_QUIT) {
+        exitCode = static_cast<int>(message.wParam);
+        return false;
+    }
+    if (!IsInputFor(inert, message)) {
         TranslateMessage(&message);
         DispatchMessageW(&message);
     }
@@ -172,7 +172,7 @@ void ApartmentThread::Run(const std::function<void()>& work, HWND inert) noexcep
         MSG message;
         if (quits) {
             PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE | PM_QS_SENDMESSAGE);
-        } else if (!DispatchWaiting(inert, exitCode)) {
+        } else if (!DispatchNext(inert, exitCode)) {
             quits = true;
             PostThreadMessageW(threadId_, WM_QUIT, 0, 0); // ends its dialogs
         }

@@ -135,6 +135,28 @@ TEST(FileDialog, AnotherThreadsApartmentDoesNotCount)
     OnThread(COINIT_MULTITHREADED, [] { OnThread(kNoCom, [] { EXPECT_FALSE(IsInMultithreadedApartment()); }); });
 }
 
+// A window that always has something to do, for some seconds.
+ULONGLONG g_restlessUntil = 0;
+LRESULT CALLBACK RestlessProcedure(HWND window, UINT message, WPARAM w, LPARAM l)
+{
+    if (message == WM_APP && GetTickCount64() < g_restlessUntil)
+        PostMessageW(window, WM_APP, 0, 0);
+    return DefWindowProcW(window, message, w, l);
+}
+
+TEST(FileDialog, ReturnsAlsoToAThreadWhoseMessagesNeverEnd)
+{
+    OnThread(COINIT_MULTITHREADED, [] {
+        const HWND window = CreateWindowExW(0, L"Static", L"", WS_POPUP, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
+        SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(RestlessProcedure));
+        g_restlessUntil = GetTickCount64() + 10000;
+        PostMessageW(window, WM_APP, 0, 0);
+        EXPECT_TRUE(Ask(nullptr, [](OPENFILENAMEW&) { return true; }));
+        EXPECT_LT(GetTickCount64(), g_restlessUntil);
+        DestroyWindow(window);
+    });
+}
+
 TEST(FileDialog, TheOwnersWindowsLiveOnMeanwhile)
 {
     OnThread(COINIT_MULTITHREADED, [] {
