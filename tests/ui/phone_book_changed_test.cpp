@@ -163,6 +163,27 @@ TEST(PhoneBookChanged, EditThatAReloadOvertookReplacesTheEntryOfThatId)
     EXPECT_EQ(NamesIn(ui, IDC_BOOK_LIST), (Names{L"Amy", L"Bob", L"Zoe"}));
 }
 
+// What has the id now is not what the user was editing: nobody deleted it, so it stays.
+TEST(PhoneBookChanged, EditOfAnEntryWhoseIdAReloadGaveToAnotherOneReplacesNothing)
+{
+    PhoneBookSession session(BookText().Entry(1, L"Bob", L"222"));
+    UiDriver& ui = session.OpenEditor();
+    ui.Press(IDC_BOOK_ADD_ENTRY);
+    ui.Type(IDC_ENTRY_NAME, L"Zoe");
+    ui.Type(IDC_ENTRY_FAX_NUMBER, L"5");
+    ui.Press(IDOK); // id 2, not saved yet
+    ui.SelectRows(IDC_BOOK_LIST, {1});
+    ui.Press(IDC_BOOK_EDIT);
+    session.WritePhoneBook(BookText().Entry(1, L"Bob", L"222").Entry(2, L"Amy", L"3").Text());
+    BroadcastPhoneBookChanged();
+    ui.Type(IDC_ENTRY_NAME, L"Zora");
+    ui.Press(IDOK);
+    ASSERT_EQ(NamesIn(ui, IDC_BOOK_LIST), (Names{L"Amy", L"Bob", L"Zora"}));
+    ui.SelectRows(IDC_BOOK_LIST, {2});
+    ui.Press(IDC_BOOK_EDIT);
+    EXPECT_EQ(ui.Text(IDC_ENTRY_NAME), L"Zora"); // it has an id of its own
+}
+
 // Two programs that add at the same time draw the same id.
 TEST(PhoneBookChanged, NewEntryNeverSharesItsIdWithOneThatAReloadBrought)
 {

@@ -1,6 +1,7 @@
 #include "phonebook/ui/edit_phone_book_dialog.h"
 
 #include "base/dialog.h"
+#include "base/text.h"
 #include "phonebook/phone_book.h"
 #include "phonebook/ui/button_rules.h"
 #include "phonebook/ui/details_dialogs.h"
@@ -143,15 +144,54 @@ bool EditItem(EditPhoneBookContext& editor, PhoneBookItem* item)
     return ShowEntryDialog(editor.dialog, context) == IDOK;
 }
 
+// An item as it was before the user edited it.
+class Unedited {
+public:
+    explicit Unedited(const PhoneBookItem& item)
+        : isGroup_(item.IsGroup()), name_(item.GetName()), faxNumber_(NumberOf(item))
+    {
+    }
+
+    // False for one that differs in all that names it: another program has given the id of an item that was not saved
+    // yet to one of its own.
+    bool MayBe(const PhoneBookItem& other) const noexcept
+    {
+        return other.IsGroup() == isGroup_ && (EqualUserText(other.GetName(), name_.c_str()) ||
+                                               (!isGroup_ && EqualUserText(NumberOf(other), faxNumber_.c_str())));
+    }
+
+private:
+    static const wchar_t* NumberOf(const PhoneBookItem& item) noexcept
+    {
+        const PhoneBookEntry* const entry = AsEntry(&item);
+        return entry != nullptr ? OrEmpty(entry->FaxNumber()) : L"";
+    }
+
+    const BOOL isGroup_;
+    const std::wstring name_;
+    const std::wstring faxNumber_;
+};
+
 // At the last item with that id, wherever it is by now: the book may have been reloaded while the user was editing.
-void StoreBack(PhoneBook& book, PhoneBookItem* item, KeptItem& kept)
+void StoreBack(PhoneBook& book, PhoneBookItem* item, const Unedited& before, KeptItem& kept)
 {
+    const bool reloaded = std::ranges::find(book.Items(), item) == book.Items().end();
     for (DWORD index = book.GetCount(); index-- > 0;) {
-        if (book.GetAt(index)->GetId() == item->GetId()) {
+        const PhoneBookItem* const found = book.GetAt(index);
+        if (found->GetId() != item->GetId())
+            continue;
+        if (!reloaded || before.MayBe(*found)) {
             book.SetAt(index, item);
-            kept.TakenBack();
-            return;
+        } else {
+            const DWORD id = book.NextId();
+            if (PhoneBookGroup* const group = AsGroup(item))
+                group->SetId(id);
+            else
+                AsEntry(item)->SetId(id);
+            book.Add(item);
         }
+        kept.TakenBack();
+        return;
     }
 }
 
@@ -161,8 +201,9 @@ void EditSelected(EditPhoneBookContext& editor)
     if (item == nullptr)
         return;
     KeptItem kept(editor.book.Store(), item);
+    const Unedited before(*item);
     if (EditItem(editor, item)) {
-        StoreBack(editor.book, item, kept);
+        StoreBack(editor.book, item, before, kept);
         SortAndShow(editor, item);
     }
     FocusControl(editor.dialog, IDC_BOOK_LIST);
