@@ -427,7 +427,7 @@ bool AddWithRows(FaxJobPage& page, std::span<UniqueItem<PhoneBookEntry>> entries
 void RememberRecent(FaxJobPage& page, const PhoneBookItem& item)
 {
     page.recent->AddRecent(&item, page.book);
-    page.recent->Save();
+    Guarded([&] { page.recent->Save(); }); // the name box must not go on showing an item that has dropped out
     RefreshNameBoxList(page);
 }
 
