@@ -221,6 +221,12 @@ void FaxSheet::CreateMissingPages()
     }
 }
 
+void FaxSheet::BeginSend()
+{
+    CreateMissingPages();
+    round_.Begin();
+}
+
 void FaxSheet::ReloadPhoneBook()
 {
     content_->faxJobPage.book->FollowChange(false);
@@ -264,11 +270,15 @@ LRESULT FaxSheet::Handle(UINT message, WPARAM w, LPARAM l)
             return 0;
         }
         if (LOWORD(w) == kSendButton && HIWORD(w) == BN_CLICKED)
-            CreateMissingPages();
+            BeginSend();
         break;
-    case PSM_PRESSBUTTON: // a program that presses Send, which not every system turns into the command
-        if (w == PSBTN_OK)
-            CreateMissingPages();
+    // The ways of other programs, among them those that help the user to press buttons.
+    case PSM_PRESSBUTTON:
+        if (w == PSBTN_OK || w == PSBTN_APPLYNOW)
+            BeginSend();
+        break;
+    case PSM_APPLY:
+        BeginSend();
         break;
     case WM_DESTROY:
         // The messages that follow are the dialog's own again: with the last one it frees its font.

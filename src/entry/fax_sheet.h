@@ -40,6 +40,7 @@ public:
 private:
     bool Hook(HWND sheet) noexcept;
     void TakeOverButtons();
+    void BeginSend();
     void CreateMissingPages();
     void ReloadPhoneBook();
     void BeShownFirst();

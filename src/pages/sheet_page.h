@@ -15,7 +15,11 @@ class SendRound {
 public:
     enum Page : unsigned { kFaxJob = 1, kSetup = 2 };
 
-    // A page that is asked a second time is asked by the next press.
+    // Send is pressed. The page that is asked first may be another one than the last time: what was asked then, and
+    // ended with a refusal, is over.
+    void Begin() noexcept { *this = {}; }
+
+    // Not every press is heard of: a page that is asked a second time is asked by the next one.
     void Ask(Page page) noexcept
     {
         if ((asked_ & page) != 0)

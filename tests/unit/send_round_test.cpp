@@ -48,5 +48,18 @@ TEST(SendRound, WhatWasAcceptedBeforeARefusalDoesNotCountInTheNextRound)
     EXPECT_TRUE(Accepts(round, kFaxJob));
 }
 
+TEST(SendRound, ThePageThatRefusedTheLastPressMayBeTheLastOneToAcceptTheNext)
+{
+    for (const bool presses : {false, true}) {
+        SendRound round;
+        round.Begin();
+        round.Ask(kFaxJob); // refuses, and ends the asking
+        if (presses)
+            round.Begin();
+        EXPECT_FALSE(Accepts(round, kSetup));
+        EXPECT_EQ(Accepts(round, kFaxJob), presses); // else Setup comes after it
+    }
+}
+
 } // namespace
 } // namespace qx
