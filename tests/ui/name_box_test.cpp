@@ -452,6 +452,22 @@ TEST_F(NameBox, ACompositionThatTheUserLeftIsAnsweredWithoutCompletingIt)
     EXPECT_EQ(Name(), L"Bo");
 }
 
+// Some input methods hand over what they have composed only when the user has already left the field, as characters.
+TEST_F(NameBox, WhatComesAfterTheUserHasLeftIsNotCompleted)
+{
+    stand.UseWindowsComboBox();
+    ShowWith({L"Bob", L"Anna"}); // 100, 101
+    stand.SetText(IDC_FAX_NUMBER, L"555");
+    stand.Compose(L"");
+    SetFocus(stand.Control(IDC_COMPANY));
+    stand.TypeName(L"an");
+    EXPECT_EQ(Name(), L"an");
+    EXPECT_FALSE(stand.NamesShown());
+    EXPECT_EQ(Fax(), L"555");
+    stand.Press(IDC_TO);
+    EXPECT_EQ(stand.Recipients(), (std::vector<Row>{{L"an", L"555", L""}}));
+}
+
 // ---- a combo box as on Windows
 
 TEST_F(NameBox, TheCompletedRowStaysChosenAlthoughTheComboBoxDeselectsItAfterItsNotification)
@@ -988,6 +1004,7 @@ private:
 
 std::wstring Completed(TypeAheadState& state)
 {
+    SetFocus(state.edit);
     SetWindowTextW(state.edit, L"a");
     state.previousLength = 0;
     OnEditChange(state);

@@ -804,7 +804,9 @@ void OnEditChange(TypeAheadState& state)
 {
     const std::wstring typed = EditText(state);
     ShowMatches(state, typed);
-    const int row = FindRow(state, CB_FINDSTRING, typed);
+    // An input method may hand over what was composed when the user has already gone on: nobody would see it completed,
+    // and nobody close the list.
+    const int row = GetFocus() == state.edit ? FindRow(state, CB_FINDSTRING, typed) : kNoRow;
     switch (AnswerTyping(typed, state.previousLength, row >= 0)) {
     case EditAnswer::HideList:
         HideList(state);
