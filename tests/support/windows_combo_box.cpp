@@ -18,19 +18,34 @@ struct Wrapped {
 
 thread_local bool t_active = false;
 // A window property would be the ordinary place, but a slow one where each look-up goes to another process.
-thread_local std::unordered_map<HWND, Wrapped> t_wrapped;
+// On the heap while there are any: some runtimes run destructors of a thread's objects when their memory has gone.
+thread_local std::unordered_map<HWND, Wrapped>* t_wrapped = nullptr;
+
+Wrapped& WrappedOf(HWND window)
+{
+    if (t_wrapped == nullptr)
+        t_wrapped = new std::unordered_map<HWND, Wrapped>;
+    return (*t_wrapped)[window];
+}
+
+void Forget(HWND window)
+{
+    t_wrapped->erase(window);
+    if (t_wrapped->empty())
+        delete std::exchange(t_wrapped, nullptr);
+}
 
 LRESULT Before(HWND window, UINT message, WPARAM w, LPARAM l)
 {
-    const WNDPROC procedure = t_wrapped[window].before;
+    const WNDPROC procedure = WrappedOf(window).before;
     if (message == WM_NCDESTROY)
-        t_wrapped.erase(window);
+        Forget(window);
     return CallWindowProcW(procedure, window, message, w, l);
 }
 
 void Replace(HWND window, WNDPROC procedure)
 {
-    t_wrapped[window].before = reinterpret_cast<WNDPROC>(
+    WrappedOf(window).before = reinterpret_cast<WNDPROC>(
         SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(procedure)));
 }
 
@@ -58,9 +73,9 @@ WPARAM FirstRowThatBeginsWithTheText(HWND combo)
 // What the combo box writes itself is no change for it.
 LRESULT Write(HWND combo, UINT message, WPARAM w, LPARAM l)
 {
-    const bool before = std::exchange(t_wrapped[combo].writes, true);
+    const bool before = std::exchange(WrappedOf(combo).writes, true);
     const LRESULT result = Before(combo, message, w, l);
-    t_wrapped[combo].writes = before;
+    WrappedOf(combo).writes = before;
     return result;
 }
 
@@ -71,7 +86,7 @@ LRESULT AnswerChild(HWND combo, WPARAM w, LPARAM l)
     if (sender == parts.hwndList)
         return Write(combo, WM_COMMAND, w, l);
     const LRESULT result = Before(combo, WM_COMMAND, w, l);
-    if (sender == parts.hwndItem && HIWORD(w) == EN_CHANGE && !t_wrapped[combo].writes) {
+    if (sender == parts.hwndItem && HIWORD(w) == EN_CHANGE && !WrappedOf(combo).writes) {
         const WPARAM row = HasOpenedItsList(combo) ? FirstRowThatBeginsWithTheText(combo) : kNothing;
         SendMessageW(parts.hwndList, LB_SETCURSEL, row, 0);
     }
