@@ -1,6 +1,6 @@
 // CSV files: parsing beside another reader and beside copying the bytes, whole imports beside what every import has to
 // do, an export beside writing its bytes.
-#include "phonebook/csv_import.h"
+#include "phonebook/csv/csv_import.h"
 #include "support/measure.h"
 #include "support/phone_book.h"
 #include "support/temporary_folder.h"
@@ -53,8 +53,8 @@ void ParseWithOtherReader(const std::string& bytes)
     std::size_t units = 0;
     char *name = nullptr, *faxNumber = nullptr, *company = nullptr;
     while (reader.read_row(name, faxNumber, company))
-        units += static_cast<std::size_t>(*name) + static_cast<std::size_t>(*faxNumber) +
-                 static_cast<std::size_t>(*company);
+        units +=
+            static_cast<std::size_t>(*name) + static_cast<std::size_t>(*faxNumber) + static_cast<std::size_t>(*company);
     g_sink = units;
 }
 

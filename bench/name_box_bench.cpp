@@ -1,8 +1,8 @@
 // What a keystroke in the completing name box costs, beside the same outcome on a bare combo box: the typed letter, the
 // list filled with the same names and shown, the first one put into the edit with its tail selected.
-#include "phonebook/ui/type_ahead_combo.h"
+#include "dialog/type_ahead_combo.h"
 
-#include "base/dialog.h"
+#include "dialog/dialog.h"
 #include "support/measure.h"
 
 #include <string>
@@ -23,8 +23,9 @@ std::vector<std::wstring> Names()
 
 struct Combo {
     explicit Combo(HWND owner, int top)
-        : window(CreateWindowExW(0, WC_COMBOBOXW, L"", WS_CHILD | WS_VISIBLE | WS_VSCROLL | CBS_DROPDOWN | CBS_AUTOHSCROLL,
-                                 10, top, 220, 200, owner, nullptr, qx::ModuleInstance(), nullptr))
+        : window(CreateWindowExW(0, WC_COMBOBOXW, L"",
+                                 WS_CHILD | WS_VISIBLE | WS_VSCROLL | CBS_DROPDOWN | CBS_AUTOHSCROLL, 10, top, 220, 200,
+                                 owner, nullptr, qx::ModuleInstance(), nullptr))
     {
         COMBOBOXINFO info{};
         info.cbSize = sizeof info;
@@ -97,11 +98,10 @@ int main(int count, char** arguments)
     qx::SetSuggestionItems(state, std::move(items));
 
     qx::bench::Benchmark benchmark(kRounds);
-    benchmark.Compare({"a keystroke in the name box, 20 recent names", [&] { TypeIntoNameBox(state, completing); },
-                       [&] { EmptyNameBox(state); }},
-                      {"the same on a bare combo box", [&] { TypeIntoBareCombo(bare, names); },
-                       [&] { EmptyBareCombo(bare); }},
-                      1.5);
+    benchmark.Compare(
+        {"a keystroke in the name box, 20 recent names", [&] { TypeIntoNameBox(state, completing); },
+         [&] { EmptyNameBox(state); }},
+        {"the same on a bare combo box", [&] { TypeIntoBareCombo(bare, names); }, [&] { EmptyBareCombo(bare); }}, 1.5);
     qx::DetachTypeAhead(state);
     DestroyWindow(owner);
     return benchmark.Report(count, arguments);

@@ -1,10 +1,10 @@
 // The phone book against what nobody can avoid: the bare DOM with the cheapest calls it has, a sort over ready keys,
 // one pass over the items. The literal rules stand beside it, to show what the indexes are for.
-#include "phonebook/com.h"
-#include "phonebook/file_replacement.h"
-#include "phonebook/item_id.h"
-#include "phonebook/phone_book_file.h"
-#include "phonebook/sort_order.h"
+#include "phonebook/book/item_id.h"
+#include "phonebook/book/sort_order.h"
+#include "phonebook/file/com.h"
+#include "phonebook/file/file_replacement.h"
+#include "phonebook/file/phone_book_file.h"
 #include "support/measure.h"
 #include "support/phone_book.h"
 
@@ -401,7 +401,7 @@ void MeasureResolving(Benchmark& benchmark)
     FillWithGroups(*large, 10000);
     const auto module = [](const TestBook& book) {
         book->SetAt(0, book->GetAt(0)); // a change: no index is left from the run before
-        ResolveAll(book, [&book](PhoneBookGroup& group) { group.ResolveMembers(*book); });
+        ResolveAll(book, [&book](PhoneBookGroup& group) { book->ResolveMembers(group); });
     };
     const bench::Work resolve{"resolve 100 groups of 100", [=] { module(*large); }};
     benchmark.Compare(resolve,

@@ -1,6 +1,6 @@
 // The phone book dialogs on long phone books, against what the list view itself needs for the same rows.
 #include "base/activation_context.h"
-#include "base/dialog.h"
+#include "dialog/dialog.h"
 #include "phonebook/ui/edit_phone_book_dialog.h"
 #include "phonebook/ui/phone_book_list.h"
 #include "phonebook/ui/recipient_picks.h"

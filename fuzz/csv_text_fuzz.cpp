@@ -1,8 +1,8 @@
 // CSV files of any bytes: encoding, parsing, fields, import rows. What the fast reader finds is compared with the rules
 // taken literally.
 #include "fuzz.h"
-#include "phonebook/csv_text.h"
-#include "phonebook/import_rules.h"
+#include "phonebook/csv/csv_text.h"
+#include "phonebook/csv/import_rules.h"
 #include "support/literal_csv.h"
 
 namespace {

@@ -1,5 +1,5 @@
 // Registry values that should hold an entry's three texts.
-#include "phonebook/entry_text_block.h"
+#include "phonebook/recent/entry_text_block.h"
 
 #include "fuzz.h"
 

@@ -1,5 +1,5 @@
 // Ids in the phone book file.
-#include "phonebook/item_id.h"
+#include "phonebook/book/item_id.h"
 
 #include "fuzz.h"
 

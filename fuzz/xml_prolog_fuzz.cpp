@@ -1,5 +1,5 @@
 // Documents before a parser sees them.
-#include "phonebook/xml_prolog.h"
+#include "phonebook/file/xml_prolog.h"
 
 #include "fuzz.h"
 

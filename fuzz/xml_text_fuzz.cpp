@@ -1,5 +1,5 @@
 // Names that go into a document.
-#include "phonebook/xml_text.h"
+#include "phonebook/file/xml_text.h"
 
 #include "fuzz.h"
 

@@ -7,10 +7,10 @@
 #include "base/module.h"
 #include "base/process_heap.h"
 #include "base/window_procedure.h"
-#include "phonebook/address_book_import.h"
-#include "phonebook/phone_book.h"
+#include "dialog/controls.h"
+#include "phonebook/book/phone_book.h"
+#include "phonebook/recent/address_book_import.h"
 #include "phonebook/ui/phone_book_changed.h"
-#include "text/controls.h"
 #include "text/help.h"
 
 #include <algorithm>

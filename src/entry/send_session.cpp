@@ -3,6 +3,7 @@
 #include "base/activation_context.h"
 #include "base/guest.h"
 #include "base/printer_driver.h"
+#include "phonebook/file/phone_book_file.h"
 #include "settings/device_state.h"
 #include "settings/fax_defaults.h"
 #include "settings/registry.h"
@@ -47,7 +48,7 @@ std::wstring PrinterText(HANDLE printer, const wchar_t* name)
 } // namespace
 
 SendSession::SendSession(HANDLE printer, FaxJobData& record)
-    : printer_(printer), record_(record), book_(new PhoneBook(items_))
+    : printer_(printer), record_(record), book_(new PhoneBook(items_, PhoneBookFiles()))
 {
 }
 

@@ -2,12 +2,12 @@
 #pragma once
 
 #include "base/unique.h"
-#include "entry/fax_job_data.h"
 #include "entry/fax_sheet.h"
 #include "pages/fax_job_page.h"
 #include "pages/setup_page.h"
-#include "phonebook/phone_book.h"
-#include "phonebook/recent_list.h"
+#include "phonebook/book/phone_book.h"
+#include "phonebook/recent/recent_list.h"
+#include "record/fax_job_data.h"
 #include "text/localized_text.h"
 
 #include <memory>
@@ -40,8 +40,8 @@ private:
     void PreparePages();
     void RunSheet();
 
-    HANDLE printer_;      // the driver's
-    FaxJobData& record_;  // the driver's
+    HANDLE printer_;     // the driver's
+    FaxJobData& record_; // the driver's
     ItemStore items_;
     FaxJobPage faxJobPage_;
     SetupPage setupPage_;

@@ -1,9 +1,9 @@
 #include "pages/cover_page.h"
 
-#include "base/dialog.h"
-#include "base/file_dialog.h"
 #include "base/unique.h"
-#include "entry/fax_job_data.h"
+#include "dialog/dialog.h"
+#include "dialog/file_dialog.h"
+#include "record/fax_job_data.h"
 #include "res/cover_page_ids.h"
 
 #include <new>

@@ -1,7 +1,7 @@
 #include "pages/edit_defaults_dialog.h"
 
-#include "entry/fax_job_data.h"
 #include "pages/cover_page.h"
+#include "record/fax_job_data.h"
 #include "res/edit_defaults_ids.h"
 #include "settings/device_state.h"
 #include "settings/fax_defaults.h"

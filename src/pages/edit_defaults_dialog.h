@@ -1,9 +1,9 @@
 // The Edit Defaults dialog: the user's standing send settings of a printer.
 #pragma once
 
-#include "base/dialog.h"
+#include "dialog/controls.h"
+#include "dialog/dialog.h"
 #include "pages/send_settings.h"
-#include "text/controls.h"
 
 #include <qxfax/send_fax.h>
 #include <span>

@@ -1,12 +1,12 @@
 #include "pages/fax_job_page.h"
 
-#include "base/access_key.h"
 #include "base/text_template.h"
+#include "dialog/access_key.h"
 #include "pages/cover_page.h"
 #include "pages/recipient_rules.h"
 #include "pages/send_button.h"
-#include "phonebook/phone_book.h"
-#include "phonebook/recent_list.h"
+#include "phonebook/book/phone_book.h"
+#include "phonebook/recent/recent_list.h"
 #include "phonebook/ui/add_recipients_dialog.h"
 #include "phonebook/ui/phone_book_changed.h"
 #include "res/bitmaps_ids.h"
@@ -69,9 +69,8 @@ constexpr Message kTooManyRecipients{
 constexpr Message kDuplicate{{5257, L"This is a duplicate entry.Please enter a different name or fax number"},
                              MB_OK | MB_ICONSTOP,
                              MessageTitle::Warning};
-constexpr Message kPhoneBookFull{{6098, L"The maximum number of phone book entries has been entered."},
-                                 MB_OK | MB_ICONSTOP,
-                                 MessageTitle::Warning};
+constexpr Message kPhoneBookFull{
+    {6098, L"The maximum number of phone book entries has been entered."}, MB_OK | MB_ICONSTOP, MessageTitle::Warning};
 constexpr Message kNoRecipient{
     {5255, L"At least one fax number is required."}, MB_OK | MB_ICONSTOP, MessageTitle::Error};
 constexpr Text kInformationMissing{5256};
@@ -85,11 +84,20 @@ constexpr std::size_t kFieldUnits = kTextUnits - 1; // read from one field
 
 // ---- controls -------------------------------------------------------------------------------------------------------
 
-HWND ControlOf(const FaxJobPage& page, int id) noexcept { return GetDlgItem(page.dialog, id); }
+HWND ControlOf(const FaxJobPage& page, int id) noexcept
+{
+    return GetDlgItem(page.dialog, id);
+}
 
-void Enable(const FaxJobPage& page, int id, bool enabled) noexcept { EnableControl(page.dialog, id, enabled); }
+void Enable(const FaxJobPage& page, int id, bool enabled) noexcept
+{
+    EnableControl(page.dialog, id, enabled);
+}
 
-void Show(const FaxJobPage& page, int id, bool shown) noexcept { ShowControl(page.dialog, id, shown); }
+void Show(const FaxJobPage& page, int id, bool shown) noexcept
+{
+    ShowControl(page.dialog, id, shown);
+}
 
 // A text that stands there already is not set again: every keystroke in the name box may come here.
 void SetText(const FaxJobPage& page, int id, const wchar_t* text)
@@ -110,11 +118,20 @@ bool IsShown(const FaxJobPage& page, int id) noexcept
     return (GetWindowLongPtrW(ControlOf(page, id), GWL_STYLE) & WS_VISIBLE) != 0;
 }
 
-bool Holds(const FaxJobPage& page, int id) noexcept { return HasText(ControlOf(page, id)); }
+bool Holds(const FaxJobPage& page, int id) noexcept
+{
+    return HasText(ControlOf(page, id));
+}
 
-void Focus(const FaxJobPage& page, int id) noexcept { FocusControl(page.dialog, id); }
+void Focus(const FaxJobPage& page, int id) noexcept
+{
+    FocusControl(page.dialog, id);
+}
 
-void ShowMessage(const FaxJobPage& page, const Message& message) { ShowFaxMessage(page, message, page.dialog); }
+void ShowMessage(const FaxJobPage& page, const Message& message)
+{
+    ShowFaxMessage(page, message, page.dialog);
+}
 
 // ---- the fields -----------------------------------------------------------------------------------------------------
 
@@ -557,9 +574,15 @@ void AddFieldsToPhoneBook(FaxJobPage& page)
 
 // ---- cover page and billing code ------------------------------------------------------------------------------------
 
-void ToggleCoverPage(FaxJobPage& page) { page.checkImage = OnCoverPageToggled(page.dialog); }
+void ToggleCoverPage(FaxJobPage& page)
+{
+    page.checkImage = OnCoverPageToggled(page.dialog);
+}
 
-void Browse(FaxJobPage& page) { BrowseForOverlayImage(page.dialog); }
+void Browse(FaxJobPage& page)
+{
+    BrowseForOverlayImage(page.dialog);
+}
 
 void LoadCoverPage(FaxJobPage& page)
 {
@@ -615,12 +638,24 @@ void ShowBillingCodeTooShort(const FaxJobPage& page)
 int ReportProblem(const FaxJobPage& page, SendProblem problem)
 {
     switch (problem) {
-    case SendProblem::NoRecipient: ShowMessage(page, kNoRecipient); return IDC_FAX_NUMBER;
-    case SendProblem::TooManyRecipients: ShowMessage(page, kTooManyRecipients); return IDC_FAX_NUMBER;
-    case SendProblem::BillingCodeMissing: ShowBillingCodeMissing(page); return IDC_BILLING_CODE;
-    case SendProblem::BillingCodeTooShort: ShowBillingCodeTooShort(page); return IDC_BILLING_CODE;
-    case SendProblem::ImageNotFound: ShowMessage(page, ImageMessage(ImageProblem::NotFound)); return IDC_IMAGE;
-    case SendProblem::ImageNotABitmap: ShowMessage(page, ImageMessage(ImageProblem::NotABitmap)); return IDC_IMAGE;
+    case SendProblem::NoRecipient:
+        ShowMessage(page, kNoRecipient);
+        return IDC_FAX_NUMBER;
+    case SendProblem::TooManyRecipients:
+        ShowMessage(page, kTooManyRecipients);
+        return IDC_FAX_NUMBER;
+    case SendProblem::BillingCodeMissing:
+        ShowBillingCodeMissing(page);
+        return IDC_BILLING_CODE;
+    case SendProblem::BillingCodeTooShort:
+        ShowBillingCodeTooShort(page);
+        return IDC_BILLING_CODE;
+    case SendProblem::ImageNotFound:
+        ShowMessage(page, ImageMessage(ImageProblem::NotFound));
+        return IDC_IMAGE;
+    case SendProblem::ImageNotABitmap:
+        ShowMessage(page, ImageMessage(ImageProblem::NotABitmap));
+        return IDC_IMAGE;
     }
     return IDC_FAX_NUMBER;
 }
@@ -667,7 +702,10 @@ INT_PTR Cancel(FaxJobPage& page)
 }
 
 // Once a Send has failed, for good: the page opens on the field that failed last.
-INT_PTR AnswerInitialFocus(FaxJobPage& page) { return AnswerWithField(page.dialog, ErrorFocus(page)); }
+INT_PTR AnswerInitialFocus(FaxJobPage& page)
+{
+    return AnswerWithField(page.dialog, ErrorFocus(page));
+}
 
 // ---- start-up -------------------------------------------------------------------------------------------------------
 
@@ -741,11 +779,16 @@ INT_PTR AnswerActivation(FaxJobPage& page)
 INT_PTR AnswerSheet(FaxJobPage& page, UINT code)
 {
     switch (code) {
-    case PSN_SETACTIVE: return AnswerActivation(page);
-    case PSN_APPLY: return Send(page);
-    case PSN_RESET: return Cancel(page);
-    case PSN_QUERYINITIALFOCUS: return AnswerInitialFocus(page);
-    default: return FALSE;
+    case PSN_SETACTIVE:
+        return AnswerActivation(page);
+    case PSN_APPLY:
+        return Send(page);
+    case PSN_RESET:
+        return Cancel(page);
+    case PSN_QUERYINITIALFOCUS:
+        return AnswerInitialFocus(page);
+    default:
+        return FALSE;
     }
 }
 
@@ -803,7 +846,10 @@ void CouldNotBeFilled(FaxJobPage& page) noexcept
     EndSheetAsCancelled(page.dialog, *page.job);
 }
 
-std::span<const Route<FaxJobPage>> RoutesOf(const FaxJobPage&) noexcept { return kRoutes; }
+std::span<const Route<FaxJobPage>> RoutesOf(const FaxJobPage&) noexcept
+{
+    return kRoutes;
+}
 
 INT_PTR HandleOther(FaxJobPage& page, UINT message, WPARAM w, LPARAM l)
 {
@@ -812,16 +858,24 @@ INT_PTR HandleOther(FaxJobPage& page, UINT message, WPARAM w, LPARAM l)
         if (LOWORD(w) == IDC_NAME_BOX)
             AnswerNameBox(page, HIWORD(w));
         return FALSE;
-    case WM_NOTIFY: return AnswerNotification(page, *reinterpret_cast<const NMHDR*>(l));
-    case kSuggestionChosen: RefillFields(page); return TRUE;
-    case kFindFocus: FindFocus(page); return TRUE;
+    case WM_NOTIFY:
+        return AnswerNotification(page, *reinterpret_cast<const NMHDR*>(l));
+    case kSuggestionChosen:
+        RefillFields(page);
+        return TRUE;
+    case kFindFocus:
+        FindFocus(page);
+        return TRUE;
     case WM_DRAWITEM:
         return w == IDC_PHONE_BOOK && page.phoneBookButton.Draw(*reinterpret_cast<const DRAWITEMSTRUCT*>(l));
     case WM_LBUTTONDOWN: // beside all controls: the focus stays, the list does not
         SendDlgItemMessageW(page.dialog, IDC_NAME_BOX, CB_SHOWDROPDOWN, FALSE, 0);
         return FALSE;
-    case WM_DESTROY: DetachTypeAhead(page.nameBox); return FALSE;
-    default: return AnswerHelp(page, page.dialog, message, w, l, kControls);
+    case WM_DESTROY:
+        DetachTypeAhead(page.nameBox);
+        return FALSE;
+    default:
+        return AnswerHelp(page, page.dialog, message, w, l, kControls);
     }
 }
 
@@ -832,7 +886,10 @@ INT_PTR CALLBACK FaxJobPageProcedure(HWND dialog, UINT message, WPARAM w, LPARAM
     return PageProcedure<FaxJobPage>(dialog, message, w, l);
 }
 
-std::span<const Control> FaxJobPageControls() noexcept { return kControls; }
+std::span<const Control> FaxJobPageControls() noexcept
+{
+    return kControls;
+}
 
 void RefreshNameBoxList(FaxJobPage& page)
 {

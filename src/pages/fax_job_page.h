@@ -2,15 +2,15 @@
 // before it is sent. What stands in the recipient list stands in the job record, row by row.
 #pragma once
 
-#include "base/dialog.h"
-#include "base/number_filter.h"
 #include "base/number_text.h"
-#include "entry/fax_job_data.h"
+#include "dialog/controls.h"
+#include "dialog/dialog.h"
+#include "dialog/number_filter.h"
+#include "dialog/type_ahead_combo.h"
 #include "pages/picture_button.h"
 #include "pages/sheet_page.h"
-#include "phonebook/ui/type_ahead_combo.h"
+#include "record/fax_job_data.h"
 #include "res/fax_job_page_ids.h"
-#include "text/controls.h"
 
 #include <optional>
 #include <qxfax/send_fax.h>
@@ -47,10 +47,10 @@ struct FaxJobPage : TextOwner {
     const PhoneBookGroup* group = nullptr;
     // The fields as the name box last refilled them, until the user changes number or company.
     std::optional<Recipient> refill;
-    bool checkImage = false;     // the image path is the user's and is checked on Send
-    bool coverPageIsOld = false; // the fields do not show the job's cover page, which is the newer one
+    bool checkImage = false;              // the image path is the user's and is checked on Send
+    bool coverPageIsOld = false;          // the fields do not show the job's cover page, which is the newer one
     std::optional<OwnedFaxJobData> draft; // what a Send that the page has accepted writes to the job
-    int errorField = 0;          // the control that last failed on Send; from then on the page opens on it
+    int errorField = 0;                   // the control that last failed on Send; from then on the page opens on it
     PictureButton phoneBookButton;
 };
 

@@ -1,9 +1,9 @@
 #include "pages/picture_button.h"
 
-#include "base/access_key.h"
-#include "base/drawing.h"
 #include "base/guarded.h"
 #include "base/module.h"
+#include "dialog/access_key.h"
+#include "dialog/drawing.h"
 
 #include <windows.h> // before the headers that build on it
 

@@ -1,7 +1,7 @@
 #include "pages/send_button.h"
 
-#include "base/dialog.h"
-#include "base/drawing.h"
+#include "dialog/dialog.h"
+#include "dialog/drawing.h"
 
 namespace qx {
 

@@ -1,9 +1,9 @@
 #include "pages/send_settings.h"
 
 #include "base/text.h"
-#include "entry/fax_job_data.h"
 #include "pages/email_rule.h"
 #include "pages/preview_rule.h"
+#include "record/fax_job_data.h"
 #include "res/send_settings_ids.h"
 
 #include <algorithm>

@@ -1,9 +1,9 @@
 // The controls that the Setup page and the Edit Defaults dialog share: sender, fax quality, notification, preview.
 #pragma once
 
-#include "base/dialog.h"
-#include "base/number_filter.h"
 #include "base/number_text.h"
+#include "dialog/dialog.h"
+#include "dialog/number_filter.h"
 #include "text/localized_text.h"
 
 #include <qxfax/send_fax.h>

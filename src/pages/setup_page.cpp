@@ -1,6 +1,6 @@
 #include "pages/setup_page.h"
 
-#include "phonebook/phone_book.h"
+#include "phonebook/book/phone_book.h"
 #include "phonebook/ui/edit_phone_book_dialog.h"
 #include "res/setup_page_ids.h"
 #include "settings/device_state.h"

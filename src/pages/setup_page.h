@@ -2,13 +2,13 @@
 // defaults and to the phone book editor.
 #pragma once
 
-#include "base/dialog.h"
-#include "entry/fax_job_data.h"
+#include "dialog/controls.h"
+#include "dialog/dialog.h"
 #include "pages/edit_defaults_dialog.h"
 #include "pages/send_button.h"
 #include "pages/send_settings.h"
 #include "pages/sheet_page.h"
-#include "text/controls.h"
+#include "record/fax_job_data.h"
 
 #include <optional>
 #include <span>
@@ -36,7 +36,7 @@ struct SetupPage : TextOwner {
     HWND errorField = nullptr; // the field that failed the last check; never cleared once set
     SendButtonGrowth sendButtonGrowth;
     std::optional<OwnedFaxJobData> draft; // what a Send that the page has accepted writes to the job
-    OwnedFaxJobData defaults; // the working copy of the user's defaults, with the device's state
+    OwnedFaxJobData defaults;             // the working copy of the user's defaults, with the device's state
     EditDefaultsDialog defaultsDialog;
 };
 
@@ -44,8 +44,8 @@ INT_PTR CALLBACK SetupPageProcedure(HWND dialog, UINT message, WPARAM w, LPARAM 
 
 std::span<const Control> SetupPageControls() noexcept;
 
-// Gives the sheet's Send button the caption and the room for what the page says. Nothing before the page is created, and
-// where no preview is offered.
+// Gives the sheet's Send button the caption and the room for what the page says. Nothing before the page is created,
+// and where no preview is offered.
 void FitSendButtonOfSheet(SetupPage& page);
 
 // Shows the message of what is wrong, if anything. True: the page may be saved.

@@ -1,7 +1,7 @@
 // What the pages of the sheet have in common towards it.
 #pragma once
 
-#include "base/dialog.h"
+#include "dialog/dialog.h"
 
 #include <qxfax/send_fax.h>
 #include <windows.h>

@@ -2,7 +2,7 @@
 
 #include "base/number_text.h"
 #include "base/text.h"
-#include "entry/fax_job_data.h"
+#include "record/fax_job_data.h"
 #include "settings/registry.h"
 
 #include <algorithm>

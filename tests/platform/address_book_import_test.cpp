@@ -1,4 +1,4 @@
-#include "phonebook/address_book_import.h"
+#include "phonebook/recent/address_book_import.h"
 
 #include "support/documents_folder.h"
 #include "support/phone_book.h"

@@ -1,6 +1,6 @@
-#include "phonebook/csv_import.h"
+#include "phonebook/csv/csv_import.h"
 
-#include "phonebook/duplicate_index.h"
+#include "phonebook/book/duplicate_index.h"
 #include "support/phone_book.h"
 #include "support/temporary_folder.h"
 
@@ -54,8 +54,8 @@ std::vector<Held> ItemsOf(const PhoneBook& book)
     std::vector<Held> items;
     for (const PhoneBookItem* const item : book.Items()) {
         if (const PhoneBookEntry* const entry = AsEntry(item))
-            items.push_back({false, {TextOf(entry->Name()), TextOf(entry->FaxNumber()), TextOf(entry->Company())},
-                             entry->GetId()});
+            items.push_back(
+                {false, {TextOf(entry->Name()), TextOf(entry->FaxNumber()), TextOf(entry->Company())}, entry->GetId()});
         else
             items.push_back({true, {item->GetName()}, item->GetId()});
     }
@@ -68,8 +68,8 @@ TEST(CsvImport, RowsBelowTheHeaderBecomeEntries)
 {
     TestBook book;
     EXPECT_EQ(Import(*book, L"Ann,555,Acme\r\nBob,556"), Outcome(ImportExportStatus::Imported));
-    EXPECT_EQ(ItemsOf(*book), (std::vector<Held>{{false, {L"Ann", L"555", L"Acme"}, 0},
-                                                 {false, {L"Bob", L"556", L""}, 1}}));
+    EXPECT_EQ(ItemsOf(*book),
+              (std::vector<Held>{{false, {L"Ann", L"555", L"Acme"}, 0}, {false, {L"Bob", L"556", L""}, 1}}));
 }
 
 TEST(CsvImport, ACommaInQuotesStaysInItsFieldAndDoubledQuotesAreOne)
@@ -312,12 +312,47 @@ public:
     // Pieces that differ in case, are equal in other spellings, or are passed over by a comparison.
     std::wstring Name()
     {
-        static const wchar_t* const pieces[] = {
-            L"a", L"A", L"b", L"\u00e9", L"e\u0301", L"\u00c9", L"E\u0301", L"\u00df", L"ss", L"\u00e6", L"ae",
-            L"-", L"'", L".", L" ", L"\u00ad", L"\u200b", L"\u03a3", L"\u03c3", L"\u03c2", L"\u0385", L"\u00a8\u0301",
-            L"\u05d0", L"\ufb2e", L"\u05d0\u05b7", L"\u0627", L"\u0640", L"\u064b", L"\ufe71", L"\u30ab", L"\uff76",
-            L"\u3042", L"\u4e00", L"\uac00", L"\u1100\u1161", L"\ufb01", L"fi", L"\t", L"1", L"\uff11",
-            L"\xd83d\xde00"};
+        static const wchar_t* const pieces[] = {L"a",
+                                                L"A",
+                                                L"b",
+                                                L"\u00e9",
+                                                L"e\u0301",
+                                                L"\u00c9",
+                                                L"E\u0301",
+                                                L"\u00df",
+                                                L"ss",
+                                                L"\u00e6",
+                                                L"ae",
+                                                L"-",
+                                                L"'",
+                                                L".",
+                                                L" ",
+                                                L"\u00ad",
+                                                L"\u200b",
+                                                L"\u03a3",
+                                                L"\u03c3",
+                                                L"\u03c2",
+                                                L"\u0385",
+                                                L"\u00a8\u0301",
+                                                L"\u05d0",
+                                                L"\ufb2e",
+                                                L"\u05d0\u05b7",
+                                                L"\u0627",
+                                                L"\u0640",
+                                                L"\u064b",
+                                                L"\ufe71",
+                                                L"\u30ab",
+                                                L"\uff76",
+                                                L"\u3042",
+                                                L"\u4e00",
+                                                L"\uac00",
+                                                L"\u1100\u1161",
+                                                L"\ufb01",
+                                                L"fi",
+                                                L"\t",
+                                                L"1",
+                                                L"\uff11",
+                                                L"\xd83d\xde00"};
         std::wstring name;
         for (unsigned left = Number(4); left > 0; --left)
             name += pieces[Number(few_ ? 6 : std::size(pieces))];

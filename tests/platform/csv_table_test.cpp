@@ -1,4 +1,4 @@
-#include "phonebook/csv_table.h"
+#include "phonebook/csv/csv_table.h"
 
 #include "support/redirected_import.h"
 #include "support/temporary_folder.h"

@@ -1,6 +1,6 @@
 #include "settings/fax_defaults.h"
 
-#include "entry/fax_job_data.h"
+#include "record/fax_job_data.h"
 #include "settings/registry.h"
 #include "support/test_printer.h"
 

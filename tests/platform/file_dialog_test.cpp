@@ -1,5 +1,5 @@
 // What surrounds the system's file dialogs. The dialog itself is played by the test.
-#include "base/file_dialog.h"
+#include "dialog/file_dialog.h"
 
 #include "base/apartment.h"
 
@@ -147,7 +147,8 @@ LRESULT CALLBACK RestlessProcedure(HWND window, UINT message, WPARAM w, LPARAM l
 TEST(FileDialog, ReturnsAlsoToAThreadWhoseMessagesNeverEnd)
 {
     OnThread(COINIT_MULTITHREADED, [] {
-        const HWND window = CreateWindowExW(0, L"Static", L"", WS_POPUP, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
+        const HWND window =
+            CreateWindowExW(0, L"Static", L"", WS_POPUP, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
         SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(RestlessProcedure));
         g_restlessUntil = GetTickCount64() + 10000;
         PostMessageW(window, WM_APP, 0, 0);

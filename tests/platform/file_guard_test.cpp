@@ -1,4 +1,4 @@
-#include "phonebook/file_guard.h"
+#include "phonebook/file/file_guard.h"
 
 #include <gtest/gtest.h>
 #include <thread>

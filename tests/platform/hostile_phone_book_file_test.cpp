@@ -1,7 +1,7 @@
 // Phone book files that nobody should write: none may crash, hang, fill the memory, or reach outside itself.
-#include "phonebook/phone_book_file.h"
+#include "phonebook/file/phone_book_file.h"
 
-#include "phonebook/com.h"
+#include "phonebook/file/com.h"
 #include "support/documents_folder.h"
 
 #include <gtest/gtest.h>

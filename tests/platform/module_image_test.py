@@ -38,7 +38,8 @@ def main(module, *libraries):
     if "VectoredExceptionHandler" in dump:
         problems.append("a thread library in it handles exceptions of the whole process")
     table = dump.split("[Ordinal/Name Pointer] Table", 1)[1].split("\n\n", 1)[0]
-    exported = set(re.findall(r"\[\s*\d+\]\s+(\S+)", table))
+    # Newer binutils print the ordinal and the hint before the name.
+    exported = set(re.findall(r"^\s*\[\s*\d+\](?: \+base\[\s*\d+\]\s+[0-9a-f]{4})?\s+(\S+)$", table, re.MULTILINE))
     if exported != EXPORTS:
         problems.append(f"exports: {sorted(exported)}")
     flags = set(re.findall(r"^\s+(\w+)$", dump, re.MULTILINE))

@@ -1,7 +1,7 @@
 // Calls of the system that fail while a phone book is loaded or saved, once, for a while or for good: what was in the
 // file is in the file or in a copy.
-#include "phonebook/phone_book_document.h"
-#include "phonebook/phone_book_file.h"
+#include "phonebook/file/phone_book_document.h"
+#include "phonebook/file/phone_book_file.h"
 
 #include "support/documents_folder.h"
 #include "support/failing_dom.h"

@@ -1,5 +1,5 @@
-#include "phonebook/phone_book_document.h"
-#include "phonebook/phone_book_file.h"
+#include "phonebook/file/phone_book_document.h"
+#include "phonebook/file/phone_book_file.h"
 
 #include "support/documents_folder.h"
 #include "support/phone_book.h"

@@ -4,7 +4,7 @@
 //   phone_book_worker share PATH ROUNDS   loads and saves in turn; the exit code is a WorkerOutcome
 #include "phone_book_worker.h"
 
-#include "phonebook/phone_book_file.h"
+#include "phonebook/file/phone_book_file.h"
 
 #include <cwchar>
 #include <string>

@@ -1,7 +1,7 @@
 // What the worker process and the tests that start it agree on: phone books that show whether they are whole.
 #pragma once
 
-#include "phonebook/phone_book_file.h"
+#include "phonebook/file/phone_book_file.h"
 
 #include <algorithm>
 #include <string>

@@ -1,4 +1,4 @@
-#include "phonebook/recent_list.h"
+#include "phonebook/recent/recent_list.h"
 
 #include "support/phone_book.h"
 #include "support/process_use.h"

@@ -1,8 +1,8 @@
 // Every dialog of the module, for tests that hold for all of them.
 #pragma once
 
-#include "base/dialog.h"
-#include "text/controls.h"
+#include "dialog/controls.h"
+#include "dialog/dialog.h"
 
 #include <ostream>
 #include <span>

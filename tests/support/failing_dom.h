@@ -2,7 +2,7 @@
 // the one of a chosen number answers a failure without doing anything. Calls that the DOM makes of itself do not count.
 #pragma once
 
-#include "phonebook/com.h"
+#include "phonebook/file/com.h"
 #include "support/redirected_import.h"
 
 #include <array>

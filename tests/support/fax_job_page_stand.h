@@ -1,10 +1,11 @@
 // The real Fax Job page alone, in a window that stands for the sheet: driven by messages, without a message loop.
 #pragma once
 
-#include "entry/fax_job_data.h"
 #include "pages/fax_job_page.h"
-#include "phonebook/phone_book.h"
-#include "phonebook/recent_list.h"
+#include "phonebook/book/phone_book.h"
+#include "phonebook/file/phone_book_file.h"
+#include "phonebook/recent/recent_list.h"
+#include "record/fax_job_data.h"
 #include "support/documented_controls.h"
 #include "support/message_boxes.h"
 #include "support/windows_combo_box.h"
@@ -45,27 +46,27 @@ public:
     HWND Control(int id) const { return GetDlgItem(page_.dialog, id); }
 
     // ---- the user
-    void SetText(int id, const std::wstring& text);  // as a paste over everything
-    void TypeName(const std::wstring& text);         // character by character into the name box
-    void PressNameKey(WPARAM key);                   // a key that reaches the name box's edit
-    void PressAltNameKey(WPARAM key);                // with Alt held
-    void Compose(const std::wstring& text);          // with an input method into the name box, and not yet to the end
+    void SetText(int id, const std::wstring& text); // as a paste over everything
+    void TypeName(const std::wstring& text);        // character by character into the name box
+    void PressNameKey(WPARAM key);                  // a key that reaches the name box's edit
+    void PressAltNameKey(WPARAM key);               // with Alt held
+    void Compose(const std::wstring& text);         // with an input method into the name box, and not yet to the end
     void EndComposition();
-    void Press(int id);                              // a button, also one that is disabled does nothing
-    void PickName(int row);                          // an item of the name box, as its list would
-    void DropNames(bool open);                       // by a click on the arrow
+    void Press(int id);        // a button, also one that is disabled does nothing
+    void PickName(int row);    // an item of the name box, as its list would
+    void DropNames(bool open); // by a click on the arrow
     void SelectRows(const std::vector<int>& rows);
     void PressListKey(WPARAM key);
-    LRESULT Notify(UINT code);                       // from the sheet
+    LRESULT Notify(UINT code);                                              // from the sheet
     void LetTheOtherPageRefuse(bool refuse) { otherPageRefuses_ = refuse; } // every Send; at first it accepts
-    bool Send(); // the answer is this page's
+    bool Send();                                                            // the answer is this page's
 
     // ---- what there is
     std::wstring Text(int id) const;
     bool IsEnabled(int id) const { return IsWindowEnabled(Control(id)) != FALSE; }
     bool IsVisible(int id) const; // as far as the page decides
     std::vector<Row> Rows() const;
-    std::vector<Row> Recipients(); // of the record
+    std::vector<Row> Recipients();           // of the record
     std::vector<std::wstring> Names() const; // rows of the name box
     bool NamesShown() const { return IsWindowVisible(page_.nameBox.list) != FALSE; }
     std::wstring SelectedTail() const; // the selected characters of the name
@@ -80,7 +81,7 @@ private:
     bool otherPageRefuses_ = false;
     std::optional<WindowsComboBoxes> windowsComboBoxes_;
     ItemStore store_;
-    PhoneBook* book_ = new PhoneBook(store_); // frees itself in Destroy
+    PhoneBook* book_ = new PhoneBook(store_, PhoneBookFiles()); // frees itself in Destroy
     RecentRecipientList recent_;
     OwnedFaxJobData job_;
     FaxJobPage page_;

@@ -1,7 +1,7 @@
 // The rules of CSV texts once more, done step by step the slow way: what the fast reader is compared with.
 #pragma once
 
-#include "phonebook/csv_text.h"
+#include "phonebook/csv/csv_text.h"
 
 #include <string>
 #include <vector>

@@ -1,7 +1,8 @@
 // Phone books for tests: items made in one line, and a book that ends with its test.
 #pragma once
 
-#include "phonebook/phone_book.h"
+#include "phonebook/book/phone_book.h"
+#include "phonebook/file/phone_book_file.h"
 
 #include <initializer_list>
 #include <memory>
@@ -17,7 +18,7 @@ struct DestroyBook {
 // A book with the store of its items. Without a printer: its file has the default name.
 struct TestBook {
     ItemStore store;
-    std::unique_ptr<PhoneBook, DestroyBook> owned{new PhoneBook(store)};
+    std::unique_ptr<PhoneBook, DestroyBook> owned{new PhoneBook(store, PhoneBookFiles())};
 
     PhoneBook& operator*() const { return *owned; }
     PhoneBook* operator->() const { return owned.get(); }

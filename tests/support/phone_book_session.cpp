@@ -1,7 +1,7 @@
 #include "support/phone_book_session.h"
 
 #include "host/utf8.h"
-#include "phonebook/phone_book_file.h"
+#include "phonebook/file/phone_book_file.h"
 #include "res/fax_job_page_ids.h"
 #include "res/setup_page_ids.h"
 

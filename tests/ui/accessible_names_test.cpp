@@ -1,7 +1,7 @@
 // Every dialog as a screen reader meets it: is there a name for everything that can have the keyboard focus?
-#include "base/dialog.h"
+#include "dialog/controls.h"
+#include "dialog/dialog.h"
 #include "support/all_dialogs.h"
-#include "text/controls.h"
 
 #include <commctrl.h>
 #include <gtest/gtest.h>

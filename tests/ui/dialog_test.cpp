@@ -1,5 +1,5 @@
 // The dialog procedure that all dialogs share, on the entry dialog's template.
-#include "base/dialog.h"
+#include "dialog/dialog.h"
 
 #include "res/entry_ids.h"
 

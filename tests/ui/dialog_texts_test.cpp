@@ -1,13 +1,13 @@
 // Every dialog with the captions of the string library, in every language: can each control be reached by a letter of
 // its own, and is there room for its text?
-#include "base/dialog.h"
+#include "dialog/controls.h"
+#include "dialog/dialog.h"
 #include "phonebook/ui/phone_book_list.h"
 #include "support/all_dialogs.h"
 #include "support/languages.h"
 #include "support/string_library.h"
 #include "support/text_rules.h"
 #include "support/ui_language.h"
-#include "text/controls.h"
 
 #include <algorithm>
 #include <commctrl.h>

@@ -1,5 +1,5 @@
-#include "entry/fax_job_data.h"
 #include "pages/edit_defaults_dialog.h"
+#include "record/fax_job_data.h"
 #include "res/edit_defaults_ids.h"
 #include "settings/device_state.h"
 #include "settings/registry.h"

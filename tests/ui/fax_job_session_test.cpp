@@ -1,6 +1,7 @@
 // The Fax Job page in whole sessions of the module, driven as a user would.
-#include "phonebook/recent_list.h"
-#include "phonebook/phone_book.h"
+#include "phonebook/book/phone_book.h"
+#include "phonebook/file/phone_book_file.h"
+#include "phonebook/recent/recent_list.h"
 #include "res/fax_job_page_ids.h"
 #include "support/send_fax_session.h"
 
@@ -92,7 +93,7 @@ private:
     void FillRecentList()
     {
         ItemStore store;
-        PhoneBook* const book = new PhoneBook(store);
+        PhoneBook* const book = new PhoneBook(store, PhoneBookFiles());
         {
             RecentRecipientList list;
             list.Open(session_->PrinterHandle());
@@ -325,8 +326,8 @@ TEST_F(FaxJobSession, AnEmptyBillingCodeAndAMissingImageGiveTwoMessagesAndTheFoc
     Fill(L"Anna", L"1");
     Ui().Check(IDC_COVER_PAGE, true);
     Ui().Paste(IDC_IMAGE, TemporaryFolder().Missing(L"none.bmp").wstring());
-    EXPECT_EQ(RefusedSend(2), (Texts{L"The following information is required:\nBilling code",
-                                     L"The file cannot be found."}));
+    EXPECT_EQ(RefusedSend(2),
+              (Texts{L"The following information is required:\nBilling code", L"The file cannot be found."}));
     EXPECT_EQ(Ui().FocusedControl(), IDC_IMAGE);
 }
 
@@ -338,8 +339,7 @@ TEST_F(FaxJobSession, AnImageMustBeNamedAsABitmapInAnyLetterCase)
     Ui().Check(IDC_COVER_PAGE, true);
     for (const wchar_t* name : {L"logo.bmp.txt", L"logo"}) {
         Ui().Paste(IDC_IMAGE, folder.File(name).wstring());
-        EXPECT_EQ(RefusedSend(1),
-                  (Texts{L"The file format is not supported. Please specify a bitmap (.bmp) file."}));
+        EXPECT_EQ(RefusedSend(1), (Texts{L"The file format is not supported. Please specify a bitmap (.bmp) file."}));
         EXPECT_EQ(Ui().FocusedControl(), IDC_IMAGE);
     }
     Ui().Paste(IDC_IMAGE, folder.File(L"Logo.BMP").wstring());
@@ -436,8 +436,8 @@ TEST_F(FaxJobSession, AWholeJobIsSentWithoutTheMouse)
     RecentEntry(L"Anna", L"5550100", L"Orchard");
     Open();
     EXPECT_EQ(Ui().FocusedControl(), IDC_NAME_BOX);
-    Ui().PressKey('A');          // completes to Anna
-    Ui().PressKey(VK_RETURN);    // takes her; the sheet stays
+    Ui().PressKey('A');       // completes to Anna
+    Ui().PressKey(VK_RETURN); // takes her; the sheet stays
     EXPECT_EQ(Ui().Text(IDC_NAME_BOX), L"Anna");
     Ui().PressKey('T', {VK_MENU});
     EXPECT_EQ(Ui().RowCount(IDC_RECIPIENTS), 1);

@@ -1,5 +1,5 @@
 // The completing combo box beside others: on several threads, and under procedures of somebody else.
-#include "phonebook/ui/type_ahead_combo.h"
+#include "dialog/type_ahead_combo.h"
 
 #include <algorithm>
 #include <commctrl.h>

@@ -2,7 +2,7 @@
 #include "phonebook/ui/phone_book_list.h"
 
 #include "base/activation_context.h"
-#include "base/dialog.h"
+#include "dialog/dialog.h"
 #include "support/phone_book.h"
 
 #include <gtest/gtest.h>

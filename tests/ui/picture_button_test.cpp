@@ -1,6 +1,6 @@
 // The phone book button of the Fax Job page: a picture, and otherwise a button like any other.
-#include "base/access_key.h"
-#include "base/dialog.h"
+#include "dialog/access_key.h"
+#include "dialog/dialog.h"
 #include "res/add_recipients_ids.h"
 #include "res/fax_job_page_ids.h"
 #include "support/phone_book_session.h"

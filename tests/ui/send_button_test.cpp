@@ -1,6 +1,6 @@
 #include "pages/send_button.h"
 
-#include "base/dialog.h"
+#include "dialog/dialog.h"
 
 #include <gtest/gtest.h>
 #include <tuple>

@@ -1,4 +1,4 @@
-#include "base/access_key.h"
+#include "dialog/access_key.h"
 
 #include <gtest/gtest.h>
 

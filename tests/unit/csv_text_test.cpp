@@ -1,4 +1,4 @@
-#include "phonebook/csv_text.h"
+#include "phonebook/csv/csv_text.h"
 #include "support/literal_csv.h"
 
 #include <gtest/gtest.h>
@@ -10,8 +10,14 @@ namespace {
 using namespace std::literals;
 using Rows = std::vector<std::vector<std::wstring>>;
 
-bool Yes(std::span<const unsigned char>) { return true; }
-bool No(std::span<const unsigned char>) { return false; }
+bool Yes(std::span<const unsigned char>)
+{
+    return true;
+}
+bool No(std::span<const unsigned char>)
+{
+    return false;
+}
 
 CsvEncoding Detect(std::string_view bytes, bool (*looksLikeUtf16)(std::span<const unsigned char>) = No)
 {
@@ -49,8 +55,14 @@ std::wstring Read(std::wstring_view field)
 
 TEST(CsvEncoding, MarksDecideFirst)
 {
-    EXPECT_EQ(Detect("\xEF\xBB\xBF" "a", Yes), CsvEncoding::Utf8);
-    EXPECT_EQ(Detect("\xFF\xFE" "a\0"s, No), CsvEncoding::Utf16LittleEndian);
+    EXPECT_EQ(Detect("\xEF\xBB\xBF"
+                     "a",
+                     Yes),
+              CsvEncoding::Utf8);
+    EXPECT_EQ(Detect("\xFF\xFE"
+                     "a\0"s,
+                     No),
+              CsvEncoding::Utf16LittleEndian);
     EXPECT_EQ(Detect("\xFE\xFF\0a"s, Yes), CsvEncoding::Utf16BigEndian);
 }
 

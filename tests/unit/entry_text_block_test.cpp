@@ -1,4 +1,4 @@
-#include "phonebook/entry_text_block.h"
+#include "phonebook/recent/entry_text_block.h"
 
 #include <gtest/gtest.h>
 

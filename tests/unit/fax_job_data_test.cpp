@@ -1,4 +1,4 @@
-#include "entry/fax_job_data.h"
+#include "record/fax_job_data.h"
 
 #include "base/process_heap.h"
 

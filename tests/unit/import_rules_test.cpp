@@ -1,4 +1,4 @@
-#include "phonebook/import_rules.h"
+#include "phonebook/csv/import_rules.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "phonebook/item_id.h"
+#include "phonebook/book/item_id.h"
 
 #include <gtest/gtest.h>
 

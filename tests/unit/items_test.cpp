@@ -1,4 +1,4 @@
-#include "phonebook/items.h"
+#include "phonebook/book/items.h"
 
 #include "support/phone_book.h"
 #include "support/process_use.h"
@@ -163,7 +163,7 @@ TEST(Items, AGroupsCopyHasItsOwnMembersAndNoneThatAreGroups)
     book.AddEntry(L"Ann", L"1", L"a", 3);
     book.AddEntry(L"Bob", L"2", L"b", 5);
     PhoneBookGroup* const group = book.AddGroup(L"Sales", {5, 4, 3, 5}, 8);
-    group->ResolveMembers(*book);
+    book->ResolveMembers(*group);
     PhoneBookGroup copy;
     copy.CopyFrom(*group);
     EXPECT_STREQ(copy.Name(), L"Sales");
@@ -184,7 +184,7 @@ TEST(Items, MembersAreTheFirstEntriesWithTheirIdsNeverGroups)
     book.AddEntry(L"First", L"1", L"", 7);
     book.AddEntry(L"Second", L"2", L"", 7);
     PhoneBookGroup* const group = book.AddGroup(L"Group", {7}, 9);
-    group->ResolveMembers(*book);
+    book->ResolveMembers(*group);
     ASSERT_EQ(group->Members().size(), 1u);
     EXPECT_STREQ(group->Members()[0]->GetName(), L"First");
 }
@@ -195,7 +195,7 @@ TEST(Items, MembersThatAreThereAreNotResolvedAgain)
     book.AddEntry(L"Ann", L"1", L"", 1);
     PhoneBookGroup* const group = book.AddGroup(L"Group", {1}, 9);
     group->AddMember(MakeRecipient(L"Older copy", L"", L""));
-    group->ResolveMembers(*book);
+    book->ResolveMembers(*group);
     ASSERT_EQ(group->Members().size(), 1u);
     EXPECT_STREQ(group->Members()[0]->GetName(), L"Older copy");
 }
@@ -217,7 +217,7 @@ TEST(ItemStore, FreesEveryItemEverMadeAlsoThoseThatTheBookDropped)
         for (DWORD i = 0; i < 1000; ++i)
             book.AddEntry(L"A name of some length", L"555-0100", L"A company", i);
         PhoneBookGroup* const group = book.AddGroup(L"Group", {1, 2, 3}, 2000);
-        group->ResolveMembers(*book);
+        book->ResolveMembers(*group);
         book.store.Discard(book.store.NewEntry());
         book->Delete(0);
         book->RemoveAll();

@@ -1,4 +1,4 @@
-#include "phonebook/phone_book.h"
+#include "phonebook/book/phone_book.h"
 
 #include "support/phone_book.h"
 
@@ -83,7 +83,7 @@ TEST(PhoneBook, DeletingDoesNotTouchResolvedMembersAndFreesNothing)
     TestBook book;
     PhoneBookEntry* const ann = book.AddEntry(L"Ann", L"", L"", 1);
     PhoneBookGroup* const group = book.AddGroup(L"Sales", {1}, 2);
-    group->ResolveMembers(*book);
+    book->ResolveMembers(*group);
     book->Delete(0);
     EXPECT_EQ(book->GetCount(), 0u);
     EXPECT_STREQ(ann->GetName(), L"Ann");

@@ -1,6 +1,6 @@
 #include "phonebook/ui/recipient_picks.h"
 
-#include "entry/fax_job_data.h"
+#include "record/fax_job_data.h"
 #include "support/phone_book.h"
 
 #include <gtest/gtest.h>

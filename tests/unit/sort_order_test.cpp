@@ -1,4 +1,4 @@
-#include "phonebook/sort_order.h"
+#include "phonebook/book/sort_order.h"
 
 #include "base/text.h"
 #include "support/phone_book.h"

@@ -1,4 +1,4 @@
-#include "phonebook/ui/type_ahead.h"
+#include "dialog/type_ahead.h"
 
 #include <gtest/gtest.h>
 

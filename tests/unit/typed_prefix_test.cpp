@@ -1,4 +1,4 @@
-#include "phonebook/ui/typed_prefix.h"
+#include "dialog/typed_prefix.h"
 
 #include <gtest/gtest.h>
 #include <string>

@@ -1,4 +1,4 @@
-#include "phonebook/xml_prolog.h"
+#include "phonebook/file/xml_prolog.h"
 
 #include <gtest/gtest.h>
 #include <string>

@@ -1,4 +1,4 @@
-#include "phonebook/xml_text.h"
+#include "phonebook/file/xml_text.h"
 
 #include <gtest/gtest.h>
 

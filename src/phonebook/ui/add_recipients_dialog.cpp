@@ -1,14 +1,14 @@
 #include "phonebook/ui/add_recipients_dialog.h"
 
-#include "base/dialog.h"
-#include "entry/fax_job_data.h"
-#include "phonebook/phone_book.h"
-#include "phonebook/recent_list.h"
+#include "dialog/dialog.h"
+#include "phonebook/book/phone_book.h"
+#include "phonebook/recent/recent_list.h"
 #include "phonebook/ui/button_rules.h"
 #include "phonebook/ui/details_dialogs.h"
 #include "phonebook/ui/edit_phone_book_dialog.h"
 #include "phonebook/ui/phone_book_changed.h"
 #include "phonebook/ui/recipient_picks.h"
+#include "record/fax_job_data.h"
 #include "res/add_recipients_ids.h"
 
 namespace qx {

@@ -2,8 +2,8 @@
 // members as they are moved.
 #pragma once
 
+#include "dialog/controls.h"
 #include "phonebook/ui/phone_book_list.h"
-#include "text/controls.h"
 
 #include <qxfax/send_fax.h>
 #include <span>

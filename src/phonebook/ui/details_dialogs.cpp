@@ -1,7 +1,7 @@
 #include "phonebook/ui/details_dialogs.h"
 
-#include "base/dialog.h"
-#include "phonebook/phone_book.h"
+#include "dialog/dialog.h"
+#include "phonebook/book/phone_book.h"
 #include "phonebook/ui/group_members.h"
 #include "phonebook/ui/phone_book_list.h"
 #include "res/details_ids.h"

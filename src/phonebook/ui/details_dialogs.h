@@ -1,7 +1,7 @@
 // Read-only views of an entry and of a group.
 #pragma once
 
-#include "text/controls.h"
+#include "dialog/controls.h"
 
 #include <span>
 #include <windows.h>

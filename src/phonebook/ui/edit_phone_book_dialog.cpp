@@ -1,8 +1,8 @@
 #include "phonebook/ui/edit_phone_book_dialog.h"
 
-#include "base/dialog.h"
 #include "base/text.h"
-#include "phonebook/phone_book.h"
+#include "dialog/dialog.h"
+#include "phonebook/book/phone_book.h"
 #include "phonebook/ui/button_rules.h"
 #include "phonebook/ui/details_dialogs.h"
 #include "phonebook/ui/entry_dialog.h"

@@ -2,8 +2,8 @@
 // follows every command at once; only OK writes it to its file and tells the other windows.
 #pragma once
 
+#include "dialog/controls.h"
 #include "phonebook/ui/phone_book_list.h"
-#include "text/controls.h"
 
 #include <span>
 #include <windows.h>

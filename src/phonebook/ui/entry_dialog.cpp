@@ -1,7 +1,7 @@
 #include "phonebook/ui/entry_dialog.h"
 
-#include "base/dialog.h"
-#include "phonebook/phone_book.h"
+#include "dialog/dialog.h"
+#include "phonebook/book/phone_book.h"
 #include "phonebook/ui/stand_in_text.h"
 #include "res/entry_ids.h"
 
@@ -35,7 +35,11 @@ constexpr ControlTable ControlsWith(Topics topics)
         {.id = IDC_ENTRY_NAME_LABEL, .text = 5208, .fallback = L"Recipient Name:", .topic = topics.name},
         {.id = IDC_ENTRY_NAME, .limit = kNameLimit, .topic = topics.name},
         {.id = IDC_ENTRY_FAX_NUMBER_LABEL, .text = 5209, .fallback = L"Fax Number", .topic = topics.faxNumber},
-        {.id = IDC_ENTRY_FAX_NUMBER, .limit = kNameLimit, .topic = topics.faxNumber, .leftToRight = true, .noInputMethod = true},
+        {.id = IDC_ENTRY_FAX_NUMBER,
+         .limit = kNameLimit,
+         .topic = topics.faxNumber,
+         .leftToRight = true,
+         .noInputMethod = true},
         {.id = IDC_ENTRY_COMPANY_LABEL, .text = 5210, .fallback = L"Company Name", .topic = topics.company},
         {.id = IDC_ENTRY_COMPANY, .limit = kNameLimit, .topic = topics.company},
         {.id = IDOK, .text = 5249, .fallback = L"OK"},

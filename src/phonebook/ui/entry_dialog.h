@@ -1,10 +1,10 @@
 // Adds one entry to the phone book or edits one in place.
 #pragma once
 
-#include "base/number_filter.h"
 #include "base/number_text.h"
+#include "dialog/controls.h"
+#include "dialog/number_filter.h"
 #include "phonebook/ui/made_item.h"
-#include "text/controls.h"
 
 #include <span>
 #include <windows.h>

@@ -1,7 +1,7 @@
 #include "phonebook/ui/group_dialog.h"
 
-#include "base/dialog.h"
-#include "phonebook/phone_book.h"
+#include "dialog/dialog.h"
+#include "phonebook/book/phone_book.h"
 #include "phonebook/ui/button_rules.h"
 #include "phonebook/ui/details_dialogs.h"
 #include "phonebook/ui/group_members.h"

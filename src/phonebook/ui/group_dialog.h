@@ -1,9 +1,9 @@
 // Adds a group to the phone book or edits one: its name, and its members among the book's entries.
 #pragma once
 
+#include "dialog/controls.h"
 #include "phonebook/ui/made_item.h"
 #include "phonebook/ui/phone_book_list.h"
-#include "text/controls.h"
 
 #include <span>
 #include <windows.h>

@@ -1,7 +1,7 @@
 #include "phonebook/ui/group_members.h"
 
 #include "base/limits.h"
-#include "phonebook/phone_book.h"
+#include "phonebook/book/phone_book.h"
 
 #include <algorithm>
 #include <unordered_map>

@@ -1,7 +1,7 @@
 // A group names its members by id; these are the entries that its lists show. No window here.
 #pragma once
 
-#include "phonebook/items.h"
+#include "phonebook/book/items.h"
 
 #include <span>
 #include <vector>

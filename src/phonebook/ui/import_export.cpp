@@ -1,9 +1,9 @@
 #include "phonebook/ui/import_export.h"
 
-#include "base/file_dialog.h"
 #include "base/text_template.h"
-#include "phonebook/csv_import.h"
-#include "phonebook/csv_table.h"
+#include "dialog/file_dialog.h"
+#include "phonebook/csv/csv_import.h"
+#include "phonebook/csv/csv_table.h"
 #include "phonebook/ui/map_custom_fields_dialog.h"
 
 #include <iterator>

@@ -1,8 +1,8 @@
 // The conversations around a CSV file: asking for it, mapping its columns, importing or exporting, telling the outcome.
 #pragma once
 
-#include "phonebook/import_rules.h"
-#include "phonebook/phone_book.h"
+#include "phonebook/book/phone_book.h"
+#include "phonebook/csv/import_rules.h"
 #include "text/localized_text.h"
 
 #include <string>

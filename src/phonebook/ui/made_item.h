@@ -1,7 +1,7 @@
 // An item that a dialog has made for the phone book and that may still be given up.
 #pragma once
 
-#include "phonebook/items.h"
+#include "phonebook/book/items.h"
 
 #include <memory>
 

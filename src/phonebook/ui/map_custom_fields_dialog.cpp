@@ -1,7 +1,7 @@
 #include "phonebook/ui/map_custom_fields_dialog.h"
 
-#include "base/dialog.h"
-#include "phonebook/ui/typed_prefix.h"
+#include "dialog/dialog.h"
+#include "dialog/typed_prefix.h"
 #include "res/map_custom_fields_ids.h"
 
 #include <algorithm>

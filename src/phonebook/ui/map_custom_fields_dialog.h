@@ -1,8 +1,8 @@
 // Map Custom Fields: which column of a CSV file feeds which field of an entry.
 #pragma once
 
-#include "phonebook/import_rules.h"
-#include "text/controls.h"
+#include "dialog/controls.h"
+#include "phonebook/csv/import_rules.h"
 
 #include <optional>
 #include <span>

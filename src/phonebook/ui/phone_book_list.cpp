@@ -1,12 +1,12 @@
 #include "phonebook/ui/phone_book_list.h"
 
-#include "base/dialog.h"
-#include "base/drawing.h"
 #include "base/module.h"
-#include "phonebook/phone_book.h"
-#include "phonebook/ui/typed_prefix.h"
+#include "dialog/controls.h"
+#include "dialog/dialog.h"
+#include "dialog/drawing.h"
+#include "dialog/typed_prefix.h"
+#include "phonebook/book/phone_book.h"
 #include "res/bitmaps_ids.h"
-#include "text/controls.h"
 
 #include <algorithm>
 #include <array>

@@ -1,9 +1,8 @@
 #include "phonebook/ui/recipient_picks.h"
 
 #include "base/limits.h"
-#include "base/pointer_array.h"
-#include "entry/fax_job_data.h"
-#include "phonebook/phone_book.h"
+#include "phonebook/book/phone_book.h"
+#include "record/fax_job_data.h"
 
 #include <unordered_map>
 
@@ -58,7 +57,7 @@ void ReplaceRecipients(FaxJobData& job, std::span<const PhoneBookEntry* const> c
     for (FaxRecipient* const recipient : RecipientsOf(job))
         own.emplace(AsEntry(recipient), recipient);
     if (job.Recipients.Count > 0)
-        RestartArray(job.Recipients, kFirstCapacity);
+        RestartRecipients(job, kFirstCapacity);
     for (const PhoneBookEntry* const entry : chosen) {
         if (const auto kept = own.extract(entry))
             AddRecipient(job, kept.mapped());

@@ -1,7 +1,7 @@
 // What moving phone book items into the list of recipients amounts to. No window here.
 #pragma once
 
-#include "phonebook/items.h"
+#include "phonebook/book/items.h"
 
 #include <qxfax/send_fax.h>
 #include <span>

@@ -1,0 +1,51 @@
+// The controls of a dialog as a table: one row, one control. One loop sets captions and limits, one lookup answers
+// help.
+#pragma once
+
+#include "base/limits.h"
+#include "text/help_names.h"
+#include "text/localized_text.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <span>
+#include <windows.h>
+
+namespace qx {
+
+struct Control {
+    int id;
+    unsigned text = 0;                 // caption, 0: none
+    const wchar_t* fallback = nullptr; // built-in caption
+    int limit = 0;                     // of an edit or a combo box; 0: none set
+    int topic = kNoTopic;              // help page
+    bool leftToRight = false;          // numbers, paths and addresses read left to right in every layout
+    bool noInputMethod = false;        // numbers and addresses are typed as they are
+};
+
+template <std::size_t N> consteval bool IdsAreUnique(const Control (&controls)[N])
+{
+    for (std::size_t i = 0; i < N; ++i) {
+        for (std::size_t j = i + 1; j < N; ++j) {
+            if (controls[i].id == controls[j].id)
+                return false;
+        }
+    }
+    return true;
+}
+
+// Captions, limits, reading order and input method, in the order of the table. A row whose control the template lacks
+// has no effect.
+void SetUpControls(const TextOwner& owner, HWND dialog, std::span<const Control> controls);
+
+// Shows the page of the control that has asked by WM_HELP or WM_CONTEXTMENU, or of the visible control under the
+// cursor. False when there is none in the table, and for any other message.
+bool ShowControlHelp(const TextOwner& owner, HWND dialog, UINT message, WPARAM w, LPARAM l,
+                     std::span<const Control> controls);
+
+// A dialog's answer to both. A help key without a page ends here instead of reaching the owner, in the end the printing
+// program; a right click goes on, since over the caption it asks for the system menu.
+bool AnswerHelp(const TextOwner& owner, HWND dialog, UINT message, WPARAM w, LPARAM l,
+                std::span<const Control> controls);
+
+} // namespace qx

@@ -1,0 +1,117 @@
+#include "dialog/dialog.h"
+
+#include "base/text.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace qx {
+
+std::wstring WindowText(HWND window, std::size_t units)
+{
+    const auto length = static_cast<std::size_t>(std::max(GetWindowTextLengthW(window), 0));
+    std::wstring text(std::min(length, units), L'\0');
+    const int copied = GetWindowTextW(window, text.data(), static_cast<int>(text.size()) + 1);
+    text.resize(static_cast<std::size_t>(std::max(copied, 0)));
+    return text;
+}
+
+std::wstring WindowText(HWND window)
+{
+    return WindowText(window, static_cast<std::size_t>(-1));
+}
+
+std::wstring FieldText(HWND edit, std::size_t units)
+{
+    // Asked in three ways: an empty answer may also mean that the question has failed.
+    const bool holdsText = SendMessageW(edit, EM_GETLINECOUNT, 0, 0) > 1 || SendMessageW(edit, EM_LINELENGTH, 0, 0) > 0;
+    const bool hasLength = GetWindowTextLengthW(edit) > 0;
+    std::wstring text = WindowText(edit, units);
+    if (edit == nullptr || hasLength != holdsText || text.empty() == holdsText)
+        throw std::runtime_error("a field cannot be read");
+    return text;
+}
+
+void SetFieldText(HWND control, const wchar_t* text)
+{
+    if (!SetWindowTextW(control, OrEmpty(text)))
+        throw std::runtime_error("a field cannot be filled");
+}
+
+namespace {
+
+// The dialog manager of a page is the sheet's.
+void MoveFocus(HWND dialog, HWND control) noexcept
+{
+    SendMessageW(GetAncestor(dialog, GA_ROOT), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(control), TRUE);
+}
+
+// Within the dialog: from the last control of a page the Tab key would go on to the button that sends.
+void HandFocusOn(HWND dialog, HWND control) noexcept
+{
+    const HWND focus = GetFocus();
+    if (control == nullptr || focus == nullptr || (focus != control && !IsChild(control, focus)))
+        return;
+    const HWND next = GetNextDlgTabItem(dialog, control, FALSE);
+    if (next != nullptr && next != control)
+        MoveFocus(dialog, next);
+}
+
+bool IsEdit(HWND window) noexcept
+{
+    wchar_t name[8] = L"";
+    GetClassNameW(window, name, 8);
+    return lstrcmpiW(name, L"Edit") == 0;
+}
+
+// Only edit fields that cannot be edited ask a dialog this way.
+INT_PTR ColorLockedField(HDC dc, HWND field) noexcept
+{
+    if (!IsEdit(field))
+        return FALSE;
+    SetTextColor(dc, GetSysColor(IsWindowEnabled(field) ? COLOR_BTNTEXT : COLOR_GRAYTEXT));
+    SetBkColor(dc, GetSysColor(COLOR_BTNFACE));
+    return reinterpret_cast<INT_PTR>(GetSysColorBrush(COLOR_BTNFACE));
+}
+
+} // namespace
+
+void FocusControl(HWND dialog, int control) noexcept
+{
+    MoveFocus(dialog, GetDlgItem(dialog, control));
+}
+
+void EnableControl(HWND dialog, int control, bool enabled) noexcept
+{
+    const HWND window = GetDlgItem(dialog, control);
+    if (!enabled)
+        HandFocusOn(dialog, window);
+    EnableWindow(window, enabled);
+}
+
+void ShowControl(HWND dialog, int control, bool shown) noexcept
+{
+    const HWND window = GetDlgItem(dialog, control);
+    if (!shown)
+        HandFocusOn(dialog, window);
+    ShowWindow(window, shown ? SW_SHOWNA : SW_HIDE);
+}
+
+bool CanTakeFocus(HWND control) noexcept
+{
+    const LONG_PTR style = GetWindowLongPtrW(control, GWL_STYLE);
+    return (style & WS_VISIBLE) != 0 && (style & WS_DISABLED) == 0;
+}
+
+INT_PTR AnswerAsPage(HWND page, UINT message, WPARAM w, LPARAM l) noexcept
+{
+    if (message == WM_CTLCOLORSTATIC)
+        return ColorLockedField(reinterpret_cast<HDC>(w), reinterpret_cast<HWND>(l));
+    // The command is what the dialog manager makes of the other one, and of Escape when it is asked for the page alone.
+    if (message != WM_CLOSE && (message != WM_COMMAND || LOWORD(w) != IDCANCEL))
+        return FALSE;
+    PostMessageW(GetParent(page), PSM_PRESSBUTTON, PSBTN_CANCEL, 0);
+    return TRUE;
+}
+
+} // namespace qx

@@ -1,0 +1,188 @@
+// One dialog procedure for all dialogs and pages.
+//
+// A dialog is a state struct with a member `HWND dialog`, and three functions beside it, found by argument:
+//   void Initialize(State&);                                       fills the dialog (state.dialog is set)
+//   std::span<const Route<State>> RoutesOf(const State&);          what its controls do
+//   INT_PTR HandleOther(State&, UINT message, WPARAM, LPARAM);     everything else; FALSE: not handled
+#pragma once
+
+#include "base/activation_context.h"
+#include "base/guarded.h"
+#include "base/module.h"
+
+#include <windows.h> // before the headers that build on it
+
+#include <commctrl.h>
+#include <prsht.h>
+#include <span>
+#include <string>
+
+namespace qx {
+
+// What the user does to a control, and the function that answers. Commands and notifications share the table: their
+// codes cannot collide.
+template <class State> struct Route {
+    int control;
+    UINT code;
+    void (*run)(State&);
+};
+
+// The state of a dialog, or null with the last error ERROR_INVALID_DATA.
+template <class State> State* StateOf(HWND dialog) noexcept
+{
+    auto* const state = reinterpret_cast<State*>(GetWindowLongPtrW(dialog, GWLP_USERDATA));
+    if (state == nullptr)
+        SetLastError(ERROR_INVALID_DATA);
+    return state;
+}
+
+template <class State> INT_PTR RunRoute(State& state, int control, UINT code)
+{
+    for (const Route<State>& route : RoutesOf(state)) {
+        if (route.control == control && route.code == code) {
+            route.run(state);
+            return TRUE;
+        }
+    }
+    return FALSE;
+}
+
+// What DWLP_MSGRESULT and a TRUE answer amount to, in one expression.
+inline INT_PTR Answer(HWND dialog, LONG_PTR result) noexcept
+{
+    SetWindowLongPtrW(dialog, DWLP_MSGRESULT, result);
+    return TRUE;
+}
+
+inline void AddContextHelpButtonOnOldSystems(HWND dialog) noexcept
+{
+    if (WindowsMajorVersion() < 6)
+        SetWindowLongPtrW(dialog, GWL_EXSTYLE, GetWindowLongPtrW(dialog, GWL_EXSTYLE) | WS_EX_CONTEXTHELP);
+}
+
+template <class State> INT_PTR InitializeDialog(HWND dialog, State* state)
+{
+    if (state == nullptr) {
+        SetLastError(ERROR_INVALID_DATA);
+        return FALSE;
+    }
+    state->dialog = dialog;
+    AddContextHelpButtonOnOldSystems(dialog);
+    Initialize(*state);
+    // Stored last: the notifications that filling a control sends are ours, not the user's.
+    SetWindowLongPtrW(dialog, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(state));
+    return !IsChild(dialog, GetFocus()); // FALSE keeps a focus that Initialize has set
+}
+
+// Not every system looks whether the default button is on before Enter presses it.
+inline bool IsClickOfDisabledButton(HWND dialog, UINT message, WPARAM w) noexcept
+{
+    const HWND button = message == WM_COMMAND && HIWORD(w) == BN_CLICKED ? GetDlgItem(dialog, LOWORD(w)) : nullptr;
+    return button != nullptr && !IsWindowEnabled(button);
+}
+
+template <class State> INT_PTR DispatchDialogMessage(HWND dialog, UINT message, WPARAM w, LPARAM l)
+{
+    State* const state = StateOf<State>(dialog);
+    if (state == nullptr)
+        return FALSE;
+    if (IsClickOfDisabledButton(dialog, message, w))
+        return TRUE;
+    if (message == WM_COMMAND && RunRoute(*state, LOWORD(w), HIWORD(w)))
+        return TRUE;
+    if (message == WM_NOTIFY) {
+        const auto& header = *reinterpret_cast<const NMHDR*>(l);
+        if (RunRoute(*state, static_cast<int>(header.idFrom), header.code))
+            return TRUE;
+    }
+    return HandleOther(*state, message, w, l);
+}
+
+// The state is the creation parameter. A dialog that could not be filled for lack of memory would answer no button: it
+// ends at once instead.
+template <class State> INT_PTR CALLBACK DialogProcedure(HWND dialog, UINT message, WPARAM w, LPARAM l) noexcept
+{
+    constexpr INT_PTR kThrown = -1;
+    const INT_PTR answer = Guarded<INT_PTR>(message == WM_INITDIALOG ? kThrown : FALSE, [&]() -> INT_PTR {
+        if (message == WM_INITDIALOG)
+            return InitializeDialog(dialog, reinterpret_cast<State*>(l));
+        return DispatchDialogMessage<State>(dialog, message, w, l);
+    });
+    if (message != WM_INITDIALOG || answer != kThrown)
+        return answer;
+    EndDialog(dialog, -1);
+    return FALSE;
+}
+
+// What every page of a sheet has to do itself: Escape in a field of several lines closes the field's parent, which is
+// the page and not the sheet; and the theme's ground of a page is that of its fields that cannot be edited, too, unless
+// the page says otherwise. FALSE: not one of these messages.
+INT_PTR AnswerAsPage(HWND page, UINT message, WPARAM w, LPARAM l) noexcept;
+
+// A property page finds its state in the description that the sheet passes on. Beside the three functions above it has
+//   void CouldNotBeFilled(State&) noexcept;                        Initialize has thrown
+// A page that cannot answer the sheet's PSN_APPLY refuses it.
+template <class State> INT_PTR CALLBACK PageProcedure(HWND dialog, UINT message, WPARAM w, LPARAM l) noexcept
+{
+    constexpr INT_PTR kThrown = -1;
+    const auto* const page = message == WM_INITDIALOG ? reinterpret_cast<const PROPSHEETPAGEW*>(l) : nullptr;
+    State* const created = page != nullptr ? reinterpret_cast<State*>(page->lParam) : nullptr;
+    const INT_PTR answer = Guarded<INT_PTR>(kThrown, [&]() -> INT_PTR {
+        if (message == WM_INITDIALOG)
+            return InitializeDialog(dialog, created);
+        if (const INT_PTR asPage = AnswerAsPage(dialog, message, w, l))
+            return asPage;
+        return DispatchDialogMessage<State>(dialog, message, w, l);
+    });
+    if (answer != kThrown)
+        return answer;
+    if (created != nullptr)
+        CouldNotBeFilled(*created);
+    if (message == WM_NOTIFY && reinterpret_cast<const NMHDR*>(l)->code == static_cast<UINT>(PSN_APPLY))
+        return Answer(dialog, PSNRET_INVALID);
+    return FALSE;
+}
+
+// The ids of a template and of its right-to-left twin.
+struct DialogTemplate {
+    int leftToRight;
+    int rightToLeft;
+    int Id() const noexcept { return IsRightToLeftUi() ? rightToLeft : leftToRight; }
+};
+
+// Shows a modal dialog and answers what it ended with; -1 when it could not be shown.
+template <class State> INT_PTR ShowModal(const DialogTemplate& dialogTemplate, HWND owner, State& state) noexcept
+{
+    const ActivationScope context;
+    return DialogBoxParamW(ModuleInstance(), MAKEINTRESOURCEW(dialogTemplate.Id()), owner, DialogProcedure<State>,
+                           reinterpret_cast<LPARAM>(&state));
+}
+
+// The text of a window, at most units UTF-16 units of it.
+std::wstring WindowText(HWND window, std::size_t units);
+// The whole text of a window.
+std::wstring WindowText(HWND window);
+
+// The text of an edit field, at most units UTF-16 units of it. Throws when it cannot be read or the field is not there,
+// where WindowText answers an empty text: for what is going to be sent or stored.
+std::wstring FieldText(HWND edit, std::size_t units = static_cast<std::size_t>(-1));
+// Throws when the control does not take the text, or is not there.
+void SetFieldText(HWND control, const wchar_t* text);
+
+// Moves the keyboard focus as the Tab key would: the default button, which is the sheet's for a page, follows.
+void FocusControl(HWND dialog, int control) noexcept;
+
+// The only way in which a dialog switches its controls off and on, or hides and shows them: a control that has the
+// keyboard focus first hands it on to the next one, while the dialog manager can still tell where it was.
+void EnableControl(HWND dialog, int control, bool enabled) noexcept;
+void ShowControl(HWND dialog, int control, bool shown) noexcept;
+
+// Whether the keyboard focus may go to a control: it is enabled, and shown as far as its dialog decides.
+bool CanTakeFocus(HWND control) noexcept;
+
+inline bool HasText(HWND window) noexcept
+{
+    return GetWindowTextLengthW(window) > 0;
+}
+
+} // namespace qx

@@ -1,0 +1,32 @@
+#include "dialog/number_filter.h"
+
+#include "base/text.h"
+#include "dialog/dialog.h"
+
+#include <algorithm>
+
+namespace qx {
+
+void SetFilteredText(NumberFilter& filter, HWND edit, const wchar_t* text)
+{
+    // Before the field changes: its EN_CHANGE then finds nothing to take back.
+    filter.accepted = Cut(OrEmpty(text), filter.units);
+    SetFieldText(edit, text);
+}
+
+void RefuseOtherCharacters(NumberFilter& filter, HWND edit)
+{
+    std::wstring text = WindowText(edit, filter.units);
+    // Also a text that the program has put there against the rule: nothing better could come back.
+    if (text == filter.accepted)
+        return;
+    if (std::ranges::all_of(text, filter.allowed)) {
+        filter.accepted = std::move(text);
+        return;
+    }
+    const std::wstring accepted = filter.accepted; // setting the text comes back here by another EN_CHANGE
+    SetWindowTextW(edit, accepted.c_str());
+    SendMessageW(edit, EM_SETSEL, accepted.size(), static_cast<LPARAM>(accepted.size()));
+}
+
+} // namespace qx

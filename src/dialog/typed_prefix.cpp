@@ -1,0 +1,31 @@
+#include "dialog/typed_prefix.h"
+
+#include "base/text.h"
+
+#include <algorithm>
+#include <cwctype>
+
+namespace qx {
+
+namespace {
+
+// Of a text, no more than this takes part in the comparison (UTF-16 units).
+constexpr std::size_t kComparedUnits = 254;
+
+} // namespace
+
+bool IsBlankText(std::wstring_view text) noexcept
+{
+    return !text.empty() && std::ranges::all_of(text, [](wchar_t c) { return std::iswspace(c) != 0; });
+}
+
+bool MatchesTypedPrefix(std::wstring_view text, std::wstring_view typed) noexcept
+{
+    if (text.empty() || typed.empty() || text.size() < typed.size())
+        return false;
+    if (IsBlankText(text) || IsBlankText(typed))
+        return false;
+    return EqualUserText(text.substr(0, std::min(typed.size(), kComparedUnits)), typed);
+}
+
+} // namespace qx

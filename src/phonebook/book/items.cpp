@@ -1,0 +1,306 @@
+#include "phonebook/book/items.h"
+
+#include "base/text.h"
+
+#include <algorithm>
+#include <functional>
+#include <iterator>
+#include <new>
+#include <utility>
+
+namespace qx {
+
+namespace {
+
+// An entry is what the driver reads as FaxRecipient; the fields' order is tested, their extent is settled here.
+static_assert(sizeof(PhoneBookEntry) == sizeof(FaxRecipient));
+
+struct TextDeleter {
+    void operator()(wchar_t* text) const noexcept { HeapRelease(text); }
+};
+using OwnedText = std::unique_ptr<wchar_t, TextDeleter>;
+
+OwnedText CopyOf(const wchar_t* text)
+{
+    OwnedText copy(HeapText(text));
+    if (copy == nullptr)
+        throw std::bad_alloc();
+    return copy;
+}
+
+void Replace(wchar_t*& field, OwnedText text) noexcept
+{
+    HeapRelease(std::exchange(field, text.release()));
+}
+
+bool SameBuffer(const wchar_t* a, const wchar_t* b) noexcept
+{
+    return a != nullptr && a == b;
+}
+
+bool BothPresentAndEqual(const wchar_t* a, const wchar_t* b) noexcept
+{
+    return a != nullptr && b != nullptr && EqualUserText(a, b);
+}
+
+// Whether a stands on the wanted side of b (CSTR_LESS_THAN or CSTR_GREATER_THAN): the first pair of fields that
+// differ decides, and a field that is null on either side ends the comparison.
+bool Compares(const PhoneBookEntry& a, const PhoneBookEntry& b, int wanted) noexcept
+{
+    const std::pair<const wchar_t*, const wchar_t*> fields[] = {
+        {a.Name(), b.Name()}, {a.FaxNumber(), b.FaxNumber()}, {a.Company(), b.Company()}};
+    for (const auto& [ours, theirs] : fields) {
+        if (ours == nullptr || theirs == nullptr)
+            return false;
+        const int order = CompareUserText(ours, theirs);
+        if (order != CSTR_EQUAL)
+            return order == wanted;
+    }
+    return false;
+}
+
+} // namespace
+
+UniqueItem<PhoneBookEntry> MakeCopy(const PhoneBookEntry& entry)
+{
+    UniqueItem<PhoneBookEntry> copy(new PhoneBookEntry);
+    copy->CopyFrom(entry);
+    return copy;
+}
+
+PhoneBookEntry::~PhoneBookEntry()
+{
+    HeapRelease(name_);
+    HeapRelease(faxNumber_);
+    HeapRelease(company_);
+}
+
+const wchar_t* PhoneBookEntry::GetName() const noexcept
+{
+    return OrEmpty(name_);
+}
+void PhoneBookEntry::SetName(const wchar_t* text)
+{
+    Replace(name_, CopyOf(text));
+}
+void PhoneBookEntry::SetFaxNumber(const wchar_t* text)
+{
+    Replace(faxNumber_, CopyOf(text));
+}
+void PhoneBookEntry::SetCompany(const wchar_t* text)
+{
+    Replace(company_, CopyOf(text));
+}
+
+void PhoneBookEntry::CopyFrom(const PhoneBookEntry& other)
+{
+    if (SameBuffer(name_, other.name_) || SameBuffer(faxNumber_, other.faxNumber_) ||
+        SameBuffer(company_, other.company_))
+        return;
+    OwnedText name = CopyOf(other.name_);
+    OwnedText faxNumber = CopyOf(other.faxNumber_);
+    OwnedText company = CopyOf(other.company_);
+    Replace(name_, std::move(name));
+    Replace(faxNumber_, std::move(faxNumber));
+    Replace(company_, std::move(company));
+    id_ = other.id_;
+}
+
+PhoneBookGroup::~PhoneBookGroup()
+{
+    HeapRelease(name_);
+    for (PhoneBookItem* const member : members_)
+        DestroyItem(member);
+}
+
+const wchar_t* PhoneBookGroup::GetName() const noexcept
+{
+    return OrEmpty(name_);
+}
+void PhoneBookGroup::SetName(const wchar_t* text)
+{
+    Replace(name_, CopyOf(text));
+}
+
+bool PhoneBookGroup::RemoveMemberId(DWORD id) noexcept
+{
+    const auto found = std::find(memberIds_.begin(), memberIds_.end(), id);
+    if (found == memberIds_.end())
+        return false;
+    memberIds_.erase(found);
+    return true;
+}
+
+void PhoneBookGroup::AddMember(PhoneBookEntry* entry)
+{
+    UniqueItem<PhoneBookEntry> owned(entry);
+    members_.push_back(owned.get());
+    static_cast<void>(owned.release());
+}
+
+void PhoneBookGroup::CopyFrom(const PhoneBookGroup& other)
+{
+    if (this == &other || SameBuffer(name_, other.name_))
+        return;
+    PhoneBookGroup copy;
+    copy.SetName(other.name_);
+    copy.id_ = other.id_;
+    copy.memberIds_ = other.memberIds_;
+    for (const PhoneBookItem* const member : other.members_) {
+        if (const PhoneBookEntry* const entry = AsEntry(member))
+            copy.AddMember(MakeCopy(*entry).release());
+    }
+    std::swap(name_, copy.name_);
+    id_ = copy.id_;
+    memberIds_.swap(copy.memberIds_);
+    members_.swap(copy.members_);
+}
+
+PhoneBookEntry* AsEntry(PhoneBookItem* item) noexcept
+{
+    return item != nullptr && !item->IsGroup() ? static_cast<PhoneBookEntry*>(item) : nullptr;
+}
+
+const PhoneBookEntry* AsEntry(const PhoneBookItem* item) noexcept
+{
+    return item != nullptr && !item->IsGroup() ? static_cast<const PhoneBookEntry*>(item) : nullptr;
+}
+
+PhoneBookGroup* AsGroup(PhoneBookItem* item) noexcept
+{
+    return item != nullptr && item->IsGroup() ? static_cast<PhoneBookGroup*>(item) : nullptr;
+}
+
+const PhoneBookGroup* AsGroup(const PhoneBookItem* item) noexcept
+{
+    return item != nullptr && item->IsGroup() ? static_cast<const PhoneBookGroup*>(item) : nullptr;
+}
+
+void DestroyItem(PhoneBookItem* item) noexcept
+{
+    if (PhoneBookGroup* const group = AsGroup(item))
+        delete group;
+    else
+        delete AsEntry(item);
+}
+
+bool IsSameEntry(const PhoneBookEntry& a, const PhoneBookEntry& b) noexcept
+{
+    if (!BothPresentAndEqual(a.Name(), b.Name()))
+        return false;
+    // An unknown number matches every number; the company does not count.
+    return a.FaxNumber() == nullptr || b.FaxNumber() == nullptr || EqualUserText(a.FaxNumber(), b.FaxNumber());
+}
+
+bool IsLessThan(const PhoneBookEntry& a, const PhoneBookEntry& b) noexcept
+{
+    return Compares(a, b, CSTR_LESS_THAN);
+}
+
+bool IsGreaterThan(const PhoneBookEntry& a, const PhoneBookEntry& b) noexcept
+{
+    return Compares(a, b, CSTR_GREATER_THAN);
+}
+
+bool IsSameGroup(const PhoneBookGroup& a, const PhoneBookGroup& b) noexcept
+{
+    return BothPresentAndEqual(a.Name(), b.Name());
+}
+
+FaxRecipient* AsRecipient(PhoneBookEntry* entry) noexcept
+{
+    return reinterpret_cast<FaxRecipient*>(entry);
+}
+
+const PhoneBookEntry* AsEntry(const FaxRecipient* recipient) noexcept
+{
+    return reinterpret_cast<const PhoneBookEntry*>(recipient);
+}
+
+PhoneBookEntry* MakeRecipient(const wchar_t* name, const wchar_t* faxNumber, const wchar_t* company, DWORD id) noexcept
+try {
+    UniqueItem<PhoneBookEntry> entry(new PhoneBookEntry);
+    entry->SetName(name);
+    entry->SetFaxNumber(faxNumber);
+    entry->SetCompany(company);
+    entry->SetId(id);
+    return entry.release();
+} catch (const std::bad_alloc&) {
+    return nullptr;
+}
+
+ItemStore::~ItemStore()
+{
+    for (PhoneBookItem* const item : items_)
+        DestroyItem(item);
+}
+
+PhoneBookEntry* ItemStore::NewEntry()
+{
+    UniqueItem<PhoneBookEntry> entry(new PhoneBookEntry);
+    items_.push_back(entry.get());
+    return entry.release();
+}
+
+PhoneBookGroup* ItemStore::NewGroup()
+{
+    UniqueItem<PhoneBookGroup> group(new PhoneBookGroup);
+    items_.push_back(group.get());
+    return group.release();
+}
+
+void ItemStore::Discard(PhoneBookItem* item) noexcept
+{
+    // From the back: what is refused was nearly always made last.
+    const auto found = std::find(items_.rbegin(), items_.rend(), item);
+    if (item == nullptr || found == items_.rend())
+        return;
+    items_.erase(std::prev(found.base()));
+    DestroyItem(item);
+}
+
+void ItemStore::DiscardReplaced(std::span<PhoneBookItem* const> items) noexcept
+try {
+    std::vector<PhoneBookItem*> freed(items.begin(), items.end());
+    std::sort(freed.begin(), freed.end(), std::less<>());
+    freed.erase(std::unique(freed.begin(), freed.end()), freed.end());
+    for (const PhoneBookItem* const item : kept_) {
+        const auto found = std::lower_bound(freed.begin(), freed.end(), item, std::less<>());
+        if (found == freed.end() || *found != item)
+            continue;
+        if (std::find(replacedButKept_.begin(), replacedButKept_.end(), item) == replacedButKept_.end())
+            replacedButKept_.push_back(*found);
+        freed.erase(found);
+    }
+    std::erase_if(items_, [&freed](PhoneBookItem* item) {
+        const bool found = std::binary_search(freed.begin(), freed.end(), item, std::less<>());
+        if (found)
+            DestroyItem(item);
+        return found;
+    });
+} catch (const std::bad_alloc&) {
+}
+
+KeptItem::KeptItem(ItemStore& store, PhoneBookItem* item) : store_(store), item_(item)
+{
+    store_.kept_.push_back(item_);
+}
+
+KeptItem::~KeptItem()
+{
+    auto& kept = store_.kept_;
+    kept.erase(std::find(kept.begin(), kept.end(), item_));
+    auto& replaced = store_.replacedButKept_;
+    const auto found = std::find(replaced.begin(), replaced.end(), item_);
+    if (found == replaced.end() || std::find(kept.begin(), kept.end(), item_) != kept.end())
+        return;
+    replaced.erase(found);
+    store_.Discard(item_);
+}
+
+void KeptItem::TakenBack() noexcept
+{
+    std::erase(store_.replacedButKept_, item_);
+}
+
+} // namespace qx

@@ -1,0 +1,306 @@
+#include "phonebook/book/phone_book.h"
+
+#include "base/guarded.h"
+#include "base/text.h"
+#include "base/unique.h"
+#include "phonebook/book/item_deletion.h"
+#include "phonebook/book/sort_order.h"
+#include "settings/registry.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+namespace qx {
+
+namespace {
+
+constexpr wchar_t kShellFolders[] = L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders";
+constexpr std::size_t kPathUnits = 259; // and a terminator
+
+std::wstring DocumentsFolder()
+{
+    UniqueKey folders;
+    std::wstring folder;
+    if (RegOpenKeyExW(HKEY_CURRENT_USER, kShellFolders, 0, KEY_READ, folders.Receive()) == ERROR_SUCCESS)
+        ReadString(folders.Get(), L"Personal", folder);
+    return folder.c_str(); // without what follows the terminator
+}
+
+} // namespace
+
+PhoneBook::PhoneBook(ItemStore& store, const PhoneBookStorage& storage) noexcept : store_(store), storage_(storage) {}
+
+void PhoneBook::Reserved() noexcept {}
+
+void PhoneBook::SetPrinter(HANDLE printer) noexcept
+{
+    printer_ = printer;
+}
+
+// While a load or a save is under way, items that a reload replaces are not freed: messages that are answered meanwhile
+// may reload the book whose items are being written.
+class PhoneBook::Busy {
+public:
+    explicit Busy(PhoneBook& book) noexcept : book_(book) { ++book_.busy_; }
+    ~Busy() { --book_.busy_; }
+    Busy(const Busy&) = delete;
+    Busy& operator=(const Busy&) = delete;
+
+private:
+    PhoneBook& book_;
+};
+
+BOOL PhoneBook::Load() noexcept
+{
+    return Guarded<BOOL>(TRUE, [this]() -> BOOL {
+        const Busy busy(*this);
+        if (filePath_.empty())
+            BuildFilePath();
+        seen_.reset(); // unless the load comes to its end
+        const bool wasEmpty = items_.empty();
+        const unsigned loadsBefore = loads_;
+        const LoadedPhoneBook loaded = storage_.Load(filePath_, store_);
+        const BOOL result = loaded.outcome == LoadOutcome::Read || loaded.outcome == LoadOutcome::NotUnderstood;
+        if (loads_ != loadsBefore) { // a later load has come first
+            store_.DiscardReplaced(loaded.items);
+            return result;
+        }
+        items_.reserve(items_.size() + loaded.items.size());
+        RaiseNextId(loaded);
+        for (PhoneBookItem* const item : loaded.items)
+            Add(item);
+        if (loaded.outcome == LoadOutcome::Read && !loaded.dropped)
+            seen_ = loaded.content;
+        if (wasEmpty && result)
+            stamp_ = loaded.stamp;
+        ++loads_;
+        return result;
+    });
+}
+
+BOOL PhoneBook::Save(DWORD count) noexcept
+{
+    Guarded([&] {
+        const Busy busy(*this);
+        if (filePath_.empty())
+            BuildFilePath();
+        const auto end = items_.begin() + static_cast<std::ptrdiff_t>(std::min<std::size_t>(count, items_.size()));
+        const std::vector<PhoneBookItem*> saved(items_.begin(), end);
+        const unsigned loadsBefore = loads_;
+        std::optional<ContentHash> seen = seen_;
+        if (storage_.Save(filePath_, saved, !seen, &seen) && loads_ == loadsBefore)
+            seen_ = seen; // else the book is what was loaded meanwhile
+    });
+    return TRUE;
+}
+
+void PhoneBook::Reload()
+{
+    const std::vector<PhoneBookItem*> replaced = items_;
+    RemoveAll();
+    Load();
+    if (busy_ == 0)
+        store_.DiscardReplaced(replaced);
+}
+
+void PhoneBook::FollowChange(bool sorted)
+{
+    if (!HoldsTheFile())
+        Reload();
+    if (sorted)
+        Sort(TRUE);
+}
+
+bool PhoneBook::HoldsTheFile() const noexcept
+{
+    return stamp_.has_value() && storage_.StampOf(filePath_) == stamp_;
+}
+
+BOOL PhoneBook::Add(PhoneBookItem* item)
+{
+    if (item == nullptr)
+        return TRUE;
+    items_.push_back(item);
+    Changed();
+    return TRUE;
+}
+
+BOOL PhoneBook::Delete(DWORD index)
+{
+    if (index >= items_.size())
+        return TRUE;
+    const PhoneBookEntry* const entry = AsEntry(items_[index]);
+    const DWORD memberId = entry != nullptr ? entry->GetId() : kNoId;
+    items_.erase(items_.begin() + static_cast<std::ptrdiff_t>(index));
+    // Every group without member ids leaves the book, also one that had none before.
+    std::erase_if(items_, [memberId](PhoneBookItem* item) {
+        PhoneBookGroup* const group = AsGroup(item);
+        if (group == nullptr)
+            return false;
+        group->RemoveMemberId(memberId);
+        return group->MemberIds().empty();
+    });
+    Changed();
+    return TRUE;
+}
+
+BOOL PhoneBook::SetAt(DWORD index, PhoneBookItem* item) noexcept
+{
+    if (item != nullptr && index < items_.size()) {
+        items_[index] = item;
+        Changed();
+    }
+    return TRUE;
+}
+
+DWORD PhoneBook::GetCount() const noexcept
+{
+    return static_cast<DWORD>(items_.size());
+}
+
+PhoneBookItem* PhoneBook::GetAt(DWORD index) const noexcept
+{
+    return index < items_.size() ? items_[index] : nullptr;
+}
+
+void PhoneBook::Destroy() noexcept
+{
+    RemoveAll();
+    delete this;
+}
+
+void PhoneBook::RemoveAll() noexcept
+{
+    items_.clear();
+    Changed();
+}
+
+BOOL PhoneBook::Sort(BOOL ascending)
+{
+    SortItems(items_, ascending != FALSE);
+    ForgetIndex();
+    return TRUE;
+}
+
+// A file may hold the largest id there is. From then on gaps are handed out, each once.
+DWORD PhoneBook::NextId() noexcept
+{
+    if (nextId_ < std::numeric_limits<LONG>::max())
+        return static_cast<DWORD>(nextId_++);
+    while (std::binary_search(takenIds_.begin(), takenIds_.end(), nextGap_))
+        ++nextGap_;
+    return nextGap_++;
+}
+
+void PhoneBook::RaiseNextId(const LoadedPhoneBook& loaded)
+{
+    if (loaded.largestId >= nextId_)
+        nextId_ = std::min(loaded.largestId, std::numeric_limits<LONG>::max() - 1) + 1;
+    if (nextId_ < std::numeric_limits<LONG>::max())
+        return;
+    for (const PhoneBookItem* const item : loaded.items) {
+        takenIds_.push_back(item->GetId());
+        if (const PhoneBookGroup* const group = AsGroup(item))
+            takenIds_.insert(takenIds_.end(), group->MemberIds().begin(), group->MemberIds().end());
+    }
+    std::sort(takenIds_.begin(), takenIds_.end());
+    takenIds_.erase(std::unique(takenIds_.begin(), takenIds_.end()), takenIds_.end());
+}
+
+bool PhoneBook::IsTaken(DWORD id) const noexcept
+{
+    return std::any_of(items_.begin(), items_.end(), [id](const PhoneBookItem* item) {
+        const PhoneBookGroup* const group = AsGroup(item);
+        return item->GetId() == id ||
+               (group != nullptr && std::ranges::find(group->MemberIds(), id) != group->MemberIds().end());
+    });
+}
+
+void PhoneBook::BuildFilePath()
+{
+    std::wstring path(Cut(DocumentsFolder(), kPathUnits));
+    path += L'\\';
+    if (const auto guid = RestrictedUserGuid(printer_))
+        path += *guid + L".xml";
+    else
+        path += L"qxfaxab.xml";
+    filePath_ = Cut(path, kPathUnits);
+}
+
+PhoneBookItem* PhoneBook::FindItem(DWORD id) const
+{
+    return FindFirst(id, [](const PhoneBookItem*) { return true; });
+}
+
+PhoneBookEntry* PhoneBook::FindEntry(DWORD id) const
+{
+    return AsEntry(FindFirst(id, [](const PhoneBookItem* item) { return !item->IsGroup(); }));
+}
+
+void PhoneBook::ResolveMembers(PhoneBookGroup& group) const
+{
+    if (!group.Members().empty())
+        return;
+    for (const DWORD id : group.MemberIds()) {
+        if (const PhoneBookEntry* const entry = FindEntry(id))
+            group.AddMember(MakeCopy(*entry).release());
+    }
+}
+
+template <class Wanted> PhoneBookItem* PhoneBook::FindFirst(DWORD id, Wanted wanted) const
+{
+    if (index_.empty() && !std::exchange(walkedSinceChange_, true)) {
+        const auto found = std::find_if(items_.begin(), items_.end(),
+                                        [&](const PhoneBookItem* item) { return item->GetId() == id && wanted(item); });
+        return found != items_.end() ? *found : nullptr;
+    }
+    if (index_.empty())
+        IndexIds();
+    const auto first = std::lower_bound(index_.begin(), index_.end(), Place{id, 0});
+    const auto found = std::find_if(first, index_.end(),
+                                    [&](const Place& place) { return place.id != id || wanted(items_[place.index]); });
+    return found != index_.end() && found->id == id ? items_[found->index] : nullptr;
+}
+
+void PhoneBook::IndexIds() const
+{
+    index_.reserve(items_.size());
+    for (DWORD i = 0; i < GetCount(); ++i)
+        index_.push_back({items_[i]->GetId(), i});
+    std::sort(index_.begin(), index_.end());
+}
+
+void PhoneBook::ForgetIndex() noexcept
+{
+    index_.clear();
+    walkedSinceChange_ = false;
+}
+
+void PhoneBook::Changed() noexcept
+{
+    ForgetIndex();
+    stamp_.reset();
+}
+
+void PhoneBook::DeleteIds(std::span<const DWORD> ids)
+{
+    DeleteItems(items_, ids);
+    Changed();
+}
+
+bool PhoneBook::HoldsSameEntry(const PhoneBookEntry& entry) const noexcept
+{
+    return std::any_of(items_.begin(), items_.end(), [&entry](const PhoneBookItem* item) {
+        const PhoneBookEntry* const other = AsEntry(item);
+        return other != nullptr && other->GetId() != entry.GetId() && IsSameEntry(*other, entry);
+    });
+}
+
+void ReloadSorted(PhoneBook& book)
+{
+    book.Reload();
+    book.Sort(TRUE);
+}
+
+} // namespace qx

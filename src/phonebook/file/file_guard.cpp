@@ -1,0 +1,41 @@
+#include "phonebook/file/file_guard.h"
+
+#include <cstdint>
+
+namespace qx {
+
+namespace {
+
+constexpr DWORD kWaitMilliseconds = 1500;
+
+// Backslashes may not stand in the name, and a path may be longer than one.
+std::uint64_t HashOfPath(std::wstring path) noexcept
+{
+    CharUpperBuffW(path.data(), static_cast<DWORD>(path.size()));
+    std::uint64_t hash = 14695981039346656037u; // FNV-1a
+    for (const wchar_t c : path)
+        hash = (hash ^ c) * 1099511628211u;
+    return hash;
+}
+
+// Global, since one user's sessions share the documents folder.
+std::wstring GuardName(const std::wstring& path)
+{
+    return L"Global\\QXFaxPhoneBook-" + std::to_wstring(HashOfPath(path));
+}
+
+} // namespace
+
+FileGuard::FileGuard(const std::wstring& path) : mutex_(CreateMutexW(nullptr, FALSE, GuardName(path).c_str()))
+{
+    const DWORD outcome = mutex_ ? WaitForSingleObject(mutex_.Get(), kWaitMilliseconds) : WAIT_FAILED;
+    owned_ = outcome == WAIT_OBJECT_0 || outcome == WAIT_ABANDONED;
+}
+
+FileGuard::~FileGuard()
+{
+    if (owned_)
+        ReleaseMutex(mutex_.Get());
+}
+
+} // namespace qx

@@ -1,0 +1,375 @@
+#include "phonebook/file/file_replacement.h"
+
+#include "base/guarded.h"
+
+#include <algorithm>
+#include <atomic>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace qx {
+
+namespace {
+
+constexpr wchar_t kReplacementEnding[] = L".new";
+constexpr wchar_t kCopyEnding[] = L".bak";
+constexpr wchar_t kNameInTemporaryFolder[] = L"qxfax-phone-book";
+constexpr LONGLONG kLongestFile = 256 << 20; // hundreds of times the largest phone book
+constexpr std::size_t kBlockBytes = 64 << 10;
+
+// Longer than any save. Another computer that shares the folder may be in the middle of one, so a younger file stays.
+constexpr std::uint64_t kAbandonedAfter = std::uint64_t{10} * 60 * 10000000; // 10 minutes, in units of 100 ns
+
+bool Has(DWORD attributes, DWORD attribute) noexcept
+{
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & attribute) != 0;
+}
+
+constexpr std::uint64_t Combined(DWORD high, DWORD low) noexcept
+{
+    return std::uint64_t{high} << 32 | low;
+}
+
+constexpr std::uint64_t Ticks(const FILETIME& time) noexcept
+{
+    return Combined(time.dwHighDateTime, time.dwLowDateTime);
+}
+
+// ---- names -------------------------------------------------------------------------------------------------------
+
+// A name that no other process, thread or attempt uses: three numbers behind start.
+std::wstring UniqueName(const std::wstring& start, const wchar_t* ending)
+{
+    static std::atomic<unsigned> attempts{0};
+    return start + L'.' + std::to_wstring(GetCurrentProcessId()) + L'.' + std::to_wstring(GetCurrentThreadId()) + L'.' +
+           std::to_wstring(++attempts) + ending;
+}
+
+// Whether rest, a file's name behind start, is what UniqueName appends.
+bool IsUniqueEnding(std::wstring_view rest, std::wstring_view ending) noexcept
+{
+    constexpr int kNumbers = 3;
+    for (int i = 0; i < kNumbers; ++i) {
+        if (!rest.starts_with(L'.'))
+            return false;
+        rest.remove_prefix(1);
+        const std::size_t digits = std::min(rest.find_first_not_of(L"0123456789"), rest.size());
+        if (digits == 0)
+            return false;
+        rest.remove_prefix(digits);
+    }
+    return rest == ending;
+}
+
+// Where replacements lie, and copies, when the folder of a phone book takes none; empty when there is no such place.
+std::wstring StartInTemporaryFolder()
+{
+    wchar_t folder[MAX_PATH + 1] = L"";
+    const DWORD units = GetTempPathW(MAX_PATH + 1, folder);
+    return units == 0 || units > MAX_PATH ? std::wstring() : std::wstring(folder) + kNameInTemporaryFolder;
+}
+
+// A full disk, say, is another matter: what does not fit beside a file is not to be written over it.
+constexpr bool TakesNoSecondFile(DWORD error) noexcept
+{
+    switch (error) {
+    case ERROR_ACCESS_DENIED:
+    case ERROR_FILE_NOT_FOUND:
+    case ERROR_PATH_NOT_FOUND:
+    case ERROR_INVALID_NAME:
+    case ERROR_BAD_PATHNAME:
+    case ERROR_BUFFER_OVERFLOW:
+    case ERROR_FILENAME_EXCED_RANGE:
+        return true;
+    default:
+        return false;
+    }
+}
+
+// ---- whole files -------------------------------------------------------------------------------------------------
+
+void CopySecurity(const std::wstring& from, const std::wstring& to)
+{
+    DWORD bytes = 0;
+    GetFileSecurityW(from.c_str(), DACL_SECURITY_INFORMATION, nullptr, 0, &bytes);
+    std::vector<BYTE> descriptor(bytes);
+    if (GetFileSecurityW(from.c_str(), DACL_SECURITY_INFORMATION, descriptor.data(), bytes, &bytes))
+        SetFileSecurityW(to.c_str(), DACL_SECURITY_INFORMATION, descriptor.data());
+}
+
+UniqueFile OpenForWriting(const std::wstring& path) noexcept
+{
+    UniqueFile file;
+    RetryWhileInUse([&] {
+        file.Reset(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
+        return static_cast<bool>(file);
+    });
+    return file;
+}
+
+// Without this a machine that dies right after the rename may find a file of the right length and no content.
+bool FlushToDisk(const std::wstring& path) noexcept
+{
+    const UniqueFile file = OpenForWriting(path);
+    return file && FlushFileBuffers(file.Get());
+}
+
+// Fills the buffer as far as the file goes; the bytes read, 0 at the end or when it cannot be read.
+DWORD ReadSome(HANDLE file, std::span<char> buffer) noexcept
+{
+    DWORD read = 0;
+    return ReadFile(file, buffer.data(), static_cast<DWORD>(buffer.size()), &read, nullptr) ? read : 0;
+}
+
+// Writes over what is there, without emptying the file first, and to the disk.
+bool WriteOver(const std::wstring& path, const std::string& bytes) noexcept
+{
+    const UniqueFile file = OpenForWriting(path);
+    DWORD written = 0;
+    return file && WriteFile(file.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) &&
+           written == bytes.size() && SetEndOfFile(file.Get()) && FlushFileBuffers(file.Get());
+}
+
+// A new file, safely on the disk; nothing is left of it when that fails. The error says why.
+DWORD CopyToNewFile(const std::wstring& from, const std::wstring& to) noexcept
+{
+    if (!RetryWhileInUse([&] { return CopyFileW(from.c_str(), to.c_str(), TRUE) != FALSE; }))
+        return GetLastError();
+    if (FlushToDisk(to))
+        return ERROR_SUCCESS;
+    SetFileAttributesW(to.c_str(), FILE_ATTRIBUTE_NORMAL);
+    DeleteFileW(to.c_str());
+    return ERROR_WRITE_FAULT;
+}
+
+bool HaveSameContent(const std::wstring& left, const std::wstring& right)
+{
+    const UniqueFile a = OpenForReading(left);
+    const UniqueFile b = OpenForReading(right);
+    LARGE_INTEGER sizeOfA{};
+    LARGE_INTEGER sizeOfB{};
+    if (!a || !b || !GetFileSizeEx(a.Get(), &sizeOfA) || !GetFileSizeEx(b.Get(), &sizeOfB) ||
+        sizeOfA.QuadPart != sizeOfB.QuadPart)
+        return false;
+    std::vector<char> fromA(kBlockBytes);
+    std::vector<char> fromB(kBlockBytes);
+    for (LONGLONG rest = sizeOfA.QuadPart; rest > 0;) {
+        const DWORD read = ReadSome(a.Get(), fromA);
+        if (read == 0 || ReadSome(b.Get(), fromB) != read ||
+            !std::equal(fromA.begin(), fromA.begin() + read, fromB.begin()))
+            return false;
+        rest -= read;
+    }
+    return true;
+}
+
+std::optional<FileStamp> StampOf(HANDLE file) noexcept
+{
+    BY_HANDLE_FILE_INFORMATION info{};
+    if (!GetFileInformationByHandle(file, &info))
+        return std::nullopt;
+    return FileStamp{.written = Ticks(info.ftLastWriteTime),
+                     .bytes = Combined(info.nFileSizeHigh, info.nFileSizeLow),
+                     .index = Combined(info.nFileIndexHigh, info.nFileIndexLow),
+                     .volume = info.dwVolumeSerialNumber};
+}
+
+bool HasBeenThereForLong(const WIN32_FIND_DATAW& file) noexcept
+{
+    FILETIME now;
+    GetSystemTimeAsFileTime(&now);
+    return Ticks(now) > Ticks(file.ftLastWriteTime) + kAbandonedAfter;
+}
+
+void RemoveAbandoned(const std::wstring& start)
+{
+    const std::size_t nameAt = start.rfind(L'\\') + 1;
+    const std::size_t nameUnits = start.size() - nameAt;
+    WIN32_FIND_DATAW found;
+    const UniqueFindFile search(FindFirstFileW((start + L".*" + kReplacementEnding).c_str(), &found));
+    if (!search)
+        return;
+    do {
+        const std::wstring_view name = found.cFileName;
+        if (name.size() > nameUnits && IsUniqueEnding(name.substr(nameUnits), kReplacementEnding) &&
+            HasBeenThereForLong(found))
+            DeleteFileW((start.substr(0, nameAt) + found.cFileName).c_str());
+    } while (FindNextFileW(search.Get(), &found));
+}
+
+} // namespace
+
+// ---- replacing ---------------------------------------------------------------------------------------------------
+
+Replacement::Replacement(const std::wstring& path) : path_(path)
+{
+    if (Create(path) || !TakesNoSecondFile(GetLastError()))
+        return;
+    beside_ = false;
+    const std::wstring start = StartInTemporaryFolder();
+    if (!start.empty())
+        Create(start);
+}
+
+// False with the last error set.
+bool Replacement::Create(const std::wstring& start)
+{
+    std::wstring name;
+    const bool created = RetryWhileInUse([&] {
+        DWORD error = ERROR_SUCCESS;
+        do {
+            name = UniqueName(start, kReplacementEnding);
+            const UniqueFile file(CreateFileW(name.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_NEW,
+                                              FILE_ATTRIBUTE_NORMAL, nullptr));
+            error = file ? ERROR_SUCCESS : GetLastError();
+        } while (error == ERROR_FILE_EXISTS);
+        SetLastError(error);
+        return error == ERROR_SUCCESS;
+    });
+    if (created)
+        temporary_ = std::move(name);
+    return created;
+}
+
+Replacement::~Replacement()
+{
+    if (!temporary_.empty())
+        DeleteFileW(temporary_.c_str());
+}
+
+bool Replacement::TakePlace()
+{
+    return FlushToDisk(temporary_) && (beside_ ? Rename() : Overwrite());
+}
+
+bool Replacement::Rename()
+{
+    CopySecurity(path_, temporary_);
+    const DWORD attributes = GetFileAttributesW(path_.c_str());
+    const DWORD kept = attributes == INVALID_FILE_ATTRIBUTES ? 0 : attributes & ~DWORD{FILE_ATTRIBUTE_NORMAL};
+    SetFileAttributesW(temporary_.c_str(), kept | FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_HIDDEN);
+    const bool moved = RetryWhileInUse([&] {
+        return MoveFileExW(temporary_.c_str(), path_.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) !=
+               FALSE;
+    });
+    if (moved)
+        temporary_.clear();
+    return moved;
+}
+
+bool Replacement::Overwrite()
+{
+    RemoveAbandoned(StartInTemporaryFolder());
+    std::string oldContent;
+    std::string newContent;
+    if (ReadWholeFile(path_, oldContent) != ERROR_SUCCESS || ReadWholeFile(temporary_, newContent) != ERROR_SUCCESS)
+        return false;
+    const std::wstring copy = UniqueName(StartInTemporaryFolder(), kCopyEnding);
+    if (!oldContent.empty() && CopyToNewFile(path_, copy) != ERROR_SUCCESS)
+        return false;
+    const bool written = WriteOver(path_, newContent);
+    if ((written || WriteOver(path_, oldContent)) && !oldContent.empty()) {
+        SetFileAttributesW(copy.c_str(), FILE_ATTRIBUTE_NORMAL);
+        DeleteFileW(copy.c_str());
+    }
+    return written;
+}
+
+void RemoveAbandonedReplacements(const std::wstring& path) noexcept
+{
+    Guarded([&path] { RemoveAbandoned(path); });
+}
+
+// ---- copies ------------------------------------------------------------------------------------------------------
+
+bool KeepCopy(const std::wstring& path)
+{
+    WIN32_FILE_ATTRIBUTE_DATA data{};
+    if (!GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data)) {
+        const DWORD error = GetLastError();
+        return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+    }
+    if (data.nFileSizeHigh == 0 && data.nFileSizeLow == 0)
+        return true;
+    // Of several unreadable phone books each keeps its copy: .bak, .2.bak, .3.bak, ...
+    std::wstring copy = path + kCopyEnding;
+    DWORD error = ERROR_FILE_EXISTS;
+    for (int number = 2;; ++number) {
+        if (GetFileAttributesW(copy.c_str()) == INVALID_FILE_ATTRIBUTES)
+            error = CopyToNewFile(path, copy);
+        else if (HaveSameContent(path, copy))
+            return true;
+        if (error != ERROR_FILE_EXISTS)
+            break;
+        copy = path + L"." + std::to_wstring(number) + kCopyEnding;
+    }
+    if (error == ERROR_SUCCESS)
+        SetFileAttributesW(copy.c_str(), FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_HIDDEN);
+    return error == ERROR_SUCCESS;
+}
+
+// ---- reading -----------------------------------------------------------------------------------------------------
+
+std::wstring FollowLink(const std::wstring& path)
+{
+    if (!Has(GetFileAttributesW(path.c_str()), FILE_ATTRIBUTE_REPARSE_POINT))
+        return path;
+    const UniqueFile file(CreateFileW(path.c_str(), FILE_READ_ATTRIBUTES,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                                      FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    if (!file)
+        return path;
+    std::wstring real(GetFinalPathNameByHandleW(file.Get(), nullptr, 0, FILE_NAME_NORMALIZED), L'\0');
+    const DWORD units =
+        GetFinalPathNameByHandleW(file.Get(), real.data(), static_cast<DWORD>(real.size()), FILE_NAME_NORMALIZED);
+    if (units == 0 || units >= real.size())
+        return path;
+    real.resize(units);
+    // In the form that every function takes, unless it is too long for that.
+    constexpr std::wstring_view kPrefix = L"\\\\?\\";
+    constexpr std::wstring_view kSharePrefix = L"\\\\?\\UNC\\";
+    if (real.size() >= MAX_PATH)
+        return real;
+    if (real.starts_with(kSharePrefix))
+        return L"\\\\" + real.substr(kSharePrefix.size());
+    return real.starts_with(kPrefix) ? real.substr(kPrefix.size()) : real;
+}
+
+UniqueFile OpenForReading(const std::wstring& path) noexcept
+{
+    UniqueFile file;
+    RetryWhileInUse([&] {
+        file.Reset(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                               FILE_ATTRIBUTE_NORMAL, nullptr));
+        return static_cast<bool>(file);
+    });
+    return file;
+}
+
+std::optional<FileStamp> StampOf(const std::wstring& path) noexcept
+{
+    const UniqueFile file(CreateFileW(path.c_str(), FILE_READ_ATTRIBUTES,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr));
+    return file ? StampOf(file.Get()) : std::nullopt;
+}
+
+DWORD ReadWholeFile(const std::wstring& path, std::string& out, std::optional<FileStamp>* stamp)
+{
+    const UniqueFile file = OpenForReading(path);
+    if (!file)
+        return GetLastError();
+    LARGE_INTEGER size{};
+    if (!GetFileSizeEx(file.Get(), &size) || size.QuadPart > kLongestFile)
+        return ERROR_FILE_TOO_LARGE;
+    std::string content(static_cast<std::size_t>(size.QuadPart), '\0');
+    if (ReadSome(file.Get(), content) != content.size())
+        return ERROR_FILE_TOO_LARGE;
+    if (stamp != nullptr)
+        *stamp = StampOf(file.Get());
+    out = std::move(content);
+    return ERROR_SUCCESS;
+}
+
+} // namespace qx

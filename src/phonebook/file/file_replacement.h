@@ -1,0 +1,88 @@
+// Replacing a file in one step, and keeping copies beside it.
+#pragma once
+
+#include "base/unique.h"
+#include "phonebook/book/phone_book_storage.h"
+
+#include <optional>
+#include <string>
+
+namespace qx {
+
+// What a call is refused with while another program, such as a virus scanner or a backup, looks at the file: every new
+// file is looked at. Access is denied for a moment to a name that is being deleted, and for replacing a file in use.
+constexpr bool MeansInUse(DWORD error) noexcept
+{
+    return error == ERROR_SHARING_VIOLATION || error == ERROR_LOCK_VIOLATION || error == ERROR_ACCESS_DENIED ||
+           error == ERROR_USER_MAPPED_FILE;
+}
+
+// Repeats attempt() for a second as long as it fails, by its last error, because the file is in use.
+template <class Attempt> bool RetryWhileInUse(Attempt attempt)
+{
+    constexpr int kAttempts = 41;
+    constexpr DWORD kPauseMilliseconds = 25;
+    for (int i = 1;; ++i) {
+        if (attempt())
+            return true;
+        const DWORD error = GetLastError();
+        if (i == kAttempts || !MeansInUse(error)) {
+            SetLastError(error);
+            return false;
+        }
+        Sleep(kPauseMilliseconds);
+    }
+}
+
+// A new, empty file that is to take the place of path, which exists and is no link. It lies beside path, or in the
+// temporary folder when the folder of path takes no second file; there is none when it can lie nowhere. It is hidden
+// only when it takes the place: a hidden one could not be saved over. It is removed again unless it took the place.
+class Replacement {
+public:
+    explicit Replacement(const std::wstring& path);
+    ~Replacement();
+    Replacement(const Replacement&) = delete;
+    Replacement& operator=(const Replacement&) = delete;
+
+    explicit operator bool() const noexcept { return !temporary_.empty(); }
+    const std::wstring& Path() const noexcept { return temporary_; }
+
+    // Puts the new content, once it is safely on the disk, where the old one was: in one step when it lies beside it.
+    // Otherwise it is written over the old one, of which a copy lies in the temporary folder until that is done; when
+    // it fails the old content is put back, and the copy stays unless that succeeded. The file keeps its security and
+    // its attributes and is hidden. False: the old content is there.
+    bool TakePlace();
+
+private:
+    bool Create(const std::wstring& start);
+    bool Rename();
+    bool Overwrite();
+
+    const std::wstring path_;
+    std::wstring temporary_;
+    bool beside_ = true;
+};
+
+// Removes what processes that died while replacing path left beside it: files of a replacement's name that have been
+// there for longer than any save takes.
+void RemoveAbandonedReplacements(const std::wstring& path) noexcept;
+
+// Keeps a byte-identical, hidden copy of path beside it, unless there is one already or the file is empty or not
+// there. Never replaces an older copy. False when the copy is not safely on the disk.
+bool KeepCopy(const std::wstring& path);
+
+// The file that a link leads to; path itself when it is none, or leads nowhere.
+std::wstring FollowLink(const std::wstring& path);
+
+// Opens a file for reading, waiting a moment for others to let go of it. Empty, with the last error set, when it cannot
+// be opened.
+UniqueFile OpenForReading(const std::wstring& path) noexcept;
+
+// None when the file cannot be asked.
+std::optional<FileStamp> StampOf(const std::wstring& path) noexcept;
+
+// Reads the whole file. ERROR_SUCCESS; the error of opening it; or ERROR_FILE_TOO_LARGE when it opened but could not be
+// read, or is longer than any phone book. out is left alone then. stamp, if given, is that of what was read.
+DWORD ReadWholeFile(const std::wstring& path, std::string& out, std::optional<FileStamp>* stamp = nullptr);
+
+} // namespace qx

@@ -1,0 +1,425 @@
+#include "phonebook/file/phone_book_file.h"
+
+#include "base/text.h"
+#include "phonebook/book/item_id.h"
+#include "phonebook/file/file_guard.h"
+#include "phonebook/file/file_replacement.h"
+#include "phonebook/file/phone_book_document.h"
+#include "phonebook/file/xml_text.h"
+
+#include <algorithm>
+#include <functional>
+#include <optional>
+#include <string_view>
+
+namespace qx {
+
+namespace {
+
+// Reading
+
+// Walks a document. Every call is expected to succeed: once one has not, the walk is not complete, whatever comes
+// after.
+class Walk {
+public:
+    bool Complete() const noexcept { return complete_; }
+
+    // Calls visit(node) for each child, in order, and skips one that cannot be fetched: false then. By nextNode:
+    // fetching children by index takes quadratic time.
+    template <class Visit> bool ForEachChild(IXMLDOMNode& parent, Visit visit)
+    {
+        ComPtr<IXMLDOMNodeList> children;
+        long count = 0;
+        if (!Done(parent.get_childNodes(children.Receive())) || !Done(children->reset()) ||
+            !Done(children->get_length(&count)))
+            return false;
+        bool allVisited = true;
+        for (long i = 0; i < count; ++i) {
+            ComPtr<IXMLDOMNode> child;
+            if (children->nextNode(child.Receive()) == S_OK)
+                visit(*child.Get());
+            else
+                allVisited = false;
+        }
+        return allVisited;
+    }
+
+    // Calls visit(name, text) for each attribute.
+    template <class Visit> void ForEachAttribute(IXMLDOMNode& element, Visit visit)
+    {
+        ComPtr<IXMLDOMNamedNodeMap> attributes;
+        long count = 0;
+        if (!Done(element.get_attributes(attributes.Receive())) || !Done(attributes->get_length(&count)))
+            return;
+        for (long i = 0; i < count; ++i) {
+            ComPtr<IXMLDOMNode> attribute;
+            Variant value;
+            if (Done(attributes->get_item(i, attribute.Receive())) && Done(attribute->get_nodeValue(value.Receive())))
+                visit(View(NameOf(*attribute.Get())), value.Text());
+        }
+    }
+
+    UniqueBstr NameOf(IXMLDOMNode& node)
+    {
+        UniqueBstr name;
+        Done(node.get_nodeName(name.Receive()));
+        return name;
+    }
+
+    // The only child; null when there are none or several.
+    ComPtr<IXMLDOMNode> OnlyChild(IXMLDOMNode& parent, long& count)
+    {
+        ComPtr<IXMLDOMNodeList> children;
+        ComPtr<IXMLDOMNode> child;
+        if (Done(parent.get_childNodes(children.Receive())) && Done(children->get_length(&count)) && count == 1)
+            Done(children->get_item(0, child.Receive()));
+        return child;
+    }
+
+    // The text of a node's first child; none when that is not a text.
+    std::optional<std::wstring> FirstText(IXMLDOMNode& node)
+    {
+        ComPtr<IXMLDOMNode> text;
+        DOMNodeType type = NODE_INVALID;
+        Variant value;
+        const HRESULT found = node.get_firstChild(text.Receive());
+        if (found == S_FALSE) // it has no children
+            return std::nullopt;
+        if (!Done(found) || !Done(text->get_nodeType(&type)) || type != NODE_TEXT ||
+            !Done(text->get_nodeValue(value.Receive())))
+            return std::nullopt;
+        return value.Text();
+    }
+
+private:
+    bool Done(HRESULT result) noexcept
+    {
+        complete_ = complete_ && result == S_OK;
+        return result == S_OK;
+    }
+
+    bool complete_ = true;
+};
+
+class Reader {
+public:
+    Reader(LoadedPhoneBook& loaded, ItemStore& store) noexcept : loaded_(loaded), store_(store) {}
+
+    // False when something could not be read; the items read so far are then half the truth. An item that cannot even
+    // be fetched is only skipped, as one that is dropped for what it holds.
+    bool ReadItems(IXMLDOMNode& phoneBook)
+    {
+        if (!walk_.ForEachChild(phoneBook, [this](IXMLDOMNode& element) { ReadItem(element); }))
+            loaded_.dropped = true;
+        return walk_.Complete() && membersComplete_;
+    }
+
+private:
+    void ReadItem(IXMLDOMNode& element)
+    {
+        const UniqueBstr name = walk_.NameOf(element);
+        if (View(name) == xml::kEntry)
+            ReadEntry(element);
+        else if (View(name) == xml::kGroup)
+            ReadGroup(element);
+    }
+
+    void ReadEntry(IXMLDOMNode& element)
+    {
+        PhoneBookEntry* const entry = store_.NewEntry();
+        entry->SetId(kNoId);
+        walk_.ForEachAttribute(element, [entry](std::wstring_view name, const wchar_t* text) {
+            if (name == xml::kId)
+                entry->SetId(ParseId(text));
+            else if (name == xml::kName)
+                entry->SetName(text);
+            else if (name == xml::kFaxNumber)
+                entry->SetFaxNumber(text);
+            else if (name == xml::kCompany)
+                entry->SetCompany(text);
+        });
+        // An entry that is dropped for its number has its id all the same: it is not handed out again.
+        NoteId(entry->GetId());
+        if (entry->GetId() == kNoId || !IsValidFaxNumber(OrEmpty(entry->FaxNumber()))) {
+            Drop(entry);
+            return;
+        }
+        if (entry->Name() == nullptr)
+            entry->SetName(nullptr); // that is, empty
+        if (entry->FaxNumber() == nullptr)
+            entry->SetFaxNumber(nullptr);
+        if (entry->Company() == nullptr)
+            entry->SetCompany(nullptr);
+        loaded_.items.push_back(entry);
+    }
+
+    void ReadGroup(IXMLDOMNode& element)
+    {
+        PhoneBookGroup* const group = store_.NewGroup();
+        group->SetId(kNoId);
+        walk_.ForEachAttribute(element, [group](std::wstring_view name, const wchar_t* text) {
+            if (name == xml::kGroupName)
+                group->SetName(text);
+            else if (name == xml::kId)
+                group->SetId(ParseId(text));
+        });
+        NoteId(group->GetId());
+        if (group->Name() == nullptr) {
+            Drop(group);
+            return;
+        }
+        ReadMembers(element, *group);
+        loaded_.items.push_back(group);
+    }
+
+    // The members stand in a group's only child, whatever it is called. A group with more children has no members.
+    void ReadMembers(IXMLDOMNode& element, PhoneBookGroup& group)
+    {
+        long children = 0;
+        const ComPtr<IXMLDOMNode> list = walk_.OnlyChild(element, children);
+        if (children > 1)
+            loaded_.dropped = true;
+        if (!list)
+            return;
+        membersComplete_ &= walk_.ForEachChild(*list.Get(), [this, &group](IXMLDOMNode& child) {
+            if (View(walk_.NameOf(child)) != xml::kMemberId)
+                return;
+            if (const auto text = walk_.FirstText(child)) {
+                group.AddMemberId(ParseId(text->c_str()));
+                NoteId(group.MemberIds().back()); // else a new entry might become a member
+            }
+        });
+    }
+
+    void Drop(PhoneBookItem* item) noexcept
+    {
+        store_.Discard(item);
+        loaded_.dropped = true;
+    }
+
+    // Ids are compared as signed numbers: those above 0x7FFFFFFF never count.
+    void NoteId(DWORD id) noexcept { loaded_.largestId = std::max(loaded_.largestId, static_cast<LONG>(id)); }
+
+    LoadedPhoneBook& loaded_;
+    ItemStore& store_;
+    Walk walk_;
+    bool membersComplete_ = true;
+};
+
+// Writing
+
+class Writer {
+public:
+    explicit Writer(PhoneBookDocument& document) : document_(document) {}
+
+    // False when the document is not what the item is: it is not to be saved then.
+    bool WriteItem(const PhoneBookItem& item)
+    {
+        if (const PhoneBookGroup* const group = AsGroup(&item))
+            return WriteGroup(*group);
+        return WriteEntry(*AsEntry(&item));
+    }
+
+private:
+    bool WriteEntry(const PhoneBookEntry& entry)
+    {
+        const ComPtr<IXMLDOMElement> element = Append(*document_.PhoneBookNode(), entry_);
+        return element && SetAttribute(*element.Get(), id_, FormatId(entry.GetId())) &&
+               SetAttribute(*element.Get(), name_, OrEmpty(entry.Name())) &&
+               SetAttribute(*element.Get(), faxNumber_, OrEmpty(entry.FaxNumber())) &&
+               SetAttribute(*element.Get(), company_, OrEmpty(entry.Company()));
+    }
+
+    bool WriteGroup(const PhoneBookGroup& group)
+    {
+        const ComPtr<IXMLDOMElement> element = Append(*document_.PhoneBookNode(), group_);
+        if (!element || !SetAttribute(*element.Get(), groupName_, group.GetName()) ||
+            !SetAttribute(*element.Get(), id_, FormatId(group.GetId())))
+            return false;
+        const ComPtr<IXMLDOMElement> list = Append(*element.Get(), memberList_);
+        const auto ids = group.MemberIds();
+        return list && std::all_of(ids.begin(), ids.end(), [&](DWORD id) { return WriteMember(*list.Get(), id); });
+    }
+
+    bool WriteMember(IXMLDOMElement& list, DWORD id)
+    {
+        const ComPtr<IXMLDOMElement> member = Append(list, memberId_);
+        const ComPtr<IXMLDOMNode> text = document_.CreateText(MakeBstr(FormatId(id)));
+        return member && text && member->appendChild(text.Get(), nullptr) == S_OK;
+    }
+
+    // A new element below parent; null on failure.
+    ComPtr<IXMLDOMElement> Append(IXMLDOMNode& parent, const UniqueBstr& name)
+    {
+        ComPtr<IXMLDOMElement> element = document_.CreateElement(name);
+        if (element && parent.appendChild(element.Get(), nullptr) != S_OK)
+            element.Reset();
+        return element;
+    }
+
+    static bool SetAttribute(IXMLDOMElement& element, const UniqueBstr& name, std::wstring_view text)
+    {
+        const UniqueBstr value = FitsXml(text) ? MakeBstr(text) : MakeBstr(XmlText(text));
+        return element.setAttribute(name.Get(), Variant::Borrowed(value)) == S_OK;
+    }
+
+    PhoneBookDocument& document_;
+    const UniqueBstr entry_ = MakeBstr(xml::kEntry);
+    const UniqueBstr group_ = MakeBstr(xml::kGroup);
+    const UniqueBstr memberList_ = MakeBstr(xml::kMemberList);
+    const UniqueBstr memberId_ = MakeBstr(xml::kMemberId);
+    const UniqueBstr id_ = MakeBstr(xml::kId);
+    const UniqueBstr name_ = MakeBstr(xml::kName);
+    const UniqueBstr faxNumber_ = MakeBstr(xml::kFaxNumber);
+    const UniqueBstr company_ = MakeBstr(xml::kCompany);
+    const UniqueBstr groupName_ = MakeBstr(xml::kGroupName);
+};
+
+// However a save ends, it leaves the file hidden.
+class HiddenAfterwards {
+public:
+    explicit HiddenAfterwards(const std::wstring& path) noexcept : path_(path) {}
+    ~HiddenAfterwards()
+    {
+        const DWORD attributes = GetFileAttributesW(path_.c_str());
+        if (attributes != INVALID_FILE_ATTRIBUTES)
+            SetFileAttributesW(path_.c_str(), attributes | FILE_ATTRIBUTE_HIDDEN);
+    }
+    HiddenAfterwards(const HiddenAfterwards&) = delete;
+    HiddenAfterwards& operator=(const HiddenAfterwards&) = delete;
+
+private:
+    const std::wstring& path_;
+};
+
+bool Has(DWORD attributes, DWORD attribute) noexcept
+{
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & attribute) != 0;
+}
+
+// Whether the file can be written; it is visible then, so that the document may be saved over it. One that was not
+// there is there, and empty, from now on.
+bool MakeWritable(const std::wstring& path)
+{
+    if (Has(GetFileAttributesW(path.c_str()), FILE_ATTRIBUTE_READONLY))
+        return false; // asked first: to a privileged user some systems open it all the same
+    const bool opened = RetryWhileInUse([&path] {
+        return static_cast<bool>(UniqueFile(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                                                        OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr)));
+    });
+    if (opened && Has(GetFileAttributesW(path.c_str()), FILE_ATTRIBUTE_HIDDEN))
+        SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
+    return opened;
+}
+
+bool Store(PhoneBookDocument& document, const std::wstring& path)
+{
+    Replacement replacement(path);
+    return replacement && document.Save(replacement.Path()) && replacement.TakePlace();
+}
+
+ContentHash HashOf(std::string_view bytes) noexcept
+{
+    return std::hash<std::string_view>()(bytes);
+}
+
+// None when the file cannot be read.
+std::optional<ContentHash> ContentOf(const std::wstring& path)
+{
+    std::string bytes;
+    if (ReadWholeFile(path, bytes) != ERROR_SUCCESS)
+        return std::nullopt;
+    return HashOf(bytes);
+}
+
+DWORD ReadGuarded(const std::wstring& path, std::string& bytes, std::optional<FileStamp>& stamp)
+{
+    const std::wstring real = FollowLink(path);
+    const FileGuard guard(real);
+    return ReadWholeFile(real, bytes, &stamp);
+}
+
+} // namespace
+
+LoadedPhoneBook LoadPhoneBookFile(const std::wstring& path, ItemStore& store)
+{
+    std::string bytes;
+    LoadedPhoneBook loaded;
+    switch (ReadGuarded(path, bytes, loaded.stamp)) {
+    case ERROR_SUCCESS:
+        break;
+    case ERROR_FILE_NOT_FOUND:
+    case ERROR_PATH_NOT_FOUND:
+        return {.outcome = LoadOutcome::NoFile};
+    case ERROR_FILE_TOO_LARGE:
+        return {.outcome = LoadOutcome::NotUnderstood};
+    default:
+        return {.outcome = LoadOutcome::NotReadable};
+    }
+    loaded.content = HashOf(bytes);
+    PhoneBookDocument document;
+    loaded.outcome = LoadOutcome::NotUnderstood;
+    if (!document.Read(bytes))
+        return loaded;
+    if (Reader(loaded, store).ReadItems(*document.PhoneBookNode())) {
+        loaded.outcome = LoadOutcome::Read;
+    } else {
+        store.DiscardReplaced(loaded.items);
+        loaded.items.clear();
+    }
+    return loaded;
+}
+
+bool SavePhoneBookFile(const std::wstring& path, std::span<PhoneBookItem* const> items, bool keepOld,
+                       std::optional<ContentHash>* seen)
+{
+    const std::wstring real = FollowLink(path);
+    const FileGuard guard(real);
+    const HiddenAfterwards hidden(real);
+    // The copy comes after: what was not there before is there now, and nothing can appear unseen in between.
+    if (!MakeWritable(real))
+        return false;
+    const bool unseen = keepOld || (seen != nullptr && ContentOf(real) != *seen);
+    if (unseen && !KeepCopy(real))
+        return false;
+    PhoneBookDocument document;
+    if (!document.Begin())
+        return false;
+    Writer writer(document);
+    for (const PhoneBookItem* const item : items) {
+        if (!writer.WriteItem(*item))
+            return false;
+    }
+    const bool stored = Store(document, real);
+    RemoveAbandonedReplacements(real);
+    if (stored && seen != nullptr)
+        *seen = ContentOf(real);
+    return stored;
+}
+
+namespace {
+
+class Files final : public PhoneBookStorage {
+public:
+    LoadedPhoneBook Load(const std::wstring& path, ItemStore& store) const override
+    {
+        return LoadPhoneBookFile(path, store);
+    }
+    bool Save(const std::wstring& path, std::span<PhoneBookItem* const> items, bool keepOld,
+              std::optional<ContentHash>* seen) const override
+    {
+        return SavePhoneBookFile(path, items, keepOld, seen);
+    }
+    std::optional<FileStamp> StampOf(const std::wstring& path) const noexcept override { return qx::StampOf(path); }
+};
+
+constexpr Files kFiles;
+
+} // namespace
+
+const PhoneBookStorage& PhoneBookFiles() noexcept
+{
+    return kFiles;
+}
+
+} // namespace qx

@@ -1,0 +1,211 @@
+#include "phonebook/file/xml_prolog.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace qx {
+
+namespace {
+
+// How the names begin of encodings whose bytes below 0x80 are ASCII wherever a markup delimiter can stand, and of those
+// of 16 bits. UTF-7, say, is not one of them, nor is IBM037.
+constexpr std::string_view kPlainEncodings[] = {
+    "utf-8",     "utf-16",      "ucs-2",       "iso-10646-ucs-2", "us-ascii",
+    "iso-8859-", "windows-125", "windows-874", "tis-620",         "koi8-",
+    "ibm437",    "ibm85",       "ibm86",       "cp866",           "macintosh",
+    "shift_jis", "gb2312",      "gbk",         "gb18030",         "big5",
+    "ks_c_5601", "euc-",
+};
+
+constexpr char kNotAscii = '\x7F';
+
+constexpr char Lower(char c) noexcept
+{
+    return 'A' <= c && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+constexpr bool IsSpace(char c) noexcept
+{
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
+
+// The document's characters, as far as ASCII matters, in bytes or in 16-bit units of either order.
+class Characters {
+public:
+    explicit Characters(std::string_view bytes) noexcept : bytes_(bytes)
+    {
+        if (bytes.starts_with("\xEF\xBB\xBF"))
+            bytes_.remove_prefix(3);
+        else if (bytes.starts_with("\xFF\xFE") || bytes.starts_with(std::string_view("<\0", 2)))
+            SetWide(0);
+        else if (bytes.starts_with("\xFE\xFF") || bytes.starts_with(std::string_view("\0<", 2)))
+            SetWide(1);
+    }
+
+    bool AtEnd() const noexcept { return at_ >= bytes_.size() / width_; }
+    void Skip(std::size_t count) noexcept { at_ += count; }
+
+    bool StartsWith(std::string_view text) const noexcept
+    {
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            if (At(at_ + i) != text[i])
+                return false;
+        }
+        return true;
+    }
+
+    void SkipSpaces() noexcept
+    {
+        while (!AtEnd() && IsSpace(At(at_)))
+            ++at_;
+    }
+
+    // Moves behind the next end; false, at the end of the document, when there is none.
+    bool SkipPast(std::string_view end) noexcept
+    {
+        while (!AtEnd() && !StartsWith(end))
+            ++at_;
+        if (AtEnd())
+            return false;
+        Skip(end.size());
+        return true;
+    }
+
+    char Current() const noexcept { return At(at_); }
+    char Next() const noexcept { return At(at_ + 1); }
+
+    // Moves to the next character of one byte that is c; false, at the end of the document, when there is none.
+    bool SkipTo(char c) noexcept
+    {
+        if (width_ == 1) { // nearly all documents, and most of their bytes
+            at_ = std::min(bytes_.find(c, at_), bytes_.size());
+        } else {
+            while (!AtEnd() && At(at_) != c)
+                ++at_;
+        }
+        return !AtEnd();
+    }
+
+    // From a start tag's first character behind its end; whether it has no end tag of its own.
+    bool SkipStartTag() noexcept
+    {
+        char last = '\0';
+        for (; !AtEnd() && Current() != '>'; Skip(1)) {
+            last = Current();
+            if (last != '"' && last != '\'')
+                continue;
+            Skip(1);
+            if (!SkipTo(last))
+                break;
+        }
+        Skip(1);
+        return last == '/';
+    }
+
+private:
+    void SetWide(std::size_t asciiByte) noexcept
+    {
+        width_ = 2;
+        asciiByte_ = asciiByte;
+        if (bytes_.starts_with("\xFF\xFE") || bytes_.starts_with("\xFE\xFF"))
+            bytes_.remove_prefix(2);
+    }
+
+    // Zero behind the end.
+    char At(std::size_t index) const noexcept
+    {
+        if (index >= bytes_.size() / width_)
+            return '\0';
+        const char ascii = bytes_[index * width_ + asciiByte_];
+        const char other = width_ == 2 ? bytes_[index * width_ + 1 - asciiByte_] : '\0';
+        return other == '\0' && static_cast<unsigned char>(ascii) < 0x80 ? ascii : kNotAscii;
+    }
+
+    std::string_view bytes_;
+    std::size_t width_ = 1;
+    std::size_t asciiByte_ = 0;
+    std::size_t at_ = 0;
+};
+
+bool IsPlainEncoding(Characters value) noexcept
+{
+    return std::any_of(std::begin(kPlainEncodings), std::end(kPlainEncodings), [&](std::string_view name) {
+        Characters at = value;
+        return std::all_of(name.begin(), name.end(), [&at](char expected) {
+            const char found = Lower(at.Current());
+            at.Skip(1);
+            return found == expected;
+        });
+    });
+}
+
+// Moves behind the declaration; false when it is not closed or names an encoding that is not plain.
+bool SkipDeclaration(Characters& document) noexcept
+{
+    while (!document.AtEnd() && !document.StartsWith("?>")) {
+        if (!document.StartsWith("encoding")) {
+            document.Skip(1);
+            continue;
+        }
+        document.Skip(std::string_view("encoding").size());
+        document.SkipSpaces();
+        document.Skip(1); // =
+        document.SkipSpaces();
+        document.Skip(1); // the quote
+        if (!IsPlainEncoding(document))
+            return false;
+    }
+    return document.SkipPast("?>");
+}
+
+} // namespace
+
+bool NestsAtMost(std::string_view bytes, long levels) noexcept
+{
+    Characters document(bytes);
+    long depth = 0;
+    while (document.SkipTo('<')) {
+        if (document.Next() == '/') {
+            --depth;
+            document.Skip(2);
+        } else if (document.StartsWith("<!--")) {
+            document.Skip(4);
+            document.SkipPast("-->");
+        } else if (document.StartsWith("<![CDATA[")) {
+            document.SkipPast("]]>");
+        } else if (document.Next() == '?') {
+            document.SkipPast("?>");
+        } else {
+            document.Skip(1);
+            if (depth >= levels)
+                return false;
+            if (!document.SkipStartTag())
+                ++depth;
+        }
+    }
+    return true;
+}
+
+bool HasPlainProlog(std::string_view bytes) noexcept
+{
+    Characters document(bytes);
+    if (document.StartsWith("<?xml") && !SkipDeclaration(document))
+        return false;
+    while (!document.AtEnd()) {
+        document.SkipSpaces();
+        if (document.StartsWith("<!--")) {
+            document.Skip(4);
+            if (!document.SkipPast("-->"))
+                return false;
+        } else if (document.StartsWith("<?")) {
+            if (!document.SkipPast("?>"))
+                return false;
+        } else {
+            // A zero behind it is the rest of a character of four bytes.
+            return document.StartsWith("<") && !document.StartsWith("<!") &&
+                   !document.StartsWith(std::string_view("<\0", 2));
+        }
+    }
+    return false;
+}
+
+} // namespace qx

@@ -1,0 +1,41 @@
+// The twenty most recently used recipients, entries and groups, kept in the user's registry. Not part of the phone
+// book: its items are copies.
+#pragma once
+
+#include "phonebook/book/items.h"
+#include "settings/registry.h"
+
+#include <array>
+
+namespace qx {
+
+class PhoneBook;
+
+class RecentRecipientList {
+public:
+    static constexpr int kSlots = 20;
+
+    RecentRecipientList() = default;
+    ~RecentRecipientList(); // frees the items and closes the keys
+    RecentRecipientList(const RecentRecipientList&) = delete;
+    RecentRecipientList& operator=(const RecentRecipientList&) = delete;
+
+    // Opens the registry keys of the printer and remembers the list key.
+    void Open(HANDLE printer);
+    void Load();
+    void Save() const;
+    // Puts a copy of the item at the front; an equal one moves there and takes the new values. A group's members are
+    // resolved in book. 0 when refused: no item, no book, no name.
+    BOOL AddRecent(const PhoneBookItem* item, const PhoneBook* book);
+
+    // Slot 0 is the most recent; an empty slot is null. The list owns the items; they live until the next AddRecent.
+    std::span<PhoneBookItem* const> Slots() const noexcept { return slots_; }
+
+private:
+    void Clear() noexcept;
+
+    RegistryKeySet keys_;
+    std::array<PhoneBookItem*, kSlots> slots_{};
+};
+
+} // namespace qx

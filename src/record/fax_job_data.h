@@ -1,0 +1,77 @@
+// Writing the driver's job record. Everything stored lives on the process heap and belongs to the record.
+#pragma once
+
+#include "base/unique.h"
+
+#include <qxfax/send_fax.h>
+#include <span>
+
+namespace qx {
+
+// One setter per text field: the old text is freed and a copy of the new one stored. A null text is stored as an
+// empty one. When memory is short the field stays null.
+void SetSenderName(FaxJobData& record, const wchar_t* text) noexcept;
+void SetSenderCompany(FaxJobData& record, const wchar_t* text) noexcept;
+void SetSenderFaxNo(FaxJobData& record, const wchar_t* text) noexcept;
+void SetSenderVoiceNo(FaxJobData& record, const wchar_t* text) noexcept;
+void SetNotifyEmail(FaxJobData& record, const wchar_t* text) noexcept;
+void SetCoverPageNotes(FaxJobData& record, const wchar_t* text) noexcept;
+void SetCoverPageSubject(FaxJobData& record, const wchar_t* text) noexcept;
+void SetBillingCode(FaxJobData& record, const wchar_t* text) noexcept;
+void SetDefaultOverlayPath(FaxJobData& record, const wchar_t* text) noexcept;
+void SetTitle(FaxJobData& record, const wchar_t* text) noexcept;
+
+// The field is one buffer of 260 units, made on first use and kept; at most 258 units of the text are stored.
+void SetOverlayPath(FaxJobData& record, const wchar_t* text) noexcept;
+
+// Makes the storage that the driver left out, for the capacity that it stated.
+void MakeRoomForRecipients(FaxJobData& record) noexcept;
+// Empties the list, with room for capacity. Neither the recipients, which the caller has, nor the
+// published count are touched.
+void RestartRecipients(FaxJobData& record, INT32 capacity) noexcept;
+// Appends a recipient that the record owns from then on. FALSE for a null entry, or when memory is short (the entry
+// then stays the caller's).
+BOOL AddRecipient(FaxJobData& record, FaxRecipient* entry) noexcept;
+// Makes room for count more, doubling the capacity as often as needed: as many AddRecipient then succeed. False, and
+// nothing changed, when memory is short.
+[[nodiscard]] bool MakeRoomForMore(FaxJobData& record, INT32 count) noexcept;
+// Removes and frees the recipient at index; an index outside the list changes nothing.
+void DeleteRecipient(FaxJobData& record, INT32 index) noexcept;
+
+// The recipients of from become the last ones of to, which has room for them (MakeRoomForMore).
+void MoveRecipients(FaxJobData& from, FaxJobData& to) noexcept;
+
+// Each exchanges one part of two records, texts with their owners, and cannot fail: a record is prepared beside the
+// driver's, and what is complete changes places with it.
+void ExchangeSendSettings(FaxJobData& a, FaxJobData& b) noexcept; // sender, quality, notification, preview
+void ExchangeCoverPage(FaxJobData& a, FaxJobData& b) noexcept;    // flag, notes, subject, image path
+void ExchangeBillingCode(FaxJobData& a, FaxJobData& b) noexcept;
+
+// Whether the texts of that part are all there: a setter that lacks memory leaves its field null.
+bool HasSendSettings(const FaxJobData& record) noexcept;
+bool HasCoverPage(const FaxJobData& record) noexcept;
+
+// The recipients as they stand.
+std::span<FaxRecipient* const> RecipientsOf(const FaxJobData& record) noexcept;
+
+// Empties the table of localized texts, with room for 10.
+void RestartStrings(FaxJobData& record) noexcept;
+// Appends a copy of text. FALSE, and nothing changed, for an id of 0 or when memory is short.
+BOOL AppendString(FaxJobData& record, INT32 id, const wchar_t* text) noexcept;
+
+// A record of the module's own, such as the user's defaults while they are edited. Frees all that it holds.
+class OwnedFaxJobData {
+public:
+    OwnedFaxJobData() noexcept { QxFaxInitJob(&record_); }
+    ~OwnedFaxJobData() { QxFaxReleaseJob(&record_); }
+    OwnedFaxJobData(const OwnedFaxJobData&) = delete;
+    OwnedFaxJobData& operator=(const OwnedFaxJobData&) = delete;
+
+    FaxJobData& Get() noexcept { return record_; }
+    const FaxJobData& Get() const noexcept { return record_; }
+
+private:
+    FaxJobData record_;
+};
+
+} // namespace qx
