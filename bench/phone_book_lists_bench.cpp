@@ -203,7 +203,7 @@ void CompareCollecting(Benchmark& benchmark, DWORD items)
 void CompareDeleting(Benchmark& benchmark, DWORD items)
 {
     const BareList bare;
-    PhoneBookList list{.window = bare.Window(), .rows = {}};
+    PhoneBookList list{.window = bare.Window(), .names = {}};
     std::unique_ptr<TestBook> book;
     const auto prepare = [&] {
         book = LongBook(items);
@@ -236,7 +236,7 @@ void CompareKeystrokes(Benchmark& benchmark, DWORD items)
 {
     const auto book = LongBook(items);
     const BareList bare;
-    PhoneBookList list{.window = bare.Window(), .rows = {}};
+    PhoneBookList list{.window = bare.Window(), .names = {}};
     FillPhoneBookList(list, **book, ListedItems::All);
     const HWND edit =
         CreateWindowExW(0, L"EDIT", L"", WS_CHILD, 0, 0, 50, 20, bare.Parent(), nullptr, ModuleInstance(), nullptr);

@@ -4,6 +4,7 @@
 #include "base/lock.h"
 #include "base/window_procedure.h"
 #include "dialog/dialog.h"
+#include "dialog/drawing.h"
 
 #include <algorithm>
 #include <array>
@@ -149,17 +150,6 @@ void AppendRow(const TypeAheadState& state, const SuggestionItem& item) noexcept
     if (row >= 0)
         SendMessageW(state.list, LB_SETITEMDATA, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
 }
-
-class RedrawOff { // of a list box, which repaints by itself what has changed meanwhile
-public:
-    explicit RedrawOff(HWND window) noexcept : window_(window) { SendMessageW(window_, WM_SETREDRAW, FALSE, 0); }
-    ~RedrawOff() { SendMessageW(window_, WM_SETREDRAW, TRUE, 0); }
-    RedrawOff(const RedrawOff&) = delete;
-    RedrawOff& operator=(const RedrawOff&) = delete;
-
-private:
-    HWND window_;
-};
 
 // The rows point at the matches: they go before them.
 void ShowMatches(TypeAheadState& state, const std::wstring& typed)

@@ -1,8 +1,8 @@
 // Every dialog with the captions of the string library, in every language: can each control be reached by a letter of
 // its own, and is there room for its text?
+#include "dialog/button_width.h"
 #include "dialog/controls.h"
 #include "dialog/dialog.h"
-#include "phonebook/ui/phone_book_list.h"
 #include "support/all_dialogs.h"
 #include "support/languages.h"
 #include "support/string_library.h"

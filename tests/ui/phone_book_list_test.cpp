@@ -2,6 +2,7 @@
 #include "phonebook/ui/phone_book_list.h"
 
 #include "base/activation_context.h"
+#include "dialog/button_width.h"
 #include "dialog/dialog.h"
 #include "support/phone_book.h"
 

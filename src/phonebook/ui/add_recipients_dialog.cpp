@@ -1,5 +1,6 @@
 #include "phonebook/ui/add_recipients_dialog.h"
 
+#include "dialog/button_width.h"
 #include "dialog/dialog.h"
 #include "phonebook/book/phone_book.h"
 #include "phonebook/recent/recent_list.h"

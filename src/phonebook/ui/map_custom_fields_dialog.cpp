@@ -1,6 +1,7 @@
 #include "phonebook/ui/map_custom_fields_dialog.h"
 
 #include "dialog/dialog.h"
+#include "dialog/list_view.h"
 #include "dialog/typed_prefix.h"
 #include "res/map_custom_fields_ids.h"
 
@@ -29,14 +30,10 @@ constexpr Control kControls[] = {
 };
 static_assert(IdsAreUnique(kControls));
 
-// Headings, and the rows of the right list in MappedField's order, have no built-in texts.
-struct Column {
-    unsigned heading;
-    int pixels;
-};
-constexpr Column kSourceColumns[] = {{6088, 180}};
-constexpr Column kDestinationColumns[] = {{6088, 80}, {6089, 120}};
-constexpr unsigned kDestinationTexts[kMappedFieldCount] = {1104, 5269, 6216};
+constexpr ListColumn kSourceColumns[] = {{6088, 180}};
+constexpr ListColumn kDestinationColumns[] = {{6088, 80}, {6089, 120}};
+// The rows of the right list, in MappedField's order; without built-in texts like all headings.
+constexpr unsigned kDestinationTexts[kMappedFieldCount] = {kNameHeading, kFaxNumberHeading, kCompanyHeading};
 constexpr int kMappedColumn = 1; // of the right list: the source field
 
 constexpr unsigned kTitle = 6082;
@@ -65,7 +62,7 @@ const std::wstring& SourceText(const MapCustomFieldsContext& context, int row) n
 
 int SelectedRow(HWND list) noexcept
 {
-    return ListView_GetNextItem(list, -1, LVNI_SELECTED);
+    return NextSelectedRow(list, -1);
 }
 
 std::wstring_view ItemText(HWND list, int row, int column, HeaderBuffer& buffer) noexcept
@@ -79,40 +76,7 @@ std::wstring_view ItemText(HWND list, int row, int column, HeaderBuffer& buffer)
     return {item.pszText, static_cast<std::size_t>(units)};
 }
 
-// text is terminated.
-void SetItemText(HWND list, int row, int column, const wchar_t* text) noexcept
-{
-    LVITEMW item{};
-    item.iSubItem = column;
-    item.pszText = const_cast<wchar_t*>(text);
-    SendMessageW(list, LVM_SETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
-}
-
-void AppendRow(HWND list, const wchar_t* text) noexcept
-{
-    LVITEMW item{};
-    item.mask = LVIF_TEXT;
-    item.iItem = ListView_GetItemCount(list);
-    item.pszText = const_cast<wchar_t*>(text);
-    SendMessageW(list, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
-}
-
 // ---- start-up -----------------------------------------------------------------------------------------------------
-
-void SetUpList(const TextOwner& owner, HWND list, std::span<const Column> columns)
-{
-    ListView_SetExtendedListViewStyle(list, LVS_EX_FULLROWSELECT | LVS_EX_GRIDLINES);
-    int position = 0;
-    for (const Column& column : columns) {
-        std::wstring heading = LocalizedText(owner, {column.heading, L""});
-        LVCOLUMNW item{};
-        item.mask = LVCF_TEXT | LVCF_WIDTH | LVCF_SUBITEM;
-        item.cx = column.pixels;
-        item.iSubItem = position;
-        item.pszText = heading.data();
-        SendMessageW(list, LVM_INSERTCOLUMNW, static_cast<WPARAM>(position++), reinterpret_cast<LPARAM>(&item));
-    }
-}
 
 void TrimHeaders(std::vector<std::optional<std::wstring>>& headers)
 {
@@ -124,7 +88,7 @@ void TrimHeaders(std::vector<std::optional<std::wstring>>& headers)
 
 void FillSourceList(MapCustomFieldsContext& context)
 {
-    SetUpList(context, SourceList(context), kSourceColumns);
+    SetUpListView(context, SourceList(context), kSourceColumns);
     TrimHeaders(context.headers);
     for (std::size_t column = 0; column < context.headers.size(); ++column) {
         if (const auto& header = context.headers[column]; header && !header->empty())
@@ -135,9 +99,9 @@ void FillSourceList(MapCustomFieldsContext& context)
 
 void FillDestinationList(const MapCustomFieldsContext& context)
 {
-    SetUpList(context, DestinationList(context), kDestinationColumns);
+    SetUpListView(context, DestinationList(context), kDestinationColumns);
     for (const unsigned text : kDestinationTexts)
-        AppendRow(DestinationList(context), LocalizedText(context, {text, L""}).c_str());
+        AppendRow(DestinationList(context), {LocalizedText(context, {text}).c_str()});
 }
 
 void ShowFileName(const MapCustomFieldsContext& context)
@@ -167,7 +131,7 @@ void LeaveEarlierDestination(HWND destinations, std::wstring_view source) noexce
     HeaderBuffer buffer;
     for (int row = 0; row < kMappedFieldCount; ++row) {
         if (ItemText(destinations, row, kMappedColumn, buffer) == source) {
-            SetItemText(destinations, row, kMappedColumn, L"");
+            SetCell(destinations, row, kMappedColumn, L"");
             return;
         }
     }
@@ -178,7 +142,7 @@ void MapSelected(MapCustomFieldsContext& context)
     const HWND destinations = DestinationList(context);
     const std::wstring& source = SourceText(context, SelectedRow(SourceList(context)));
     LeaveEarlierDestination(destinations, source);
-    SetItemText(destinations, SelectedRow(destinations), kMappedColumn, source.c_str());
+    SetCell(destinations, SelectedRow(destinations), kMappedColumn, source.c_str());
     // The company may stay out.
     EnableControl(context.dialog, IDOK,
                   IsMapped(destinations, kMappedName) && IsMapped(destinations, kMappedFaxNumber));

@@ -1,7 +1,7 @@
 #include "phonebook/ui/phone_book_list.h"
 
+#include "base/limits.h"
 #include "base/module.h"
-#include "dialog/controls.h"
 #include "dialog/dialog.h"
 #include "dialog/drawing.h"
 #include "dialog/typed_prefix.h"
@@ -9,8 +9,6 @@
 #include "res/bitmaps_ids.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdlib>
 #include <string>
 
 namespace qx {
@@ -20,24 +18,7 @@ namespace {
 constexpr int kReferenceDpi = 96;
 constexpr int kIconPixels = 16;
 constexpr COLORREF kIconBackground = RGB(255, 0, 255);
-constexpr std::size_t kComparedNameUnits = 98;                     // of a row, when it is compared with what was typed
-constexpr std::array<Text, 3> kHeadings{{{1104}, {5269}, {6216}}}; // no built-in texts: empty without the library
-
-// Inserting row by row into a list that redraws takes a hundred times as long.
-class RedrawOff {
-public:
-    explicit RedrawOff(HWND window) noexcept : window_(window) { SendMessageW(window_, WM_SETREDRAW, FALSE, 0); }
-    ~RedrawOff()
-    {
-        SendMessageW(window_, WM_SETREDRAW, TRUE, 0);
-        InvalidateRect(window_, nullptr, TRUE);
-    }
-    RedrawOff(const RedrawOff&) = delete;
-    RedrawOff& operator=(const RedrawOff&) = delete;
-
-private:
-    HWND window_;
-};
+constexpr std::size_t kComparedNameUnits = 98; // of a row, when it is compared with what was typed
 
 int ScaledToWindow(HWND window, int pixels) noexcept
 {
@@ -45,43 +26,14 @@ int ScaledToWindow(HWND window, int pixels) noexcept
     return MulDiv(pixels, GetDeviceCaps(dc.Get(), LOGPIXELSX), kReferenceDpi);
 }
 
-int Width(const RECT& rectangle) noexcept
-{
-    return std::abs(rectangle.right - rectangle.left);
-}
-
-// Work goes on after a failure: at worst a caption is cut.
-void TraceFailure(int succeeded, const wchar_t* call)
-{
-    if (!succeeded)
-        OutputDebugStringW((std::wstring(L"Fitting a button to its caption: no ") + call + L".\n").c_str());
-}
-
 // ---- rows ---------------------------------------------------------------------------------------------------------
 
-void SetCell(HWND list, int row, int column, const wchar_t* text) noexcept
+bool AppendItem(HWND list, const PhoneBookItem& item) noexcept
 {
-    if (text == nullptr || *text == L'\0')
-        return; // a new row's cells are empty
-    LVITEMW cell{};
-    cell.iSubItem = column;
-    cell.pszText = const_cast<wchar_t*>(text); // only read
-    SendMessageW(list, LVM_SETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&cell));
-}
-
-void InsertRow(HWND list, int row, const PhoneBookItem& item) noexcept
-{
-    LVITEMW line{};
-    line.mask = LVIF_TEXT | LVIF_PARAM | LVIF_IMAGE;
-    line.iItem = row;
-    line.pszText = const_cast<wchar_t*>(item.GetName()); // only read
-    line.iImage = item.IsGroup() ? 0 : I_IMAGENONE;
-    line.lParam = static_cast<LPARAM>(item.GetId());
-    SendMessageW(list, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&line));
-    if (const PhoneBookEntry* const entry = AsEntry(&item)) {
-        SetCell(list, row, 1, entry->FaxNumber());
-        SetCell(list, row, 2, entry->Company());
-    }
+    const auto id = static_cast<LPARAM>(item.GetId());
+    if (const PhoneBookEntry* const entry = AsEntry(&item))
+        return AppendRow(list, {entry->GetName(), entry->FaxNumber(), entry->Company()}, id);
+    return AppendRow(list, {item.GetName()}, id, 0);
 }
 
 template <class Items> void InsertRows(HWND list, const Items& items) noexcept
@@ -89,9 +41,8 @@ template <class Items> void InsertRows(HWND list, const Items& items) noexcept
     const RedrawOff quiet(list);
     SendMessageW(list, LVM_DELETEALLITEMS, 0, 0);
     SendMessageW(list, LVM_SETITEMCOUNT, items.size(), 0);
-    int row = 0;
     for (const PhoneBookItem* const item : items)
-        InsertRow(list, row++, *item);
+        AppendItem(list, *item);
 }
 
 // The list stays where it was scrolled to. It learns how far it can be scrolled when it is drawn again.
@@ -123,14 +74,6 @@ DWORD IdOfRow(HWND list, int row) noexcept
 }
 
 // ---- keys ---------------------------------------------------------------------------------------------------------
-
-void SelectAllRows(HWND list) noexcept
-{
-    LVITEMW selected{};
-    selected.stateMask = LVIS_SELECTED;
-    selected.state = LVIS_SELECTED;
-    SendMessageW(list, LVM_SETITEMSTATE, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(&selected));
-}
 
 void PressButton(HWND dialog, int id) noexcept
 {
@@ -210,19 +153,7 @@ void AnswerKeys(HWND list, ListKeys keys)
 
 void SetUpPhoneBookList(const TextOwner& texts, HWND list, int columnWidth, ListKeys keys)
 {
-    SetWindowLongPtrW(list, GWL_STYLE, GetWindowLongPtrW(list, GWL_STYLE) | LVS_SHOWSELALWAYS);
-    SendMessageW(list, LVM_SETEXTENDEDLISTVIEWSTYLE, LVS_EX_FULLROWSELECT | LVS_EX_GRIDLINES | LVS_EX_SUBITEMIMAGES,
-                 LVS_EX_FULLROWSELECT | LVS_EX_GRIDLINES);
-    LVCOLUMNW column{};
-    column.mask = LVCF_FMT | LVCF_WIDTH | LVCF_TEXT | LVCF_SUBITEM;
-    column.fmt = LVCFMT_LEFT;
-    column.cx = ScaledToWindow(list, columnWidth);
-    for (const Text& heading : kHeadings) {
-        std::wstring text = LocalizedText(texts, heading);
-        column.pszText = text.data();
-        SendMessageW(list, LVM_INSERTCOLUMNW, static_cast<WPARAM>(column.iSubItem), reinterpret_cast<LPARAM>(&column));
-        ++column.iSubItem;
-    }
+    SetUpListView(texts, list, RecipientColumns(ScaledToWindow(list, columnWidth)));
     AnswerKeys(list, keys);
 }
 
@@ -271,21 +202,6 @@ PhoneBookItem* OnlySelectedItem(HWND list, const PhoneBook& book)
     return items.size() == 1 ? items.front() : nullptr;
 }
 
-int RowCount(HWND list) noexcept
-{
-    return static_cast<int>(SendMessageW(list, LVM_GETITEMCOUNT, 0, 0));
-}
-
-int SelectedCount(HWND list) noexcept
-{
-    return static_cast<int>(SendMessageW(list, LVM_GETSELECTEDCOUNT, 0, 0));
-}
-
-int NextSelectedRow(HWND list, int row) noexcept
-{
-    return static_cast<int>(SendMessageW(list, LVM_GETNEXTITEM, static_cast<WPARAM>(row), LVNI_SELECTED));
-}
-
 void FollowTypedName(const PhoneBookList& list, HWND edit)
 {
     const std::wstring typed = WindowText(edit, kNameLimit);
@@ -310,32 +226,6 @@ void ScrollItemToTop(HWND list, int row) noexcept
     SendMessageW(list, LVM_GETITEMRECT, static_cast<WPARAM>(topRow), reinterpret_cast<LPARAM>(&top));
     SendMessageW(list, LVM_GETITEMRECT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&wanted));
     SendMessageW(list, LVM_SCROLL, 0, wanted.top - top.top);
-}
-
-void FitButtonToText(HWND button)
-{
-    const std::wstring caption = WindowText(button, kTextUnits - 1);
-    RECT client{};
-    TraceFailure(GetClientRect(button, &client), L"client rectangle");
-    RECT needed = client;
-    {
-        // The button's font is not selected: the measure stays on the wide side.
-        const WindowDc dc(button);
-        TraceFailure(
-            DrawTextW(dc.Get(), caption.c_str(), -1, &needed, DT_SINGLELINE | DT_CENTER | DT_NOCLIP | DT_CALCRECT),
-            L"text measure");
-    }
-    const int missing = Width(needed) - Width(client);
-    if (missing <= 0)
-        return;
-    RECT place{};
-    TraceFailure(GetWindowRect(button, &place), L"window rectangle");
-    MapWindowPoints(HWND_DESKTOP, GetParent(button), reinterpret_cast<POINT*>(&place), 2);
-    const BOOL moved =
-        MoveWindow(button, place.left, place.top, Width(place) + missing, place.bottom - place.top, TRUE);
-    TraceFailure(moved, L"move");
-    if (moved)
-        OutputDebugStringW(L"A button was widened to fit its caption.\n");
 }
 
 } // namespace qx

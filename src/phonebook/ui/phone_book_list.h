@@ -1,13 +1,10 @@
 // What the phone book dialogs' lists have in common: columns, rows, selection, keys, and following the typed name.
 #pragma once
 
-#include "text/localized_text.h"
+#include "dialog/list_view.h"
 
 #include <string>
 #include <vector>
-#include <windows.h> // before the headers that build on it
-
-#include <commctrl.h>
 
 namespace qx {
 
@@ -19,7 +16,7 @@ class PhoneBookItem;
 struct PhoneBookList {
     HWND window = nullptr;
     std::vector<std::wstring> names; // of the rows: the items themselves may be gone with the next reload
-    bool hasIcon = false;                   // the group icon; the list view owns its image list
+    bool hasIcon = false;            // the group icon; the list view owns its image list
 };
 
 enum class ListedItems { All, EntriesOnly };
@@ -50,18 +47,10 @@ std::vector<PhoneBookItem*> CollectSelectedItems(HWND list, const PhoneBook& boo
 // The item behind the only selected row; null when none or several are selected.
 PhoneBookItem* OnlySelectedItem(HWND list, const PhoneBook& book);
 
-int RowCount(HWND list) noexcept;
-int SelectedCount(HWND list) noexcept;
-// Searches behind row (-1: from the top); -1 when there is none.
-int NextSelectedRow(HWND list, int row) noexcept;
-
 // Brings the first row whose name begins with the text of edit to the top. The selection stays.
 void FollowTypedName(const PhoneBookList& list, HWND edit);
 
 // Scrolls row to the top of the list, as far as the rows below it allow.
 void ScrollItemToTop(HWND list, int row) noexcept;
-
-// Widens a button whose caption does not fit. Nothing else moves.
-void FitButtonToText(HWND button);
 
 } // namespace qx

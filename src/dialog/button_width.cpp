@@ -1,0 +1,53 @@
+#include "dialog/button_width.h"
+
+#include "base/text.h"
+#include "dialog/dialog.h"
+#include "dialog/drawing.h"
+
+namespace qx {
+
+int TextWidth(HDC dc, const std::wstring& text) noexcept
+{
+    RECT area{};
+    DrawTextW(dc, text.c_str(), static_cast<int>(text.size()), &area, DT_SINGLELINE | DT_CALCRECT);
+    return area.right - area.left;
+}
+
+bool Widen(HWND control, int before, int behind) noexcept
+{
+    RECT place{};
+    GetWindowRect(control, &place);
+    // Both corners at once: left stays the smaller x also where the parent is mirrored.
+    MapWindowPoints(HWND_DESKTOP, GetParent(control), reinterpret_cast<POINT*>(&place), 2);
+    return SetWindowPos(control, nullptr, place.left - before, place.top, place.right - place.left + before + behind,
+                        place.bottom - place.top, SWP_NOZORDER | SWP_NOACTIVATE) != FALSE;
+}
+
+namespace {
+
+// Work goes on after a failure: at worst a caption is cut.
+void TraceFailure(bool succeeded, const wchar_t* call)
+{
+    if (!succeeded)
+        OutputDebugStringW((std::wstring(L"Fitting a button to its caption: no ") + call + L".\n").c_str());
+}
+
+} // namespace
+
+void FitButtonToText(HWND button)
+{
+    const std::wstring caption = WindowText(button, kTextUnits - 1);
+    RECT client{};
+    TraceFailure(GetClientRect(button, &client) != FALSE, L"client rectangle");
+    // The button's font is not selected: the measure stays on the wide side.
+    const int needed = TextWidth(WindowDc(button).Get(), caption);
+    TraceFailure(needed > 0 || caption.empty(), L"text measure");
+    if (needed <= client.right)
+        return;
+    const bool moved = Widen(button, 0, needed - client.right);
+    TraceFailure(moved, L"move");
+    if (moved)
+        OutputDebugStringW(L"A button was widened to fit its caption.\n");
+}
+
+} // namespace qx

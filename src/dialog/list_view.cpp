@@ -1,0 +1,83 @@
+#include "dialog/list_view.h"
+
+#include <limits>
+#include <string>
+
+namespace qx {
+
+namespace {
+
+bool InsertColumns(const TextOwner& texts, HWND list, std::span<const ListColumn> columns)
+{
+    LVCOLUMNW column{};
+    column.mask = LVCF_FMT | LVCF_WIDTH | LVCF_TEXT | LVCF_SUBITEM;
+    column.fmt = LVCFMT_LEFT;
+    for (const ListColumn& described : columns) {
+        std::wstring heading = LocalizedText(texts, {described.heading});
+        column.pszText = heading.data();
+        column.cx = described.pixels;
+        if (ListView_InsertColumn(list, column.iSubItem, &column) < 0)
+            return false;
+        ++column.iSubItem;
+    }
+    return true;
+}
+
+} // namespace
+
+bool SetUpListView(const TextOwner& texts, HWND list, std::span<const ListColumn> columns)
+{
+    if (!InsertColumns(texts, list, columns))
+        return false;
+    SetWindowLongPtrW(list, GWL_STYLE, GetWindowLongPtrW(list, GWL_STYLE) | LVS_SHOWSELALWAYS);
+    constexpr DWORD kStyles = LVS_EX_FULLROWSELECT | LVS_EX_GRIDLINES;
+    ListView_SetExtendedListViewStyleEx(list, kStyles | LVS_EX_SUBITEMIMAGES, kStyles);
+    return true;
+}
+
+bool AppendRow(HWND list, std::initializer_list<const wchar_t*> cells, LPARAM data, int image) noexcept
+{
+    LVITEMW line{};
+    line.mask = LVIF_TEXT | LVIF_PARAM | LVIF_IMAGE;
+    line.iItem = std::numeric_limits<int>::max();                 // behind the last
+    line.pszText = const_cast<wchar_t*>(OrEmpty(*cells.begin())); // only read
+    line.iImage = image;
+    line.lParam = data;
+    const int row = ListView_InsertItem(list, &line);
+    bool whole = row >= 0;
+    for (std::size_t column = 1; column < cells.size() && whole; ++column) {
+        const wchar_t* const text = OrEmpty(cells.begin()[column]);
+        whole = *text == L'\0' || SetCell(list, row, static_cast<int>(column), text); // a new row's cells are empty
+    }
+    return whole;
+}
+
+bool SetCell(HWND list, int row, int column, const wchar_t* text) noexcept
+{
+    LVITEMW cell{};
+    cell.iSubItem = column;
+    cell.pszText = const_cast<wchar_t*>(OrEmpty(text)); // only read
+    return SendMessageW(list, LVM_SETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&cell)) != FALSE;
+}
+
+int RowCount(HWND list) noexcept
+{
+    return ListView_GetItemCount(list);
+}
+
+int SelectedCount(HWND list) noexcept
+{
+    return static_cast<int>(ListView_GetSelectedCount(list));
+}
+
+int NextSelectedRow(HWND list, int row) noexcept
+{
+    return ListView_GetNextItem(list, row, LVNI_SELECTED);
+}
+
+void SelectAllRows(HWND list) noexcept
+{
+    ListView_SetItemState(list, -1, LVIS_SELECTED, LVIS_SELECTED);
+}
+
+} // namespace qx

@@ -1,0 +1,47 @@
+// What the module's list views in report view share: set-up, rows, cells, selection.
+#pragma once
+
+#include "text/localized_text.h"
+
+#include <array>
+#include <initializer_list>
+#include <span>
+#include <windows.h> // before the headers that build on it
+
+#include <commctrl.h>
+
+namespace qx {
+
+// Headings have no built-in texts: without the library they are empty.
+struct ListColumn {
+    unsigned heading; // text id
+    int pixels;
+};
+
+inline constexpr unsigned kNameHeading = 1104;
+inline constexpr unsigned kFaxNumberHeading = 5269;
+inline constexpr unsigned kCompanyHeading = 6216;
+
+// The columns of every list of entries or recipients.
+constexpr std::array<ListColumn, 3> RecipientColumns(int pixels)
+{
+    return {{{kNameHeading, pixels}, {kFaxNumberHeading, pixels}, {kCompanyHeading, pixels}}};
+}
+
+// Inserts the columns, and then: selection by whole rows that stays in sight, and grid lines. False, and none of
+// these, when a column could not be inserted.
+bool SetUpListView(const TextOwner& texts, HWND list, std::span<const ListColumn> columns);
+
+// Adds a row below all others, its cells from the left; a null text is an empty one. False when the list does not take
+// all of it: part of the row may be there.
+bool AppendRow(HWND list, std::initializer_list<const wchar_t*> cells, LPARAM data = 0,
+               int image = I_IMAGENONE) noexcept;
+bool SetCell(HWND list, int row, int column, const wchar_t* text) noexcept;
+
+int RowCount(HWND list) noexcept;
+int SelectedCount(HWND list) noexcept;
+// Searches behind row (-1: from the top); -1 when there is none.
+int NextSelectedRow(HWND list, int row) noexcept;
+void SelectAllRows(HWND list) noexcept;
+
+} // namespace qx
