@@ -151,7 +151,7 @@ HWND MakeOwner()
 void OpenEditor(HWND owner, TestBook& book)
 {
     EditPhoneBookContext editor(TextOwner(), *book);
-    ShowEditPhoneBook(owner, editor);
+    ShowModal<kEditPhoneBookDialog>(owner, editor);
 }
 
 // ---- what is compared ----------------------------------------------------------------------------------------------

@@ -103,6 +103,31 @@ bool CanTakeFocus(HWND control) noexcept
     return (style & WS_VISIBLE) != 0 && (style & WS_DISABLED) == 0;
 }
 
+void PrepareDialog(const TextOwner& texts, HWND dialog, const Text& title, std::span<const Control> controls)
+{
+    if (WindowsMajorVersion() < 6)
+        SetWindowLongPtrW(dialog, GWL_EXSTYLE, GetWindowLongPtrW(dialog, GWL_EXSTYLE) | WS_EX_CONTEXTHELP);
+    if (title.id != 0)
+        SetLocalizedText(texts, title.id, dialog, title.fallback);
+    SetUpControls(texts, dialog, controls);
+}
+
+bool IsClickOfDisabledButton(HWND dialog, UINT message, WPARAM w) noexcept
+{
+    const HWND button = message == WM_COMMAND && HIWORD(w) == BN_CLICKED ? GetDlgItem(dialog, LOWORD(w)) : nullptr;
+    return button != nullptr && !IsWindowEnabled(button);
+}
+
+INT_PTR AnswerAsEveryDialog(const TextOwner& texts, HWND dialog, UINT message, WPARAM w, LPARAM l,
+                            std::span<const Control> controls)
+{
+    if (message == WM_COMMAND && w == MAKEWPARAM(IDCANCEL, BN_CLICKED)) {
+        EndDialog(dialog, IDCANCEL);
+        return TRUE;
+    }
+    return AnswerHelp(texts, dialog, message, w, l, controls);
+}
+
 INT_PTR AnswerAsPage(HWND page, UINT message, WPARAM w, LPARAM l) noexcept
 {
     if (message == WM_CTLCOLORSTATIC)

@@ -1,14 +1,11 @@
-// One dialog procedure for all dialogs and pages.
-//
-// A dialog is a state struct with a member `HWND dialog`, and three functions beside it, found by argument:
-//   void Initialize(State&);                                       fills the dialog (state.dialog is set)
-//   std::span<const Route<State>> RoutesOf(const State&);          what its controls do
-//   INT_PTR HandleOther(State&, UINT message, WPARAM, LPARAM);     everything else; FALSE: not handled
+// One dialog procedure for all dialogs and pages. A dialog is a state struct, a TextOwner with a member `HWND dialog`,
+// and one constant that describes it: Dialog<State>.
 #pragma once
 
 #include "base/activation_context.h"
 #include "base/guarded.h"
 #include "base/module.h"
+#include "dialog/controls.h"
 
 #include <windows.h> // before the headers that build on it
 
@@ -16,6 +13,7 @@
 #include <prsht.h>
 #include <span>
 #include <string>
+#include <type_traits>
 
 namespace qx {
 
@@ -27,6 +25,26 @@ template <class State> struct Route {
     void (*run)(State&);
 };
 
+// The ids of a template and of its right-to-left twin.
+struct DialogTemplate {
+    int leftToRight;
+    int rightToLeft;
+    int Id(bool mirrored = IsRightToLeftUi()) const noexcept { return mirrored ? rightToLeft : leftToRight; }
+};
+
+template <class State> struct Dialog {
+    DialogTemplate ids;
+    Text title = {}; // id 0: none, as for a page, whose tab is the sheet's business
+    std::span<const Control> controls;
+    std::span<const Route<State>> routes;
+    // Fills the dialog. Title, captions and limits are set; nothing that a control sends meanwhile is routed.
+    void (*fill)(State&);
+    // Every message that no route has taken; FALSE: not handled. Null: there are none.
+    INT_PTR (*other)(State&, UINT message, WPARAM, LPARAM) = nullptr;
+    // Of a page: it could not be filled, and shows what is not so.
+    void (*couldNotBeFilled)(State&) noexcept = nullptr;
+};
+
 // The state of a dialog, or null with the last error ERROR_INVALID_DATA.
 template <class State> State* StateOf(HWND dialog) noexcept
 {
@@ -36,9 +54,10 @@ template <class State> State* StateOf(HWND dialog) noexcept
     return state;
 }
 
-template <class State> INT_PTR RunRoute(State& state, int control, UINT code)
+template <class State>
+INT_PTR RunRoute(std::span<const Route<std::type_identity_t<State>>> routes, State& state, int control, UINT code)
 {
-    for (const Route<State>& route : RoutesOf(state)) {
+    for (const Route<State>& route : routes) {
         if (route.control == control && route.code == code) {
             route.run(state);
             return TRUE;
@@ -54,59 +73,60 @@ inline INT_PTR Answer(HWND dialog, LONG_PTR result) noexcept
     return TRUE;
 }
 
-inline void AddContextHelpButtonOnOldSystems(HWND dialog) noexcept
-{
-    if (WindowsMajorVersion() < 6)
-        SetWindowLongPtrW(dialog, GWL_EXSTYLE, GetWindowLongPtrW(dialog, GWL_EXSTYLE) | WS_EX_CONTEXTHELP);
-}
+// Context help on systems whose dialogs do not have it by themselves; the title; captions and limits.
+void PrepareDialog(const TextOwner& texts, HWND dialog, const Text& title, std::span<const Control> controls);
 
-template <class State> INT_PTR InitializeDialog(HWND dialog, State* state)
+template <class State> INT_PTR InitializeDialog(const Dialog<State>& description, HWND dialog, State* state)
 {
     if (state == nullptr) {
         SetLastError(ERROR_INVALID_DATA);
         return FALSE;
     }
     state->dialog = dialog;
-    AddContextHelpButtonOnOldSystems(dialog);
-    Initialize(*state);
+    PrepareDialog(*state, dialog, description.title, description.controls);
+    description.fill(*state);
     // Stored last: the notifications that filling a control sends are ours, not the user's.
     SetWindowLongPtrW(dialog, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(state));
-    return !IsChild(dialog, GetFocus()); // FALSE keeps a focus that Initialize has set
+    return !IsChild(dialog, GetFocus()); // FALSE keeps a focus that fill has set
 }
 
 // Not every system looks whether the default button is on before Enter presses it.
-inline bool IsClickOfDisabledButton(HWND dialog, UINT message, WPARAM w) noexcept
-{
-    const HWND button = message == WM_COMMAND && HIWORD(w) == BN_CLICKED ? GetDlgItem(dialog, LOWORD(w)) : nullptr;
-    return button != nullptr && !IsWindowEnabled(button);
-}
+bool IsClickOfDisabledButton(HWND dialog, UINT message, WPARAM w) noexcept;
 
-template <class State> INT_PTR DispatchDialogMessage(HWND dialog, UINT message, WPARAM w, LPARAM l)
+// What a dialog does with a message that is not its own business: Cancel ends it, help is shown or ends here.
+INT_PTR AnswerAsEveryDialog(const TextOwner& texts, HWND dialog, UINT message, WPARAM w, LPARAM l,
+                            std::span<const Control> controls);
+
+template <class State>
+INT_PTR DispatchDialogMessage(const Dialog<State>& description, HWND dialog, UINT message, WPARAM w, LPARAM l)
 {
     State* const state = StateOf<State>(dialog);
     if (state == nullptr)
         return FALSE;
     if (IsClickOfDisabledButton(dialog, message, w))
         return TRUE;
-    if (message == WM_COMMAND && RunRoute(*state, LOWORD(w), HIWORD(w)))
+    if (message == WM_COMMAND && RunRoute(description.routes, *state, LOWORD(w), HIWORD(w)))
         return TRUE;
     if (message == WM_NOTIFY) {
         const auto& header = *reinterpret_cast<const NMHDR*>(l);
-        if (RunRoute(*state, static_cast<int>(header.idFrom), header.code))
+        if (RunRoute(description.routes, *state, static_cast<int>(header.idFrom), header.code))
             return TRUE;
     }
-    return HandleOther(*state, message, w, l);
+    if (description.other != nullptr) {
+        if (const INT_PTR answer = description.other(*state, message, w, l))
+            return answer;
+    }
+    return AnswerAsEveryDialog(*state, dialog, message, w, l, description.controls);
 }
 
-// The state is the creation parameter. A dialog that could not be filled for lack of memory would answer no button: it
-// ends at once instead.
-template <class State> INT_PTR CALLBACK DialogProcedure(HWND dialog, UINT message, WPARAM w, LPARAM l) noexcept
+template <class State>
+INT_PTR RunDialog(const Dialog<State>& description, HWND dialog, UINT message, WPARAM w, LPARAM l) noexcept
 {
     constexpr INT_PTR kThrown = -1;
     const INT_PTR answer = Guarded<INT_PTR>(message == WM_INITDIALOG ? kThrown : FALSE, [&]() -> INT_PTR {
         if (message == WM_INITDIALOG)
-            return InitializeDialog(dialog, reinterpret_cast<State*>(l));
-        return DispatchDialogMessage<State>(dialog, message, w, l);
+            return InitializeDialog(description, dialog, reinterpret_cast<State*>(l));
+        return DispatchDialogMessage(description, dialog, message, w, l);
     });
     if (message != WM_INITDIALOG || answer != kThrown)
         return answer;
@@ -114,49 +134,110 @@ template <class State> INT_PTR CALLBACK DialogProcedure(HWND dialog, UINT messag
     return FALSE;
 }
 
+// The state is the creation parameter. A dialog that could not be filled for lack of memory would answer no button: it
+// ends at once instead.
+template <const auto& kDialog> INT_PTR CALLBACK DialogProcedure(HWND dialog, UINT message, WPARAM w, LPARAM l) noexcept
+{
+    return RunDialog(kDialog, dialog, message, w, l);
+}
+
 // What every page of a sheet has to do itself: Escape in a field of several lines closes the field's parent, which is
 // the page and not the sheet; and the theme's ground of a page is that of its fields that cannot be edited, too, unless
 // the page says otherwise. FALSE: not one of these messages.
 INT_PTR AnswerAsPage(HWND page, UINT message, WPARAM w, LPARAM l) noexcept;
 
-// A property page finds its state in the description that the sheet passes on. Beside the three functions above it has
-//   void CouldNotBeFilled(State&) noexcept;                        Initialize has thrown
-// A page that cannot answer the sheet's PSN_APPLY refuses it.
-template <class State> INT_PTR CALLBACK PageProcedure(HWND dialog, UINT message, WPARAM w, LPARAM l) noexcept
+template <class State>
+INT_PTR RunPage(const Dialog<State>& description, HWND dialog, UINT message, WPARAM w, LPARAM l) noexcept
 {
     constexpr INT_PTR kThrown = -1;
     const auto* const page = message == WM_INITDIALOG ? reinterpret_cast<const PROPSHEETPAGEW*>(l) : nullptr;
     State* const created = page != nullptr ? reinterpret_cast<State*>(page->lParam) : nullptr;
     const INT_PTR answer = Guarded<INT_PTR>(kThrown, [&]() -> INT_PTR {
         if (message == WM_INITDIALOG)
-            return InitializeDialog(dialog, created);
+            return InitializeDialog(description, dialog, created);
         if (const INT_PTR asPage = AnswerAsPage(dialog, message, w, l))
             return asPage;
-        return DispatchDialogMessage<State>(dialog, message, w, l);
+        return DispatchDialogMessage(description, dialog, message, w, l);
     });
     if (answer != kThrown)
         return answer;
     if (created != nullptr)
-        CouldNotBeFilled(*created);
+        description.couldNotBeFilled(*created);
     if (message == WM_NOTIFY && reinterpret_cast<const NMHDR*>(l)->code == static_cast<UINT>(PSN_APPLY))
         return Answer(dialog, PSNRET_INVALID);
     return FALSE;
 }
 
-// The ids of a template and of its right-to-left twin.
-struct DialogTemplate {
-    int leftToRight;
-    int rightToLeft;
-    int Id() const noexcept { return IsRightToLeftUi() ? rightToLeft : leftToRight; }
-};
+// A property page finds its state in the description that the sheet passes on. One that cannot answer the sheet's
+// PSN_APPLY refuses it.
+template <const auto& kPage> INT_PTR CALLBACK PageProcedure(HWND page, UINT message, WPARAM w, LPARAM l) noexcept
+{
+    return RunPage(kPage, page, message, w, l);
+}
 
 // Shows a modal dialog and answers what it ended with; -1 when it could not be shown.
+template <const auto& kDialog, class State>
+INT_PTR ShowModal(HWND owner, State& state, bool mirrored = IsRightToLeftUi()) noexcept
+{
+    static_assert(std::is_same_v<decltype(kDialog), const Dialog<State>&>);
+    const ActivationScope context;
+    return DialogBoxParamW(ModuleInstance(), MAKEINTRESOURCEW(kDialog.ids.Id(mirrored)), owner,
+                           DialogProcedure<kDialog>, reinterpret_cast<LPARAM>(&state));
+}
+
+// ---- a dialog whose parts are found by their argument ---------------------------------------------------------------
+// For pages that have no description yet: Initialize, RoutesOf, HandleOther and, of a page, CouldNotBeFilled.
+
+template <class State> INT_PTR RunRoute(State& state, int control, UINT code)
+{
+    return RunRoute(RoutesOf(state), state, control, code);
+}
+
+template <class State> INT_PTR OtherByArgument(State& state, UINT message, WPARAM w, LPARAM l)
+{
+    if (message == WM_COMMAND && RunRoute(state, LOWORD(w), HIWORD(w)))
+        return TRUE;
+    if (message == WM_NOTIFY) {
+        const auto& header = *reinterpret_cast<const NMHDR*>(l);
+        if (RunRoute(state, static_cast<int>(header.idFrom), header.code))
+            return TRUE;
+    }
+    return HandleOther(state, message, w, l);
+}
+
+template <class State> INT_PTR CALLBACK PageProcedure(HWND page, UINT message, WPARAM w, LPARAM l) noexcept
+{
+    static constexpr Dialog<State> byArgument{
+        .ids = {},
+        .controls = {},
+        .routes = {},
+        .fill = [](State& state) { Initialize(state); },
+        .other = OtherByArgument<State>,
+        .couldNotBeFilled = [](State& state) noexcept { CouldNotBeFilled(state); },
+    };
+    return RunPage(byArgument, page, message, w, l);
+}
+
+template <class State> INT_PTR CALLBACK DialogProcedure(HWND dialog, UINT message, WPARAM w, LPARAM l) noexcept
+{
+    static constexpr Dialog<State> byArgument{
+        .ids = {},
+        .controls = {},
+        .routes = {},
+        .fill = [](State& state) { Initialize(state); },
+        .other = OtherByArgument<State>,
+    };
+    return RunDialog(byArgument, dialog, message, w, l);
+}
+
 template <class State> INT_PTR ShowModal(const DialogTemplate& dialogTemplate, HWND owner, State& state) noexcept
 {
     const ActivationScope context;
     return DialogBoxParamW(ModuleInstance(), MAKEINTRESOURCEW(dialogTemplate.Id()), owner, DialogProcedure<State>,
                            reinterpret_cast<LPARAM>(&state));
 }
+
+// ---- controls -------------------------------------------------------------------------------------------------------
 
 // The text of a window, at most units UTF-16 units of it.
 std::wstring WindowText(HWND window, std::size_t units);

@@ -532,7 +532,7 @@ void AnswerListKey(FaxJobPage& page, WORD key)
 void PickFromPhoneBook(FaxJobPage& page)
 {
     AddRecipientsContext context(page, *page.job, *page.book, page.recent);
-    ShowAddRecipients(page.dialog, context);
+    ShowModal<kAddRecipientsDialog>(page.dialog, context);
     // Whatever its result: the picker writes the record itself, and what it changed in the book is in the file.
     RefillList(page);
     page.book->Reload();

@@ -117,7 +117,7 @@ void EditDefaults(SetupPage& page)
 void EditPhoneBook(SetupPage& page)
 {
     EditPhoneBookContext context(page, *page.book);
-    ShowEditPhoneBook(page.dialog, context);
+    ShowModal<kEditPhoneBookDialog>(page.dialog, context);
     ReloadSorted(*page.book);
 }
 

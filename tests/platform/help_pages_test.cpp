@@ -53,14 +53,14 @@ std::vector<Dialog> Dialogs()
         {"Fax Job page", FaxJobPageControls(), test::kFaxJobPageTopics},
         {"Setup page", SetupPageControls(), test::kSetupPageTopics},
         {"Edit Defaults", EditDefaultsControls(), test::kEditDefaultsTopics},
-        {"Add Recipients", AddRecipientsControls(), test::kAddRecipientsTopics},
-        {"Edit Phone Book", EditPhoneBookControls(), test::kEditPhoneBookTopics},
-        {"Entry, new", EntryControls(true), test::kAddEntryTopics},
-        {"Entry, changed", EntryControls(false), test::kEditEntryTopics},
-        {"Group", GroupControls(), test::kGroupTopics},
-        {"Map Custom Fields", MapCustomFieldsControls(), test::kMapCustomFieldsTopics},
-        {"Entry Details", EntryDetailsControls(), test::kDetailsTopics},
-        {"Group Details", GroupDetailsControls(), test::kDetailsTopics},
+        {"Add Recipients", kAddRecipientsDialog.controls, test::kAddRecipientsTopics},
+        {"Edit Phone Book", kEditPhoneBookDialog.controls, test::kEditPhoneBookTopics},
+        {"Entry, new", kAddEntryDialog.controls, test::kAddEntryTopics},
+        {"Entry, changed", kEditEntryDialog.controls, test::kEditEntryTopics},
+        {"Group", kAddGroupDialog.controls, test::kGroupTopics},
+        {"Map Custom Fields", kMapCustomFieldsDialog.controls, test::kMapCustomFieldsTopics},
+        {"Entry Details", kEntryDetailsDialog.controls, test::kDetailsTopics},
+        {"Group Details", kGroupDetailsDialog.controls, test::kDetailsTopics},
     };
 }
 

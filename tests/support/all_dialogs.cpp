@@ -10,28 +10,28 @@
 #include "phonebook/ui/group_dialog.h"
 #include "phonebook/ui/map_custom_fields_dialog.h"
 #include "res/add_recipients_ids.h"
-#include "res/details_ids.h"
-#include "res/edit_phone_book_ids.h"
-#include "res/entry_ids.h"
-#include "res/group_ids.h"
-#include "res/map_custom_fields_ids.h"
 
 namespace qx::test {
 
 namespace {
 
+template <class State> DialogCase Case(const char* name, const Dialog<State>& dialog, int fittedButton = 0)
+{
+    return {.name = name, .ids = dialog.ids, .controls = dialog.controls, .fittedButton = fittedButton};
+}
+
 const DialogCase kDialogs[] = {
-    {"FaxJobPage", kFaxJobPageTemplate, FaxJobPageControls, true},
-    {"SetupPage", kSetupPageTemplate, SetupPageControls, true},
-    {"EditDefaults", kEditDefaultsTemplate, EditDefaultsControls},
-    {"AddRecipients", {IDD_ADD_RECIPIENTS, IDD_ADD_RECIPIENTS_RTL}, AddRecipientsControls, false, IDC_PICK_EDIT_BOOK},
-    {"EditPhoneBook", {IDD_EDIT_PHONE_BOOK, IDD_EDIT_PHONE_BOOK_RTL}, EditPhoneBookControls},
-    {"AddEntry", {IDD_ENTRY, IDD_ENTRY_RTL}, []() noexcept { return EntryControls(true); }},
-    {"EditEntry", {IDD_ENTRY, IDD_ENTRY_RTL}, []() noexcept { return EntryControls(false); }},
-    {"Group", {IDD_GROUP, IDD_GROUP_RTL}, GroupControls},
-    {"EntryDetails", {IDD_ENTRY_DETAILS, IDD_ENTRY_DETAILS_RTL}, EntryDetailsControls},
-    {"GroupDetails", {IDD_GROUP_DETAILS, IDD_GROUP_DETAILS_RTL}, GroupDetailsControls},
-    {"MapCustomFields", {IDD_MAP_CUSTOM_FIELDS, IDD_MAP_CUSTOM_FIELDS_RTL}, MapCustomFieldsControls},
+    {"FaxJobPage", kFaxJobPageTemplate, FaxJobPageControls(), true},
+    {"SetupPage", kSetupPageTemplate, SetupPageControls(), true},
+    {"EditDefaults", kEditDefaultsTemplate, EditDefaultsControls()},
+    Case("AddRecipients", kAddRecipientsDialog, IDC_PICK_EDIT_BOOK),
+    Case("EditPhoneBook", kEditPhoneBookDialog),
+    Case("AddEntry", kAddEntryDialog),
+    Case("EditEntry", kEditEntryDialog),
+    Case("Group", kAddGroupDialog),
+    Case("EntryDetails", kEntryDetailsDialog),
+    Case("GroupDetails", kGroupDetailsDialog),
+    Case("MapCustomFields", kMapCustomFieldsDialog),
 };
 
 std::wstring ClassOf(HWND window)

@@ -1,7 +1,6 @@
 // Every dialog of the module, for tests that hold for all of them.
 #pragma once
 
-#include "dialog/controls.h"
 #include "dialog/dialog.h"
 
 #include <ostream>
@@ -12,8 +11,8 @@ namespace qx::test {
 
 struct DialogCase {
     const char* name;
-    DialogTemplate dialogTemplate;
-    std::span<const Control> (*controls)() noexcept;
+    DialogTemplate ids;
+    std::span<const Control> controls;
     bool isPage = false;  // shares its letters with the Send button
     int fittedButton = 0; // a button that the dialog widens for its caption; 0: none
 };

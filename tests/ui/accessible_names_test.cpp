@@ -1,5 +1,4 @@
 // Every dialog as a screen reader meets it: is there a name for everything that can have the keyboard focus?
-#include "dialog/controls.h"
 #include "dialog/dialog.h"
 #include "support/all_dialogs.h"
 
@@ -74,10 +73,9 @@ protected:
         owner_ =
             CreateWindowW(L"Static", L"", WS_OVERLAPPEDWINDOW, 0, 0, 1200, 900, nullptr, nullptr, nullptr, nullptr);
         const auto nothingElse = [](HWND, UINT, WPARAM, LPARAM) -> INT_PTR { return FALSE; };
-        dialog_ = CreateDialogParamW(ModuleInstance(), MAKEINTRESOURCEW(GetParam().dialogTemplate.Id()), owner_,
-                                     nothingElse, 0);
+        dialog_ = CreateDialogParamW(ModuleInstance(), MAKEINTRESOURCEW(GetParam().ids.Id()), owner_, nothingElse, 0);
         ASSERT_NE(dialog_, nullptr) << GetLastError();
-        SetUpControls(TextOwner{nullptr, L""}, dialog_, GetParam().controls());
+        SetUpControls(TextOwner{nullptr, L""}, dialog_, GetParam().controls);
     }
     void TearDown() override
     {

@@ -11,10 +11,11 @@ namespace {
 
 int g_buttonPressed = -1; // of the sheet
 
-struct Probe {
+struct Probe : TextOwner {
     HWND dialog = nullptr;
     int accepted = 0, initialized = 0;
-    bool focusesCompany = false, throws = false;
+    bool focusesCompany = false, throws = false, cancelsWhenFilled = false, throwsWhenFilled = false;
+    std::wstring captionWhenFilled;
 };
 
 void Accept(Probe& probe)
@@ -26,24 +27,37 @@ void Accept(Probe& probe)
 
 constexpr Route<Probe> kRoutes[] = {{IDOK, BN_CLICKED, Accept}};
 
-void Initialize(Probe& probe)
+void Fill(Probe& probe)
 {
     ++probe.initialized;
+    probe.captionWhenFilled = WindowText(GetDlgItem(probe.dialog, IDC_ENTRY_NAME_LABEL));
+    if (probe.throwsWhenFilled)
+        throw std::runtime_error("filling failed");
+    if (probe.cancelsWhenFilled)
+        PostMessageW(probe.dialog, WM_CLOSE, 0, 0);
     if (probe.focusesCompany)
         SetFocus(GetDlgItem(probe.dialog, IDC_ENTRY_COMPANY));
 }
 
-void CouldNotBeFilled(Probe&) noexcept {}
-
-std::span<const Route<Probe>> RoutesOf(const Probe&)
-{
-    return kRoutes;
-}
-
-INT_PTR HandleOther(Probe&, UINT message, WPARAM, LPARAM)
+INT_PTR AnswerOther(Probe&, UINT message, WPARAM, LPARAM)
 {
     return message == WM_APP;
 }
+
+constexpr Control kControls[] = {
+    {.id = IDC_ENTRY_NAME_LABEL, .text = 1, .fallback = L"Who"},
+    {.id = IDC_ENTRY_NAME, .limit = 3},
+};
+
+constexpr Dialog<Probe> kProbe{
+    .ids = {IDD_ENTRY, IDD_ENTRY_RTL},
+    .title = {2, L"A probe"},
+    .controls = kControls,
+    .routes = kRoutes,
+    .fill = Fill,
+    .other = AnswerOther,
+    .couldNotBeFilled = [](Probe&) noexcept {},
+};
 
 // Stands for the sheet of a page.
 INT_PTR CALLBACK SheetProcedure(HWND, UINT message, WPARAM w, LPARAM)
@@ -59,7 +73,7 @@ protected:
 
     void Create(Probe* probe)
     {
-        dialog = CreateDialogParamW(ModuleInstance(), MAKEINTRESOURCEW(IDD_ENTRY), nullptr, DialogProcedure<Probe>,
+        dialog = CreateDialogParamW(ModuleInstance(), MAKEINTRESOURCEW(IDD_ENTRY), nullptr, DialogProcedure<kProbe>,
                                     reinterpret_cast<LPARAM>(probe));
         ASSERT_NE(dialog, nullptr);
         ShowWindow(dialog, SW_SHOW);
@@ -67,9 +81,9 @@ protected:
     // The dialog's procedure answers as a page's would.
     INT_PTR AskPage(UINT message, WPARAM w = 0, LPARAM l = 0) const
     {
-        return PageProcedure<Probe>(dialog, message, w, l);
+        return PageProcedure<kProbe>(dialog, message, w, l);
     }
-    INT_PTR Ask(UINT message, WPARAM w = 0) const { return DialogProcedure<Probe>(dialog, message, w, 0); }
+    INT_PTR Ask(UINT message, WPARAM w = 0) const { return DialogProcedure<kProbe>(dialog, message, w, 0); }
     ~DialogTest() override { DestroyWindow(dialog); }
 };
 
@@ -90,14 +104,48 @@ TEST_F(DialogTest, RouteAnswersForItsControlAndCodeAlone)
     EXPECT_EQ(probe.initialized, 1);
     EXPECT_EQ(Ask(WM_COMMAND, MAKEWPARAM(IDOK, BN_CLICKED)), TRUE);
     EXPECT_EQ(Ask(WM_COMMAND, MAKEWPARAM(IDOK, BN_DOUBLECLICKED)), FALSE);
-    EXPECT_EQ(Ask(WM_COMMAND, MAKEWPARAM(IDCANCEL, BN_CLICKED)), FALSE);
+    EXPECT_EQ(Ask(WM_COMMAND, MAKEWPARAM(IDC_ENTRY_NAME, BN_CLICKED)), FALSE);
     EXPECT_EQ(Ask(WM_APP), TRUE);
     EXPECT_EQ(probe.accepted, 1);
 }
 
+TEST_F(DialogTest, TitleCaptionsAndLimitsStandBeforeTheDialogIsFilled)
+{
+    Probe probe;
+    Create(&probe);
+    EXPECT_EQ(WindowText(dialog), L"A probe");
+    EXPECT_EQ(probe.captionWhenFilled, L"Who");
+    EXPECT_EQ(SendDlgItemMessageW(dialog, IDC_ENTRY_NAME, EM_GETLIMITTEXT, 0, 0), 3);
+}
+
+TEST_F(DialogTest, CancelEndsADialogThatHasNoRouteForIt)
+{
+    Probe probe;
+    probe.cancelsWhenFilled = true;
+    EXPECT_EQ(ShowModal<kProbe>(nullptr, probe), IDCANCEL);
+}
+
+TEST_F(DialogTest, AnExceptionWhileItIsFilledEndsADialogAtOnce)
+{
+    Probe probe;
+    probe.throwsWhenFilled = true;
+    EXPECT_EQ(ShowModal<kProbe>(nullptr, probe), -1);
+}
+
+TEST_F(DialogTest, HelpThatNobodyHasEndsAtTheDialog)
+{
+    Probe probe;
+    Create(&probe);
+    HELPINFO help{};
+    help.cbSize = sizeof help;
+    help.hItemHandle = GetDlgItem(dialog, IDC_ENTRY_COMPANY);
+    EXPECT_EQ(DialogProcedure<kProbe>(dialog, WM_HELP, 0, reinterpret_cast<LPARAM>(&help)), TRUE);
+}
+
 TEST_F(DialogTest, ExceptionOfACommandStopsAtTheProcedure)
 {
-    Probe probe{.throws = true};
+    Probe probe;
+    probe.throws = true;
     Create(&probe);
     EXPECT_EQ(Ask(WM_COMMAND, MAKEWPARAM(IDOK, BN_CLICKED)), FALSE);
     EXPECT_EQ(probe.accepted, 1);
@@ -105,7 +153,8 @@ TEST_F(DialogTest, ExceptionOfACommandStopsAtTheProcedure)
 
 TEST_F(DialogTest, FocusThatStartUpSetsIsKept)
 {
-    Probe probe{.focusesCompany = true};
+    Probe probe;
+    probe.focusesCompany = true;
     Create(&probe);
     EXPECT_EQ(GetDlgCtrlID(GetFocus()), IDC_ENTRY_COMPANY);
 }

@@ -1,7 +1,6 @@
 // Every dialog with the captions of the string library, in every language: can each control be reached by a letter of
 // its own, and is there room for its text?
 #include "dialog/button_width.h"
-#include "dialog/controls.h"
 #include "dialog/dialog.h"
 #include "support/all_dialogs.h"
 #include "support/languages.h"
@@ -84,10 +83,10 @@ protected:
     {
         owner_ = CreateWindowExW(0, L"Static", L"", WS_OVERLAPPEDWINDOW, 0, 0, 1200, 900, nullptr, nullptr, nullptr,
                                  nullptr);
-        const int id = Dialog().dialogTemplate.Id();
+        const int id = Dialog().ids.Id();
         dialog_ = CreateDialogParamW(ModuleInstance(), MAKEINTRESOURCEW(id), owner_, NothingElse, 0);
         ASSERT_NE(dialog_, nullptr) << GetLastError();
-        SetUpControls(texts_, dialog_, Dialog().controls());
+        SetUpControls(texts_, dialog_, Dialog().controls);
         ASSERT_EQ(CurrentTextLanguage(), User().Id());
         if (Dialog().fittedButton != 0)
             FitButtonToText(GetDlgItem(dialog_, Dialog().fittedButton));
@@ -98,7 +97,7 @@ protected:
     static const DialogCase& Dialog() { return std::get<DialogCase>(GetParam()); }
     static const Language& User() { return std::get<Language>(GetParam()); }
 
-    void ShowBuiltInTexts() { SetUpControls(TextOwner{nullptr, L""}, dialog_, Dialog().controls()); }
+    void ShowBuiltInTexts() { SetUpControls(TextOwner{nullptr, L""}, dialog_, Dialog().controls); }
 
     // The controls with a caption that is seen, in tab order.
     std::vector<HWND> Captioned() const
@@ -119,7 +118,7 @@ protected:
 
     static bool IsPrinted(HWND control)
     {
-        for (const Control& row : Dialog().controls()) {
+        for (const Control& row : Dialog().controls) {
             if (row.id == GetDlgCtrlID(control))
                 return std::ranges::find(kCoverPageLabels, row.text) != std::end(kCoverPageLabels);
         }

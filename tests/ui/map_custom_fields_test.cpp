@@ -24,7 +24,8 @@ protected:
     {
         context_.fileName = L"C:\\R&D\\friends.csv";
         context_.headers = std::move(headers);
-        conversation_.emplace([this, rightToLeft] { answer_ = ShowMapCustomFields(nullptr, context_, rightToLeft); });
+        conversation_.emplace(
+            [this, rightToLeft] { answer_ = ShowModal<kMapCustomFieldsDialog>(nullptr, context_, rightToLeft); });
         Ui().WaitForControl(IDC_MAP);
     }
 
@@ -99,7 +100,7 @@ TEST_F(MapCustomFields, OpensWithNothingMappedAndOnlyCancelToPress)
 TEST_F(MapCustomFields, EveryCaptionHasItsBuiltInText)
 {
     Open({L"Who"});
-    for (const Control& control : MapCustomFieldsControls()) {
+    for (const Control& control : kMapCustomFieldsDialog.controls) {
         if (control.text != 0) {
             EXPECT_EQ(Ui().Text(control.id), control.fallback) << control.id;
         }
@@ -352,7 +353,7 @@ TEST_F(MapCustomFields, TheTwinIsLaidOutFromRightToLeftButNotThePath)
 TEST_F(MapCustomFields, HelpIsGivenForTheListsAndTheMapButtonOnly)
 {
     const auto topic = [](int id) {
-        for (const Control& control : MapCustomFieldsControls()) {
+        for (const Control& control : kMapCustomFieldsDialog.controls) {
             if (control.id == id)
                 return control.topic;
         }

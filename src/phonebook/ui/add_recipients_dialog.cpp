@@ -1,7 +1,6 @@
 #include "phonebook/ui/add_recipients_dialog.h"
 
 #include "dialog/button_width.h"
-#include "dialog/dialog.h"
 #include "phonebook/book/phone_book.h"
 #include "phonebook/recent/recent_list.h"
 #include "phonebook/ui/button_rules.h"
@@ -15,8 +14,6 @@
 namespace qx {
 
 namespace {
-
-constexpr DialogTemplate kTemplate{IDD_ADD_RECIPIENTS, IDD_ADD_RECIPIENTS_RTL};
 
 constexpr Control kControls[] = {
     {.id = IDC_PICK_TYPED_LABEL, .text = 5245, .fallback = L"Type Name or Select From list", .topic = 15611},
@@ -33,8 +30,6 @@ constexpr Control kControls[] = {
     {.id = IDCANCEL, .text = 5224, .fallback = L"Cancel"},
 };
 static_assert(IdsAreUnique(kControls));
-
-constexpr Text kTitle{6093, L"-Add Recipients From Phone Book"};
 
 constexpr Message kTooManyRecipients{
     .text = {5265, L"The maximum number of fax numbers has been entered."},
@@ -164,7 +159,7 @@ void ShowDetails(AddRecipientsContext& picker)
 void EditBook(AddRecipientsContext& picker)
 {
     EditPhoneBookContext editor(picker, picker.book);
-    ShowEditPhoneBook(picker.dialog, editor);
+    ShowModal<kEditPhoneBookDialog>(picker.dialog, editor);
     Reload(picker);
 }
 
@@ -172,11 +167,6 @@ void Accept(AddRecipientsContext& picker)
 {
     ReplaceRecipients(picker.job, picker.ChosenRecipients);
     EndDialog(picker.dialog, IDOK);
-}
-
-void Cancel(AddRecipientsContext& picker)
-{
-    EndDialog(picker.dialog, IDCANCEL);
 }
 
 constexpr Route<AddRecipientsContext> kRoutes[] = {
@@ -188,46 +178,36 @@ constexpr Route<AddRecipientsContext> kRoutes[] = {
     {IDC_PICK_CHOSEN, static_cast<UINT>(LVN_ITEMCHANGED), RefreshDelete},
     {IDC_PICK_DELETE, BN_CLICKED, DeleteChosen},
     {IDOK, BN_CLICKED, Accept},
-    {IDCANCEL, BN_CLICKED, Cancel},
 };
 
-} // namespace
-
-static void Initialize(AddRecipientsContext& picker)
+void Fill(AddRecipientsContext& picker)
 {
     ListenForPhoneBookChanged(picker.dialog);
     SetUpLists(picker);
     FillBookList(picker);
     TakeRecipients(picker);
     FillChosenList(picker);
-    SetWindowTextW(picker.dialog, LocalizedText(picker, kTitle).c_str());
-    SetUpControls(picker, picker.dialog, kControls);
     FitButtonToText(GetDlgItem(picker.dialog, IDC_PICK_EDIT_BOOK));
 }
 
-static std::span<const Route<AddRecipientsContext>> RoutesOf(const AddRecipientsContext&)
+INT_PTR AnswerOther(AddRecipientsContext& picker, UINT message, WPARAM, LPARAM)
 {
-    return kRoutes;
+    if (message != PhoneBookChangedMessage())
+        return FALSE;
+    picker.book.FollowChange(true);
+    FillBookList(picker);
+    return TRUE;
 }
 
-static INT_PTR HandleOther(AddRecipientsContext& picker, UINT message, WPARAM w, LPARAM l)
-{
-    if (message == PhoneBookChangedMessage()) {
-        picker.book.FollowChange(true);
-        FillBookList(picker);
-        return TRUE;
-    }
-    return AnswerHelp(picker, picker.dialog, message, w, l, kControls);
-}
+} // namespace
 
-INT_PTR ShowAddRecipients(HWND owner, AddRecipientsContext& context)
-{
-    return ShowModal(kTemplate, owner, context);
-}
-
-std::span<const Control> AddRecipientsControls() noexcept
-{
-    return kControls;
-}
+constexpr Dialog<AddRecipientsContext> kAddRecipientsDialog{
+    .ids = {IDD_ADD_RECIPIENTS, IDD_ADD_RECIPIENTS_RTL},
+    .title = {6093, L"-Add Recipients From Phone Book"},
+    .controls = kControls,
+    .routes = kRoutes,
+    .fill = Fill,
+    .other = AnswerOther,
+};
 
 } // namespace qx

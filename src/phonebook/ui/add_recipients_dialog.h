@@ -2,11 +2,10 @@
 // members as they are moved.
 #pragma once
 
-#include "dialog/controls.h"
+#include "dialog/dialog.h"
 #include "phonebook/ui/phone_book_list.h"
 
 #include <qxfax/send_fax.h>
-#include <span>
 #include <vector>
 #include <windows.h>
 
@@ -37,10 +36,8 @@ struct AddRecipientsContext : TextOwner {
     std::vector<const PhoneBookEntry*> ChosenRecipients;
 };
 
-// Shows the dialog. IDOK: the record's recipients are those chosen. IDCANCEL: they are as before. -1 when the dialog
-// could not be shown. The book may have been reloaded in every case.
-INT_PTR ShowAddRecipients(HWND owner, AddRecipientsContext& context);
-
-std::span<const Control> AddRecipientsControls() noexcept;
+// IDOK: the record's recipients are those chosen. IDCANCEL: they are as before. The book may have been reloaded in
+// every case.
+extern const Dialog<AddRecipientsContext> kAddRecipientsDialog;
 
 } // namespace qx

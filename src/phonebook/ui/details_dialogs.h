@@ -1,9 +1,8 @@
 // Read-only views of an entry and of a group.
 #pragma once
 
-#include "dialog/controls.h"
+#include "dialog/dialog.h"
 
-#include <span>
 #include <windows.h>
 
 namespace qx {
@@ -11,10 +10,21 @@ namespace qx {
 class PhoneBook;
 class PhoneBookItem;
 
-// Shows the entry, or the group with its members in the book's order. IDOK or IDCANCEL; -1 when it could not be shown.
-INT_PTR ShowItemDetails(HWND owner, const TextOwner& texts, const PhoneBook& book, const PhoneBookItem& item);
+struct DetailsContext : TextOwner {
+    DetailsContext(const TextOwner& texts, const PhoneBook& phoneBook, const PhoneBookItem& shown) noexcept
+        : TextOwner(texts.hStringDll, texts.HelpFilePath), book(phoneBook), item(shown)
+    {
+    }
 
-std::span<const Control> EntryDetailsControls() noexcept;
-std::span<const Control> GroupDetailsControls() noexcept;
+    const PhoneBook& book;
+    const PhoneBookItem& item;
+    HWND dialog = nullptr;
+};
+
+extern const Dialog<DetailsContext> kEntryDetailsDialog;
+extern const Dialog<DetailsContext> kGroupDetailsDialog;
+
+// Shows the entry, or the group with its members in the book's order.
+void ShowItemDetails(HWND owner, const TextOwner& texts, const PhoneBook& book, const PhoneBookItem& item);
 
 } // namespace qx

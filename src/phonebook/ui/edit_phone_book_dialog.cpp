@@ -1,7 +1,6 @@
 #include "phonebook/ui/edit_phone_book_dialog.h"
 
 #include "base/text.h"
-#include "dialog/dialog.h"
 #include "phonebook/book/phone_book.h"
 #include "phonebook/ui/button_rules.h"
 #include "phonebook/ui/details_dialogs.h"
@@ -16,8 +15,6 @@
 namespace qx {
 
 namespace {
-
-constexpr DialogTemplate kTemplate{IDD_EDIT_PHONE_BOOK, IDD_EDIT_PHONE_BOOK_RTL};
 
 constexpr Control kControls[] = {
     {.id = IDC_BOOK_FRAME, .text = 5244, .fallback = L"-Phone Book"},
@@ -36,8 +33,6 @@ constexpr Control kControls[] = {
     {.id = IDCANCEL, .text = 5224, .fallback = L"-Cancel"},
 };
 static_assert(IdsAreUnique(kControls));
-
-constexpr Text kTitle{6068, L"-Edit Phone Book"};
 
 constexpr Message kBookIsFull{
     .text = {6098, L"The maximum number of phone book entries has been entered."},
@@ -115,9 +110,8 @@ void AddEntry(EditPhoneBookContext& editor)
     if (RefuseWhenFull(editor))
         return;
     EntryDialogContext context(editor, editor.book, nullptr);
-    if (ShowEntryDialog(editor.dialog, context) == IDOK) {
+    if (ShowModal<kAddEntryDialog>(editor.dialog, context) == IDOK)
         TakeNewItem(editor, context.made.release());
-    }
     RefreshButtons(editor);
 }
 
@@ -127,9 +121,8 @@ void AddGroup(EditPhoneBookContext& editor)
     if (RefuseWhenFull(editor))
         return;
     GroupDialogContext context(editor, editor.book, nullptr);
-    if (ShowGroupDialog(editor.dialog, context) == IDOK) {
+    if (ShowModal<kAddGroupDialog>(editor.dialog, context) == IDOK)
         TakeNewItem(editor, context.working.release());
-    }
 }
 
 // ---- edit, details, delete ----------------------------------------------------------------------------------------
@@ -138,10 +131,10 @@ bool EditItem(EditPhoneBookContext& editor, PhoneBookItem* item)
 {
     if (PhoneBookGroup* const group = AsGroup(item)) {
         GroupDialogContext context(editor, editor.book, group);
-        return ShowGroupDialog(editor.dialog, context) == IDOK;
+        return ShowModal<kEditGroupDialog>(editor.dialog, context) == IDOK;
     }
     EntryDialogContext context(editor, editor.book, AsEntry(item));
-    return ShowEntryDialog(editor.dialog, context) == IDOK;
+    return ShowModal<kEditEntryDialog>(editor.dialog, context) == IDOK;
 }
 
 // An item as it was before the user edited it.
@@ -297,68 +290,43 @@ void Accept(EditPhoneBookContext& editor)
     EndDialog(editor.dialog, IDOK);
 }
 
-void Cancel(EditPhoneBookContext& editor)
-{
-    EndDialog(editor.dialog, IDCANCEL);
-}
-
-void FollowChange(EditPhoneBookContext& editor)
-{
-    editor.book.FollowChange(true);
-    Refill(editor);
-    RefreshButtons(editor);
-}
-
 constexpr Route<EditPhoneBookContext> kRoutes[] = {
-    {IDC_BOOK_TYPED, EN_CHANGE, FollowTyping},
-    {IDC_BOOK_LIST, static_cast<UINT>(LVN_ITEMCHANGED), RefreshButtons},
-    {IDC_BOOK_ADD_ENTRY, BN_CLICKED, AddEntry},
-    {IDC_BOOK_ADD_GROUP, BN_CLICKED, AddGroup},
-    {IDC_BOOK_EDIT, BN_CLICKED, EditSelected},
-    {IDC_BOOK_DETAILS, BN_CLICKED, ShowDetails},
-    {IDC_BOOK_DELETE, BN_CLICKED, DeleteSelected},
-    {IDC_BOOK_IMPORT, BN_CLICKED, Import},
-    {IDC_BOOK_EXPORT, BN_CLICKED, Export},
-    {IDOK, BN_CLICKED, Accept},
-    {IDCANCEL, BN_CLICKED, Cancel},
+    {IDC_BOOK_TYPED, EN_CHANGE, FollowTyping},     {IDC_BOOK_LIST, static_cast<UINT>(LVN_ITEMCHANGED), RefreshButtons},
+    {IDC_BOOK_ADD_ENTRY, BN_CLICKED, AddEntry},    {IDC_BOOK_ADD_GROUP, BN_CLICKED, AddGroup},
+    {IDC_BOOK_EDIT, BN_CLICKED, EditSelected},     {IDC_BOOK_DETAILS, BN_CLICKED, ShowDetails},
+    {IDC_BOOK_DELETE, BN_CLICKED, DeleteSelected}, {IDC_BOOK_IMPORT, BN_CLICKED, Import},
+    {IDC_BOOK_EXPORT, BN_CLICKED, Export},         {IDOK, BN_CLICKED, Accept},
 };
 
-} // namespace
-
-static void Initialize(EditPhoneBookContext& editor)
+void Fill(EditPhoneBookContext& editor)
 {
     ListenForPhoneBookChanged(editor.dialog);
     editor.rightToLeft = IsRightToLeftUi();
     editor.list.window = GetDlgItem(editor.dialog, IDC_BOOK_LIST);
     SetUpPhoneBookList(editor, editor.list.window, kColumnWidth, kListKeys);
     Refill(editor);
-    SetWindowTextW(editor.dialog, LocalizedText(editor, kTitle).c_str());
-    SetUpControls(editor, editor.dialog, kControls);
     RefreshButtons(editor);
 }
 
-static std::span<const Route<EditPhoneBookContext>> RoutesOf(const EditPhoneBookContext&)
+INT_PTR AnswerOther(EditPhoneBookContext& editor, UINT message, WPARAM, LPARAM)
 {
-    return kRoutes;
+    if (message != PhoneBookChangedMessage())
+        return FALSE;
+    editor.book.FollowChange(true);
+    Refill(editor);
+    RefreshButtons(editor);
+    return TRUE;
 }
 
-static INT_PTR HandleOther(EditPhoneBookContext& editor, UINT message, WPARAM w, LPARAM l)
-{
-    if (message == PhoneBookChangedMessage()) {
-        FollowChange(editor);
-        return TRUE;
-    }
-    return AnswerHelp(editor, editor.dialog, message, w, l, kControls);
-}
+} // namespace
 
-INT_PTR ShowEditPhoneBook(HWND owner, EditPhoneBookContext& context)
-{
-    return ShowModal(kTemplate, owner, context);
-}
-
-std::span<const Control> EditPhoneBookControls() noexcept
-{
-    return kControls;
-}
+constexpr Dialog<EditPhoneBookContext> kEditPhoneBookDialog{
+    .ids = {IDD_EDIT_PHONE_BOOK, IDD_EDIT_PHONE_BOOK_RTL},
+    .title = {6068, L"-Edit Phone Book"},
+    .controls = kControls,
+    .routes = kRoutes,
+    .fill = Fill,
+    .other = AnswerOther,
+};
 
 } // namespace qx

@@ -2,10 +2,9 @@
 // follows every command at once; only OK writes it to its file and tells the other windows.
 #pragma once
 
-#include "dialog/controls.h"
+#include "dialog/dialog.h"
 #include "phonebook/ui/phone_book_list.h"
 
-#include <span>
 #include <windows.h>
 
 namespace qx {
@@ -26,10 +25,8 @@ struct EditPhoneBookContext : TextOwner {
     bool rightToLeft = false; // of the user interface when the dialog opened
 };
 
-// Shows the dialog. IDOK: the book was saved and the other windows were told. IDCANCEL: the book in memory still holds
-// what the user did; the caller reloads it from its file. -1 when the dialog could not be shown.
-INT_PTR ShowEditPhoneBook(HWND owner, EditPhoneBookContext& context);
-
-std::span<const Control> EditPhoneBookControls() noexcept;
+// IDOK: the book was saved and the other windows were told. IDCANCEL: the book in memory still holds what the user did;
+// the caller reloads it from its file.
+extern const Dialog<EditPhoneBookContext> kEditPhoneBookDialog;
 
 } // namespace qx

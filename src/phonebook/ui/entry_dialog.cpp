@@ -1,6 +1,5 @@
 #include "phonebook/ui/entry_dialog.h"
 
-#include "dialog/dialog.h"
 #include "phonebook/book/phone_book.h"
 #include "phonebook/ui/stand_in_text.h"
 #include "res/entry_ids.h"
@@ -8,11 +7,6 @@
 namespace qx {
 
 namespace {
-
-constexpr DialogTemplate kTemplate{IDD_ENTRY, IDD_ENTRY_RTL};
-
-constexpr Text kAddTitle{6074, L"-Add Entry To Phone Book"};
-constexpr Text kEditTitle{5247, L"Edit Phone Book Entry"};
 
 constexpr Message kDuplicate{
     .text = {5257, L"This is a duplicate entry.  Please enter a different name or fax number"},
@@ -110,48 +104,35 @@ void Accept(EntryDialogContext& context)
     EndDialog(context.dialog, IDOK);
 }
 
-void Cancel(EntryDialogContext& context)
-{
-    EndDialog(context.dialog, IDCANCEL);
-}
-
 constexpr Route<EntryDialogContext> kRoutes[] = {
     {IDC_ENTRY_NAME, EN_CHANGE, RefreshOk},
     {IDC_ENTRY_FAX_NUMBER, EN_CHANGE, FilterFaxNumber},
     {IDOK, BN_CLICKED, Accept},
-    {IDCANCEL, BN_CLICKED, Cancel},
 };
 
-} // namespace
-
-static void Initialize(EntryDialogContext& context)
+void Fill(EntryDialogContext& context)
 {
-    if (context.adds)
+    if (context.entry == nullptr)
         MakeEntry(context);
-    SetWindowTextW(context.dialog, LocalizedText(context, context.adds ? kAddTitle : kEditTitle).c_str());
     ShowEntry(context);
-    SetUpControls(context, context.dialog, EntryControls(context.adds));
     RefreshOk(context);
 }
 
-static std::span<const Route<EntryDialogContext>> RoutesOf(const EntryDialogContext&)
+constexpr Dialog<EntryDialogContext> WithTexts(const Text& title, std::span<const Control> controls)
 {
-    return kRoutes;
+    return {
+        .ids = {IDD_ENTRY, IDD_ENTRY_RTL},
+        .title = title,
+        .controls = controls,
+        .routes = kRoutes,
+        .fill = Fill,
+    };
 }
 
-static INT_PTR HandleOther(EntryDialogContext& context, UINT message, WPARAM w, LPARAM l)
-{
-    return AnswerHelp(context, context.dialog, message, w, l, EntryControls(context.adds));
-}
+} // namespace
 
-INT_PTR ShowEntryDialog(HWND owner, EntryDialogContext& context)
-{
-    return ShowModal(kTemplate, owner, context);
-}
-
-std::span<const Control> EntryControls(bool adds) noexcept
-{
-    return adds ? kAddControls.rows : kEditControls.rows;
-}
+constexpr Dialog<EntryDialogContext> kAddEntryDialog =
+    WithTexts({6074, L"-Add Entry To Phone Book"}, kAddControls.rows);
+constexpr Dialog<EntryDialogContext> kEditEntryDialog = WithTexts({5247, L"Edit Phone Book Entry"}, kEditControls.rows);
 
 } // namespace qx

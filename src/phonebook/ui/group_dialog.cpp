@@ -1,6 +1,5 @@
 #include "phonebook/ui/group_dialog.h"
 
-#include "dialog/dialog.h"
 #include "phonebook/book/phone_book.h"
 #include "phonebook/ui/button_rules.h"
 #include "phonebook/ui/details_dialogs.h"
@@ -11,8 +10,6 @@
 namespace qx {
 
 namespace {
-
-constexpr DialogTemplate kTemplate{IDD_GROUP, IDD_GROUP_RTL};
 
 constexpr Control kControls[] = {
     {.id = IDC_GROUP_TYPED_LABEL, .text = 5245, .fallback = L"-Type Name or Select From list", .topic = 15714},
@@ -30,9 +27,6 @@ constexpr Control kControls[] = {
     {.id = IDCANCEL, .text = 5224, .fallback = L"-Cancel"},
 };
 static_assert(IdsAreUnique(kControls));
-
-constexpr Text kAddTitle{6075, L"-Add Group To Phone Book"};
-constexpr Text kEditTitle{6081, L"-Edit Group"};
 
 constexpr Message kDuplicate{
     .text = {6099, L"This is a duplicate entry.  This is a duplicate phone book entry. Please enter a different Group "
@@ -156,11 +150,6 @@ void Accept(GroupDialogContext& group)
     EndDialog(group.dialog, IDOK);
 }
 
-void Cancel(GroupDialogContext& group)
-{
-    EndDialog(group.dialog, IDCANCEL);
-}
-
 constexpr Route<GroupDialogContext> kRoutes[] = {
     {IDC_GROUP_TYPED, EN_CHANGE, FollowTyping},
     {IDC_GROUP_ENTRIES, static_cast<UINT>(LVN_ITEMCHANGED), RefreshButtons},
@@ -171,16 +160,11 @@ constexpr Route<GroupDialogContext> kRoutes[] = {
     {IDC_GROUP_MEMBERS, static_cast<UINT>(LVN_INSERTITEM), RefreshOk},
     {IDC_GROUP_DELETE, BN_CLICKED, DeleteSelected},
     {IDOK, BN_CLICKED, Accept},
-    {IDCANCEL, BN_CLICKED, Cancel},
 };
 
-} // namespace
-
-static void Initialize(GroupDialogContext& group)
+void Fill(GroupDialogContext& group)
 {
     SetUpLists(group);
-    SetWindowTextW(group.dialog, LocalizedText(group, group.stored != nullptr ? kEditTitle : kAddTitle).c_str());
-    SetUpControls(group, group.dialog, kControls);
     group.working = {group.book.Store().NewGroup(), {&group.book.Store()}};
     if (group.stored != nullptr)
         TakeWorkingCopy(group);
@@ -190,24 +174,20 @@ static void Initialize(GroupDialogContext& group)
     RefreshOk(group);
 }
 
-static std::span<const Route<GroupDialogContext>> RoutesOf(const GroupDialogContext&)
+constexpr Dialog<GroupDialogContext> WithTitle(const Text& title)
 {
-    return kRoutes;
+    return {
+        .ids = {IDD_GROUP, IDD_GROUP_RTL},
+        .title = title,
+        .controls = kControls,
+        .routes = kRoutes,
+        .fill = Fill,
+    };
 }
 
-static INT_PTR HandleOther(GroupDialogContext& group, UINT message, WPARAM w, LPARAM l)
-{
-    return AnswerHelp(group, group.dialog, message, w, l, kControls);
-}
+} // namespace
 
-INT_PTR ShowGroupDialog(HWND owner, GroupDialogContext& context)
-{
-    return ShowModal(kTemplate, owner, context);
-}
-
-std::span<const Control> GroupControls() noexcept
-{
-    return kControls;
-}
+constexpr Dialog<GroupDialogContext> kAddGroupDialog = WithTitle({6075, L"-Add Group To Phone Book"});
+constexpr Dialog<GroupDialogContext> kEditGroupDialog = WithTitle({6081, L"-Edit Group"});
 
 } // namespace qx

@@ -1,11 +1,10 @@
 // Adds a group to the phone book or edits one: its name, and its members among the book's entries.
 #pragma once
 
-#include "dialog/controls.h"
+#include "dialog/dialog.h"
 #include "phonebook/ui/made_item.h"
 #include "phonebook/ui/phone_book_list.h"
 
-#include <span>
 #include <windows.h>
 
 namespace qx {
@@ -31,10 +30,8 @@ struct GroupDialogContext : TextOwner {
     HWND members = nullptr;
 };
 
-// Shows the dialog. IDOK: the new group is in working, or the edited one has its new name and members. IDCANCEL:
-// nothing changed. -1 when it could not be shown.
-INT_PTR ShowGroupDialog(HWND owner, GroupDialogContext& context);
-
-std::span<const Control> GroupControls() noexcept;
+// IDOK: the new group is in working, or the edited one has its new name and members. IDCANCEL: nothing changed.
+extern const Dialog<GroupDialogContext> kAddGroupDialog;
+extern const Dialog<GroupDialogContext> kEditGroupDialog;
 
 } // namespace qx

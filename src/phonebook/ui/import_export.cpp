@@ -97,7 +97,7 @@ bool AskForColumns(const ImportExportBlock& block, HWND owner, const CsvTable& t
     MapCustomFieldsContext context(block.texts->hStringDll, block.texts->HelpFilePath);
     context.fileName = path;
     context.headers = HeaderTexts(table.Fields());
-    if (ShowMapCustomFields(owner, context, block.rightToLeft) != IDOK)
+    if (ShowModal<kMapCustomFieldsDialog>(owner, context, block.rightToLeft) != IDOK)
         return false;
     columns = ColumnsOf(context.mapping);
     return true;

@@ -1,6 +1,5 @@
 #include "phonebook/ui/map_custom_fields_dialog.h"
 
-#include "dialog/dialog.h"
 #include "dialog/list_view.h"
 #include "dialog/typed_prefix.h"
 #include "res/map_custom_fields_ids.h"
@@ -35,8 +34,6 @@ constexpr ListColumn kDestinationColumns[] = {{6088, 80}, {6089, 120}};
 // The rows of the right list, in MappedField's order; without built-in texts like all headings.
 constexpr unsigned kDestinationTexts[kMappedFieldCount] = {kNameHeading, kFaxNumberHeading, kCompanyHeading};
 constexpr int kMappedColumn = 1; // of the right list: the source field
-
-constexpr unsigned kTitle = 6082;
 
 // Longest header field that is told apart (UTF-16 units).
 constexpr std::size_t kHeaderUnits = 260;
@@ -199,51 +196,40 @@ constexpr Route<MapCustomFieldsContext> kRoutes[] = {
     {IDCANCEL, BN_CLICKED, Cancel},
 };
 
-} // namespace
-
-// Found by DialogProcedure through the type of their argument.
-void Initialize(MapCustomFieldsContext& context)
+void Fill(MapCustomFieldsContext& context)
 {
     context.mapping.reserve(kMappedFieldCount); // OK is not to fail for want of memory
     EnableControl(context.dialog, IDC_MAP, false);
     EnableControl(context.dialog, IDOK, false);
-    SetLocalizedText(context, kTitle, context.dialog, L"-Map Custom Fields");
-    SetUpControls(context, context.dialog, kControls);
     ShowFileName(context);
     FillSourceList(context);
     FillDestinationList(context);
 }
 
-std::span<const Route<MapCustomFieldsContext>> RoutesOf(const MapCustomFieldsContext&) noexcept
+INT_PTR AnswerOther(MapCustomFieldsContext& context, UINT message, WPARAM w, LPARAM l)
 {
-    return kRoutes;
-}
-
-INT_PTR HandleOther(MapCustomFieldsContext& context, UINT message, WPARAM w, LPARAM l)
-{
-    if (message == WM_NOTIFY && w == IDC_MAP_SOURCE_FIELDS) {
-        switch (reinterpret_cast<const NMHDR*>(l)->code) {
-        case static_cast<UINT>(LVN_GETDISPINFOW):
-            TellText(context, reinterpret_cast<NMLVDISPINFOW*>(l)->item);
-            return TRUE;
-        case static_cast<UINT>(LVN_ODFINDITEMW):
-            return Answer(context.dialog, FindTyped(context, *reinterpret_cast<const NMLVFINDITEMW*>(l)));
-        default:
-            break;
-        }
+    if (message != WM_NOTIFY || w != IDC_MAP_SOURCE_FIELDS)
+        return FALSE;
+    switch (reinterpret_cast<const NMHDR*>(l)->code) {
+    case static_cast<UINT>(LVN_GETDISPINFOW):
+        TellText(context, reinterpret_cast<NMLVDISPINFOW*>(l)->item);
+        return TRUE;
+    case static_cast<UINT>(LVN_ODFINDITEMW):
+        return Answer(context.dialog, FindTyped(context, *reinterpret_cast<const NMLVFINDITEMW*>(l)));
+    default:
+        return FALSE;
     }
-    return AnswerHelp(context, context.dialog, message, w, l, kControls);
 }
 
-INT_PTR ShowMapCustomFields(HWND owner, MapCustomFieldsContext& context, bool rightToLeft)
-{
-    const int id = rightToLeft ? IDD_MAP_CUSTOM_FIELDS_RTL : IDD_MAP_CUSTOM_FIELDS;
-    return ShowModal(DialogTemplate{id, id}, owner, context);
-}
+} // namespace
 
-std::span<const Control> MapCustomFieldsControls() noexcept
-{
-    return kControls;
-}
+constexpr Dialog<MapCustomFieldsContext> kMapCustomFieldsDialog{
+    .ids = {IDD_MAP_CUSTOM_FIELDS, IDD_MAP_CUSTOM_FIELDS_RTL},
+    .title = {6082, L"-Map Custom Fields"},
+    .controls = kControls,
+    .routes = kRoutes,
+    .fill = Fill,
+    .other = AnswerOther,
+};
 
 } // namespace qx

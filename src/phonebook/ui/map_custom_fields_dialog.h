@@ -1,11 +1,10 @@
 // Map Custom Fields: which column of a CSV file feeds which field of an entry.
 #pragma once
 
-#include "dialog/controls.h"
+#include "dialog/dialog.h"
 #include "phonebook/csv/import_rules.h"
 
 #include <optional>
-#include <span>
 #include <string>
 #include <vector>
 
@@ -23,9 +22,7 @@ struct MapCustomFieldsContext : TextOwner {
     std::vector<FieldMapping> mapping;                // filled by OK
 };
 
-// Modal. 1 after OK: the mapping is filled. 2 after Cancel.
-INT_PTR ShowMapCustomFields(HWND owner, MapCustomFieldsContext& context, bool rightToLeft);
-
-std::span<const Control> MapCustomFieldsControls() noexcept;
+// IDOK: the mapping is filled.
+extern const Dialog<MapCustomFieldsContext> kMapCustomFieldsDialog;
 
 } // namespace qx
