@@ -2,17 +2,24 @@
 # Makes a Debian machine ready to build and test: installs the packages that are missing and generates the locales
 # of the languages that it is asked for. Does nothing, quickly, when everything is there.
 #
-#   tools/setup.sh [LANG...]    languages as tools/with-wine.sh takes them; by default those that tests are run in
+#   tools/setup.sh [--checks] [LANG...]
+#
+# --checks: what tools/check.sh and tools/fuzz.sh need, too. Languages are named as tools/with-wine.sh takes them; by
+# default those that tests are run in.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-readonly packages=(
+packages=(
     cmake ninja-build g++-mingw-w64-x86-64 python3                  # building
     googletest nlohmann-json3-dev libcli11-dev                      # libraries of the tests and of the stand-in driver
     fp-utils gcab                                                   # compiling and packing the help
     wine wine64 xvfb                                                # running and looking at it
     fonts-wine fonts-dejavu-extra fonts-noto-core fonts-noto-cjk
     locales
+)
+readonly checking=(
+    clang-format-19 clang-tidy-19 shellcheck pyflakes3
+    clang libclang-rt-dev                                           # fuzz targets
 )
 readonly tested=(en de de-AT he ja)
 
@@ -62,6 +69,10 @@ generate_missing_locales() {
     done
 }
 
+if [[ ${1-} == --checks ]]; then
+    shift
+    packages+=("${checking[@]}")
+fi
 install_missing_packages
 if [[ $# -eq 0 ]]; then set -- "${tested[@]}"; fi
 generate_missing_locales "$@"

@@ -2,18 +2,19 @@
 # Runs a command where Windows programs run: a Wine prefix of this source tree, with a wineserver and a virtual display
 # of its own. The user's prefix and display are never touched.
 #
-#   tools/with-wine.sh [--lang LANG] [--display] COMMAND [ARGUMENT...]
+#   tools/with-wine.sh [--lang LANG] [--desk NAME] [--display] COMMAND [ARGUMENT...]
 #
 #   --lang LANG  language of Windows' user interface (default: en): a code of strings/languages.toml, or one with a
 #                region, such as de-AT. The command finds it in QX_LANG
+#   --desk NAME  a prefix, wineserver and display apart from those of other desks, for runs that must not meet
 #   --display    use the display in $DISPLAY instead of a virtual one
 #
-# The prefixes are kept in build/wine/ (one per language). Commands that run at the same time share prefix, display and
+# The prefixes are kept in build/wine/ (one per language and desk). Commands that run at the same time share prefix, display and
 # wineserver; who finishes last takes them down. A command that itself calls with-wine.sh finds them running, and those
 # of another language stay up until the outermost call ends.
 set -euo pipefail
 
-readonly usage='usage: tools/with-wine.sh [--lang LANG] [--display] COMMAND [ARGUMENT...]'
+readonly usage='usage: tools/with-wine.sh [--lang LANG] [--desk NAME] [--display] COMMAND [ARGUMENT...]'
 root=$(cd "$(dirname "$0")/.." && pwd)
 readonly root
 readonly home=$root/build/wine
@@ -21,10 +22,12 @@ readonly home=$root/build/wine
 die() { echo "with-wine.sh: $*" >&2; exit 1; }
 
 lang=en
+desk=
 own_display=yes
 while [[ ${1-} == --* ]]; do
     case $1 in
         --lang) lang=${2-}; shift 2 || die "$usage" ;;
+        --desk) desk=-${2-}; shift 2 || die "$usage" ;;
         --display) own_display=no; shift ;;
         *) die "$usage" ;;
     esac
@@ -38,8 +41,8 @@ PATH=$PATH:/usr/lib/wine
 command -v wine64 >/dev/null || die "Wine is not installed: run tools/setup.sh"
 
 [[ $own_display == yes || -n ${DISPLAY-} ]] || die "--display needs a display: DISPLAY is not set"
-session=$lang
-[[ $own_display == yes ]] || session=$lang-on-display
+session=$lang$desk
+[[ $own_display == yes ]] || session+=-on-display
 dir=$home/$session
 export WINEPREFIX=$dir/prefix
 
@@ -135,7 +138,11 @@ prepare_prefix() {
     )
     [[ -f $WINEPREFIX/.copied && ! $home/template.stamp -nt $WINEPREFIX/.copied ]] && return
     rm -rf "$WINEPREFIX"
-    cp -a "$home/template" "$WINEPREFIX"
+    # Wine's own programs, nearly all of it, are never written to: a prefix needs no copies of them.
+    mkdir "$WINEPREFIX"
+    (cd "$home/template" && find . -type f ! -name '*.dll' ! -name '*.exe' -print0 | tar -c --null -T -) |
+        tar -x -C "$WINEPREFIX"
+    cp -al --no-clobber "$home/template/." "$WINEPREFIX/"
     # On the user's display the window manager is there, and has its say.
     [[ $own_display == yes ]] || sed -i 's/^"Managed"="N"/"Managed"="Y"/' "$WINEPREFIX/user.reg"
     touch "$WINEPREFIX/.copied"

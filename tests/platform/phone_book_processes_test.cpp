@@ -1,6 +1,7 @@
 #include "phone_book_worker.h"
 
 #include "support/documents_folder.h"
+#include "support/thorough.h"
 
 #include <gtest/gtest.h>
 #include <random>
@@ -78,7 +79,7 @@ void WaitMicroseconds(unsigned duration)
 
 TEST_F(PhoneBookProcesses, AProcessKilledAtAnyMomentOfASaveLeavesAWholePhoneBook)
 {
-    constexpr int kKills = 200;
+    const int kKills = Rounds(60, 200);
     constexpr unsigned kLongestWait = 15000; // microseconds; several saves
     ASSERT_TRUE(SaveStamped(Path(), L"before"));
     const std::wstring eventName = L"QXTest-" + std::to_wstring(GetCurrentProcessId());
@@ -103,7 +104,7 @@ TEST_F(PhoneBookProcesses, AProcessKilledAtAnyMomentOfASaveLeavesAWholePhoneBook
 TEST_F(PhoneBookProcesses, EightAtOnceNeverReadATornFileAndNeverWaitLongAlsoWhenOneIsKilledNowAndThen)
 {
     constexpr int kWorkers = 7; // and one more, which is killed
-    const std::wstring arguments = L"share \"" + Path() + L"\" 200";
+    const std::wstring arguments = L"share \"" + Path() + L"\" " + std::to_wstring(Rounds(100, 200));
     ASSERT_TRUE(SaveStamped(Path(), L"before"));
     std::vector<Process> workers;
     for (int i = 0; i < kWorkers; ++i)

@@ -9,6 +9,7 @@
 #include "host/utf8.h"
 #include "support/fax_job_page_stand.h"
 #include "support/string_library.h"
+#include "support/thorough.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -373,7 +374,7 @@ private:
 
 struct Seeds {
     unsigned first = 1;
-    unsigned count = 12;
+    unsigned count = static_cast<unsigned>(Rounds(4, 12));
 };
 
 Seeds ChosenSeeds()

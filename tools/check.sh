@@ -1,0 +1,55 @@
+#!/bin/bash
+# Checks the source tree without running anything of it. What it needs is installed by 'tools/setup.sh --checks'.
+#
+#   tools/check.sh              format and lints of everything
+#   tools/check.sh FILE...      of these files
+#   tools/check.sh --fix        formats the sources instead
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+# Formats differ from version to version; this one is in Debian 12 and 13.
+readonly clang=19
+fix=no
+if [[ ${1-} == --fix ]]; then
+    fix=yes
+    shift
+fi
+
+mapfile -t files < <(git ls-files -- "$@")
+files_named() { # PATTERN: those of the files to check whose name matches the regular expression
+    printf '%s\n' "${files[@]}" | grep -E -- "$1" || true
+}
+
+mapfile -t sources < <(files_named '\.(c|cpp|h)$')
+if [[ $fix == yes ]]; then exec "clang-format-$clang" -i "${sources[@]}"; fi
+
+failed=0
+check() { # WHAT COMMAND...
+    echo "check.sh: $1"
+    "${@:2}" || { echo "check.sh: $1: failed" >&2; failed=1; }
+}
+
+on_each() { # COMMAND... with each line of the standard input, as many at once as there are cores
+    xargs -r -P "$(nproc)" -n 1 "$@"
+}
+
+# With the headers of the cross compiler.
+tidy() {
+    local build=build/checked cross=x86_64-w64-mingw32 gcc include
+    [[ -f $build/compile_commands.json ]] || cmake --preset checked >/dev/null
+    gcc=$(dirname "$("$cross-g++-posix" -print-libgcc-file-name)")
+    local arguments=("--extra-arg-before=--target=$cross" --extra-arg=-Wno-unused-command-line-argument)
+    for include in "$gcc/include/c++" "$gcc/include/c++/$cross" "/usr/$cross/include" /usr/share/mingw-w64/include; do
+        arguments+=("--extra-arg=-isystem$include")
+    done
+    files_named '^(src|host|admin)/.*\.cpp$' | on_each "clang-tidy-$clang" -p "$build" --quiet "${arguments[@]}"
+}
+
+python() { files_named '\.py$' | xargs -r pyflakes3; }
+shell() { { files_named '\.sh$'; files_named '^\.ci/run$'; } | xargs -r shellcheck --severity=warning; }
+
+check format "clang-format-$clang" --dry-run -Werror "${sources[@]}"
+check shell shell
+check python python
+check tidy tidy
+exit "$failed"
