@@ -14,6 +14,13 @@ inline constexpr UINT kSuggestionChosen = WM_USER + 101;
 // To the list box: take the mouse capture (lParam not 0) or release it.
 inline constexpr UINT kCaptureMouse = WM_USER + 102;
 
+// Whose change of the edit is under way.
+enum class EditWriter {
+    User,
+    Completion, // ours: nothing for the page to act on
+    ComboBox,   // at work, and may not write into its edit by itself
+};
+
 // One per completing combo box, owned by the page that holds the combo box; it must outlive the attachment.
 struct TypeAheadState {
     HWND combo = nullptr;
@@ -27,8 +34,7 @@ struct TypeAheadState {
     std::size_t previousLength = 0; // of the text as typed (UTF-16 units)
     int chosenRow = -1;             // whose text we wrote into the edit, where it still stands; -1: none
     bool rowsAreMatches = false;    // the list's rows are the matches, not all that an opened list offers
-    bool completing = false;        // the change of the edit is ours, not the user's
-    bool editIsKept = false;        // the combo box is at work, and may not write into its edit by itself
+    EditWriter writer = EditWriter::User;
     bool composing = false;         // an input method is at work in the edit: its text is not a name yet
     bool composedChange = false;    // it has changed the edit, and the page has not answered that yet
     bool selectionNotified = false; // the combo box has told the page of the row that is being clicked
