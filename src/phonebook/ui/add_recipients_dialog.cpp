@@ -31,12 +31,7 @@ constexpr Control kControls[] = {
 };
 static_assert(IdsAreUnique(kControls));
 
-constexpr Message kTooManyRecipients{
-    .text = {5265, L"The maximum number of fax numbers has been entered."},
-    .style = MB_OK | MB_ICONSTOP,
-    .title = MessageTitle::Error,
-};
-
+constexpr Text kTitle{6093, L"-Add Recipients From Phone Book"};
 constexpr int kColumnWidth = 90;
 constexpr ListKeys kBookKeys{.activate = IDC_PICK_TO};
 constexpr ListKeys kChosenKeys{.remove = IDC_PICK_DELETE};
@@ -147,11 +142,8 @@ void DeleteChosen(AddRecipientsContext& picker)
 
 void ShowDetails(AddRecipientsContext& picker)
 {
-    PhoneBookItem* const item = OnlySelectedItem(picker.list.window, picker.book);
-    if (item == nullptr)
+    if (!ShowSelectedDetails(picker, picker.list.window))
         return;
-    const KeptItem kept(picker.book.Store(), item);
-    ShowItemDetails(picker.dialog, picker, picker.book, *item);
     FocusControl(picker.dialog, IDC_PICK_LIST);
 }
 
@@ -202,12 +194,6 @@ INT_PTR AnswerOther(AddRecipientsContext& picker, UINT message, WPARAM, LPARAM)
 } // namespace
 
 constexpr Dialog<AddRecipientsContext> kAddRecipientsDialog{
-    .ids = {IDD_ADD_RECIPIENTS, IDD_ADD_RECIPIENTS_RTL},
-    .title = {6093, L"-Add Recipients From Phone Book"},
-    .controls = kControls,
-    .routes = kRoutes,
-    .fill = Fill,
-    .other = AnswerOther,
-};
+    {IDD_ADD_RECIPIENTS, IDD_ADD_RECIPIENTS_RTL}, kTitle, kControls, kRoutes, Fill, AnswerOther};
 
 } // namespace qx

@@ -2,7 +2,7 @@
 // members as they are moved.
 #pragma once
 
-#include "dialog/dialog.h"
+#include "phonebook/ui/phone_book_dialog.h"
 #include "phonebook/ui/phone_book_list.h"
 
 #include <qxfax/send_fax.h>
@@ -11,24 +11,21 @@
 
 namespace qx {
 
-class PhoneBook;
 class PhoneBookEntry;
 class RecentRecipientList;
 
-// What the opener hands over, and the dialog's own state.
-struct AddRecipientsContext : TextOwner {
+// What the opener hands over, and the dialog's own state. The book is reloaded under the dialog.
+struct AddRecipientsContext : PhoneBookDialog {
     // recentList may be null: nothing is remembered then.
     AddRecipientsContext(const TextOwner& texts, FaxJobData& record, PhoneBook& phoneBook,
                          RecentRecipientList* recentList) noexcept
-        : TextOwner(texts.hStringDll, texts.HelpFilePath), job(record), book(phoneBook), recent(recentList)
+        : PhoneBookDialog(texts, phoneBook), job(record), recent(recentList)
     {
     }
 
     FaxJobData& job; // its recipients are replaced on OK
-    PhoneBook& book; // reloaded under the dialog
     RecentRecipientList* recent;
 
-    HWND dialog = nullptr;
     PhoneBookList list;
     HWND chosenList = nullptr;
     // What the right list shows. Borrowed from the record and, as copies, from the book's store, which keep them for

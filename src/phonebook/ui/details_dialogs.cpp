@@ -20,7 +20,7 @@ constexpr Control kEntryControls[] = {
 static_assert(IdsAreUnique(kEntryControls));
 
 constexpr Control kGroupControls[] = {
-    // "Cancel" is what this label has always said without the text library.
+    // Kept: "Cancel" is what this label has always said without the text library.
     {.id = IDC_DETAILS_GROUP_NAME_LABEL, .text = 6077, .fallback = L"Cancel"},
     {.id = IDC_HIDDEN_LABEL, .text = 6079, .fallback = L"Members"},
     {.id = IDOK, .text = 5249, .fallback = L"OK"},
@@ -59,28 +59,23 @@ constexpr Route<DetailsContext> kRoutes[] = {
 } // namespace
 
 constexpr Dialog<DetailsContext> kEntryDetailsDialog{
-    .ids = {IDD_ENTRY_DETAILS, IDD_ENTRY_DETAILS_RTL},
-    .title = {6096, L"-Details"},
-    .controls = kEntryControls,
-    .routes = kRoutes,
-    .fill = ShowEntry,
-};
+    {IDD_ENTRY_DETAILS, IDD_ENTRY_DETAILS_RTL}, {6096, L"-Details"}, kEntryControls, kRoutes, ShowEntry};
 
 constexpr Dialog<DetailsContext> kGroupDetailsDialog{
-    .ids = {IDD_GROUP_DETAILS, IDD_GROUP_DETAILS_RTL},
-    .title = {6095, L"-Group Details"},
-    .controls = kGroupControls,
-    .routes = kRoutes,
-    .fill = ShowGroup,
-};
+    {IDD_GROUP_DETAILS, IDD_GROUP_DETAILS_RTL}, {6095, L"-Group Details"}, kGroupControls, kRoutes, ShowGroup};
 
-void ShowItemDetails(HWND owner, const TextOwner& texts, const PhoneBook& book, const PhoneBookItem& item)
+bool ShowSelectedDetails(const PhoneBookDialog& opener, HWND list)
 {
-    DetailsContext details(texts, book, item);
-    if (item.IsGroup())
-        ShowModal<kGroupDetailsDialog>(owner, details);
+    PhoneBookItem* const item = OnlySelectedItem(list, opener.book);
+    if (item == nullptr)
+        return false;
+    const KeptItem kept(opener.book.Store(), item); // the book may be reloaded meanwhile
+    DetailsContext details(opener, *item);
+    if (item->IsGroup())
+        ShowModal<kGroupDetailsDialog>(opener.dialog, details);
     else
-        ShowModal<kEntryDetailsDialog>(owner, details);
+        ShowModal<kEntryDetailsDialog>(opener.dialog, details);
+    return true;
 }
 
 } // namespace qx

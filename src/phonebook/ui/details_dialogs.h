@@ -1,30 +1,26 @@
 // Read-only views of an entry and of a group.
 #pragma once
 
-#include "dialog/dialog.h"
-
-#include <windows.h>
+#include "phonebook/ui/phone_book_dialog.h"
 
 namespace qx {
 
-class PhoneBook;
 class PhoneBookItem;
 
-struct DetailsContext : TextOwner {
-    DetailsContext(const TextOwner& texts, const PhoneBook& phoneBook, const PhoneBookItem& shown) noexcept
-        : TextOwner(texts.hStringDll, texts.HelpFilePath), book(phoneBook), item(shown)
+struct DetailsContext : PhoneBookDialog {
+    DetailsContext(const PhoneBookDialog& opener, const PhoneBookItem& shown) noexcept
+        : PhoneBookDialog(opener, opener.book), item(shown)
     {
     }
 
-    const PhoneBook& book;
     const PhoneBookItem& item;
-    HWND dialog = nullptr;
 };
 
 extern const Dialog<DetailsContext> kEntryDetailsDialog;
-extern const Dialog<DetailsContext> kGroupDetailsDialog;
+extern const Dialog<DetailsContext> kGroupDetailsDialog; // with the members in the book's order
 
-// Shows the entry, or the group with its members in the book's order.
-void ShowItemDetails(HWND owner, const TextOwner& texts, const PhoneBook& book, const PhoneBookItem& item);
+// Shows the item behind the only selected row of a phone book list. False, and nothing shown, when none or several are
+// selected.
+bool ShowSelectedDetails(const PhoneBookDialog& opener, HWND list);
 
 } // namespace qx

@@ -34,21 +34,11 @@ constexpr Control kControls[] = {
 };
 static_assert(IdsAreUnique(kControls));
 
-constexpr Message kBookIsFull{
-    .text = {6098, L"The maximum number of phone book entries has been entered."},
-    .style = MB_OK | MB_ICONSTOP,
-    .title = MessageTitle::Warning,
-};
-constexpr Message kConfirmDelete{
-    .text = {6097, L"Select OK to permanently remove the selected entries from the phone book."},
-    .style = MB_OKCANCEL | MB_ICONEXCLAMATION,
-    .title = MessageTitle::Warning,
-};
+constexpr Message kConfirmDelete{{6097, L"Select OK to permanently remove the selected entries from the phone book."},
+                                 MB_OKCANCEL | MB_ICONEXCLAMATION,
+                                 MessageTitle::Warning};
 constexpr Message kImportTooLarge{
-    .text = {6106, L"-Exceeded maximum phone book entries."},
-    .style = MB_OK | MB_ICONSTOP,
-    .title = MessageTitle::Error,
-};
+    {6106, L"-Exceeded maximum phone book entries."}, MB_OK | MB_ICONSTOP, MessageTitle::Error};
 constexpr Text kImported{6107, L"-Phone book entries imported successfully."};
 constexpr Text kExported{6234, L"-Phone book entries exported successfully."};
 constexpr Text kInformationTitle{5325, L"-QX MFP Send Fax"};
@@ -91,7 +81,7 @@ bool RefuseWhenFull(EditPhoneBookContext& editor)
 {
     if (editor.book.GetCount() < kMaxPhoneBookItems)
         return false;
-    ShowFaxMessage(editor, kBookIsFull, editor.dialog);
+    ShowFaxMessage(editor, kPhoneBookFull, editor.dialog);
     return true;
 }
 
@@ -115,7 +105,7 @@ void AddEntry(EditPhoneBookContext& editor)
     RefreshButtons(editor);
 }
 
-// The buttons are left as they are: alone among the commands, this one has never refreshed them.
+// Kept: alone among the commands, this one leaves the buttons as they are.
 void AddGroup(EditPhoneBookContext& editor)
 {
     if (RefuseWhenFull(editor))
@@ -205,11 +195,8 @@ void EditSelected(EditPhoneBookContext& editor)
 
 void ShowDetails(EditPhoneBookContext& editor)
 {
-    PhoneBookItem* const item = OnlySelectedItem(editor.list.window, editor.book);
-    if (item == nullptr)
+    if (!ShowSelectedDetails(editor, editor.list.window))
         return;
-    const KeptItem kept(editor.book.Store(), item);
-    ShowItemDetails(editor.dialog, editor, editor.book, *item);
     FocusControl(editor.dialog, IDC_BOOK_DETAILS);
     RefreshButtons(editor);
 }
@@ -321,12 +308,6 @@ INT_PTR AnswerOther(EditPhoneBookContext& editor, UINT message, WPARAM, LPARAM)
 } // namespace
 
 constexpr Dialog<EditPhoneBookContext> kEditPhoneBookDialog{
-    .ids = {IDD_EDIT_PHONE_BOOK, IDD_EDIT_PHONE_BOOK_RTL},
-    .title = {6068, L"-Edit Phone Book"},
-    .controls = kControls,
-    .routes = kRoutes,
-    .fill = Fill,
-    .other = AnswerOther,
-};
+    {IDD_EDIT_PHONE_BOOK, IDD_EDIT_PHONE_BOOK_RTL}, {6068, L"-Edit Phone Book"}, kControls, kRoutes, Fill, AnswerOther};
 
 } // namespace qx

@@ -2,25 +2,17 @@
 // follows every command at once; only OK writes it to its file and tells the other windows.
 #pragma once
 
-#include "dialog/dialog.h"
+#include "phonebook/ui/phone_book_dialog.h"
 #include "phonebook/ui/phone_book_list.h"
 
 #include <windows.h>
 
 namespace qx {
 
-class PhoneBook;
+// The dialog's state. The book is changed in place.
+struct EditPhoneBookContext : PhoneBookDialog {
+    using PhoneBookDialog::PhoneBookDialog;
 
-// What the opener hands over, and the dialog's own state.
-struct EditPhoneBookContext : TextOwner {
-    EditPhoneBookContext(const TextOwner& texts, PhoneBook& phoneBook) noexcept
-        : TextOwner(texts.hStringDll, texts.HelpFilePath), book(phoneBook)
-    {
-    }
-
-    PhoneBook& book; // changed in place
-
-    HWND dialog = nullptr;
     PhoneBookList list;
     bool rightToLeft = false; // of the user interface when the dialog opened
 };

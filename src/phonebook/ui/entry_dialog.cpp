@@ -8,11 +8,9 @@ namespace qx {
 
 namespace {
 
-constexpr Message kDuplicate{
-    .text = {5257, L"This is a duplicate entry.  Please enter a different name or fax number"},
-    .style = MB_OK | MB_ICONSTOP,
-    .title = MessageTitle::Warning,
-};
+constexpr Message kDuplicate{{5257, L"This is a duplicate entry.  Please enter a different name or fax number"},
+                             MB_OK | MB_ICONSTOP,
+                             MessageTitle::Warning};
 
 struct Topics {
     int name, faxNumber, company;
@@ -118,21 +116,11 @@ void Fill(EntryDialogContext& context)
     RefreshOk(context);
 }
 
-constexpr Dialog<EntryDialogContext> WithTexts(const Text& title, std::span<const Control> controls)
-{
-    return {
-        .ids = {IDD_ENTRY, IDD_ENTRY_RTL},
-        .title = title,
-        .controls = controls,
-        .routes = kRoutes,
-        .fill = Fill,
-    };
-}
-
 } // namespace
 
-constexpr Dialog<EntryDialogContext> kAddEntryDialog =
-    WithTexts({6074, L"-Add Entry To Phone Book"}, kAddControls.rows);
-constexpr Dialog<EntryDialogContext> kEditEntryDialog = WithTexts({5247, L"Edit Phone Book Entry"}, kEditControls.rows);
+constexpr Dialog<EntryDialogContext> kAddEntryDialog{
+    {IDD_ENTRY, IDD_ENTRY_RTL}, {6074, L"-Add Entry To Phone Book"}, kAddControls.rows, kRoutes, Fill};
+constexpr Dialog<EntryDialogContext> kEditEntryDialog{
+    {IDD_ENTRY, IDD_ENTRY_RTL}, {5247, L"Edit Phone Book Entry"}, kEditControls.rows, kRoutes, Fill};
 
 } // namespace qx

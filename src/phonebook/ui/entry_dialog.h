@@ -2,29 +2,25 @@
 #pragma once
 
 #include "base/number_text.h"
-#include "dialog/dialog.h"
 #include "dialog/number_filter.h"
 #include "phonebook/ui/made_item.h"
+#include "phonebook/ui/phone_book_dialog.h"
 
 #include <windows.h>
 
 namespace qx {
 
-class PhoneBook;
-
 // What the opener hands over, and the dialog's own state.
-struct EntryDialogContext : TextOwner {
+struct EntryDialogContext : PhoneBookDialog {
     // edited: an entry of the book, which is changed in place on OK; null: the dialog makes a new one.
     EntryDialogContext(const TextOwner& texts, PhoneBook& phoneBook, PhoneBookEntry* edited) noexcept
-        : TextOwner(texts.hStringDll, texts.HelpFilePath), book(phoneBook), entry(edited)
+        : PhoneBookDialog(texts, phoneBook), entry(edited)
     {
     }
 
-    PhoneBook& book;
     PhoneBookEntry* entry;
     MadeItem<PhoneBookEntry> made; // the new entry; after OK the opener releases it into the book
 
-    HWND dialog = nullptr;
     NumberFilter faxNumber{.allowed = AllowedInFaxNumber, .accepted = {}, .units = 255};
 };
 

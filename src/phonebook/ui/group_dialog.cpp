@@ -28,19 +28,17 @@ constexpr Control kControls[] = {
 };
 static_assert(IdsAreUnique(kControls));
 
-constexpr Message kDuplicate{
-    .text = {6099, L"This is a duplicate entry.  This is a duplicate phone book entry. Please enter a different Group "
-                   L"Name."},
-    .style = MB_OK | MB_ICONSTOP,
-    .title = MessageTitle::Warning,
-};
+constexpr Message kDuplicate{{6099, L"This is a duplicate entry.  This is a duplicate phone book entry. Please enter a "
+                                    L"different Group Name."},
+                             MB_OK | MB_ICONSTOP,
+                             MessageTitle::Warning};
 
 constexpr int kColumnWidth = 90;
 constexpr ListKeys kEntryKeys{.activate = IDC_GROUP_ADD};
 constexpr ListKeys kMemberKeys{.remove = IDC_GROUP_DELETE};
 
-// One less than can be typed: a name of full length loses its last character when it is stored. Groups have always
-// been stored so, and other copies of the phone book know them by these names.
+// Kept: one less than can be typed, a name of full length loses its last character when it is stored. Groups have
+// always been stored so, and other copies of the phone book know them by these names.
 constexpr std::size_t kStoredNameUnits = kNameLimit - 1;
 
 int MemberCount(const GroupDialogContext& group) noexcept
@@ -120,11 +118,8 @@ void DeleteSelected(GroupDialogContext& group)
 
 void ShowDetails(GroupDialogContext& group)
 {
-    PhoneBookItem* const item = OnlySelectedItem(group.entries.window, group.book);
-    if (item == nullptr)
+    if (!ShowSelectedDetails(group, group.entries.window))
         return;
-    const KeptItem kept(group.book.Store(), item);
-    ShowItemDetails(group.dialog, group, group.book, *item);
     RefreshButtons(group);
     FocusControl(group.dialog, IDC_GROUP_DETAILS);
 }
@@ -174,20 +169,11 @@ void Fill(GroupDialogContext& group)
     RefreshOk(group);
 }
 
-constexpr Dialog<GroupDialogContext> WithTitle(const Text& title)
-{
-    return {
-        .ids = {IDD_GROUP, IDD_GROUP_RTL},
-        .title = title,
-        .controls = kControls,
-        .routes = kRoutes,
-        .fill = Fill,
-    };
-}
-
 } // namespace
 
-constexpr Dialog<GroupDialogContext> kAddGroupDialog = WithTitle({6075, L"-Add Group To Phone Book"});
-constexpr Dialog<GroupDialogContext> kEditGroupDialog = WithTitle({6081, L"-Edit Group"});
+constexpr Dialog<GroupDialogContext> kAddGroupDialog{
+    {IDD_GROUP, IDD_GROUP_RTL}, {6075, L"-Add Group To Phone Book"}, kControls, kRoutes, Fill};
+constexpr Dialog<GroupDialogContext> kEditGroupDialog{
+    {IDD_GROUP, IDD_GROUP_RTL}, {6081, L"-Edit Group"}, kControls, kRoutes, Fill};
 
 } // namespace qx

@@ -1,31 +1,27 @@
 // Adds a group to the phone book or edits one: its name, and its members among the book's entries.
 #pragma once
 
-#include "dialog/dialog.h"
 #include "phonebook/ui/made_item.h"
+#include "phonebook/ui/phone_book_dialog.h"
 #include "phonebook/ui/phone_book_list.h"
 
 #include <windows.h>
 
 namespace qx {
 
-class PhoneBook;
-
 // What the opener hands over, and the dialog's own state.
-struct GroupDialogContext : TextOwner {
+struct GroupDialogContext : PhoneBookDialog {
     // edited: a group of the book, which is changed in place on OK; null: the dialog makes a new one.
     GroupDialogContext(const TextOwner& texts, PhoneBook& phoneBook, PhoneBookGroup* edited) noexcept
-        : TextOwner(texts.hStringDll, texts.HelpFilePath), book(phoneBook), stored(edited)
+        : PhoneBookDialog(texts, phoneBook), stored(edited)
     {
     }
 
-    PhoneBook& book;
     PhoneBookGroup* const stored;
     // All editing happens here. A new group is released into the book by the opener after OK; the scratch copy of an
     // edited one goes with the context.
     MadeItem<PhoneBookGroup> working;
 
-    HWND dialog = nullptr;
     PhoneBookList entries;
     HWND members = nullptr;
 };

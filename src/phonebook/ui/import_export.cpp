@@ -137,7 +137,7 @@ void ImportFile(const ImportExportBlock& block, HWND owner, ImportExportResult& 
 bool HasCsvExtension(std::wstring_view path) noexcept
 {
     const std::size_t dot = path.rfind(L'.');
-    return dot != std::wstring_view::npos && path.substr(dot) == L".csv"; // in lower case only
+    return dot != std::wstring_view::npos && path.substr(dot) == L".csv"; // Kept: in lower case only
 }
 
 ImportExportStatus ExportFile(const PhoneBook& book, const std::wstring& path)
@@ -151,7 +151,7 @@ ImportExportStatus ExportFile(const PhoneBook& book, const std::wstring& path)
         return ImportExportStatus::CannotOpen;
     if (!ExportRows(book, writer))
         return ImportExportStatus::ExportFailed;
-    // A failure while writing is not told, on purpose.
+    // Kept: a failure while writing is not told.
     writer.Write();
     return ImportExportStatus::Exported;
 }

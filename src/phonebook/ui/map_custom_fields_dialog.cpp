@@ -29,6 +29,8 @@ constexpr Control kControls[] = {
 };
 static_assert(IdsAreUnique(kControls));
 
+constexpr Text kTitle{6082, L"-Map Custom Fields"};
+
 constexpr ListColumn kSourceColumns[] = {{6088, 180}};
 constexpr ListColumn kDestinationColumns[] = {{6088, 80}, {6089, 120}};
 // The rows of the right list, in MappedField's order; without built-in texts like all headings.
@@ -224,12 +226,6 @@ INT_PTR AnswerOther(MapCustomFieldsContext& context, UINT message, WPARAM w, LPA
 } // namespace
 
 constexpr Dialog<MapCustomFieldsContext> kMapCustomFieldsDialog{
-    .ids = {IDD_MAP_CUSTOM_FIELDS, IDD_MAP_CUSTOM_FIELDS_RTL},
-    .title = {6082, L"-Map Custom Fields"},
-    .controls = kControls,
-    .routes = kRoutes,
-    .fill = Fill,
-    .other = AnswerOther,
-};
+    {IDD_MAP_CUSTOM_FIELDS, IDD_MAP_CUSTOM_FIELDS_RTL}, kTitle, kControls, kRoutes, Fill, AnswerOther};
 
 } // namespace qx
