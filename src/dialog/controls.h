@@ -7,6 +7,7 @@
 #include "text/localized_text.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <span>
 #include <windows.h>
@@ -14,7 +15,7 @@
 namespace qx {
 
 struct Control {
-    int id;
+    int id = 0;
     unsigned text = 0;                 // caption, 0: none
     const wchar_t* fallback = nullptr; // built-in caption
     int limit = 0;                     // of an edit or a combo box; 0: none set
@@ -23,10 +24,19 @@ struct Control {
     bool noInputMethod = false;        // numbers and addresses are typed as they are
 };
 
-template <std::size_t N> consteval bool IdsAreUnique(const Control (&controls)[N])
+// The rows of several tables as one.
+template <std::size_t... N> consteval auto Joined(const std::array<Control, N>&... tables)
 {
-    for (std::size_t i = 0; i < N; ++i) {
-        for (std::size_t j = i + 1; j < N; ++j) {
+    std::array<Control, (N + ...)> joined{};
+    auto end = joined.begin();
+    ((end = std::ranges::copy(tables, end).out), ...);
+    return joined;
+}
+
+consteval bool IdsAreUnique(std::span<const Control> controls)
+{
+    for (std::size_t i = 0; i < controls.size(); ++i) {
+        for (std::size_t j = i + 1; j < controls.size(); ++j) {
             if (controls[i].id == controls[j].id)
                 return false;
         }

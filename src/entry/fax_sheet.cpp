@@ -185,9 +185,10 @@ bool FaxSheet::Hook(HWND sheet) noexcept
 // Neither step can fail; storing the recent recipient may, without touching the job.
 void FaxSheet::SendJob() noexcept
 {
-    SaveFaxJobPage(content_->faxJobPage);
+    const PhoneBookEntry* const typed = SaveFaxJobPage(content_->faxJobPage);
     SaveSetupPage(content_->setupPage);
-    Guarded([&] { RememberTypedRecipient(content_->faxJobPage); });
+    if (typed != nullptr)
+        Guarded([&] { RememberRecent(content_->faxJobPage, *typed); });
 }
 
 LRESULT FaxSheet::CallPrevious(UINT message, WPARAM w, LPARAM l) const

@@ -132,19 +132,15 @@ void SendSession::WarnWhenNotOperational() const
 
 void SendSession::PreparePages()
 {
-    for (TextOwner* const page : {static_cast<TextOwner*>(&faxJobPage_), static_cast<TextOwner*>(&setupPage_)}) {
+    for (SheetPage* const page : {static_cast<SheetPage*>(&faxJobPage_), static_cast<SheetPage*>(&setupPage_)}) {
         page->hStringDll = hStringDll;
         CopyText(page->HelpFilePath, HelpFilePath);
+        page->job = &record_;
+        page->book = book_.get();
+        page->sheet = &sheet_;
     }
-    faxJobPage_.job = &record_;
-    faxJobPage_.book = book_.get();
     faxJobPage_.recent = &recent_;
-    faxJobPage_.sheet = &sheet_;
-
     setupPage_.printer = printer_;
-    setupPage_.job = &record_;
-    setupPage_.book = book_.get();
-    setupPage_.sheet = &sheet_;
 }
 
 void SendSession::RunSheet()

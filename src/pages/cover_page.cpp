@@ -1,13 +1,12 @@
 #include "pages/cover_page.h"
 
 #include "base/unique.h"
-#include "dialog/dialog.h"
 #include "dialog/file_dialog.h"
 #include "record/fax_job_data.h"
-#include "res/cover_page_ids.h"
 
 #include <new>
 #include <stdexcept>
+#include <string>
 
 namespace qx {
 
@@ -15,9 +14,6 @@ namespace {
 
 constexpr std::size_t kSubjectUnits = 256;
 constexpr std::size_t kPathUnits = 260;
-
-constexpr Text kFileNotFound{5262, L"The file cannot be found."};
-constexpr Text kNotABitmap{5263, L"The file format is not supported. Please specify a bitmap (.bmp) file."};
 
 void EnableTexts(HWND dialog, bool enabled) noexcept
 {
@@ -49,41 +45,77 @@ bool CanBeRead(const std::wstring& path) noexcept
     return static_cast<bool>(file);
 }
 
+// Enables the fields as the check box says.
+void OnCoverPageToggled(CoverPage& page)
+{
+    page.checkImage = IsOn(page.dialog);
+    EnableFields(page.dialog, page.checkImage);
+}
+
+void BrowseForOverlayImage(CoverPage& page)
+{
+    wchar_t path[kPathUnits] = L"";
+    OPENFILENAMEW open{};
+    open.lStructSize = sizeof open;
+    open.hwndOwner = page.dialog;
+    open.lpstrFilter = L"Bitmap Files(*.bmp)\0*.bmp\0";
+    open.nFilterIndex = 1;
+    open.lpstrFile = path;
+    open.nMaxFile = kPathUnits;
+    open.Flags = OFN_HIDEREADONLY | OFN_PATHMUSTEXIST | OFN_FILEMUSTEXIST;
+    if (AskForFileName(GetOpenFileNameW, open))
+        SetDlgItemTextW(page.dialog, IDC_IMAGE, path);
+}
+
+constexpr Route<CoverPage> kRoutes[] = {
+    {IDC_COVER_PAGE, BN_CLICKED, OnCoverPageToggled},
+    {IDC_BROWSE, BN_CLICKED, BrowseForOverlayImage},
+};
+
 } // namespace
 
-bool LoadCoverPageFields(HWND dialog, const FaxJobData& record)
+void LoadCoverPageFields(CoverPage& page, const FaxJobData& record)
 {
+    const HWND dialog = page.dialog;
     SetFieldText(GetDlgItem(dialog, IDC_NOTES), record.CoverPageNotes);
     SetFieldText(GetDlgItem(dialog, IDC_SUBJECT), record.CoverPageSubject);
     SetFieldText(GetDlgItem(dialog, IDC_IMAGE), record.OverlayPath);
     CheckDlgButton(dialog, IDC_COVER_PAGE, record.AddCoverPage != 0 ? BST_CHECKED : BST_UNCHECKED);
-    return OnCoverPageToggled(dialog);
+    OnCoverPageToggled(page);
 }
 
-bool OnCoverPageToggled(HWND dialog)
+void LockCoverPageToOverlay(CoverPage& page)
 {
-    const bool on = IsOn(dialog);
-    EnableFields(dialog, on);
-    return on;
+    CheckDlgButton(page.dialog, IDC_COVER_PAGE, BST_CHECKED);
+    EnableControl(page.dialog, IDC_COVER_PAGE, false);
+    EnableTexts(page.dialog, true);
+    EnableImage(page.dialog, false);
+    page.checkImage = false;
 }
 
-void LockCoverPageToOverlay(HWND dialog)
+void ForbidCoverPage(CoverPage& page)
 {
-    CheckDlgButton(dialog, IDC_COVER_PAGE, BST_CHECKED);
-    EnableControl(dialog, IDC_COVER_PAGE, false);
-    EnableTexts(dialog, true);
-    EnableImage(dialog, false);
+    CheckDlgButton(page.dialog, IDC_COVER_PAGE, BST_UNCHECKED);
+    EnableControl(page.dialog, IDC_COVER_PAGE, false);
+    EnableFields(page.dialog, false);
+    page.checkImage = false;
 }
 
-void ForbidCoverPage(HWND dialog)
+std::optional<SendProblem> CheckImage(const CoverPage& page)
 {
-    CheckDlgButton(dialog, IDC_COVER_PAGE, BST_UNCHECKED);
-    EnableControl(dialog, IDC_COVER_PAGE, false);
-    EnableFields(dialog, false);
+    const std::wstring path = FieldText(GetDlgItem(page.dialog, IDC_IMAGE), kPathUnits);
+    if (!page.checkImage || path.empty())
+        return {};
+    if (!CanBeRead(path))
+        return SendProblem::ImageNotFound;
+    if (!IsNamedAsBitmap(path))
+        return SendProblem::ImageNotABitmap;
+    return {};
 }
 
-void SaveCoverPageFields(HWND dialog, FaxJobData& record)
+void SaveCoverPageFields(const CoverPage& page, FaxJobData& record)
 {
+    const HWND dialog = page.dialog;
     const HWND notes = GetDlgItem(dialog, IDC_NOTES);
     const bool on = IsOn(dialog);
     // The fields can be used exactly when the box is checked: another answer is none.
@@ -97,31 +129,9 @@ void SaveCoverPageFields(HWND dialog, FaxJobData& record)
         throw std::bad_alloc();
 }
 
-void BrowseForOverlayImage(HWND dialog)
+std::span<const Route<CoverPage>> RoutesOf(const CoverPage&) noexcept
 {
-    wchar_t path[kPathUnits] = L"";
-    OPENFILENAMEW open{};
-    open.lStructSize = sizeof open;
-    open.hwndOwner = dialog;
-    open.lpstrFilter = L"Bitmap Files(*.bmp)\0*.bmp\0";
-    open.nFilterIndex = 1;
-    open.lpstrFile = path;
-    open.nMaxFile = kPathUnits;
-    open.Flags = OFN_HIDEREADONLY | OFN_PATHMUSTEXIST | OFN_FILEMUSTEXIST;
-    if (AskForFileName(GetOpenFileNameW, open))
-        SetDlgItemTextW(dialog, IDC_IMAGE, path);
-}
-
-ImageProblem CheckImage(const std::wstring& path)
-{
-    if (!CanBeRead(path))
-        return ImageProblem::NotFound;
-    return IsNamedAsBitmap(path) ? ImageProblem::None : ImageProblem::NotABitmap;
-}
-
-Message ImageMessage(ImageProblem problem) noexcept
-{
-    return {problem == ImageProblem::NotFound ? kFileNotFound : kNotABitmap, MB_OK | MB_ICONSTOP, MessageTitle::Error};
+    return kRoutes;
 }
 
 } // namespace qx

@@ -3,20 +3,23 @@
 
 #include "dialog/controls.h"
 #include "dialog/dialog.h"
+#include "pages/cover_page.h"
 #include "pages/send_settings.h"
+#include "res/edit_defaults_ids.h"
 
 #include <qxfax/send_fax.h>
 #include <span>
 
 namespace qx {
 
-inline constexpr DialogTemplate kEditDefaultsTemplate{208, 209};
+inline constexpr DialogTemplate kEditDefaultsTemplate{IDD_EDIT_DEFAULTS, IDD_EDIT_DEFAULTS_RTL};
 
 struct EditDefaultsDialog : TextOwner {
     HANDLE printer = nullptr;       // not owned
     FaxJobData* defaults = nullptr; // the working copy, not owned; the device's flags are set in it already
     HWND dialog = nullptr;
     SendSettings settings;
+    CoverPage coverPage;
 };
 
 // Shows the dialog. IDOK: the working copy holds what the user chose and was stored; its DefaultsSaved tells that

@@ -1,13 +1,12 @@
 #include "pages/send_settings.h"
 
 #include "base/text.h"
-#include "pages/email_rule.h"
 #include "pages/preview_rule.h"
 #include "record/fax_job_data.h"
-#include "res/send_settings_ids.h"
 
 #include <algorithm>
 #include <new>
+#include <string>
 
 namespace qx {
 
@@ -15,13 +14,6 @@ namespace {
 
 constexpr std::size_t kSenderUnits = 256;
 constexpr std::size_t kEmailUnits = 257;
-
-constexpr Text kRequired{5256};
-constexpr Text kEmailAddress{5318};
-constexpr Message kUnrecognizedEmail{
-    {5264, L"The e-mail address is not in a recognized e-mail format.  Do you still want to use it?"},
-    MB_YESNO | MB_ICONEXCLAMATION,
-    MessageTitle::Warning};
 
 // A radio button and the value that it stands for.
 struct Choice {
@@ -153,6 +145,7 @@ constexpr Route<SendSettings> kRoutes[] = {
     {IDC_NOTIFY_ON_ERROR, BN_CLICKED, ChooseOccasion<2>},
     {IDC_NOTIFY_PRINT, BN_CLICKED, ChooseMethod<kMethodPrint>},
     {IDC_NOTIFY_EMAIL, BN_CLICKED, ChooseMethod<kMethodEmail>},
+    {IDC_PREVIEW, BN_CLICKED, TogglePreview},
 };
 
 } // namespace
@@ -175,26 +168,16 @@ void LoadPreview(SendSettings& settings, HANDLE printer, const FaxJobData& recor
     ShowControl(settings.dialog, IDC_PREVIEW_GROUP, false);
 }
 
-bool PreviewIsChecked(HWND dialog) noexcept
+void TogglePreview(SendSettings& settings)
 {
-    return IsDlgButtonChecked(dialog, IDC_PREVIEW) == BST_CHECKED;
+    settings.showPreview = IsDlgButtonChecked(settings.dialog, IDC_PREVIEW) == BST_CHECKED ? 1 : 0;
 }
 
-bool ConfirmEmailAddress(const TextOwner& texts, HWND dialog, const FaxJobData& record)
+std::optional<SendProblem> CheckEmail(const SendSettings& settings, const FaxJobData& record)
 {
-    if (record.EmailServiceOperational == 0 || IsDlgButtonChecked(dialog, IDC_NOTIFY_EMAIL) != BST_CHECKED)
-        return true;
-    switch (CheckEmailAddress(Field(dialog, IDC_EMAIL, kEmailUnits))) {
-    case EmailProblem::None:
-        return true;
-    case EmailProblem::Unrecognized:
-        return ShowFaxMessage(texts, kUnrecognizedEmail, dialog) == IDYES;
-    case EmailProblem::Missing:
-        break;
-    }
-    ShowPreparedMessage(texts, LocalizedText(texts, kRequired) + L"\n" + LocalizedText(texts, kEmailAddress),
-                        MB_OK | MB_ICONSTOP, MessageTitle::Error, dialog);
-    return false;
+    if (record.EmailServiceOperational == 0 || IsDlgButtonChecked(settings.dialog, IDC_NOTIFY_EMAIL) != BST_CHECKED)
+        return {};
+    return CheckEmailAddress(Field(settings.dialog, IDC_EMAIL, kEmailUnits));
 }
 
 void SaveSendSettings(const SendSettings& settings, FaxJobData& record)

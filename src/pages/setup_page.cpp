@@ -1,56 +1,31 @@
 #include "pages/setup_page.h"
 
+#include "pages/send_problems.h"
 #include "phonebook/book/phone_book.h"
 #include "phonebook/ui/edit_phone_book_dialog.h"
-#include "res/setup_page_ids.h"
 #include "settings/device_state.h"
 #include "settings/fax_defaults.h"
 #include "settings/registry.h"
 
 #include <new>
-#include <stdexcept>
 
 namespace qx {
 
 namespace {
 
-constexpr Control kControls[] = {
-    {.id = IDC_EDIT_DEFAULTS, .text = 5226, .fallback = L"-Edit Defaults...", .topic = 15599},
-    {.id = IDC_EDIT_PHONE_BOOK, .text = 6067, .fallback = L"-Edit PhoneBook...", .topic = 15703},
-    {.id = IDC_SENDER_GROUP, .text = 5227, .fallback = L"-Sender Information"},
-    {.id = IDC_SENDER_NAME_LABEL, .text = 5228, .fallback = L"-Sender Name:", .topic = 15600},
-    {.id = IDC_SENDER_NAME, .limit = kNameLimit, .topic = 15600},
-    {.id = IDC_SENDER_FAX_LABEL, .text = 5209, .fallback = L"-Fax Number:", .topic = 15627},
-    {.id = IDC_SENDER_FAX, .limit = kNameLimit, .topic = 15627, .leftToRight = true, .noInputMethod = true},
-    {.id = IDC_SENDER_COMPANY_LABEL, .text = 5210, .fallback = L"-Company Name:", .topic = 15626},
-    {.id = IDC_SENDER_COMPANY, .limit = kNameLimit, .topic = 15626},
-    {.id = IDC_SENDER_VOICE_LABEL, .text = 5229, .fallback = L"-Voice Phone Number:", .topic = 15601},
-    {.id = IDC_SENDER_VOICE, .limit = kNameLimit, .topic = 15601, .leftToRight = true, .noInputMethod = true},
-    {.id = IDC_QUALITY_GROUP, .text = 5230, .fallback = L"-Fax Quality"},
-    {.id = IDC_RESOLUTION_LABEL, .text = 5231, .fallback = L"-Resolution:"},
-    {.id = IDC_STANDARD, .text = 5311, .fallback = L"-Standard", .topic = 15620},
-    {.id = IDC_FINE, .text = 5232, .fallback = L"-Fine", .topic = 15603},
-    {.id = IDC_SUPERFINE, .text = 5233, .fallback = L"-Superfine", .topic = 15604},
-    {.id = IDC_NOTIFICATION_GROUP, .text = 5234, .fallback = L"-Notification"},
-    {.id = IDC_NOTIFY_LABEL, .text = 5235, .fallback = L"-Notification:"},
-    {.id = IDC_NOTIFY_NEVER, .text = 5312, .fallback = L"-None", .topic = 15628},
-    {.id = IDC_NOTIFY_THIS_JOB, .text = 5236, .fallback = L"-This Job", .topic = 15605},
-    {.id = IDC_NOTIFY_ON_ERROR, .text = 5237, .fallback = L"-On Error", .topic = 15606},
-    {.id = IDC_NOTIFY_TYPE_LABEL, .text = 5238, .fallback = L"-Type:"},
-    {.id = IDC_NOTIFY_PRINT, .text = 5239, .fallback = L"-Print", .topic = 15607},
-    {.id = IDC_NOTIFY_EMAIL, .text = 5240, .fallback = L"-E-mail", .topic = 15608},
-    {.id = IDC_EMAIL_LABEL, .text = 5241, .fallback = L"-E-mail Address:", .topic = 15609},
-    {.id = IDC_EMAIL, .limit = kEmailLimit, .topic = 15609, .leftToRight = true, .noInputMethod = true},
-    {.id = IDC_PREVIEW_GROUP, .text = 4304, .fallback = L"-Preview"},
-    {.id = IDC_PREVIEW, .text = 5242, .fallback = L"-Show Preview Before Sending Fax", .topic = 15610},
-};
+constexpr auto kControls =
+    Joined(std::to_array<Control>({
+               {.id = IDC_EDIT_DEFAULTS, .text = 5226, .fallback = L"-Edit Defaults...", .topic = 15599},
+               {.id = IDC_EDIT_PHONE_BOOK, .text = 6067, .fallback = L"-Edit PhoneBook...", .topic = 15703},
+           }),
+           SendSettingsControls(BuiltInTexts::Dashed, {5311, L"-Standard"}, {5312, L"-None"}));
 static_assert(IdsAreUnique(kControls));
 
 // ---- start-up ----
 
 void FitSendButtonToText(SetupPage& page)
 {
-    page.settings.showPreview = PreviewIsChecked(page.dialog) ? 1 : 0;
+    TogglePreview(page.settings);
     // A page may be created before the sheet has laid out its buttons: then the sheet asks again when it is shown.
     if (IsWindowVisible(GetParent(page.dialog)))
         FitSendButtonOfSheet(page);
@@ -75,15 +50,6 @@ void LoadWorkingDefaults(SetupPage& page)
     CopyText(page.defaultsDialog.HelpFilePath, page.HelpFilePath);
     page.defaultsDialog.printer = page.printer;
     page.defaultsDialog.defaults = &defaults;
-}
-
-void HookSheet(SetupPage& page)
-{
-    if (!page.sheet->PageCreated(GetParent(page.dialog)))
-        throw std::runtime_error("the sheet cannot be hooked");
-    // Hooking the sheet gives the Send button its first caption.
-    if (page.settings.previewOffered)
-        FitSendButtonToText(page);
 }
 
 // ---- commands ----
@@ -123,45 +89,28 @@ void EditPhoneBook(SetupPage& page)
 
 // ---- the sheet's questions ----
 
-INT_PTR Apply(SetupPage& page)
+bool ValidateSetupPage(SetupPage& page)
 {
-    page.sheet->Round().Ask(SendRound::kSetup);
-    page.draft.reset();
-    if (!ValidateSetupPage(page)) {
-        FocusAfterRefusal(page.errorField);
-        return Answer(page.dialog, PSNRET_INVALID);
-    }
-    PrepareSetupPage(page);
-    if (page.sheet->Round().Accept(SendRound::kSetup))
-        page.sheet->SendJob();
-    return Answer(page.dialog, PSNRET_NOERROR);
+    const int field = ReportProblem(page, page.dialog, CheckEmail(page.settings, *page.job));
+    if (field != 0)
+        page.errorField = field;
+    return field == 0;
 }
 
-INT_PTR Reset(SetupPage& page) noexcept
+bool PrepareSetupPage(SetupPage& page)
 {
-    page.job->Cancelled = 1;
-    return Answer(page.dialog, 0);
+    FaxJobData& draft = page.draft.emplace().Get();
+    SaveSendSettings(page.settings, draft);
+    if (draft.NotifyOn == 0)
+        draft.NotifyMethod = 0;
+    return true;
 }
 
-// Null lets the sheet choose.
-INT_PTR InitialFocus(const SetupPage& page) noexcept
-{
-    return AnswerWithField(page.dialog, page.errorField);
-}
-
-INT_PTR AnswerSheet(SetupPage& page, UINT code)
-{
-    switch (code) {
-    case PSN_APPLY:
-        return Apply(page);
-    case PSN_RESET:
-        return Reset(page);
-    case PSN_QUERYINITIALFOCUS:
-        return InitialFocus(page);
-    default:
-        return FALSE;
-    }
-}
+constexpr PageDuties<SetupPage> kDuties{.place = SendRound::kSetup,
+                                        .activate = [](SetupPage&) {},
+                                        .validate = ValidateSetupPage,
+                                        .prepare = PrepareSetupPage,
+                                        .errorField = [](const SetupPage& page) { return page.errorField; }};
 
 // ---- routes ----
 
@@ -182,6 +131,9 @@ void Initialize(SetupPage& page)
     LoadWorkingDefaults(page);
     LoadSetupPage(page);
     HookSheet(page);
+    // Hooking the sheet gives the Send button its first caption.
+    if (page.settings.previewOffered)
+        FitSendButtonToText(page);
 }
 
 std::span<const Route<SetupPage>> RoutesOf(const SetupPage&) noexcept
@@ -195,15 +147,10 @@ INT_PTR HandleOther(SetupPage& page, UINT message, WPARAM w, LPARAM l)
     case WM_COMMAND:
         return RunRoute(page.settings, LOWORD(w), HIWORD(w));
     case WM_NOTIFY:
-        return AnswerSheet(page, reinterpret_cast<const NMHDR*>(l)->code);
+        return AnswerSheet(page, kDuties, reinterpret_cast<const NMHDR*>(l)->code);
     default:
         return AnswerHelp(page, page.dialog, message, w, l, kControls);
     }
-}
-
-void CouldNotBeFilled(SetupPage& page) noexcept
-{
-    EndSheetAsCancelled(page.dialog, *page.job);
 }
 
 // ---- interface ----
@@ -226,23 +173,7 @@ std::span<const Control> SetupPageControls() noexcept
 void FitSendButtonOfSheet(SetupPage& page)
 {
     if (page.dialog != nullptr && page.settings.previewOffered)
-        FitSendButton(page, GetParent(page.dialog), PreviewIsChecked(page.dialog), page.sendButtonGrowth);
-}
-
-bool ValidateSetupPage(SetupPage& page)
-{
-    if (ConfirmEmailAddress(page, page.dialog, *page.job))
-        return true;
-    page.errorField = GetDlgItem(page.dialog, IDC_EMAIL);
-    return false;
-}
-
-void PrepareSetupPage(SetupPage& page)
-{
-    FaxJobData& draft = page.draft.emplace().Get();
-    SaveSendSettings(page.settings, draft);
-    if (draft.NotifyOn == 0)
-        draft.NotifyMethod = 0;
+        FitSendButton(page, GetParent(page.dialog), page.settings.showPreview != 0, page.sendButtonGrowth);
 }
 
 void SaveSetupPage(SetupPage& page) noexcept

@@ -9,34 +9,25 @@
 #include "pages/send_settings.h"
 #include "pages/sheet_page.h"
 #include "record/fax_job_data.h"
+#include "res/setup_page_ids.h"
 
-#include <optional>
 #include <span>
 
 namespace qx {
 
-class PhoneBook;
+inline constexpr DialogTemplate kSetupPageTemplate{IDD_SETUP_PAGE, IDD_SETUP_PAGE_RTL};
 
-inline constexpr DialogTemplate kSetupPageTemplate{202, 205};
-
-struct SetupPage : TextOwner {
+struct SetupPage : SheetPage {
     SetupPage() = default;
     ~SetupPage(); // closes the keys of the working copy
     SetupPage(const SetupPage&) = delete;
     SetupPage& operator=(const SetupPage&) = delete;
 
-    // Set before the page is created. None is owned.
-    HANDLE printer = nullptr;
-    FaxJobData* job = nullptr;
-    PhoneBook* book = nullptr;
-    PageHost* sheet = nullptr;
+    HANDLE printer = nullptr; // set before the page is created; not owned
 
-    HWND dialog = nullptr; // null until the page is created
     SendSettings settings;
-    HWND errorField = nullptr; // the field that failed the last check; never cleared once set
     SendButtonGrowth sendButtonGrowth;
-    std::optional<OwnedFaxJobData> draft; // what a Send that the page has accepted writes to the job
-    OwnedFaxJobData defaults;             // the working copy of the user's defaults, with the device's state
+    OwnedFaxJobData defaults; // the working copy of the user's defaults, with the device's state
     EditDefaultsDialog defaultsDialog;
 };
 
@@ -48,11 +39,7 @@ std::span<const Control> SetupPageControls() noexcept;
 // and where no preview is offered.
 void FitSendButtonOfSheet(SetupPage& page);
 
-// Shows the message of what is wrong, if anything. True: the page may be saved.
-[[nodiscard]] bool ValidateSetupPage(SetupPage& page);
-// Reads the page for SaveSetupPage. Throws when that cannot be done whole.
-void PrepareSetupPage(SetupPage& page);
-// Writes what was prepared to the job.
+// Writes what the page has prepared to the job.
 void SaveSetupPage(SetupPage& page) noexcept;
 
 } // namespace qx

@@ -74,12 +74,12 @@ void FaxJobPageStand::Show(Sheet sheet)
     EnableWindow(dialog, TRUE);
     ShowWindow(dialog, SW_SHOW);
     Notify(static_cast<UINT>(PSN_SETACTIVE));
-    SetFocus(page_.nameBox.edit);
+    SetFocus(page_.fields.nameBox.edit);
 }
 
 void FaxJobPageStand::SetText(int id, const std::wstring& text)
 {
-    const HWND edit = id == IDC_NAME_BOX ? page_.nameBox.edit : Control(id);
+    const HWND edit = id == IDC_NAME_BOX ? page_.fields.nameBox.edit : Control(id);
     SendMessageW(edit, EM_SETSEL, 0, -1);
     SendMessageW(edit, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(text.c_str()));
 }
@@ -87,33 +87,33 @@ void FaxJobPageStand::SetText(int id, const std::wstring& text)
 void FaxJobPageStand::TypeName(const std::wstring& text)
 {
     for (const wchar_t character : text)
-        SendMessageW(page_.nameBox.edit, WM_CHAR, character, 1);
+        SendMessageW(page_.fields.nameBox.edit, WM_CHAR, character, 1);
 }
 
 void FaxJobPageStand::PressNameKey(WPARAM key)
 {
-    SendMessageW(page_.nameBox.edit, WM_KEYDOWN, key, 1);
+    SendMessageW(page_.fields.nameBox.edit, WM_KEYDOWN, key, 1);
     if (key == VK_BACK || key == VK_RETURN || key == VK_ESCAPE)
-        SendMessageW(page_.nameBox.edit, WM_CHAR, key, 1); // as the message loop translates it
-    SendMessageW(page_.nameBox.edit, WM_KEYUP, key, 1);
+        SendMessageW(page_.fields.nameBox.edit, WM_CHAR, key, 1); // as the message loop translates it
+    SendMessageW(page_.fields.nameBox.edit, WM_KEYUP, key, 1);
 }
 
 void FaxJobPageStand::PressAltNameKey(WPARAM key)
 {
     constexpr LPARAM kAltHeld = 1 | (1 << 29);
-    SendMessageW(page_.nameBox.edit, WM_SYSKEYDOWN, key, kAltHeld);
-    SendMessageW(page_.nameBox.edit, WM_SYSKEYUP, key, kAltHeld);
+    SendMessageW(page_.fields.nameBox.edit, WM_SYSKEYDOWN, key, kAltHeld);
+    SendMessageW(page_.fields.nameBox.edit, WM_SYSKEYUP, key, kAltHeld);
 }
 
 void FaxJobPageStand::Compose(const std::wstring& text)
 {
-    SendMessageW(page_.nameBox.edit, WM_IME_STARTCOMPOSITION, 0, 0);
+    SendMessageW(page_.fields.nameBox.edit, WM_IME_STARTCOMPOSITION, 0, 0);
     TypeName(text);
 }
 
 void FaxJobPageStand::EndComposition()
 {
-    SendMessageW(page_.nameBox.edit, WM_IME_ENDCOMPOSITION, 0, 0);
+    SendMessageW(page_.fields.nameBox.edit, WM_IME_ENDCOMPOSITION, 0, 0);
 }
 
 void FaxJobPageStand::Press(int id)
@@ -124,9 +124,9 @@ void FaxJobPageStand::Press(int id)
 
 void FaxJobPageStand::PickName(int row)
 {
-    SendMessageW(page_.nameBox.list, LB_SETCURSEL, static_cast<WPARAM>(row), 0);
+    SendMessageW(page_.fields.nameBox.list, LB_SETCURSEL, static_cast<WPARAM>(row), 0);
     SendMessageW(page_.dialog, WM_COMMAND, MAKEWPARAM(IDC_NAME_BOX, CBN_SELCHANGE),
-                 reinterpret_cast<LPARAM>(page_.nameBox.combo));
+                 reinterpret_cast<LPARAM>(page_.fields.nameBox.combo));
 }
 
 void FaxJobPageStand::DropNames(bool open)
@@ -135,10 +135,10 @@ void FaxJobPageStand::DropNames(bool open)
         return;
     COMBOBOXINFO info{};
     info.cbSize = sizeof info;
-    GetComboBoxInfo(page_.nameBox.combo, &info);
+    GetComboBoxInfo(page_.fields.nameBox.combo, &info);
     const LPARAM arrow = MAKELPARAM(info.rcButton.left + 2, info.rcButton.top + 2);
-    SendMessageW(page_.nameBox.combo, WM_LBUTTONDOWN, MK_LBUTTON, arrow);
-    SendMessageW(page_.nameBox.combo, WM_LBUTTONUP, 0, arrow);
+    SendMessageW(page_.fields.nameBox.combo, WM_LBUTTONDOWN, MK_LBUTTON, arrow);
+    SendMessageW(page_.fields.nameBox.combo, WM_LBUTTONUP, 0, arrow);
 }
 
 void FaxJobPageStand::SelectRows(const std::vector<int>& rows)
@@ -174,8 +174,8 @@ bool FaxJobPageStand::Send()
 
 void FaxJobPageStand::SendJob() noexcept
 {
-    SaveFaxJobPage(page_);
-    RememberTypedRecipient(page_);
+    if (const PhoneBookEntry* const typed = SaveFaxJobPage(page_))
+        RememberRecent(page_, *typed);
 }
 
 std::wstring FaxJobPageStand::Text(int id) const
@@ -217,9 +217,9 @@ std::vector<Row> FaxJobPageStand::Recipients()
 std::vector<std::wstring> FaxJobPageStand::Names() const
 {
     std::vector<std::wstring> names;
-    for (LRESULT row = 0; row < SendMessageW(page_.nameBox.list, LB_GETCOUNT, 0, 0); ++row) {
+    for (LRESULT row = 0; row < SendMessageW(page_.fields.nameBox.list, LB_GETCOUNT, 0, 0); ++row) {
         wchar_t text[300] = L"";
-        SendMessageW(page_.nameBox.list, LB_GETTEXT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(text));
+        SendMessageW(page_.fields.nameBox.list, LB_GETTEXT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(text));
         names.push_back(text);
     }
     return names;
@@ -228,7 +228,7 @@ std::vector<std::wstring> FaxJobPageStand::Names() const
 std::wstring FaxJobPageStand::SelectedTail() const
 {
     DWORD from = 0, to = 0;
-    SendMessageW(page_.nameBox.edit, EM_GETSEL, reinterpret_cast<WPARAM>(&from), reinterpret_cast<LPARAM>(&to));
+    SendMessageW(page_.fields.nameBox.edit, EM_GETSEL, reinterpret_cast<WPARAM>(&from), reinterpret_cast<LPARAM>(&to));
     return Text(IDC_NAME_BOX).substr(from, to - from);
 }
 

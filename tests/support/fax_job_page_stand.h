@@ -68,7 +68,7 @@ public:
     std::vector<Row> Rows() const;
     std::vector<Row> Recipients();           // of the record
     std::vector<std::wstring> Names() const; // rows of the name box
-    bool NamesShown() const { return IsWindowVisible(page_.nameBox.list) != FALSE; }
+    bool NamesShown() const { return IsWindowVisible(page_.fields.nameBox.list) != FALSE; }
     std::wstring SelectedTail() const; // the selected characters of the name
     MessageBoxes& Boxes() { return boxes_; }
 

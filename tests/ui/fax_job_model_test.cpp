@@ -135,7 +135,7 @@ public:
         const std::wstring name = stand_.Text(IDC_NAME_BOX);
         ASSERT_TRUE(!stand_.IsVisible(IDC_GROUP_TEXT) || model_.HasGroup(name)) << host::Utf8(name);
         ASSERT_EQ(stand_.IsEnabled(IDC_TO), stand_.Text(ShownNumber()) != L"");
-        if (GetFocus() != stand_.Page().nameBox.edit)
+        if (GetFocus() != stand_.Page().fields.nameBox.edit)
             CheckPair(Fields());
         if (!std::exchange(changed_, false))
             return;
@@ -147,7 +147,7 @@ public:
 private:
     void ActInNameBox()
     {
-        SetFocus(stand_.Page().nameBox.edit);
+        SetFocus(stand_.Page().fields.nameBox.edit);
         switch (Pick(20)) {
         case 0:
         case 1:
@@ -245,7 +245,7 @@ private:
     }
     void SelectSomeOfTheName()
     {
-        SendMessageW(stand_.Page().nameBox.edit, EM_SETSEL, static_cast<WPARAM>(Pick(4)), Pick(8));
+        SendMessageW(stand_.Page().fields.nameBox.edit, EM_SETSEL, static_cast<WPARAM>(Pick(4)), Pick(8));
     }
     void Leave() { SetFocus(stand_.Control(Pick(2) ? IDC_COMPANY : IDC_RECIPIENTS)); }
     void PressListKey()
@@ -262,7 +262,7 @@ private:
     }
     void TurnWheel()
     {
-        const HWND window = Pick(2) ? stand_.Page().nameBox.edit : stand_.Page().nameBox.combo;
+        const HWND window = Pick(2) ? stand_.Page().fields.nameBox.edit : stand_.Page().fields.nameBox.combo;
         SendMessageW(window, WM_MOUSEWHEEL, MAKEWPARAM(0, Pick(2) ? WHEEL_DELTA : -WHEEL_DELTA), 0);
     }
     void Compose()
@@ -361,7 +361,7 @@ private:
             names.push_back(item.entry.name);
         return names;
     }
-    HWND List() { return stand_.Page().nameBox.list; }
+    HWND List() { return stand_.Page().fields.nameBox.list; }
 
     StringLibrary library_;
     FaxJobPageStand stand_;

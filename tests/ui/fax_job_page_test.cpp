@@ -50,7 +50,7 @@ TEST_F(FaxJobPageTest, ItsFieldsTakeNoMoreCharactersThanTheirLimits)
 {
     stand.Show();
     const auto limit = [](HWND edit) { return SendMessageW(edit, EM_GETLIMITTEXT, 0, 0); };
-    EXPECT_EQ(limit(stand.Page().nameBox.edit), 50);
+    EXPECT_EQ(limit(stand.Page().fields.nameBox.edit), 50);
     EXPECT_EQ(limit(stand.Control(IDC_FAX_NUMBER)), 50);
     EXPECT_EQ(limit(stand.Control(IDC_COMPANY)), 50);
     EXPECT_EQ(limit(stand.Control(IDC_NOTES)), 500);
@@ -256,7 +256,7 @@ TEST_F(FaxJobPageTest, AGroupThatDropsOutOfTheRecentListLeavesTheFields)
     for (const auto& group : groups)
         stand.Page().recent->AddRecent(group.get(), &stand.Book());
     stand.Notify(static_cast<UINT>(PSN_SETACTIVE));
-    EXPECT_EQ(stand.Page().group, nullptr);
+    EXPECT_EQ(stand.Page().fields.group, nullptr);
     EXPECT_FALSE(stand.IsVisible(IDC_GROUP_TEXT));
     EXPECT_TRUE(stand.IsVisible(IDC_FAX_NUMBER));
     EXPECT_EQ(GetFocus(), stand.Control(IDC_FAX_NUMBER)); // where the group's text had it
@@ -272,8 +272,8 @@ TEST_F(FaxJobPageTest, AGroupThatStaysInTheRecentListStaysInTheFields)
     stand.PickName(0);
     stand.AddRecentGroup(L"Others", 2);
     stand.Notify(static_cast<UINT>(PSN_SETACTIVE));
-    ASSERT_NE(stand.Page().group, nullptr);
-    EXPECT_STREQ(stand.Page().group->GetName(), L"Team");
+    ASSERT_NE(stand.Page().fields.group, nullptr);
+    EXPECT_STREQ(stand.Page().fields.group->GetName(), L"Team");
     EXPECT_TRUE(stand.IsVisible(IDC_GROUP_TEXT));
 }
 
@@ -323,10 +323,10 @@ TEST_F(CoverPageTest, FieldsAndImageCheckFollowTheCheckBox)
     ExpectFields(false);
     stand.Press(IDC_COVER_PAGE);
     ExpectFields(true);
-    EXPECT_TRUE(stand.Page().checkImage);
+    EXPECT_TRUE(stand.Page().coverPage.checkImage);
     stand.Press(IDC_COVER_PAGE);
     ExpectFields(false);
-    EXPECT_FALSE(stand.Page().checkImage);
+    EXPECT_FALSE(stand.Page().coverPage.checkImage);
 }
 
 TEST_F(CoverPageTest, DefaultsThatWereJustSavedAreShownAtTheNextActivation)
@@ -367,7 +367,7 @@ TEST_F(CoverPageTest, AReloadKeepsTheOverlayLock)
     EXPECT_TRUE(Checked());
     EXPECT_FALSE(stand.IsEnabled(IDC_COVER_PAGE));
     EXPECT_FALSE(stand.IsEnabled(IDC_IMAGE));
-    EXPECT_FALSE(stand.Page().checkImage);
+    EXPECT_FALSE(stand.Page().coverPage.checkImage);
 }
 
 TEST_F(CoverPageTest, SettingsThatTheDefaultsReplacedAreNotOverwrittenBySend)
@@ -486,7 +486,7 @@ TEST_F(FaxJobPageTest, NumbersAreTypedWithoutAnInputMethod)
         EXPECT_FALSE(TakesInputMethod(stand.Control(id))) << id;
     for (const int id : {IDC_COMPANY, IDC_NOTES, IDC_SUBJECT, IDC_IMAGE})
         EXPECT_TRUE(TakesInputMethod(stand.Control(id))) << id;
-    EXPECT_TRUE(TakesInputMethod(stand.Page().nameBox.edit));
+    EXPECT_TRUE(TakesInputMethod(stand.Page().fields.nameBox.edit));
 }
 
 TEST_F(FaxJobPageTest, ASendThatTheOtherPageRefusesLeavesTheJobAsItWas)
@@ -566,7 +566,7 @@ TEST_F(CoverPageTest, IsThereUnlessThePageRunsInThePrintHost)
     EXPECT_EQ(stand.IsEnabled(IDC_SUBJECT), !inPrintHost);
     EXPECT_FALSE(stand.IsEnabled(IDC_COVER_PAGE));
     EXPECT_FALSE(stand.IsEnabled(IDC_IMAGE));
-    EXPECT_FALSE(stand.Page().checkImage);
+    EXPECT_FALSE(stand.Page().coverPage.checkImage);
     EXPECT_TRUE(inPrintHost || std::getenv("QX_PRINT_HOST") == nullptr);
 }
 

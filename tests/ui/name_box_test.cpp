@@ -22,9 +22,9 @@ protected:
         stand.Show();
     }
 
-    HWND Edit() { return stand.Page().nameBox.edit; }
-    HWND List() { return stand.Page().nameBox.list; }
-    HWND Combo() { return stand.Page().nameBox.combo; }
+    HWND Edit() { return stand.Page().fields.nameBox.edit; }
+    HWND List() { return stand.Page().fields.nameBox.list; }
+    HWND Combo() { return stand.Page().fields.nameBox.combo; }
     std::wstring Name() { return stand.Text(IDC_NAME_BOX); }
     std::wstring Fax() { return stand.Text(IDC_FAX_NUMBER); }
     int SelectedRow() { return static_cast<int>(SendMessageW(List(), LB_GETCURSEL, 0, 0)); }
@@ -102,12 +102,12 @@ TEST_F(NameBox, ADeletionInACompletedNameThatIsNoLongerSelectedDoesNotCompleteAg
             s.PressNameKey(VK_DELETE);
         },
         [](FaxJobPageStand& s) {
-            SendMessageW(s.Page().nameBox.edit, EM_SETSEL, 3, 4);
-            SendMessageW(s.Page().nameBox.edit, WM_CUT, 0, 0);
+            SendMessageW(s.Page().fields.nameBox.edit, EM_SETSEL, 3, 4);
+            SendMessageW(s.Page().fields.nameBox.edit, WM_CUT, 0, 0);
         },
         [](FaxJobPageStand& s) {
-            SendMessageW(s.Page().nameBox.edit, EM_SETSEL, 3, 4);
-            SendMessageW(s.Page().nameBox.edit, WM_CLEAR, 0, 0);
+            SendMessageW(s.Page().fields.nameBox.edit, EM_SETSEL, 3, 4);
+            SendMessageW(s.Page().fields.nameBox.edit, WM_CLEAR, 0, 0);
         },
     };
     ShowWith({L"Anna"});
@@ -493,12 +493,12 @@ TEST_F(NameBox, NoKeyAndNoWheelPutsAnotherNameBesideANumber)
         [](FaxJobPageStand& s) { s.PressNameKey(VK_DOWN); },
         [](FaxJobPageStand& s) { s.PressNameKey(VK_UP); },
         [](FaxJobPageStand& s) {
-            SendMessageW(s.Page().nameBox.edit, WM_MOUSEWHEEL, MAKEWPARAM(0, -WHEEL_DELTA), 0);
+            SendMessageW(s.Page().fields.nameBox.edit, WM_MOUSEWHEEL, MAKEWPARAM(0, -WHEEL_DELTA), 0);
         },
         [](FaxJobPageStand& s) {
-            SendMessageW(s.Page().nameBox.combo, WM_MOUSEWHEEL, MAKEWPARAM(0, -WHEEL_DELTA), 0);
+            SendMessageW(s.Page().fields.nameBox.combo, WM_MOUSEWHEEL, MAKEWPARAM(0, -WHEEL_DELTA), 0);
         },
-        [](FaxJobPageStand& s) { SendMessageW(s.Page().nameBox.combo, WM_KEYDOWN, VK_DOWN, 1); },
+        [](FaxJobPageStand& s) { SendMessageW(s.Page().fields.nameBox.combo, WM_KEYDOWN, VK_DOWN, 1); },
     };
     stand.UseWindowsComboBox();
     ShowWith({L"Bob", L"Anna"});
@@ -900,7 +900,7 @@ TEST_F(NameBox, AListThatOpensUnderARestingPointerIsNotHoveredOver)
     stand.TypeName(L"an");
     POINT point{static_cast<short>(LOWORD(PointOfRow(1))), static_cast<short>(HIWORD(PointOfRow(1)))};
     ClientToScreen(List(), &point);
-    stand.Page().nameBox.pointerWhenShown = point;
+    stand.Page().fields.nameBox.pointerWhenShown = point;
     Hover(1);
     EXPECT_EQ(SelectedRow(), 0);
 }
@@ -911,7 +911,7 @@ TEST_F(NameBox, ARowThatWasOnlyHoveredOverDoesNotStandForTheName)
     stand.TypeName(L"an");
     Hover(1);
     SetFocus(stand.Control(IDC_COMPANY));
-    EXPECT_EQ(static_cast<const PhoneBookItem*>(GetChosenItemData(stand.Page().nameBox))->GetName(),
+    EXPECT_EQ(static_cast<const PhoneBookItem*>(GetChosenItemData(stand.Page().fields.nameBox))->GetName(),
               std::wstring(L"Anna"));
     EXPECT_EQ(SelectedRow(), 0);
 }

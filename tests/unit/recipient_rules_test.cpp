@@ -5,16 +5,21 @@
 namespace qx {
 namespace {
 
-using Problems = std::vector<SendProblem>;
-
-TEST(RecipientButtons, FollowTheThreeFields)
+TEST(RecipientButtons, FollowTheFieldsAndTheSelection)
 {
     EXPECT_EQ(ButtonsFor({}), RecipientButtons{});
     EXPECT_EQ(ButtonsFor({.name = true}), RecipientButtons{.clear = true});
-    EXPECT_EQ(ButtonsFor({.faxNumber = true}), RecipientButtons{.clear = true});
+    EXPECT_EQ(ButtonsFor({.faxNumber = true}), (RecipientButtons{.to = true, .clear = true}));
     EXPECT_EQ(ButtonsFor({.company = true}), RecipientButtons{.clear = true});
     EXPECT_EQ(ButtonsFor({.name = true, .company = true}), RecipientButtons{.clear = true});
-    EXPECT_EQ(ButtonsFor({.name = true, .faxNumber = true}), (RecipientButtons{.clear = true, .addToPhoneBook = true}));
+    EXPECT_EQ(ButtonsFor({.name = true, .faxNumber = true}),
+              (RecipientButtons{.to = true, .clear = true, .addToPhoneBook = true}));
+    EXPECT_EQ(ButtonsFor({.selected = true}), RecipientButtons{.remove = true});
+}
+
+TEST(RecipientButtons, AGroupIsTakenButNotPutIntoThePhoneBook)
+{
+    EXPECT_EQ(ButtonsFor({.name = true, .group = true}), (RecipientButtons{.to = true, .clear = true}));
 }
 
 TEST(RecipientLimit, TheHundredthFitsAndTheNextOneDoesNot)
@@ -30,61 +35,6 @@ TEST(RecipientLimit, AGroupFitsWholeOrNotAtAll)
     EXPECT_FALSE(GroupFits(96, 5));
     EXPECT_TRUE(GroupFits(100, 0));
     EXPECT_FALSE(GroupFits(0, 101));
-}
-
-TEST(SendCheck, NothingTypedAndNothingListedIsNoRecipient)
-{
-    EXPECT_EQ(CheckSend({}), Problems{SendProblem::NoRecipient});
-    EXPECT_EQ(CheckSend({.typed = true}), Problems{});
-    EXPECT_EQ(CheckSend({.rows = 1}), Problems{});
-}
-
-TEST(SendCheck, ATypedNumberCountsAsOneMoreRecipient)
-{
-    EXPECT_EQ(CheckSend({.rows = 99, .typed = true}), Problems{});
-    EXPECT_EQ(CheckSend({.rows = 100}), Problems{});
-    EXPECT_EQ(CheckSend({.rows = 100, .typed = true}), Problems{SendProblem::TooManyRecipients});
-    EXPECT_EQ(CheckSend({.rows = 101}), Problems{SendProblem::TooManyRecipients});
-}
-
-TEST(SendCheck, TheBillingCodeCountsOnlyWhereTheDeviceAsksForOne)
-{
-    EXPECT_EQ(CheckSend({.rows = 1, .billingCodeLength = 0, .billingCodeMinLength = 4}), Problems{});
-    EXPECT_EQ(CheckSend({.rows = 1, .billingCodeWanted = true}), Problems{SendProblem::BillingCodeMissing});
-    EXPECT_EQ(CheckSend({.rows = 1, .billingCodeWanted = true, .billingCodeLength = 3, .billingCodeMinLength = 4}),
-              Problems{SendProblem::BillingCodeTooShort});
-    EXPECT_EQ(CheckSend({.rows = 1, .billingCodeWanted = true, .billingCodeLength = 4, .billingCodeMinLength = 4}),
-              Problems{});
-    EXPECT_EQ(CheckSend({.rows = 1, .billingCodeWanted = true, .billingCodeLength = 1}), Problems{});
-}
-
-TEST(SendCheck, AllProblemsOfOneSendComeInOrder)
-{
-    EXPECT_EQ(CheckSend({.billingCodeWanted = true, .image = ImageProblem::NotFound}),
-              (Problems{SendProblem::NoRecipient, SendProblem::BillingCodeMissing, SendProblem::ImageNotFound}));
-    EXPECT_EQ(CheckSend({.rows = 1, .image = ImageProblem::NotABitmap}), Problems{SendProblem::ImageNotABitmap});
-}
-
-TEST(ImageRule, TheExtensionIsComparedInLowerCase)
-{
-    EXPECT_TRUE(IsNamedAsBitmap(L"C:\\Pics\\Logo.BMP"));
-    EXPECT_TRUE(IsNamedAsBitmap(L".bMp"));
-}
-
-TEST(ImageRule, OnlyTheLastExtensionCounts)
-{
-    EXPECT_FALSE(IsNamedAsBitmap(L"logo.bmp.txt"));
-    EXPECT_TRUE(IsNamedAsBitmap(L"logo.txt.bmp"));
-    EXPECT_FALSE(IsNamedAsBitmap(L"logo.bmp2"));
-    EXPECT_FALSE(IsNamedAsBitmap(L"logo.bm"));
-}
-
-TEST(ImageRule, APathWithoutADotIsNoBitmap)
-{
-    EXPECT_FALSE(IsNamedAsBitmap(L"logo"));
-    EXPECT_FALSE(IsNamedAsBitmap(L"C:\\logo\\bmp"));
-    EXPECT_FALSE(IsNamedAsBitmap(L"C:\\pics.bmp\\logo")); // the last dot is that of a folder
-    EXPECT_FALSE(IsNamedAsBitmap(L""));
 }
 
 } // namespace

@@ -1,0 +1,272 @@
+#include "pages/recipient_fields.h"
+
+#include "base/text_template.h"
+#include "phonebook/recent/recent_list.h"
+#include "res/fax_job_page_ids.h"
+
+#include <stdexcept>
+#include <utility>
+#include <vector>
+
+namespace qx {
+
+namespace {
+
+constexpr Text kOneMember{6108}; // also for none
+constexpr Text kSomeMembers{6109};
+
+constexpr std::size_t kFieldUnits = kTextUnits - 1; // read from one field
+
+// ---- controls -------------------------------------------------------------------------------------------------------
+
+HWND ControlOf(const RecipientFields& fields, int id) noexcept
+{
+    return GetDlgItem(fields.dialog, id);
+}
+
+// A text that stands there already is not set again: every keystroke in the name box may come here.
+void SetText(const RecipientFields& fields, int id, const wchar_t* text)
+{
+    const HWND control = ControlOf(fields, id);
+    if (WindowText(control) != OrEmpty(text))
+        SetWindowTextW(control, OrEmpty(text));
+}
+
+std::wstring TextOf(const RecipientFields& fields, int id)
+{
+    return WindowText(ControlOf(fields, id), kFieldUnits);
+}
+
+bool Holds(const RecipientFields& fields, int id) noexcept
+{
+    return HasText(ControlOf(fields, id));
+}
+
+// As the page decides, also while another page of the sheet is shown.
+bool IsShown(const RecipientFields& fields, int id) noexcept
+{
+    return (GetWindowLongPtrW(ControlOf(fields, id), GWL_STYLE) & WS_VISIBLE) != 0;
+}
+
+// ---- what the fields show -------------------------------------------------------------------------------------------
+
+// The fax number and the text of a group share a place: the other one is hidden and disabled. The one that is shown
+// stands right behind the label, which thus names it to a screen reader.
+void ShowGroupText(const RecipientFields& fields, bool group) noexcept
+{
+    if (IsShown(fields, IDC_GROUP_TEXT) == group && IsShown(fields, IDC_FAX_NUMBER) != group)
+        return;
+    const bool hadFocus = GetFocus() == ControlOf(fields, group ? IDC_FAX_NUMBER : IDC_GROUP_TEXT);
+    for (const int id : {IDC_FAX_NUMBER, IDC_GROUP_TEXT}) {
+        const bool shown = (id == IDC_GROUP_TEXT) == group;
+        EnableControl(fields.dialog, id, shown);
+        ShowControl(fields.dialog, id, shown);
+        if (shown)
+            SetWindowPos(ControlOf(fields, id), ControlOf(fields, IDC_FAX_NUMBER_LABEL), 0, 0, 0, 0,
+                         SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+    }
+    if (hadFocus)
+        FocusControl(fields.dialog, group ? IDC_GROUP_TEXT : IDC_FAX_NUMBER);
+    EnableControl(fields.dialog, IDC_COMPANY_LABEL, !group);
+    EnableControl(fields.dialog, IDC_COMPANY, !group);
+}
+
+// Empty when the library has no such text: such a group cannot be taken.
+std::wstring MemberCountText(const RecipientFields& fields, std::size_t members)
+{
+    const std::wstring text = LocalizedText(*fields.texts, members < 2 ? kOneMember : kSomeMembers);
+    return FillTemplate(text, L"", {static_cast<int>(members)});
+}
+
+void ShowGroup(RecipientFields& fields, const PhoneBookGroup& group)
+{
+    fields.group = &group;
+    SetText(fields, IDC_FAX_NUMBER, L"");
+    SetText(fields, IDC_COMPANY, L"");
+    ShowGroupText(fields, true);
+    SetText(fields, IDC_GROUP_TEXT, MemberCountText(fields, group.Members().size()).c_str());
+    fields.refill = ReadRecipient(fields);
+}
+
+// A null text leaves its field empty.
+void ShowEntry(RecipientFields& fields, const wchar_t* faxNumber, const wchar_t* company)
+{
+    fields.group = nullptr;
+    ShowGroupText(fields, false);
+    // Emptied first: a stored number that the filter refuses must not bring back the one of another recipient.
+    if (TextOf(fields, IDC_FAX_NUMBER) != OrEmpty(faxNumber)) {
+        SetText(fields, IDC_FAX_NUMBER, L"");
+        SetText(fields, IDC_FAX_NUMBER, faxNumber);
+    }
+    SetText(fields, IDC_COMPANY, company);
+    fields.refill = ReadRecipient(fields);
+}
+
+// Without an item the fields are emptied.
+void ShowItem(RecipientFields& fields, const PhoneBookItem* item)
+{
+    if (const PhoneBookGroup* const group = AsGroup(item))
+        ShowGroup(fields, *group);
+    else if (const PhoneBookEntry* const entry = AsEntry(item))
+        ShowEntry(fields, entry->FaxNumber(), entry->Company());
+    else
+        ShowEntry(fields, nullptr, nullptr);
+}
+
+void FillEmptyFields(RecipientFields& fields)
+{
+    if (!Holds(fields, IDC_FAX_NUMBER) && !Holds(fields, IDC_COMPANY))
+        FillFieldsFromNameBox(fields);
+}
+
+const PhoneBookGroup* RecentGroup(const RecentRecipientList& recent, const std::wstring& name) noexcept
+{
+    for (const PhoneBookItem* const item : recent.Slots()) {
+        const PhoneBookGroup* const group = AsGroup(item);
+        if (group != nullptr && EqualUserText(group->GetName(), name))
+            return group;
+    }
+    return nullptr;
+}
+
+// After a change of the recent list, which owns the group in the fields: it may have gone, or have other members. It is
+// looked for by its name, which stands in the name box: another item may meanwhile lie where it lay.
+void RefreshGroup(RecipientFields& fields, const RecentRecipientList& recent)
+{
+    if (fields.group == nullptr)
+        return;
+    if (const PhoneBookGroup* const group = RecentGroup(recent, WindowText(ControlOf(fields, IDC_NAME_BOX))))
+        ShowGroup(fields, *group);
+    else
+        FillFieldsFromNameBox(fields);
+}
+
+// ---- what the user does ---------------------------------------------------------------------------------------------
+
+// What the user changes is the user's from then on, also when it is changed back.
+void ForgetRefillIfChanged(RecipientFields& fields)
+{
+    const auto& refill = fields.refill;
+    if (refill &&
+        (TextOf(fields, IDC_FAX_NUMBER) != refill->faxNumber || TextOf(fields, IDC_COMPANY) != refill->company))
+        fields.refill.reset();
+}
+
+void FilterFaxNumber(RecipientFields& fields)
+{
+    RefuseOtherCharacters(fields.faxNumber, ControlOf(fields, IDC_FAX_NUMBER));
+    ForgetRefillIfChanged(fields);
+}
+
+constexpr Route<RecipientFields> kRoutes[] = {
+    {IDC_FAX_NUMBER, EN_CHANGE, FilterFaxNumber},
+    {IDC_COMPANY, EN_CHANGE, ForgetRefillIfChanged},
+};
+
+} // namespace
+
+// ---- interface ------------------------------------------------------------------------------------------------------
+
+void AttachRecipientFields(RecipientFields& fields, const TextOwner& texts, HWND dialog)
+{
+    fields.texts = &texts;
+    fields.dialog = dialog;
+    TypeAheadState& box = fields.nameBox;
+    AttachTypeAhead(box, ControlOf(fields, IDC_NAME_BOX), dialog);
+    if (box.comboProcedure == nullptr || box.editProcedure == nullptr || box.listProcedure == nullptr)
+        throw std::runtime_error("the name box cannot be hooked");
+    ShowGroupText(fields, false);
+}
+
+void OfferNames(RecipientFields& fields, const RecentRecipientList& recent)
+{
+    std::vector<SuggestionItem> items;
+    for (const PhoneBookItem* const item : recent.Slots()) {
+        if (item != nullptr)
+            items.push_back({item->GetName(), item});
+    }
+    SetSuggestionItems(fields.nameBox, std::move(items));
+    RefreshGroup(fields, recent);
+}
+
+Recipient ReadRecipient(const RecipientFields& fields)
+{
+    return {FieldText(fields.nameBox.edit, kFieldUnits), FieldText(ControlOf(fields, IDC_FAX_NUMBER), kFieldUnits),
+            FieldText(ControlOf(fields, IDC_COMPANY), kFieldUnits)};
+}
+
+bool HasFaxNumber(const RecipientFields& fields)
+{
+    return !FieldText(ControlOf(fields, IDC_FAX_NUMBER), kFieldUnits).empty();
+}
+
+RecipientFacts FactsOf(const RecipientFields& fields) noexcept
+{
+    return {.name = Holds(fields, IDC_NAME_BOX),
+            .faxNumber = Holds(fields, IDC_FAX_NUMBER),
+            .company = Holds(fields, IDC_COMPANY),
+            .group = fields.group != nullptr && Holds(fields, IDC_GROUP_TEXT)};
+}
+
+int NumberFieldOf(const RecipientFields& fields) noexcept
+{
+    return fields.group != nullptr ? IDC_GROUP_TEXT : IDC_FAX_NUMBER;
+}
+
+bool AnswerNameBox(RecipientFields& fields, UINT code)
+{
+    if (!HandleNameBoxNotification(fields.nameBox, code))
+        return false;
+    if (code == CBN_SELCHANGE && SendMessageW(fields.nameBox.combo, CB_GETCURSEL, 0, 0) >= 0)
+        FillFieldsFromNameBox(fields);
+    if (code == CBN_EDITCHANGE)
+        FillEmptyFields(fields);
+    if (code == CBN_KILLFOCUS)
+        SettleFields(fields);
+    return true;
+}
+
+void FillFieldsFromNameBox(RecipientFields& fields)
+{
+    ShowItem(fields, static_cast<const PhoneBookItem*>(GetChosenItemData(fields.nameBox)));
+}
+
+void SettleFields(RecipientFields& fields)
+{
+    if (TakeUnansweredChange(fields.nameBox))
+        FillEmptyFields(fields);
+    if (!fields.refill)
+        return;
+    const std::wstring name = TextOf(fields, IDC_NAME_BOX);
+    const SuggestionItem* const found = name != fields.refill->name ? SuggestionOfText(fields.nameBox) : nullptr;
+    if (found == nullptr || found->data == nullptr)
+        return;
+    // The name that was refilled from, in other letters: only an item of just these letters is another one.
+    if (found->text != name && EqualUserText(name, fields.refill->name))
+        return;
+    ShowItem(fields, static_cast<const PhoneBookItem*>(found->data));
+    PostMessageW(fields.dialog, kFindFocus, 0, 0); // the focus may still be on its way
+}
+
+void ClearFields(RecipientFields& fields)
+{
+    ClearNameBox(fields.nameBox);
+    SetText(fields, IDC_GROUP_TEXT, L"");
+    ShowEntry(fields, nullptr, nullptr);
+}
+
+void FindFocus(const RecipientFields& fields) noexcept
+{
+    const HWND focus = GetFocus();
+    const bool nowhere = focus == nullptr && GetActiveWindow() == GetAncestor(fields.dialog, GA_ROOT);
+    const bool inDisabled = focus != nullptr && IsChild(fields.dialog, focus) && !IsWindowEnabled(focus);
+    if (nowhere || inDisabled)
+        FocusControl(fields.dialog, NumberFieldOf(fields));
+}
+
+std::span<const Route<RecipientFields>> RoutesOf(const RecipientFields&) noexcept
+{
+    return kRoutes;
+}
+
+} // namespace qx

@@ -1,0 +1,78 @@
+// The fields for one recipient on the Fax Job page: name box, fax number and company, and the text that takes the place
+// of the number while a group stands in them.
+#pragma once
+
+#include "base/number_text.h"
+#include "dialog/dialog.h"
+#include "dialog/number_filter.h"
+#include "dialog/type_ahead_combo.h"
+#include "pages/recipient_rules.h"
+#include "text/localized_text.h"
+
+#include <optional>
+#include <span>
+#include <string>
+#include <windows.h>
+
+namespace qx {
+
+class PhoneBookGroup;
+class RecentRecipientList;
+
+// What stands in the three fields.
+struct Recipient {
+    std::wstring name;
+    std::wstring faxNumber;
+    std::wstring company;
+};
+
+struct RecipientFields {
+    const TextOwner* texts = nullptr;
+    HWND dialog = nullptr;
+    TypeAheadState nameBox;
+    NumberFilter faxNumber{AllowedInFaxNumber, L""};
+    // The group that stands in the fields, or null. It belongs to the recent list.
+    const PhoneBookGroup* group = nullptr;
+    // The fields as the name box last refilled them, until the user changes number or company.
+    std::optional<Recipient> refill;
+};
+
+// Posted to the page, which calls FindFocus: a field may have been disabled under the focus.
+inline constexpr UINT kFindFocus = WM_USER + 103;
+
+// Hooks the name box; no group stands in the fields. Throws when that cannot be done whole: half of it would complete
+// names without filling in their numbers.
+void AttachRecipientFields(RecipientFields& fields, const TextOwner& texts, HWND dialog);
+
+// The recent recipients as they stand become the names that the name box offers. A group in the fields that is no
+// longer one of them, or has other members, is refreshed.
+void OfferNames(RecipientFields& fields, const RecentRecipientList& recent);
+
+// Throws when a field cannot be read.
+Recipient ReadRecipient(const RecipientFields& fields);
+bool HasFaxNumber(const RecipientFields& fields); // throws, too
+RecipientFacts FactsOf(const RecipientFields& fields) noexcept;
+// The fax number, or the text in its place.
+int NumberFieldOf(const RecipientFields& fields) noexcept;
+
+// For every notification of the name box. False: nothing for the page to act on.
+bool AnswerNameBox(RecipientFields& fields, UINT code);
+// Number and company become those of the item that the name box has chosen.
+void FillFieldsFromNameBox(RecipientFields& fields);
+
+// While the user types, the fields are refilled as long as they are empty: typing on from one name to another leaves
+// the number of the first. Before anything is done with the fields, and when the user leaves the name, the one that
+// stands there gets its own number. What the user has put into the fields stays, and so it does for an unknown name.
+void SettleFields(RecipientFields& fields);
+
+// Empties the fields, for the next recipient.
+void ClearFields(RecipientFields& fields);
+
+// A group takes the place of the very field, an entry without number disables the very button that the user was on the
+// way to.
+void FindFocus(const RecipientFields& fields) noexcept;
+
+// What the controls do, but for the name box.
+std::span<const Route<RecipientFields>> RoutesOf(const RecipientFields&) noexcept;
+
+} // namespace qx

@@ -1,0 +1,50 @@
+// The job's recipients and the list that shows them: row i is recipient i, since both change only here.
+#pragma once
+
+#include "phonebook/book/items.h"
+#include "record/fax_job_data.h"
+#include "text/localized_text.h"
+
+#include <span>
+#include <windows.h>
+
+namespace qx {
+
+class RecipientList {
+public:
+    RecipientList() = default;
+    RecipientList(const RecipientList&) = delete;
+    RecipientList& operator=(const RecipientList&) = delete;
+
+    // Sets up an empty list view and fills it. It outlives this object's use, and so does the job.
+    void Attach(const TextOwner& texts, HWND list, FaxJobData& job);
+
+    int Count() const noexcept;
+    bool HasSelection() const noexcept;
+    void SelectAll() noexcept;
+
+    // Whether there is a row for each recipient. When there is not, the list is filled again, for the user to look at.
+    bool ShowsJob() noexcept;
+    // After somebody else has changed the job's recipients: all of them or no row, since some would pass for all.
+    void Refill() noexcept;
+
+    // List and record take all entries, or neither takes any. No duplicate test: a recipient may stand in the job as
+    // often as the user likes.
+    [[nodiscard]] bool Add(std::span<UniqueItem<PhoneBookEntry>> entries) noexcept;
+    void RemoveSelected() noexcept;
+
+    // A Send begins: typed, or nobody if it is null, is going to be sent to as well. False when the job has no room.
+    [[nodiscard]] bool Prepare(UniqueItem<PhoneBookEntry> typed) noexcept;
+    // The Send is accepted: the job takes what was prepared. There is no row for it, since the sheet is closing.
+    // Answers it, the record's from now on, or null.
+    const PhoneBookEntry* Send() noexcept;
+
+private:
+    bool Append(const FaxRecipient& recipient) noexcept;
+
+    HWND list_ = nullptr;
+    FaxJobData* job_ = nullptr;
+    UniqueItem<PhoneBookEntry> typed_;
+};
+
+} // namespace qx
