@@ -185,58 +185,6 @@ INT_PTR ShowModal(HWND owner, State& state, bool mirrored = IsRightToLeftUi()) n
                            DialogProcedure<kDialog>, reinterpret_cast<LPARAM>(&state));
 }
 
-// ---- a dialog whose parts are found by their argument ---------------------------------------------------------------
-// For pages that have no description yet: Initialize, RoutesOf, HandleOther and, of a page, CouldNotBeFilled.
-
-template <class State> INT_PTR RunRoute(State& state, int control, UINT code)
-{
-    return RunRoute(RoutesOf(state), state, control, code);
-}
-
-template <class State> INT_PTR OtherByArgument(State& state, UINT message, WPARAM w, LPARAM l)
-{
-    if (message == WM_COMMAND && RunRoute(state, LOWORD(w), HIWORD(w)))
-        return TRUE;
-    if (message == WM_NOTIFY) {
-        const auto& header = *reinterpret_cast<const NMHDR*>(l);
-        if (RunRoute(state, static_cast<int>(header.idFrom), header.code))
-            return TRUE;
-    }
-    return HandleOther(state, message, w, l);
-}
-
-template <class State> INT_PTR CALLBACK PageProcedure(HWND page, UINT message, WPARAM w, LPARAM l) noexcept
-{
-    static constexpr Dialog<State> byArgument{
-        .ids = {},
-        .controls = {},
-        .routes = {},
-        .fill = [](State& state) { Initialize(state); },
-        .other = OtherByArgument<State>,
-        .couldNotBeFilled = [](State& state) noexcept { CouldNotBeFilled(state); },
-    };
-    return RunPage(byArgument, page, message, w, l);
-}
-
-template <class State> INT_PTR CALLBACK DialogProcedure(HWND dialog, UINT message, WPARAM w, LPARAM l) noexcept
-{
-    static constexpr Dialog<State> byArgument{
-        .ids = {},
-        .controls = {},
-        .routes = {},
-        .fill = [](State& state) { Initialize(state); },
-        .other = OtherByArgument<State>,
-    };
-    return RunDialog(byArgument, dialog, message, w, l);
-}
-
-template <class State> INT_PTR ShowModal(const DialogTemplate& dialogTemplate, HWND owner, State& state) noexcept
-{
-    const ActivationScope context;
-    return DialogBoxParamW(ModuleInstance(), MAKEINTRESOURCEW(dialogTemplate.Id()), owner, DialogProcedure<State>,
-                           reinterpret_cast<LPARAM>(&state));
-}
-
 // ---- controls -------------------------------------------------------------------------------------------------------
 
 // The text of a window, at most units UTF-16 units of it.

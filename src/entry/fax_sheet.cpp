@@ -104,16 +104,16 @@ UINT CALLBACK PageCallback(HWND, UINT, PROPSHEETPAGEW*) noexcept
     return 1;
 }
 
-template <class Page> void DescribePage(PROPSHEETPAGEW& page, const DialogTemplate& dialogTemplate,
-                                        const std::wstring& title, DLGPROC procedure, Page& state)
+template <const auto& kPage, class State>
+void DescribePage(PROPSHEETPAGEW& page, const std::wstring& title, State& state)
 {
     page.dwSize = sizeof page;
     // Premature: a page that was never created gets no PSN_APPLY.
     page.dwFlags = PSP_USETITLE | PSP_HASHELP | PSP_USECALLBACK | PSP_PREMATURE;
     page.hInstance = ModuleInstance();
-    page.pszTemplate = MAKEINTRESOURCEW(dialogTemplate.Id());
+    page.pszTemplate = MAKEINTRESOURCEW(kPage.ids.Id());
     page.pszTitle = title.c_str();
-    page.pfnDlgProc = procedure;
+    page.pfnDlgProc = PageProcedure<kPage>;
     page.lParam = reinterpret_cast<LPARAM>(&state);
     page.pfnCallback = PageCallback;
 }
@@ -135,8 +135,8 @@ void FaxSheet::Run(const FaxSheetContent& content)
         static_cast<PROPSHEETPAGEW*>(HeapAllocate(kPageCount * sizeof(PROPSHEETPAGEW))));
     if (pages == nullptr)
         return; // a sheet without pages never ends
-    DescribePage(pages.get()[0], kFaxJobPageTemplate, faxJobTitle, FaxJobPageProcedure, content.faxJobPage);
-    DescribePage(pages.get()[1], kSetupPageTemplate, setupTitle, SetupPageProcedure, content.setupPage);
+    DescribePage<kFaxJobPage>(pages.get()[0], faxJobTitle, content.faxJobPage);
+    DescribePage<kSetupPage>(pages.get()[1], setupTitle, content.setupPage);
 
     PROPSHEETHEADERW header{};
     header.dwSize = sizeof header;

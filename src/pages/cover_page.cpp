@@ -129,9 +129,9 @@ void SaveCoverPageFields(const CoverPage& page, FaxJobData& record)
         throw std::bad_alloc();
 }
 
-std::span<const Route<CoverPage>> RoutesOf(const CoverPage&) noexcept
+INT_PTR AnswerCommand(CoverPage& page, int control, UINT code)
 {
-    return kRoutes;
+    return RunRoute(kRoutes, page, control, code);
 }
 
 } // namespace qx

@@ -10,7 +10,6 @@
 #include <array>
 #include <optional>
 #include <qxfax/send_fax.h>
-#include <span>
 #include <windows.h>
 
 namespace qx {
@@ -54,7 +53,7 @@ std::optional<SendProblem> CheckImage(const CoverPage& page);
 // read or stored.
 void SaveCoverPageFields(const CoverPage& page, FaxJobData& record);
 
-// What the shared controls do.
-std::span<const Route<CoverPage>> RoutesOf(const CoverPage&) noexcept;
+// What the shared controls do. FALSE: not one of them.
+INT_PTR AnswerCommand(CoverPage& page, int control, UINT code);
 
 } // namespace qx

@@ -10,7 +10,6 @@ namespace qx {
 
 namespace {
 
-constexpr Text kTitle{5243, L"-Default Settings"};
 constexpr int kHelpButtonTopic = 15621; // of a click; the button's own context help is another page
 
 constexpr auto kControls =
@@ -100,41 +99,28 @@ constexpr Route<EditDefaultsDialog> kRoutes[] = {
     {IDHELP, BN_CLICKED, Help},
 };
 
-} // namespace
+INT_PTR AnswerOther(EditDefaultsDialog& state, UINT message, WPARAM w, LPARAM)
+{
+    return message == WM_COMMAND && (AnswerCommand(state.settings, LOWORD(w), HIWORD(w)) ||
+                                     AnswerCommand(state.coverPage, LOWORD(w), HIWORD(w)));
+}
 
-// ---- the dialog procedure's questions ----
-
-void Initialize(EditDefaultsDialog& state)
+void Fill(EditDefaultsDialog& state)
 {
     state.settings.dialog = state.coverPage.dialog = state.dialog;
-    SetLocalizedText(state, kTitle.id, state.dialog, kTitle.fallback);
-    SetUpControls(state, state.dialog, kControls);
     LoadDefaults(state);
     ShowDefaults(state);
 }
 
-std::span<const Route<EditDefaultsDialog>> RoutesOf(const EditDefaultsDialog&) noexcept
-{
-    return kRoutes;
-}
+} // namespace
 
-INT_PTR HandleOther(EditDefaultsDialog& state, UINT message, WPARAM w, LPARAM l)
-{
-    if (message == WM_COMMAND)
-        return RunRoute(state.settings, LOWORD(w), HIWORD(w)) || RunRoute(state.coverPage, LOWORD(w), HIWORD(w));
-    return AnswerHelp(state, state.dialog, message, w, l, kControls);
-}
-
-// ---- interface ----
-
-INT_PTR ShowEditDefaults(HWND owner, EditDefaultsDialog& state)
-{
-    return ShowModal(kEditDefaultsTemplate, owner, state);
-}
-
-std::span<const Control> EditDefaultsControls() noexcept
-{
-    return kControls;
-}
+constexpr Dialog<EditDefaultsDialog> kEditDefaultsDialog{
+    .ids = {IDD_EDIT_DEFAULTS, IDD_EDIT_DEFAULTS_RTL},
+    .title = {5243, L"-Default Settings"},
+    .controls = kControls,
+    .routes = kRoutes,
+    .fill = Fill,
+    .other = AnswerOther,
+};
 
 } // namespace qx

@@ -8,11 +8,8 @@
 #include "res/edit_defaults_ids.h"
 
 #include <qxfax/send_fax.h>
-#include <span>
 
 namespace qx {
-
-inline constexpr DialogTemplate kEditDefaultsTemplate{IDD_EDIT_DEFAULTS, IDD_EDIT_DEFAULTS_RTL};
 
 struct EditDefaultsDialog : TextOwner {
     HANDLE printer = nullptr;       // not owned
@@ -22,10 +19,8 @@ struct EditDefaultsDialog : TextOwner {
     CoverPage coverPage;
 };
 
-// Shows the dialog. IDOK: the working copy holds what the user chose and was stored; its DefaultsSaved tells that
-// nothing had been stored before. IDCANCEL: nothing was stored, and DefaultsSaved is off.
-INT_PTR ShowEditDefaults(HWND owner, EditDefaultsDialog& state);
-
-std::span<const Control> EditDefaultsControls() noexcept;
+// IDOK: the working copy holds what the user chose and was stored; its DefaultsSaved tells that nothing had been stored
+// before. IDCANCEL: nothing was stored, and DefaultsSaved is off.
+extern const Dialog<EditDefaultsDialog> kEditDefaultsDialog;
 
 } // namespace qx

@@ -318,24 +318,12 @@ constexpr PageDuties<FaxJobPage> kDuties{.place = SendRound::kFaxJob,
 
 // ---- messages -------------------------------------------------------------------------------------------------------
 
-// Its text is a dialog's title as well, in which no letter is marked: a letter that nothing else has is marked here.
-void GivePhoneBookButtonAKey(FaxJobPage& page)
-{
-    const HWND button = GetDlgItem(page.dialog, IDC_PHONE_BOOK);
-    std::wstring taken = AccessKeysIn(page.dialog, button) + AccessKeysIn(GetParent(page.dialog), button);
-    for (const Text& caption : {kSendText, kPreviewAndSendText}) // the button has the one or the other
-        taken += AccessKeyOf(LocalizedText(page, caption));
-    const std::wstring text = WindowText(button);
-    page.phoneBookButton.Name(text, WithAccessKey(text, taken));
-}
-
 INT_PTR AnswerCommand(FaxJobPage& page, int control, UINT code)
 {
-    const bool changed =
-        control == IDC_NAME_BOX ? AnswerNameBox(page.fields, code) : RunRoute(page.fields, control, code) != FALSE;
-    if (changed)
+    const bool inFields = AnswerCommand(page.fields, control, code) != FALSE;
+    if (inFields)
         UpdateRecipientButtons(page);
-    return changed || RunRoute(page.coverPage, control, code);
+    return inFields || AnswerCommand(page.coverPage, control, code);
 }
 
 INT_PTR AnswerNotification(FaxJobPage& page, const NMHDR& header)
@@ -358,37 +346,7 @@ constexpr Route<FaxJobPage> kRoutes[] = {
     {IDC_BILLING_CODE, EN_CHANGE, FilterBillingCode},
 };
 
-} // namespace
-
-// ---- what the dialog machinery looks for ----------------------------------------------------------------------------
-
-void Initialize(FaxJobPage& page)
-{
-    AttachRecipientFields(page.fields, page, page.dialog);
-    OfferNames(page.fields, *page.recent);
-    SetUpControls(page, page.dialog, kControls);
-    page.recipients.Attach(page, GetDlgItem(page.dialog, IDC_RECIPIENTS), *page.job);
-    UpdateRecipientButtons(page);
-    LoadBillingCode(page);
-    page.coverPage.dialog = page.dialog;
-    LoadCoverPage(page);
-    page.phoneBookButton.Attach(GetDlgItem(page.dialog, IDC_PHONE_BOOK), IDB_PHONE_BOOK);
-    HookSheet(page);
-    GivePhoneBookButtonAKey(page); // last: the sheet's buttons have their captions
-}
-
-void CouldNotBeFilled(FaxJobPage& page) noexcept
-{
-    DetachTypeAhead(page.fields.nameBox); // the page hears of its end no more
-    CouldNotBeFilled(static_cast<SheetPage&>(page));
-}
-
-std::span<const Route<FaxJobPage>> RoutesOf(const FaxJobPage&) noexcept
-{
-    return kRoutes;
-}
-
-INT_PTR HandleOther(FaxJobPage& page, UINT message, WPARAM w, LPARAM l)
+INT_PTR AnswerOther(FaxJobPage& page, UINT message, WPARAM w, LPARAM l)
 {
     switch (message) {
     case WM_COMMAND:
@@ -411,21 +369,53 @@ INT_PTR HandleOther(FaxJobPage& page, UINT message, WPARAM w, LPARAM l)
         DetachTypeAhead(page.fields.nameBox);
         return FALSE;
     default:
-        return AnswerHelp(page, page.dialog, message, w, l, kControls);
+        return FALSE;
     }
 }
 
-// ---- interface ------------------------------------------------------------------------------------------------------
+// ---- start-up -------------------------------------------------------------------------------------------------------
 
-INT_PTR CALLBACK FaxJobPageProcedure(HWND dialog, UINT message, WPARAM w, LPARAM l) noexcept
+// Its text is a dialog's title as well, in which no letter is marked: a letter that nothing else has is marked here.
+void GivePhoneBookButtonAKey(FaxJobPage& page)
 {
-    return PageProcedure<FaxJobPage>(dialog, message, w, l);
+    const HWND button = GetDlgItem(page.dialog, IDC_PHONE_BOOK);
+    std::wstring taken = AccessKeysIn(page.dialog, button) + AccessKeysIn(GetParent(page.dialog), button);
+    for (const Text& caption : {kSendText, kPreviewAndSendText}) // the button has the one or the other
+        taken += AccessKeyOf(LocalizedText(page, caption));
+    const std::wstring text = WindowText(button);
+    page.phoneBookButton.Name(text, WithAccessKey(text, taken));
 }
 
-std::span<const Control> FaxJobPageControls() noexcept
+void Fill(FaxJobPage& page)
 {
-    return kControls;
+    AttachRecipientFields(page.fields, page, page.dialog);
+    OfferNames(page.fields, *page.recent);
+    page.recipients.Attach(page, GetDlgItem(page.dialog, IDC_RECIPIENTS), *page.job);
+    UpdateRecipientButtons(page);
+    LoadBillingCode(page);
+    page.coverPage.dialog = page.dialog;
+    LoadCoverPage(page);
+    page.phoneBookButton.Attach(GetDlgItem(page.dialog, IDC_PHONE_BOOK), IDB_PHONE_BOOK);
+    HookSheet(page);
+    GivePhoneBookButtonAKey(page); // last: the sheet's buttons have their captions
 }
+
+void CouldNotBeFilled(FaxJobPage& page) noexcept
+{
+    DetachTypeAhead(page.fields.nameBox); // the page hears of its end no more
+    EndAsCancelled(page);
+}
+
+} // namespace
+
+constexpr Dialog<FaxJobPage> kFaxJobPage{
+    .ids = {IDD_FAX_JOB_PAGE, IDD_FAX_JOB_PAGE_RTL},
+    .controls = kControls,
+    .routes = kRoutes,
+    .fill = Fill,
+    .other = AnswerOther,
+    .couldNotBeFilled = CouldNotBeFilled,
+};
 
 void RefreshNameBoxList(FaxJobPage& page)
 {

@@ -13,8 +13,6 @@
 #include "pages/sheet_page.h"
 #include "res/fax_job_page_ids.h"
 
-#include <span>
-
 namespace qx {
 
 struct FaxJobPage : SheetPage {
@@ -28,11 +26,7 @@ struct FaxJobPage : SheetPage {
     bool coverPageIsOld = false; // the fields do not show the job's cover page, which is the newer one
 };
 
-inline constexpr DialogTemplate kFaxJobPageTemplate{IDD_FAX_JOB_PAGE, IDD_FAX_JOB_PAGE_RTL};
-
-INT_PTR CALLBACK FaxJobPageProcedure(HWND dialog, UINT message, WPARAM w, LPARAM l) noexcept;
-
-std::span<const Control> FaxJobPageControls() noexcept;
+extern const Dialog<FaxJobPage> kFaxJobPage;
 
 // The name box offers the recent recipients as they stand. Nothing before the page is created.
 void RefreshNameBoxList(FaxJobPage& page);

@@ -158,6 +158,19 @@ void FilterFaxNumber(RecipientFields& fields)
     ForgetRefillIfChanged(fields);
 }
 
+bool AnswerNameBox(RecipientFields& fields, UINT code)
+{
+    if (!HandleNameBoxNotification(fields.nameBox, code))
+        return false;
+    if (code == CBN_SELCHANGE && SendMessageW(fields.nameBox.combo, CB_GETCURSEL, 0, 0) >= 0)
+        FillFieldsFromNameBox(fields);
+    if (code == CBN_EDITCHANGE)
+        FillEmptyFields(fields);
+    if (code == CBN_KILLFOCUS)
+        SettleFields(fields);
+    return true;
+}
+
 constexpr Route<RecipientFields> kRoutes[] = {
     {IDC_FAX_NUMBER, EN_CHANGE, FilterFaxNumber},
     {IDC_COMPANY, EN_CHANGE, ForgetRefillIfChanged},
@@ -213,17 +226,9 @@ int NumberFieldOf(const RecipientFields& fields) noexcept
     return fields.group != nullptr ? IDC_GROUP_TEXT : IDC_FAX_NUMBER;
 }
 
-bool AnswerNameBox(RecipientFields& fields, UINT code)
+INT_PTR AnswerCommand(RecipientFields& fields, int control, UINT code)
 {
-    if (!HandleNameBoxNotification(fields.nameBox, code))
-        return false;
-    if (code == CBN_SELCHANGE && SendMessageW(fields.nameBox.combo, CB_GETCURSEL, 0, 0) >= 0)
-        FillFieldsFromNameBox(fields);
-    if (code == CBN_EDITCHANGE)
-        FillEmptyFields(fields);
-    if (code == CBN_KILLFOCUS)
-        SettleFields(fields);
-    return true;
+    return control == IDC_NAME_BOX ? AnswerNameBox(fields, code) : RunRoute(kRoutes, fields, control, code);
 }
 
 void FillFieldsFromNameBox(RecipientFields& fields)
@@ -262,11 +267,6 @@ void FindFocus(const RecipientFields& fields) noexcept
     const bool inDisabled = focus != nullptr && IsChild(fields.dialog, focus) && !IsWindowEnabled(focus);
     if (nowhere || inDisabled)
         FocusControl(fields.dialog, NumberFieldOf(fields));
-}
-
-std::span<const Route<RecipientFields>> RoutesOf(const RecipientFields&) noexcept
-{
-    return kRoutes;
 }
 
 } // namespace qx

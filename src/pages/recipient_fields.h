@@ -10,7 +10,6 @@
 #include "text/localized_text.h"
 
 #include <optional>
-#include <span>
 #include <string>
 #include <windows.h>
 
@@ -55,8 +54,8 @@ RecipientFacts FactsOf(const RecipientFields& fields) noexcept;
 // The fax number, or the text in its place.
 int NumberFieldOf(const RecipientFields& fields) noexcept;
 
-// For every notification of the name box. False: nothing for the page to act on.
-bool AnswerNameBox(RecipientFields& fields, UINT code);
+// What the user does in the fields. FALSE: not in them, or nothing for the page to act on.
+INT_PTR AnswerCommand(RecipientFields& fields, int control, UINT code);
 // Number and company become those of the item that the name box has chosen.
 void FillFieldsFromNameBox(RecipientFields& fields);
 
@@ -71,8 +70,5 @@ void ClearFields(RecipientFields& fields);
 // A group takes the place of the very field, an entry without number disables the very button that the user was on the
 // way to.
 void FindFocus(const RecipientFields& fields) noexcept;
-
-// What the controls do, but for the name box.
-std::span<const Route<RecipientFields>> RoutesOf(const RecipientFields&) noexcept;
 
 } // namespace qx

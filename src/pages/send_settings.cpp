@@ -196,9 +196,9 @@ void SaveSendSettings(const SendSettings& settings, FaxJobData& record)
         throw std::bad_alloc();
 }
 
-std::span<const Route<SendSettings>> RoutesOf(const SendSettings&) noexcept
+INT_PTR AnswerCommand(SendSettings& settings, int control, UINT code)
 {
-    return kRoutes;
+    return RunRoute(kRoutes, settings, control, code);
 }
 
 } // namespace qx

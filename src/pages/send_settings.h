@@ -12,7 +12,6 @@
 #include <array>
 #include <optional>
 #include <qxfax/send_fax.h>
-#include <span>
 #include <windows.h>
 
 namespace qx {
@@ -88,7 +87,7 @@ std::optional<SendProblem> CheckEmail(const SendSettings& settings, const FaxJob
 // be read or stored.
 void SaveSendSettings(const SendSettings& settings, FaxJobData& record);
 
-// What the shared controls do.
-std::span<const Route<SendSettings>> RoutesOf(const SendSettings&) noexcept;
+// What the shared controls do. FALSE: not one of them.
+INT_PTR AnswerCommand(SendSettings& settings, int control, UINT code);
 
 } // namespace qx

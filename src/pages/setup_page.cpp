@@ -75,7 +75,8 @@ bool TakeDefaults(FaxJobData& job, const FaxJobData& defaults)
 
 void EditDefaults(SetupPage& page)
 {
-    if (ShowEditDefaults(page.dialog, page.defaultsDialog) == IDOK && TakeDefaults(*page.job, page.defaults.Get()))
+    if (ShowModal<kEditDefaultsDialog>(page.dialog, page.defaultsDialog) == IDOK &&
+        TakeDefaults(*page.job, page.defaults.Get()))
         LoadSetupPage(page);
 }
 
@@ -120,14 +121,21 @@ constexpr Route<SetupPage> kRoutes[] = {
     {IDC_PREVIEW, BN_CLICKED, FitSendButtonToText},
 };
 
-} // namespace
+INT_PTR AnswerOther(SetupPage& page, UINT message, WPARAM w, LPARAM l)
+{
+    switch (message) {
+    case WM_COMMAND:
+        return AnswerCommand(page.settings, LOWORD(w), HIWORD(w));
+    case WM_NOTIFY:
+        return AnswerSheet(page, kDuties, reinterpret_cast<const NMHDR*>(l)->code);
+    default:
+        return FALSE;
+    }
+}
 
-// ---- the dialog procedure's questions ----
-
-void Initialize(SetupPage& page)
+void Fill(SetupPage& page)
 {
     page.settings.dialog = page.dialog;
-    SetUpControls(page, page.dialog, kControls);
     LoadWorkingDefaults(page);
     LoadSetupPage(page);
     HookSheet(page);
@@ -136,38 +144,22 @@ void Initialize(SetupPage& page)
         FitSendButtonToText(page);
 }
 
-std::span<const Route<SetupPage>> RoutesOf(const SetupPage&) noexcept
-{
-    return kRoutes;
-}
+} // namespace
 
-INT_PTR HandleOther(SetupPage& page, UINT message, WPARAM w, LPARAM l)
-{
-    switch (message) {
-    case WM_COMMAND:
-        return RunRoute(page.settings, LOWORD(w), HIWORD(w));
-    case WM_NOTIFY:
-        return AnswerSheet(page, kDuties, reinterpret_cast<const NMHDR*>(l)->code);
-    default:
-        return AnswerHelp(page, page.dialog, message, w, l, kControls);
-    }
-}
+constexpr Dialog<SetupPage> kSetupPage{
+    .ids = {IDD_SETUP_PAGE, IDD_SETUP_PAGE_RTL},
+    .controls = kControls,
+    .routes = kRoutes,
+    .fill = Fill,
+    .other = AnswerOther,
+    .couldNotBeFilled = [](SetupPage& page) noexcept { EndAsCancelled(page); },
+};
 
 // ---- interface ----
 
 SetupPage::~SetupPage()
 {
     CloseKeys(KeySetOf(defaults.Get()));
-}
-
-INT_PTR CALLBACK SetupPageProcedure(HWND dialog, UINT message, WPARAM w, LPARAM l) noexcept
-{
-    return PageProcedure<SetupPage>(dialog, message, w, l);
-}
-
-std::span<const Control> SetupPageControls() noexcept
-{
-    return kControls;
 }
 
 void FitSendButtonOfSheet(SetupPage& page)

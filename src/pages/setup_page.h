@@ -11,11 +11,7 @@
 #include "record/fax_job_data.h"
 #include "res/setup_page_ids.h"
 
-#include <span>
-
 namespace qx {
-
-inline constexpr DialogTemplate kSetupPageTemplate{IDD_SETUP_PAGE, IDD_SETUP_PAGE_RTL};
 
 struct SetupPage : SheetPage {
     SetupPage() = default;
@@ -31,9 +27,7 @@ struct SetupPage : SheetPage {
     EditDefaultsDialog defaultsDialog;
 };
 
-INT_PTR CALLBACK SetupPageProcedure(HWND dialog, UINT message, WPARAM w, LPARAM l) noexcept;
-
-std::span<const Control> SetupPageControls() noexcept;
+extern const Dialog<SetupPage> kSetupPage;
 
 // Gives the sheet's Send button the caption and the room for what the page says. Nothing before the page is created,
 // and where no preview is offered.

@@ -50,9 +50,9 @@ struct Dialog {
 std::vector<Dialog> Dialogs()
 {
     return {
-        {"Fax Job page", FaxJobPageControls(), test::kFaxJobPageTopics},
-        {"Setup page", SetupPageControls(), test::kSetupPageTopics},
-        {"Edit Defaults", EditDefaultsControls(), test::kEditDefaultsTopics},
+        {"Fax Job page", kFaxJobPage.controls, test::kFaxJobPageTopics},
+        {"Setup page", kSetupPage.controls, test::kSetupPageTopics},
+        {"Edit Defaults", kEditDefaultsDialog.controls, test::kEditDefaultsTopics},
         {"Add Recipients", kAddRecipientsDialog.controls, test::kAddRecipientsTopics},
         {"Edit Phone Book", kEditPhoneBookDialog.controls, test::kEditPhoneBookTopics},
         {"Entry, new", kAddEntryDialog.controls, test::kAddEntryTopics},

@@ -20,10 +20,15 @@ template <class State> DialogCase Case(const char* name, const Dialog<State>& di
     return {.name = name, .ids = dialog.ids, .controls = dialog.controls, .fittedButton = fittedButton};
 }
 
+template <class State> DialogCase Page(const char* name, const Dialog<State>& page)
+{
+    return {.name = name, .ids = page.ids, .controls = page.controls, .isPage = true};
+}
+
 const DialogCase kDialogs[] = {
-    {"FaxJobPage", kFaxJobPageTemplate, FaxJobPageControls(), true},
-    {"SetupPage", kSetupPageTemplate, SetupPageControls(), true},
-    {"EditDefaults", kEditDefaultsTemplate, EditDefaultsControls()},
+    Page("FaxJobPage", kFaxJobPage),
+    Page("SetupPage", kSetupPage),
+    Case("EditDefaults", kEditDefaultsDialog),
     Case("AddRecipients", kAddRecipientsDialog, IDC_PICK_EDIT_BOOK),
     Case("EditPhoneBook", kEditPhoneBookDialog),
     Case("AddEntry", kAddEntryDialog),

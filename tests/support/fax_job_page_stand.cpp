@@ -67,8 +67,8 @@ void FaxJobPageStand::Show(Sheet sheet)
     description.dwSize = sizeof description;
     description.lParam = reinterpret_cast<LPARAM>(&page_);
     const ActivationScope context;
-    const HWND dialog = CreateDialogParamW(ModuleInstance(), MAKEINTRESOURCEW(kFaxJobPageTemplate.Id()), sheet_,
-                                           FaxJobPageProcedure, reinterpret_cast<LPARAM>(&description));
+    const HWND dialog = CreateDialogParamW(ModuleInstance(), MAKEINTRESOURCEW(kFaxJobPage.ids.Id()), sheet_,
+                                           PageProcedure<kFaxJobPage>, reinterpret_cast<LPARAM>(&description));
     if (dialog == nullptr)
         throw std::runtime_error("the page cannot be created");
     EnableWindow(dialog, TRUE);

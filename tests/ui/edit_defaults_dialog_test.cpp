@@ -29,7 +29,7 @@ protected:
 
     host::UiDriver& Open()
     {
-        conversation.emplace([this] { answer = ShowEditDefaults(nullptr, dialog); });
+        conversation.emplace([this] { answer = ShowModal<kEditDefaultsDialog>(nullptr, dialog); });
         conversation->Ui().WaitForControl(IDC_APPLY_DEFAULTS);
         return conversation->Ui();
     }

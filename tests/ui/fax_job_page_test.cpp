@@ -547,7 +547,7 @@ TEST(FaxJobPageWithoutState, IsNotHandledAndSaysInvalidData)
 {
     const HWND window = CreateWindowExW(0, WC_DIALOG, L"", WS_POPUP, 0, 0, 10, 10, nullptr, nullptr, nullptr, nullptr);
     SetLastError(ERROR_SUCCESS);
-    EXPECT_EQ(FaxJobPageProcedure(window, WM_COMMAND, MAKEWPARAM(IDC_TO, BN_CLICKED), 0), FALSE);
+    EXPECT_EQ(PageProcedure<kFaxJobPage>(window, WM_COMMAND, MAKEWPARAM(IDC_TO, BN_CLICKED), 0), FALSE);
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_DATA));
     DestroyWindow(window);
 }
