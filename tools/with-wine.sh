@@ -191,6 +191,11 @@ start_session() {
     (
         exec 7>&- 8>&- 9>&-
         setsid wineserver -p
+        # Somebody stays on the desktop: else whichever process needs it next starts it again, and whoever reads what that
+        # process writes waits for the desktop's end, too.
+        rm -f "$dir/idle.pipe"
+        mkfifo "$dir/idle.pipe"
+        setsid wine64 cmd <>"$dir/idle.pipe" &
         setsid wine64 wineboot
         [[ -f $WINEPREFIX/.font-chosen ]] || choose_dialog_font
     ) </dev/null >"$dir/session.log" 2>&1 || die "Wine does not start, see $dir/session.log"
