@@ -15,7 +15,8 @@ plays on a virtual display: by default one that sends a fax with a cover page to
 of what was on screen in build/shots/.
 
   --lang LANG     language of Windows' user interface: en, de, de-AT (any region), ...; 'strings/languages.py codes'
-                  lists them
+                  lists them. qps shows English with accents, longer and in brackets: what has none does not come
+                  from the string library, and a bracket that is missing was cut off
   --script FILE   user actions to play instead of waiting for you (host/scripts/ has examples)
   --shots DIR     folder for the script's pictures (default: build/shots)
   --printer-OPTION [VALUE]
@@ -45,6 +46,8 @@ while [[ $# -gt 0 ]]; do
         *) send+=("$1"); shift ;;
     esac
 done
+
+if [[ $lang == qps ]]; then provision+=(--text-library build/release/bin/pseudo/QXTEXT64.DLL); fi
 
 display=()
 if [[ -n ${DISPLAY-} && -z $script ]]; then

@@ -78,6 +78,8 @@ void AddProvisionOptions(CLI::App& command, PrinterSetup& setup)
         ->default_str("the program's own folder");
     command.add_flag_callback(
         "--no-text-library", [&setup] { setup.textLibrary = false; }, "built-in texts only");
+    AddPath(command, "--text-library", setup.textLibraryFile, "with another text library")
+        ->default_str("the one in the module's folder");
     command.add_flag_callback(
         "--no-help", [&setup] { setup.help = false; }, "neither help files nor their names");
 

@@ -57,6 +57,11 @@ template <class Info, class Query> std::optional<std::vector<BYTE>> QuerySpooler
 // ---- the driver ----------------------------------------------------------------------------------------------------
 
 // The files of the driver that were built, the driver itself first.
+fs::path SourceOf(const PrinterSetup& setup, const std::wstring& file)
+{
+    return file == kTextLibrary && !setup.textLibraryFile.empty() ? setup.textLibraryFile : setup.moduleFolder / file;
+}
+
 std::vector<std::wstring> DriverFiles(const PrinterSetup& setup)
 {
     for (const wchar_t* file : {kDriver, kModule}) {
@@ -68,7 +73,7 @@ std::vector<std::wstring> DriverFiles(const PrinterSetup& setup)
         files.emplace_back(kTextLibrary);
     if (setup.help)
         files.insert(files.end(), {setup.helpCabinet.value_or(kHelp), kHelp});
-    std::erase_if(files, [&](const std::wstring& file) { return !fs::exists(setup.moduleFolder / file); });
+    std::erase_if(files, [&](const std::wstring& file) { return !fs::exists(SourceOf(setup, file)); });
     return files;
 }
 
@@ -124,7 +129,7 @@ bool IsUpToDate(const PrinterSetup& setup)
 {
     Files wanted;
     for (const std::wstring& file : DriverFiles(setup)) {
-        const fs::path source = setup.moduleFolder / file, installed = DriverFolder() / file;
+        const fs::path source = SourceOf(setup, file), installed = DriverFolder() / file;
         if (!fs::exists(installed))
             return false;
         if (fs::file_size(source) != fs::file_size(installed) ||
@@ -144,7 +149,7 @@ public:
     {
         fs::create_directories(folder_);
         for (const std::wstring& file : DriverFiles(setup)) {
-            fs::copy_file(setup.moduleFolder / file, folder_ / file, fs::copy_options::overwrite_existing);
+            fs::copy_file(SourceOf(setup, file), folder_ / file, fs::copy_options::overwrite_existing);
             files_.push_back((folder_ / file).native());
         }
     }

@@ -29,6 +29,7 @@ struct PrinterSetup {
     // Where the built module lies; its files are copied into the driver folder.
     std::filesystem::path moduleFolder;
     bool textLibrary = true; // false: takes it out of the driver folder; fails when another driver has it there
+    std::filesystem::path textLibraryFile; // instead of the one in the module's folder
     bool help = true;        // false: no cabinet, no help names, no dependent help file
 
     // Printer data. Without a value none is set.

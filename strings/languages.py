@@ -2,6 +2,7 @@
 """Answers questions about the list of languages (languages.toml).
 
 usage: languages.py codes           the codes of the languages that have texts, for people to choose from
+       languages.py spelling        code, Debian package and name of every spelling dictionary there is
        languages.py locale LANG     the locale in which Wine speaks that language; LANG may name a region (de-AT)
        languages.py build FOLDER    writes what is built from the list: tables.rc, languages.cmake, languages.inc
 """
@@ -15,6 +16,7 @@ TEXTS = Path(__file__).resolve().parent
 HELP = TEXTS.parent / "help"
 NO_LANGUAGES = {"qxtext"}  # scripts and tables beside the languages' own
 NO_HELP = {"contents"}
+PSEUDO = "qps"  # what pseudo.py makes, in place of English; in no list
 
 
 class Problem(Exception):
@@ -23,8 +25,8 @@ class Problem(Exception):
 
 class Language:
     def __init__(self, row):
-        defaults = {"direction": "ltr", "access_keys": "letter"}
-        wanted = {"code", "help", "name", "ids", "locale", "code_page", "direction", "access_keys"}
+        defaults = {"direction": "ltr", "access_keys": "letter", "spelling": ""}
+        wanted = {"code", "help", "name", "ids", "locale", "code_page", "direction", "access_keys", "spelling"}
         row = defaults | row
         if set(row) != wanted:
             raise Problem(f"row '{row.get('code')}': missing or unknown: {sorted(set(row) ^ wanted)}")
@@ -33,6 +35,11 @@ class Language:
         self.__dict__.update(row)
         self.texts = TEXTS / f"{self.code}.rc"
         self.help_texts = HELP / f"{self.help.lower()}.toml"
+
+    @property
+    def dictionary(self):
+        """Name of the spelling dictionary in its package: sr_Latn_RS for the locale sr_RS@latin."""
+        return re.sub(r"_(\w+)@latin", r"_Latn_\1", self.locale).partition("@")[0]
 
     @property
     def has_texts(self):
@@ -71,6 +78,7 @@ def check(languages):
 def locale_of(code, languages):
     """That of the list; of de-AT, when the list only has de, the one for Austria."""
     locales = {language.code.lower(): language.locale for language in languages if language.has_texts}
+    locales[PSEUDO] = locales["en"]
     language, _, region = code.lower().rpartition("-")
     if code.lower() in locales:
         locale = locales[code.lower()]
@@ -162,6 +170,10 @@ def main(arguments):
     match arguments:
         case ["codes"]:
             print(*codes(read_list()))
+        case ["spelling"]:
+            for row in read_list():
+                if row.has_texts and row.spelling:
+                    print(row.code, row.spelling, row.dictionary)
         case ["locale", code]:
             print(locale_of(code, read_list()))
         case ["build", folder]:

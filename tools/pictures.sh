@@ -53,6 +53,7 @@ play() {
     shift 2
     make_samples "$WINEPREFIX/drive_c/samples"
     forget_user
+    if [[ $QX_LANG == qps ]]; then set -- "$@" --text-library "${host%/*}/pseudo/QXTEXT64.DLL"; fi
     wine64 $host provision --printer "$printer" --guid "$user" --no-help --pc-fax-send-operational 0 \
         --notification-available 1 --email-service-operational 1 --billing-code-enabled 1 --billing-code-minlength 4 "$@"
     wine64 $host send --printer "$printer" --script "$script" --shots "$folder" >/dev/null || status=$?
