@@ -47,9 +47,12 @@ tidy() {
 
 python() { files_named '\.py$' | xargs -r pyflakes3; }
 shell() { { files_named '\.sh$'; files_named '^\.ci/run$'; } | xargs -r shellcheck --severity=warning; }
+# All of it, once a text has changed: what a word list says counts for every file.
+spelling() { [[ -z $(files_named '^(strings|help)/') ]] || tools/spell.sh; }
 
 check format "clang-format-$clang" --dry-run -Werror "${sources[@]}"
 check shell shell
 check python python
+check spelling spelling
 check tidy tidy
 exit "$failed"

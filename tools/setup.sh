@@ -16,10 +16,12 @@ packages=(
     wine wine64 xvfb                                                # running and looking at it
     fonts-wine fonts-dejavu-extra fonts-noto-core fonts-noto-cjk
     locales
+    python3-polib                                                   # texts as PO files
 )
 readonly checking=(
     clang-format-19 clang-tidy-19 shellcheck pyflakes3
     clang libclang-rt-dev                                           # fuzz targets
+    hunspell                                                        # and the dictionaries
 )
 readonly tested=(en de de-AT he ja)
 
@@ -69,10 +71,16 @@ generate_missing_locales() {
     done
 }
 
+checks=no
 if [[ ${1-} == --checks ]]; then
     shift
+    checks=yes
     packages+=("${checking[@]}")
 fi
 install_missing_packages
+if [[ $checks == yes ]]; then
+    mapfile -t packages < <(strings/languages.py spelling | cut -d ' ' -f 2 | sort -u)
+    install_missing_packages
+fi
 if [[ $# -eq 0 ]]; then set -- "${tested[@]}"; fi
 generate_missing_locales "$@"

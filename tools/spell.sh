@@ -22,7 +22,7 @@ found=0
 while read -r language package dictionary; do
     [[ $# -eq 0 || " $* " == *" $language "* ]] || continue
     hunspell -d "$dictionary" -l </dev/null &>/dev/null || {
-        echo "spell.sh: the dictionary $dictionary is missing: run 'tools/setup.sh --spelling', or install $package" >&2
+        echo "spell.sh: the dictionary $dictionary is missing: run 'tools/setup.sh --checks', or install $package" >&2
         exit 1
     }
     words=$(unknown_words "$language" "$dictionary")

@@ -23,6 +23,19 @@ bool InsertColumns(const TextOwner& texts, HWND list, std::span<const ListColumn
     return true;
 }
 
+bool IsMirrored(HWND window) noexcept
+{
+    return (GetWindowLongPtrW(window, GWL_EXSTYLE) & WS_EX_LAYOUTRTL) != 0;
+}
+
+// False for a text that the marks would cut.
+bool MarkLeftToRight(const wchar_t* text, std::span<wchar_t> marked) noexcept
+{
+    constexpr wchar_t kLeftToRight[] = L"\u202A", kEndOfIt[] = L"\u202C";
+    CopyText(marked, kLeftToRight);
+    return AppendText(marked, text) == S_OK && AppendText(marked, kEndOfIt) == S_OK;
+}
+
 } // namespace
 
 bool SetUpListView(const TextOwner& texts, HWND list, std::span<const ListColumn> columns)
@@ -35,29 +48,33 @@ bool SetUpListView(const TextOwner& texts, HWND list, std::span<const ListColumn
     return true;
 }
 
-bool AppendRow(HWND list, std::initializer_list<const wchar_t*> cells, LPARAM data, int image) noexcept
+bool AppendRow(HWND list, std::initializer_list<Cell> cells, LPARAM data, int image) noexcept
 {
     LVITEMW line{};
     line.mask = LVIF_TEXT | LVIF_PARAM | LVIF_IMAGE;
-    line.iItem = std::numeric_limits<int>::max();                 // behind the last
-    line.pszText = const_cast<wchar_t*>(OrEmpty(*cells.begin())); // only read
+    line.iItem = std::numeric_limits<int>::max();                      // behind the last
+    line.pszText = const_cast<wchar_t*>(OrEmpty(cells.begin()->text)); // only read
     line.iImage = image;
     line.lParam = data;
     const int row = ListView_InsertItem(list, &line);
     bool whole = row >= 0;
     for (std::size_t column = 1; column < cells.size() && whole; ++column) {
-        const wchar_t* const text = OrEmpty(cells.begin()[column]);
-        whole = *text == L'\0' || SetCell(list, row, static_cast<int>(column), text); // a new row's cells are empty
+        const Cell& cell = cells.begin()[column];
+        // A new row's cells are empty.
+        whole = *OrEmpty(cell.text) == L'\0' || SetCell(list, row, static_cast<int>(column), cell);
     }
     return whole;
 }
 
-bool SetCell(HWND list, int row, int column, const wchar_t* text) noexcept
+bool SetCell(HWND list, int row, int column, Cell cell) noexcept
 {
-    LVITEMW cell{};
-    cell.iSubItem = column;
-    cell.pszText = const_cast<wchar_t*>(OrEmpty(text)); // only read
-    return SendMessageW(list, LVM_SETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&cell)) != FALSE;
+    wchar_t marked[kTextUnits];
+    const wchar_t* const text = OrEmpty(cell.text);
+    const bool isMarked = cell.isNumber && IsMirrored(list) && MarkLeftToRight(text, marked);
+    LVITEMW item{};
+    item.iSubItem = column;
+    item.pszText = const_cast<wchar_t*>(isMarked ? marked : text); // only read
+    return SendMessageW(list, LVM_SETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item)) != FALSE;
 }
 
 int RowCount(HWND list) noexcept

@@ -32,11 +32,28 @@ constexpr std::array<ListColumn, 3> RecipientColumns(int pixels)
 // these, when a column could not be inserted.
 bool SetUpListView(const TextOwner& texts, HWND list, std::span<const ListColumn> columns);
 
-// Adds a row below all others, its cells from the left; a null text is an empty one. False when the list does not take
-// all of it: part of the row may be there.
-bool AppendRow(HWND list, std::initializer_list<const wchar_t*> cells, LPARAM data = 0,
-               int image = I_IMAGENONE) noexcept;
-bool SetCell(HWND list, int row, int column, const wchar_t* text) noexcept;
+// What a cell shows: a text, or nothing when it is null.
+struct Cell {
+    // NOLINTNEXTLINE(google-explicit-constructor): a text is a cell
+    Cell(const wchar_t* shown) noexcept : text(shown) {}
+
+    const wchar_t* text;
+    bool isNumber = false;
+};
+
+// A number with its signs, which reads from left to right in a mirrored list, too. There the list's own text has marks
+// around it: the number is to be taken from where it came from, never from the list.
+inline Cell NumberCell(const wchar_t* number) noexcept
+{
+    Cell cell(number);
+    cell.isNumber = true;
+    return cell;
+}
+
+// Adds a row below all others, its cells from the first column on. False when the list does not take all of it: part of
+// the row may be there.
+bool AppendRow(HWND list, std::initializer_list<Cell> cells, LPARAM data = 0, int image = I_IMAGENONE) noexcept;
+bool SetCell(HWND list, int row, int column, Cell cell) noexcept;
 
 int RowCount(HWND list) noexcept;
 int SelectedCount(HWND list) noexcept;

@@ -10,6 +10,8 @@
 #include <gtest/gtest.h>
 #include <iomanip>
 #include <optional>
+#include <regex>
+#include <set>
 #include <sstream>
 
 namespace qx::test {
@@ -38,6 +40,56 @@ template <std::size_t N> bool Contains(const unsigned (&ids)[N], unsigned id)
     return std::find(std::begin(ids), std::end(ids), id) != std::end(ids);
 }
 
+using Tables = std::map<LANGID, TextTable>;
+using Problems = std::vector<std::string>;
+
+Problems MissingTexts(const Tables& tables, const std::set<unsigned>& wanted)
+{
+    Problems problems;
+    for (const auto& [language, table] : tables) {
+        for (const unsigned id : wanted) {
+            if (!table.contains(id))
+                problems.push_back(Name(language, id) + " is missing");
+        }
+    }
+    return problems;
+}
+
+Problems WrongPlaceholders(const Tables& tables)
+{
+    Problems problems;
+    for (const auto& [language, table] : tables) {
+        for (const auto& [id, text] : table) {
+            const auto english = tables.at(kEnglish).find(id);
+            if (english != tables.at(kEnglish).end() && Placeholders(text) != Placeholders(english->second))
+                problems.push_back(Name(language, id) + " has other placeholders than English");
+        }
+    }
+    return problems;
+}
+
+bool IsPathMarked(const std::wstring& text)
+{
+    return Placeholders(text) != "s" || text.find(L"\n\u202A%s\u202C") != text.npos;
+}
+
+// Of a text from right to left. A mark keeps what ends the text or a sentence on the left; a path has its own direction
+// between an embedding and its end. Texts from left to right have no such marks.
+Problems WrongMarksOfDirection(const Tables& tables)
+{
+    const std::wregex unmarkedEnd(L"[.:?>\u061F]([ \n]|$)"), mark(L"[\u200E\u200F\u202A-\u202E]");
+    Problems problems;
+    for (const auto& [language, table] : tables) {
+        const bool isRightToLeft = LanguageOf(language)->isRightToLeft;
+        for (const auto& [id, text] : table) {
+            if (isRightToLeft ? std::regex_search(text, unmarkedEnd) || !IsPathMarked(text)
+                              : std::regex_search(text, mark))
+                problems.push_back(Name(language, id) + " has wrong marks of direction");
+        }
+    }
+    return problems;
+}
+
 class StringLibraryTest : public ::testing::Test {
 protected:
     static void SetUpTestSuite()
@@ -47,7 +99,7 @@ protected:
     }
     static void TearDownTestSuite() { library_.reset(); }
 
-    static const std::map<LANGID, TextTable>& Languages() { return library_->Languages(); }
+    static const Tables& Languages() { return library_->Languages(); }
     static const TextTable& English() { return Languages().at(kEnglish); }
     static const SourceTexts& Sources() { return texts_; }
     static HMODULE Module() { return library_->Module(); }
@@ -136,12 +188,10 @@ TEST_F(StringLibraryTest, KeysAreLettersOfTheWordOrStandInParentheses)
 
 TEST_F(StringLibraryTest, EveryLanguageHasEveryTextThatTheModuleNames)
 {
-    for (const auto& [language, table] : Languages()) {
-        for (const NamedText& text : Sources().named)
-            EXPECT_TRUE(table.contains(text.id)) << Name(language, text.id) << ", named in " << text.file;
-        for (const unsigned id : kCoverPageLabels)
-            EXPECT_TRUE(table.contains(id)) << Name(language, id);
-    }
+    std::set<unsigned> wanted(std::begin(kCoverPageLabels), std::end(kCoverPageLabels));
+    for (const NamedText& text : Sources().named)
+        wanted.insert(text.id);
+    EXPECT_EQ(MissingTexts(Languages(), wanted), Problems());
 }
 
 // Texts without a built-in one are named by their bare number, in many ways; numbers like these are nothing else.
@@ -153,12 +203,17 @@ TEST_F(StringLibraryTest, EveryNumberThatLooksLikeATextIdIsOne)
     }
 }
 
+std::set<unsigned> IdsOf(const TextTable& table)
+{
+    std::set<unsigned> ids;
+    for (const auto& [id, text] : table)
+        ids.insert(id);
+    return ids;
+}
+
 TEST_F(StringLibraryTest, EveryLanguageHasTheTextsOfEnglish)
 {
-    for (const auto& [language, table] : Languages()) {
-        for (const auto& [id, text] : English())
-            EXPECT_TRUE(table.contains(id)) << Name(language, id);
-    }
+    EXPECT_EQ(MissingTexts(Languages(), IdsOf(English())), Problems());
 }
 
 TEST_F(StringLibraryTest, NoTextIsUnused)
@@ -170,9 +225,7 @@ TEST_F(StringLibraryTest, NoTextIsUnused)
 
 TEST_F(StringLibraryTest, ATextHasThePlaceholdersOfEnglishAndOfTheBuiltInText)
 {
-    ForEveryText([](LANGID language, unsigned id, const std::wstring& text) {
-        EXPECT_EQ(Placeholders(text), Placeholders(English().at(id))) << Name(language, id);
-    });
+    EXPECT_EQ(WrongPlaceholders(Languages()), Problems());
     for (const NamedText& text : Sources().named) {
         if (!text.fallback.empty() && English().contains(text.id)) {
             EXPECT_EQ(Placeholders(text.fallback), Placeholders(English().at(text.id))) << text.id;
@@ -216,18 +269,43 @@ TEST_F(StringLibraryTest, BuiltInTextsOfOneIdSayTheSame)
     }
 }
 
-// A right-to-left mark keeps the end of a text at the end of the line; a path keeps its own direction between an
-// embedding and its end.
 TEST_F(StringLibraryTest, RightToLeftTextsEndOnTheLeftAndPathsInThemReadFromLeftToRight)
 {
-    ForEveryText([](LANGID language, unsigned id, const std::wstring& text) {
-        if (!LanguageOf(language)->isRightToLeft)
-            return;
-        EXPECT_EQ(std::wstring_view(L".:?>\u061F").find(text.back()), std::wstring_view::npos) << Name(language, id);
-        if (Placeholders(text) == "s") {
-            EXPECT_NE(text.find(L"\n\u202A%s\u202C"), text.npos) << Name(language, id);
-        }
-    });
+    EXPECT_EQ(WrongMarksOfDirection(Languages()), Problems());
+}
+
+// ---- the checks themselves: each names the error that is planted, and no other -------------------------------------
+
+struct PlantedError : StringLibraryTest {
+    static constexpr LANGID kGerman = 0x0407, kHebrew = 0x040D;
+    Tables tables = Languages();
+};
+
+TEST_F(PlantedError, AMissingText)
+{
+    tables.at(kGerman).erase(5330);
+    EXPECT_EQ(MissingTexts(tables, IdsOf(English())), Problems{"language 0x0407, text 5330 is missing"});
+}
+
+TEST_F(PlantedError, AWrongPlaceholder)
+{
+    tables.at(kGerman).at(5324) = L"Der Abrechnungscode muss mindestens %s Ziffern lang sein.";
+    EXPECT_EQ(WrongPlaceholders(tables), Problems{"language 0x0407, text 5324 has other placeholders than English"});
+}
+
+TEST_F(PlantedError, WrongMarksOfDirection)
+{
+    std::wstring& sentences = tables.at(kHebrew).at(5257);
+    sentences.erase(sentences.find(L'\u200F'), 1);
+    EXPECT_EQ(WrongMarksOfDirection(tables), Problems{"language 0x040d, text 5257 has wrong marks of direction"});
+
+    tables = Languages();
+    std::erase(tables.at(kHebrew).at(6101), L'\u202A');
+    EXPECT_EQ(WrongMarksOfDirection(tables), Problems{"language 0x040d, text 6101 has wrong marks of direction"});
+
+    tables = Languages();
+    tables.at(kGerman).at(5209) += L'\u200F';
+    EXPECT_EQ(WrongMarksOfDirection(tables), Problems{"language 0x0407, text 5209 has wrong marks of direction"});
 }
 
 } // namespace

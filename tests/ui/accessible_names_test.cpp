@@ -1,10 +1,15 @@
 // Every dialog as a screen reader meets it: is there a name for everything that can have the keyboard focus?
 #include "dialog/dialog.h"
 #include "support/all_dialogs.h"
+#include "support/languages.h"
+#include "support/string_library.h"
+#include "support/ui_language.h"
 
 #include <commctrl.h>
 #include <gtest/gtest.h>
 #include <oleacc.h>
+#include <optional>
+#include <tuple>
 
 namespace qx::test {
 namespace {
@@ -63,8 +68,12 @@ bool CanHaveTheFocus(HWND control)
     return (GetWindowLongPtrW(control, GWL_STYLE) & WS_TABSTOP) != 0 || IsRadioButton(control);
 }
 
-class AccessibleNames : public ::testing::TestWithParam<DialogCase> {
+// With the texts of a language; without one, with those that are built in.
+class AccessibleNames : public ::testing::TestWithParam<std::tuple<DialogCase, std::optional<Language>>> {
 protected:
+    static void SetUpTestSuite() { library_.emplace(); }
+    static void TearDownTestSuite() { library_.reset(); }
+
     void SetUp() override
     {
         CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
@@ -72,15 +81,23 @@ protected:
         InitCommonControlsEx(&classes);
         owner_ =
             CreateWindowW(L"Static", L"", WS_OVERLAPPEDWINDOW, 0, 0, 1200, 900, nullptr, nullptr, nullptr, nullptr);
+        const auto& [dialog, language] = GetParam();
+        if (language)
+            user_.emplace(language->Id());
+        const TextOwner texts{language ? library_->Module() : nullptr, L""};
         const auto nothingElse = [](HWND, UINT, WPARAM, LPARAM) -> INT_PTR { return FALSE; };
-        dialog_ = CreateDialogParamW(ModuleInstance(), MAKEINTRESOURCEW(GetParam().ids.Id()), owner_, nothingElse, 0);
+        dialog_ = CreateDialogParamW(ModuleInstance(), MAKEINTRESOURCEW(dialog.ids.Id()), owner_, nothingElse, 0);
         ASSERT_NE(dialog_, nullptr) << GetLastError();
-        SetUpControls(TextOwner{nullptr, L""}, dialog_, GetParam().controls);
+        SetUpControls(texts, dialog_, dialog.controls);
+        if (language) {
+            ASSERT_EQ(CurrentTextLanguage(), language->Id());
+        }
     }
     void TearDown() override
     {
         DestroyWindow(owner_);
         CoUninitialize();
+        user_.reset();
     }
 
     std::vector<HWND> FocusableControls() const
@@ -94,6 +111,9 @@ protected:
     }
 
 private:
+    inline static std::optional<StringLibrary> library_;
+
+    std::optional<UiLanguage> user_;
     HWND owner_ = nullptr;
     HWND dialog_ = nullptr;
 };
@@ -133,8 +153,25 @@ TEST_P(AccessibleNames, AGroupOfChoicesIsAnnouncedByTheLabelBeforeItsFirst)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(, AccessibleNames, ::testing::ValuesIn(AllDialogs()),
-                         [](const auto& dialog) { return std::string(dialog.param.name); });
+std::vector<std::optional<Language>> EveryLanguageAndNone()
+{
+    std::vector<std::optional<Language>> languages{std::nullopt};
+    languages.insert(languages.end(), Languages().begin(), Languages().end());
+    return languages;
+}
+
+std::string CaseName(const ::testing::TestParamInfo<AccessibleNames::ParamType>& info)
+{
+    const auto& [dialog, language] = info.param;
+    std::string name = (language ? language->code : "built_in") + "_" + dialog.name;
+    std::ranges::replace(name, '-', '_'); // sr-Latn
+    return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(, AccessibleNames,
+                         ::testing::Combine(::testing::ValuesIn(AllDialogs()),
+                                            ::testing::ValuesIn(EveryLanguageAndNone())),
+                         CaseName);
 
 } // namespace
 } // namespace qx::test

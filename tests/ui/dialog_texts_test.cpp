@@ -2,6 +2,7 @@
 // its own, and is there room for its text?
 #include "dialog/button_width.h"
 #include "dialog/dialog.h"
+#include "res/edit_phone_book_ids.h"
 #include "support/all_dialogs.h"
 #include "support/languages.h"
 #include "support/string_library.h"
@@ -69,6 +70,62 @@ INT_PTR CALLBACK NothingElse(HWND, UINT, WPARAM, LPARAM)
     return FALSE;
 }
 
+// Wide enough for a text, or high enough for the lines it breaks into. A fifteenth of the width stays free: in another
+// version of the same font a text may be a little wider.
+struct Room {
+    HWND control;
+    RECT available{};
+    UINT wrap = 0;
+
+    explicit Room(HWND of) : control(of)
+    {
+        constexpr int kButtonMargin = 4;
+        constexpr int kCheckMark = 18;
+        constexpr int kGroupBoxCorners = 18;
+        constexpr int kSpare = 15;
+        GetClientRect(of, &available);
+        const auto style = static_cast<DWORD>(GetWindowLongPtrW(of, GWL_STYLE));
+        if (Is(of, L"Static")) {
+            wrap = DT_WORDBREAK;
+        } else if (IsGroupBox(of)) {
+            available.right -= kGroupBoxCorners;
+        } else if (IsChoice(of)) {
+            available.right -= kCheckMark;
+            wrap = (style & BS_MULTILINE) != 0 ? DT_WORDBREAK : 0;
+        } else {
+            InflateRect(&available, -kButtonMargin, -kButtonMargin / 2);
+            wrap = (style & BS_MULTILINE) != 0 ? DT_WORDBREAK : 0;
+        }
+        available.right -= (available.right - available.left) / kSpare;
+    }
+
+    // How much of the text, in pixels, is cut off in width or height; 0: all of it is seen.
+    SIZE Missing(const std::wstring& text) const
+    {
+        const HDC dc = GetDC(control);
+        const HGDIOBJ previous = SelectObject(dc, reinterpret_cast<HFONT>(SendMessageW(control, WM_GETFONT, 0, 0)));
+        RECT needed{0, 0, available.right - available.left, 0};
+        DrawTextW(dc, text.c_str(), -1, &needed, DT_CALCRECT | wrap);
+        SelectObject(dc, previous);
+        ReleaseDC(control, dc);
+        return {std::max(0L, needed.right - (available.right - available.left)),
+                std::max(0L, needed.bottom - (available.bottom - available.top))};
+    }
+};
+
+// A caption with a third more words of the same length.
+std::wstring GrownByAThird(const std::wstring& text)
+{
+    return text + text.substr(0, (text.size() + 2) / 3);
+}
+
+std::wstring Unchanged(const std::wstring& text)
+{
+    return text;
+}
+
+using Problems = std::vector<std::string>;
+
 class DialogTexts : public ::testing::TestWithParam<std::tuple<DialogCase, Language>> {
 protected:
     static void SetUpTestSuite()
@@ -125,6 +182,62 @@ protected:
         return false;
     }
 
+    Problems SharedLetters() const
+    {
+        std::vector<Caption> captions;
+        for (const HWND control : Captioned())
+            captions.push_back({NameOf(control), WindowText(control)});
+        if (!Dialog().isPage)
+            return MnemonicClashes(captions);
+        Problems problems;
+        for (const unsigned send : {kSend, kPreviewAndSend}) {
+            captions.push_back({"the Send button", Text(send)});
+            for (const std::string& clash : MnemonicClashes(captions))
+                problems.push_back(clash);
+            captions.pop_back();
+        }
+        return problems;
+    }
+
+    // Every button and every field has a letter, nothing else has.
+    Problems MisplacedLetters() const
+    {
+        Problems problems;
+        for (const HWND control : Captioned()) {
+            const bool hasLetter = Mnemonic(WindowText(control)) != 0;
+            const int id = GetDlgCtrlID(control);
+            const bool hasAKeyOfItsOwn = id == IDOK || id == IDCANCEL;
+            const bool leadsSomewhere = Is(control, L"Button") ? !IsGroupBox(control) && !hasAKeyOfItsOwn
+                                                               : IsLabelOfAField(control) && !IsPrinted(control);
+            if (hasLetter != leadsSomewhere)
+                problems.push_back(NameOf(control) +
+                                   (hasLetter ? " has a letter that leads nowhere" : " has no letter"));
+        }
+        return problems;
+    }
+
+    // With the text that grown makes of each.
+    Problems CutCaptions(std::wstring (*grown)(const std::wstring&)) const
+    {
+        Problems problems;
+        for (const HWND control : Captioned()) {
+            const SIZE missing = Room(control).Missing(grown(WindowText(control)));
+            if (missing.cx > 0)
+                problems.push_back(NameOf(control) + " is too narrow");
+            if (missing.cy > 0)
+                problems.push_back(NameOf(control) + " is too low");
+        }
+        return problems;
+    }
+
+    Problems WrongDirection() const
+    {
+        const bool isRightToLeft = (GetWindowLongPtrW(dialog_, GWL_EXSTYLE) & WS_EX_LAYOUTRTL) != 0;
+        if (isRightToLeft == User().isRightToLeft)
+            return {};
+        return {std::string("the dialog reads from ") + (isRightToLeft ? "right to left" : "left to right")};
+    }
+
     std::wstring Text(unsigned id) const { return LocalizedText(texts_, {id, L""}); }
 
 private:
@@ -144,91 +257,23 @@ TEST(SessionLanguage, IsTheOneAskedFor)
 
 TEST_P(DialogTexts, NoTwoControlsShareALetter)
 {
-    std::vector<Caption> captions;
-    for (const HWND control : Captioned())
-        captions.push_back({NameOf(control), WindowText(control)});
-    if (!Dialog().isPage) {
-        EXPECT_EQ(MnemonicClashes(captions), std::vector<std::string>{});
-        return;
-    }
-    for (const unsigned send : {kSend, kPreviewAndSend}) {
-        captions.push_back({"the Send button", Text(send)});
-        EXPECT_EQ(MnemonicClashes(captions), std::vector<std::string>{});
-        captions.pop_back();
-    }
+    EXPECT_EQ(SharedLetters(), Problems());
 }
 
 TEST_P(DialogTexts, EveryButtonAndEveryFieldHasALetterAndNothingElseHas)
 {
-    for (const HWND control : Captioned()) {
-        const bool hasLetter = Mnemonic(WindowText(control)) != 0;
-        const int id = GetDlgCtrlID(control);
-        const bool hasAKeyOfItsOwn = id == IDOK || id == IDCANCEL;
-        const bool leadsSomewhere = Is(control, L"Button") ? !IsGroupBox(control) && !hasAKeyOfItsOwn
-                                                           : IsLabelOfAField(control) && !IsPrinted(control);
-        EXPECT_EQ(hasLetter, leadsSomewhere) << NameOf(control);
-    }
-}
-
-// Wide enough for a text, or high enough for the lines it breaks into. A fifteenth of the width stays free: in another
-// version of the same font a text may be a little wider.
-struct Room {
-    HWND control;
-    RECT available{};
-    UINT wrap = 0;
-
-    explicit Room(HWND of) : control(of)
-    {
-        constexpr int kButtonMargin = 4;
-        constexpr int kCheckMark = 18;
-        constexpr int kGroupBoxCorners = 18;
-        constexpr int kSpare = 15;
-        GetClientRect(of, &available);
-        const auto style = static_cast<DWORD>(GetWindowLongPtrW(of, GWL_STYLE));
-        if (Is(of, L"Static")) {
-            wrap = DT_WORDBREAK;
-        } else if (IsGroupBox(of)) {
-            available.right -= kGroupBoxCorners;
-        } else if (IsChoice(of)) {
-            available.right -= kCheckMark;
-            wrap = (style & BS_MULTILINE) != 0 ? DT_WORDBREAK : 0;
-        } else {
-            InflateRect(&available, -kButtonMargin, -kButtonMargin / 2);
-            wrap = (style & BS_MULTILINE) != 0 ? DT_WORDBREAK : 0;
-        }
-        available.right -= (available.right - available.left) / kSpare;
-    }
-
-    // How much of the text, in pixels, is cut off in width or height; 0: all of it is seen.
-    SIZE Missing(const std::wstring& text) const
-    {
-        const HDC dc = GetDC(control);
-        const HGDIOBJ previous = SelectObject(dc, reinterpret_cast<HFONT>(SendMessageW(control, WM_GETFONT, 0, 0)));
-        RECT needed{0, 0, available.right - available.left, 0};
-        DrawTextW(dc, text.c_str(), -1, &needed, DT_CALCRECT | wrap);
-        SelectObject(dc, previous);
-        ReleaseDC(control, dc);
-        return {std::max(0L, needed.right - (available.right - available.left)),
-                std::max(0L, needed.bottom - (available.bottom - available.top))};
-    }
-};
-
-// A caption with a third more words of the same length.
-std::wstring GrownByAThird(const std::wstring& text)
-{
-    return text + text.substr(0, (text.size() + 2) / 3);
+    EXPECT_EQ(MisplacedLetters(), Problems());
 }
 
 TEST_P(DialogTexts, EveryCaptionIsSeenWhole)
 {
-    const bool isEnglish = User().code == "en";
-    for (const HWND control : Captioned()) {
-        // English leaves room for the languages that are still to come.
-        const std::wstring text = isEnglish ? GrownByAThird(WindowText(control)) : WindowText(control);
-        const SIZE missing = Room(control).Missing(text);
-        EXPECT_EQ(missing.cx, 0) << NameOf(control) << " is too narrow";
-        EXPECT_EQ(missing.cy, 0) << NameOf(control) << " is too low";
-    }
+    // English leaves room for the languages that are still to come.
+    EXPECT_EQ(CutCaptions(User().code == "en" ? GrownByAThird : Unchanged), Problems());
+}
+
+TEST_P(DialogTexts, TheDialogHasTheDirectionOfTheLanguage)
+{
+    EXPECT_EQ(WrongDirection(), Problems());
 }
 
 class WidenedButton : public DialogTexts {};
@@ -251,11 +296,52 @@ class BuiltInTexts : public DialogTexts {};
 TEST_P(BuiltInTexts, EveryCaptionIsSeenWholeWhenThereIsNoLibrary)
 {
     ShowBuiltInTexts();
-    for (const HWND control : Captioned()) {
-        const SIZE missing = Room(control).Missing(WindowText(control));
-        EXPECT_EQ(missing.cx, 0) << NameOf(control) << " is too narrow";
-        EXPECT_EQ(missing.cy, 0) << NameOf(control) << " is too low";
+    EXPECT_EQ(CutCaptions(GrownByAThird), Problems());
+}
+
+// ---- the checks themselves: each names the error that is planted, and no other -------------------------------------
+
+class PlantedError : public DialogTexts {
+protected:
+    HWND Delete() const { return GetDlgItem(Window(), IDC_BOOK_DELETE); }
+    Problems Named(const std::wstring& caption, const std::string& problem)
+    {
+        SetWindowTextW(Delete(), caption.c_str());
+        return {NameOf(Delete()) + problem};
     }
+};
+
+TEST_P(PlantedError, ADoubledLetter)
+{
+    const std::string edit = NameOf(GetDlgItem(Window(), IDC_BOOK_EDIT)); // &Bearbeiten...
+    SetWindowTextW(Delete(), L"Lösche&b");
+    EXPECT_EQ(SharedLetters(), (Problems{edit + " and " + NameOf(Delete()) + " share a letter"}));
+}
+
+TEST_P(PlantedError, AMissingLetter)
+{
+    const Problems named = Named(L"Löschen", " has no letter");
+    EXPECT_EQ(MisplacedLetters(), named);
+}
+
+TEST_P(PlantedError, ALetterThatLeadsNowhere)
+{
+    const HWND frame = GetDlgItem(Window(), IDC_BOOK_FRAME);
+    SetWindowTextW(frame, L"T&elefonbuch");
+    EXPECT_EQ(MisplacedLetters(), Problems{NameOf(frame) + " has a letter that leads nowhere"});
+}
+
+TEST_P(PlantedError, ACaptionThatIsCutOff)
+{
+    const Problems named = Named(L"&Löschen aller ausgewählten Einträge", " is too narrow");
+    EXPECT_EQ(CutCaptions(Unchanged), named);
+}
+
+TEST_P(PlantedError, TheWrongDirection)
+{
+    const LONG_PTR style = GetWindowLongPtrW(Window(), GWL_EXSTYLE);
+    SetWindowLongPtrW(Window(), GWL_EXSTYLE, style | WS_EX_LAYOUTRTL);
+    EXPECT_EQ(WrongDirection(), Problems{"the dialog reads from right to left"});
 }
 
 std::string CaseName(const ::testing::TestParamInfo<DialogTexts::ParamType>& info)
@@ -285,11 +371,22 @@ std::vector<DialogCase> DialogsWithAFittedButton()
     return dialogs;
 }
 
+std::vector<DialogCase> EditPhoneBookAlone()
+{
+    return {*std::ranges::find(AllDialogs(), std::string_view("EditPhoneBook"), &DialogCase::name)};
+}
+
+std::vector<Language> GermanAlone()
+{
+    return {*std::ranges::find(Languages(), "de", &Language::code)};
+}
+
 using ::testing::Combine;
 using ::testing::ValuesIn;
 INSTANTIATE_TEST_SUITE_P(, DialogTexts, Combine(ValuesIn(AllDialogs()), ValuesIn(Languages())), CaseName);
 INSTANTIATE_TEST_SUITE_P(, WidenedButton, Combine(ValuesIn(DialogsWithAFittedButton()), ValuesIn(Languages())),
                          CaseName);
+INSTANTIATE_TEST_SUITE_P(, PlantedError, Combine(ValuesIn(EditPhoneBookAlone()), ValuesIn(GermanAlone())), CaseName);
 INSTANTIATE_TEST_SUITE_P(, BuiltInTexts, Combine(ValuesIn(AllDialogs()), ValuesIn(BothDirections())), CaseName);
 
 } // namespace

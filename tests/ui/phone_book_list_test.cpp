@@ -41,6 +41,16 @@ protected:
         Send(LVM_GETITEMW, 0, &item);
         return item;
     }
+    std::wstring CellText(int row, int column) const
+    {
+        wchar_t text[kTextUnits] = L"";
+        LVITEMW item{};
+        item.iSubItem = column;
+        item.pszText = text;
+        item.cchTextMax = kTextUnits;
+        Send(LVM_GETITEMTEXTW, static_cast<WPARAM>(row), &item);
+        return text;
+    }
     void Select(int row) const
     {
         LVITEMW item{};
@@ -63,6 +73,24 @@ TEST_F(PhoneBookListTest, HasThreeColumnsWholeRowsGridLinesAndAStandingSelection
     const LRESULT style = Send(LVM_GETEXTENDEDLISTVIEWSTYLE);
     EXPECT_EQ(style & (LVS_EX_FULLROWSELECT | LVS_EX_GRIDLINES | LVS_EX_SUBITEMIMAGES),
               LVS_EX_FULLROWSELECT | LVS_EX_GRIDLINES);
+}
+
+// On Windows a mirrored list shows a text in its own direction, and a number's signs in the order of the text.
+TEST_F(PhoneBookListTest, NumbersReadFromLeftToRightInAMirroredListAndStayWhatTheyAre)
+{
+    const PhoneBookEntry* const entry = book.AddEntry(L"Ann", L"(030)555-0123,,#4", L"Harbour (Books)", 7);
+    FillPhoneBookList(list, *book, ListedItems::All);
+    EXPECT_EQ(CellText(0, 1), L"(030)555-0123,,#4");
+
+    const LONG_PTR style = GetWindowLongPtrW(list.window, GWL_EXSTYLE);
+    SetWindowLongPtrW(list.window, GWL_EXSTYLE, style | WS_EX_LAYOUTRTL);
+    FillPhoneBookList(list, *book, ListedItems::All);
+    EXPECT_EQ(CellText(0, 0), L"Ann");
+    EXPECT_EQ(CellText(0, 1), L"\u202A(030)555-0123,,#4\u202C");
+    EXPECT_EQ(CellText(0, 2), L"Harbour (Books)");
+    Select(0);
+    EXPECT_EQ(OnlySelectedItem(list.window, *book), entry);
+    EXPECT_STREQ(entry->FaxNumber(), L"(030)555-0123,,#4");
 }
 
 TEST_F(PhoneBookListTest, ColumnsFollowTheScaleOfTheWindow)

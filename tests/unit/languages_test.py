@@ -63,6 +63,13 @@ class Tables(unittest.TestCase):
                 self.assertEqual(tables.get(id, tables[min(tables)]), language.code, hex(id))
 
 
+class Dictionaries(unittest.TestCase):
+    def test_they_are_named_after_the_locale(self):
+        self.assertEqual(row("de", 0x0407, locale="de_DE").dictionary, "de_DE")
+        self.assertEqual(row("sr-Cyrl", 0x281A, locale="sr_RS@cyrillic").dictionary, "sr_RS")
+        self.assertEqual(row("sr-Latn", 0x241A, locale="sr_RS@latin").dictionary, "sr_Latn_RS")
+
+
 class Mistakes(unittest.TestCase):
     def assert_refused(self, sentence, *rows):
         with self.assertRaisesRegex(languages.Problem, sentence):
@@ -97,6 +104,10 @@ class Locales(unittest.TestCase):
     def test_the_variant_stands_behind_the_encoding(self):
         latin = row("en", 0x0409, locale="sr_RS@latin")
         self.assertEqual(languages.locale_of("en", [latin]), "sr_RS.UTF-8@latin")
+
+    def test_of_the_language_that_nobody_speaks(self):
+        self.assertEqual(self.locale("qps"), "en_US.UTF-8")
+        self.assertNotIn("qps", languages.codes(languages.read_list()))
 
     def test_of_none(self):
         for code in ("", "xx", "de-", "de-Latn", "-de"):

@@ -11,6 +11,7 @@ sys.path.insert(0, str(SOURCES / "strings"))
 import languages  # noqa: E402
 import po  # noqa: E402
 import polib  # noqa: E402
+import prose  # noqa: E402
 import pseudo  # noqa: E402
 import table  # noqa: E402
 
@@ -103,6 +104,17 @@ class Refused(unittest.TestCase):
     def test_a_translation_of_what_english_said_before(self):
         self.assert_refused("4: translated from another English text; export again",
                             lambda read: setattr(read[3], "msgid", "Lonely"))
+
+
+class Prose(unittest.TestCase):
+    def test_a_spelling_checker_sees_words_and_no_marks(self):
+        self.assertEqual(prose.without_marks("Press `Ctrl+A` in {5213}, ‘so’ it’s"), "Press   in  ,  so  it’s")
+        japanese = next(row for row in languages.read_list() if row.code == "ja")
+        self.assertIn("参照...", list(prose.of_texts(japanese)))
+
+    def test_every_language_has_texts_and_help_for_it(self):
+        for row in languages.read_list():
+            self.assertGreater(len(list(prose.of(row.code))), 90, row.code)
 
 
 class Pseudo(unittest.TestCase):

@@ -32,7 +32,7 @@ bool AppendItem(HWND list, const PhoneBookItem& item) noexcept
 {
     const auto id = static_cast<LPARAM>(item.GetId());
     if (const PhoneBookEntry* const entry = AsEntry(&item))
-        return AppendRow(list, {entry->GetName(), entry->FaxNumber(), entry->Company()}, id);
+        return AppendRow(list, {entry->GetName(), NumberCell(entry->FaxNumber()), entry->Company()}, id);
     return AppendRow(list, {item.GetName()}, id, 0);
 }
 
