@@ -10,7 +10,6 @@
 #include "res/bitmaps_ids.h"
 #include "settings/device_state.h"
 
-#include <new>
 #include <vector>
 
 namespace qx {
@@ -89,20 +88,6 @@ void ReportTooManyRecipients(const FaxJobPage& page)
     ReportProblem(page, page.dialog, SendProblem::TooManyRecipients);
 }
 
-// Throws when memory is short.
-UniqueItem<PhoneBookEntry> MakeEntry(const wchar_t* name, const wchar_t* faxNumber, const wchar_t* company)
-{
-    UniqueItem<PhoneBookEntry> entry(MakeRecipient(name, faxNumber, company));
-    if (entry == nullptr)
-        throw std::bad_alloc();
-    return entry;
-}
-
-UniqueItem<PhoneBookEntry> MakeEntry(const Recipient& recipient)
-{
-    return MakeEntry(recipient.name.c_str(), recipient.faxNumber.c_str(), recipient.company.c_str());
-}
-
 void AddGroupMembers(FaxJobPage& page, const PhoneBookGroup& group)
 {
     if (!GroupFits(page.recipients.Count(), group.Members().size()))
@@ -110,7 +95,7 @@ void AddGroupMembers(FaxJobPage& page, const PhoneBookGroup& group)
     std::vector<UniqueItem<PhoneBookEntry>> entries;
     for (const PhoneBookItem* const member : group.Members()) {
         if (const PhoneBookEntry* const entry = AsEntry(member))
-            entries.push_back(MakeEntry(entry->GetName(), entry->FaxNumber(), entry->Company()));
+            entries.push_back(MakeRecipient(entry->Texts()));
     }
     if (!page.recipients.Add(entries))
         return;
@@ -122,7 +107,7 @@ void AddEntry(FaxJobPage& page)
 {
     if (!RecipientFits(page.recipients.Count()))
         return ReportTooManyRecipients(page);
-    UniqueItem<PhoneBookEntry> entry = MakeEntry(ReadRecipient(page.fields));
+    UniqueItem<PhoneBookEntry> entry = MakeRecipient(ReadRecipient(page.fields));
     const PhoneBookEntry& added = *entry; // the record's, and there to stay for now
     if (!page.recipients.Add({&entry, 1}))
         return;
@@ -178,9 +163,7 @@ bool AddToPhoneBook(FaxJobPage& page, const Recipient& recipient)
 {
     PhoneBookEntry* const entry = page.book->Store().NewEntry();
     entry->SetId(page.book->NextId()); // drawn before the duplicate test: a refused entry leaves a gap
-    entry->SetName(recipient.name.c_str());
-    entry->SetFaxNumber(recipient.faxNumber.c_str());
-    entry->SetCompany(recipient.company.c_str());
+    entry->SetTexts(recipient);
     if (page.book->HoldsSameEntry(*entry)) {
         page.book->Store().Discard(entry);
         return false;
@@ -285,7 +268,7 @@ bool ValidateFaxJobPage(FaxJobPage& page)
 UniqueItem<PhoneBookEntry> TypedRecipient(const FaxJobPage& page)
 {
     const Recipient recipient = ReadRecipient(page.fields);
-    return recipient.faxNumber.empty() ? nullptr : MakeEntry(recipient);
+    return recipient.faxNumber.empty() ? nullptr : MakeRecipient(recipient);
 }
 
 bool PrepareFaxJobPage(FaxJobPage& page)

@@ -7,6 +7,7 @@
 #include "dialog/number_filter.h"
 #include "dialog/type_ahead_combo.h"
 #include "pages/recipient_rules.h"
+#include "record/recipient.h"
 #include "text/localized_text.h"
 
 #include <optional>
@@ -17,13 +18,6 @@ namespace qx {
 
 class PhoneBookGroup;
 class RecentRecipientList;
-
-// What stands in the three fields.
-struct Recipient {
-    std::wstring name;
-    std::wstring faxNumber;
-    std::wstring company;
-};
 
 struct RecipientFields {
     const TextOwner* texts = nullptr;

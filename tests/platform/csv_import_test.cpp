@@ -280,9 +280,7 @@ ImportOutcome ImportLiterally(PhoneBook& book, const std::wstring& rows)
             continue;
         PhoneBookEntry* const entry = book.Store().NewEntry();
         entry->SetId(book.NextId());
-        entry->SetName(row.name.c_str());
-        entry->SetFaxNumber(row.faxNumber.c_str());
-        entry->SetCompany(row.company.c_str());
+        entry->SetTexts(row);
         bool duplicate = false;
         for (DWORD i = 0; i < book.GetCount() && !duplicate; ++i) {
             const PhoneBookEntry* const held = AsEntry(book.GetAt(i));

@@ -19,9 +19,7 @@ inline bool SaveStamped(const std::wstring& path, const std::wstring& stamp)
     std::vector<PhoneBookItem*> items;
     for (DWORD id = 0; id < kStampedEntries; ++id) {
         PhoneBookEntry* const entry = store.NewEntry();
-        entry->SetName((L"Person " + std::to_wstring(id)).c_str());
-        entry->SetFaxNumber(L"555-0100");
-        entry->SetCompany(stamp.c_str());
+        entry->SetTexts({L"Person " + std::to_wstring(id), L"555-0100", stamp});
         entry->SetId(id);
         items.push_back(entry);
     }

@@ -19,7 +19,7 @@ protected:
 
     void Use(const wchar_t* name, const wchar_t* faxNumber, const wchar_t* company = L"")
     {
-        const UniqueItem<PhoneBookEntry> entry(MakeRecipient(name, faxNumber, company));
+        const UniqueItem<PhoneBookEntry> entry = MakeRecipient({name, faxNumber, company});
         EXPECT_EQ(list.AddRecent(entry.get(), &*book), TRUE);
     }
 
@@ -114,7 +114,7 @@ TEST_F(RecentList, KeepsEntriesOfOneNameApartByNumberAndEntriesApartFromGroups)
 TEST_F(RecentList, RefusesWhatHasNoNameAndStaysAsItWas)
 {
     Use(L"Ann", L"1");
-    const UniqueItem<PhoneBookEntry> nameless(MakeRecipient(L"", L"1", L""));
+    const UniqueItem<PhoneBookEntry> nameless = MakeRecipient({L"", L"1", L""});
     PhoneBookGroup* const group = book.AddGroup(L"", {1}, 1);
     PhoneBookEntry* const never = book.AddEntry(nullptr, L"1", L"", 2);
     EXPECT_EQ(list.AddRecent(nameless.get(), &*book), FALSE);
@@ -348,7 +348,7 @@ TEST_F(RecentList, OfAPrinterWithoutSubtreeIsEmptyAndSavesNothing)
     RecentRecipientList none;
     none.Open(unnamed.Handle());
     none.Load();
-    const UniqueItem<PhoneBookEntry> entry(MakeRecipient(L"Ann", L"1", L""));
+    const UniqueItem<PhoneBookEntry> entry = MakeRecipient({L"Ann", L"1", L""});
     EXPECT_EQ(none.AddRecent(entry.get(), &*book), TRUE);
     none.Save();
     EXPECT_EQ(NamesOf(none), Names{L"Ann"});
@@ -364,7 +364,7 @@ TEST_F(RecentList, LeavesNoHandlesAndNoMemoryBehind)
         used.Load();
         used.AddRecent(group, &*book);
         for (int i = 0; i < 30; ++i)
-            used.AddRecent(UniqueItem<PhoneBookEntry>(MakeRecipient(std::to_wstring(i).c_str(), L"1", L"")).get(),
+            used.AddRecent(MakeRecipient({std::to_wstring(i), L"1", L""}).get(),
                            &*book);
         used.Save();
     };

@@ -33,9 +33,7 @@ FaxJobPageStand::~FaxJobPageStand()
 PhoneBookEntry* FaxJobPageStand::NewEntry(const wchar_t* name, const wchar_t* faxNumber, const wchar_t* company)
 {
     PhoneBookEntry* const entry = store_.NewEntry();
-    entry->SetName(name);
-    entry->SetFaxNumber(faxNumber);
-    entry->SetCompany(company);
+    entry->SetTexts({name, faxNumber, company});
     return entry;
 }
 
@@ -49,13 +47,8 @@ void FaxJobPageStand::AddRecentGroup(const wchar_t* name, int members)
     PhoneBookGroup* const group = store_.NewGroup();
     group->SetName(name);
     for (int i = 1; i <= members; ++i) {
-        // A group owns its members: they must not come from the store.
-        PhoneBookEntry* const member = new PhoneBookEntry;
         const std::wstring number = std::to_wstring(i);
-        member->SetName((name + (L" " + number)).c_str());
-        member->SetFaxNumber((L"900" + number).c_str());
-        member->SetCompany(L"");
-        group->AddMember(member);
+        group->AddMember(MakeRecipient({name + (L" " + number), L"900" + number, L""}).release());
     }
     recent_.AddRecent(group, book_);
 }

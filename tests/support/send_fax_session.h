@@ -14,6 +14,7 @@
 
 #include "host/provision.h"
 #include "host/ui_driver.h"
+#include "record/recipient.h"
 
 #include <filesystem>
 #include <functional>
@@ -30,11 +31,6 @@ struct SessionOptions {
     host::PrinterSetup printer;
     // What the driver puts into its record before the call.
     std::function<void(FaxJobData&)> prepare;
-};
-
-struct Recipient {
-    std::wstring name, faxNumber, company;
-    bool operator==(const Recipient&) const = default;
 };
 
 // The options of a session whose device has one value other than usual.

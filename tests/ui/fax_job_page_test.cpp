@@ -519,7 +519,7 @@ TEST_F(FaxJobPageTest, ASendThatTheOtherPageRefusesLeavesTheJobAsItWas)
 
 TEST_F(FaxJobPageTest, ARecordThatComesWithRecipientsShowsThem)
 {
-    AddRecipient(stand.Job(), AsRecipient(MakeRecipient(L"Anna", L"1", L"Orchard")));
+    AddRecipient(stand.Job(), AsRecipient(MakeRecipient({L"Anna", L"1", L"Orchard"}).release()));
     stand.Show();
     EXPECT_EQ(stand.Rows(), (Rows{{L"Anna", L"1", L"Orchard"}}));
 }
@@ -537,7 +537,7 @@ TEST_F(FaxJobPageTest, ASendThatThrowsIsRefused)
 TEST_F(FaxJobPageTest, ASendWithARecipientThatNoRowShowsIsRefusedAndShowsIt)
 {
     stand.Show();
-    AddRecipient(stand.Job(), AsRecipient(MakeRecipient(L"Anna", L"1", L"Orchard")));
+    AddRecipient(stand.Job(), AsRecipient(MakeRecipient({L"Anna", L"1", L"Orchard"}).release()));
     EXPECT_FALSE(stand.Send());
     EXPECT_EQ(stand.Rows(), (Rows{{L"Anna", L"1", L"Orchard"}}));
     EXPECT_TRUE(stand.Send());

@@ -110,9 +110,7 @@ private:
     static PhoneBookItem* NewEntry(ItemStore& store, const RecentItem& item)
     {
         PhoneBookEntry* const entry = store.NewEntry();
-        entry->SetName(item.name.c_str());
-        entry->SetFaxNumber(item.faxNumber.c_str());
-        entry->SetCompany(item.company.c_str());
+        entry->SetTexts({item.name, item.faxNumber, item.company});
         return entry;
     }
     static PhoneBookItem* NewGroup(ItemStore& store, const RecentItem& item)
@@ -121,7 +119,7 @@ private:
         group->SetName(item.name.c_str());
         for (int i = 1; i <= item.members; ++i) {
             const std::wstring number = std::to_wstring(i);
-            group->AddMember(MakeRecipient((item.name + L" " + number).c_str(), number.c_str(), L"Works"));
+            group->AddMember(MakeRecipient({item.name + L" " + number, number, L"Works"}).release());
         }
         return group;
     }

@@ -7,12 +7,9 @@ namespace {
 
 using namespace std::string_view_literals;
 
-void ExpectTexts(std::wstring_view block, std::wstring_view name, std::wstring_view number, std::wstring_view company)
+void ExpectTexts(std::wstring_view block, const wchar_t* name, const wchar_t* number, const wchar_t* company)
 {
-    const EntryTexts texts = ReadEntryBlock(block);
-    EXPECT_EQ(texts.name, name);
-    EXPECT_EQ(texts.faxNumber, number);
-    EXPECT_EQ(texts.company, company);
+    EXPECT_EQ(ReadEntryBlock(block), (Recipient{name, number, company}));
 }
 
 TEST(EntryTextBlock, HoldsThreeTerminatedTexts)

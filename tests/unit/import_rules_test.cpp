@@ -13,7 +13,7 @@ protected:
     {
         text_ = L"n,f,c\r\n" + line;
         EXPECT_EQ(fields_.Parse(text_), CsvStatus::Good);
-        ImportRow row{.name = L"left", .faxNumber = L"over", .company = L"!", .hasFaxNumberField = true};
+        ImportRow row{{L"left", L"over", L"!"}, true};
         ReadImportRow(fields_, 1, columns, row);
         return row;
     }

@@ -69,7 +69,7 @@ TEST(Items, ASetterStoresAnOwnedCopyOfAnyLengthAndNeverNull)
 
 TEST(Items, TheDriverReadsAnEntryAsARecipient)
 {
-    const UniqueItem<PhoneBookEntry> entry(MakeRecipient(L"Ann", L"555", L"Acme", 7));
+    const UniqueItem<PhoneBookEntry> entry = MakeRecipient({L"Ann", L"555", L"Acme"}, 7);
     const FaxRecipient* const recipient = AsRecipient(entry.get());
     EXPECT_STREQ(recipient->Name, L"Ann");
     EXPECT_STREQ(recipient->FaxNumber, L"555");
@@ -80,7 +80,7 @@ TEST(Items, TheDriverReadsAnEntryAsARecipient)
 
 TEST(Items, TheDriverCanReleaseARecipientWithoutTheModule)
 {
-    PhoneBookEntry* const entry = MakeRecipient(L"Ann", nullptr, nullptr);
+    PhoneBookEntry* const entry = MakeRecipient({L"Ann", L"", L""}).release();
     EXPECT_STREQ(entry->FaxNumber(), L"");
     void* const blocks[] = {AsRecipient(entry), AsRecipient(entry)->Name, AsRecipient(entry)->FaxNumber,
                             AsRecipient(entry)->Company};
@@ -194,7 +194,7 @@ TEST(Items, MembersThatAreThereAreNotResolvedAgain)
     TestBook book;
     book.AddEntry(L"Ann", L"1", L"", 1);
     PhoneBookGroup* const group = book.AddGroup(L"Group", {1}, 9);
-    group->AddMember(MakeRecipient(L"Older copy", L"", L""));
+    group->AddMember(MakeRecipient({L"Older copy", L"", L""}).release());
     book->ResolveMembers(*group);
     ASSERT_EQ(group->Members().size(), 1u);
     EXPECT_STREQ(group->Members()[0]->GetName(), L"Older copy");
@@ -235,7 +235,7 @@ TEST(ItemStore, ADiscardedItemIsForgottenAndForeignOnesAreLeftAlone)
     store.NewGroup();
     store.Discard(first);
     store.Discard(nullptr);
-    const UniqueItem<PhoneBookEntry> foreign(MakeRecipient(L"Ann", L"", L""));
+    const UniqueItem<PhoneBookEntry> foreign = MakeRecipient({L"Ann", L"", L""});
     store.Discard(foreign.get());
     EXPECT_STREQ(foreign->GetName(), L"Ann");
 }

@@ -92,7 +92,7 @@ protected:
 
     FaxRecipient* Give(const wchar_t* name)
     {
-        FaxRecipient* const recipient = AsRecipient(MakeRecipient(name, L"5", L"C", 42));
+        FaxRecipient* const recipient = AsRecipient(MakeRecipient({name, L"5", L"C"}, 42).release());
         AddRecipient(job, recipient);
         return recipient;
     }

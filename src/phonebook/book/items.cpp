@@ -68,6 +68,14 @@ UniqueItem<PhoneBookEntry> MakeCopy(const PhoneBookEntry& entry)
     return copy;
 }
 
+UniqueItem<PhoneBookEntry> MakeRecipient(const Recipient& texts, DWORD id)
+{
+    UniqueItem<PhoneBookEntry> entry(new PhoneBookEntry);
+    entry->SetTexts(texts);
+    entry->SetId(id);
+    return entry;
+}
+
 PhoneBookEntry::~PhoneBookEntry()
 {
     HeapRelease(name_);
@@ -92,18 +100,33 @@ void PhoneBookEntry::SetCompany(const wchar_t* text)
     Replace(company_, CopyOf(text));
 }
 
+void PhoneBookEntry::SetTexts(const Recipient& texts)
+{
+    ReplaceTexts(texts.name.c_str(), texts.faxNumber.c_str(), texts.company.c_str());
+}
+
+Recipient PhoneBookEntry::Texts() const
+{
+    return {OrEmpty(name_), OrEmpty(faxNumber_), OrEmpty(company_)};
+}
+
 void PhoneBookEntry::CopyFrom(const PhoneBookEntry& other)
 {
     if (SameBuffer(name_, other.name_) || SameBuffer(faxNumber_, other.faxNumber_) ||
         SameBuffer(company_, other.company_))
         return;
-    OwnedText name = CopyOf(other.name_);
-    OwnedText faxNumber = CopyOf(other.faxNumber_);
-    OwnedText company = CopyOf(other.company_);
-    Replace(name_, std::move(name));
-    Replace(faxNumber_, std::move(faxNumber));
-    Replace(company_, std::move(company));
+    ReplaceTexts(other.name_, other.faxNumber_, other.company_);
     id_ = other.id_;
+}
+
+void PhoneBookEntry::ReplaceTexts(const wchar_t* name, const wchar_t* faxNumber, const wchar_t* company)
+{
+    OwnedText newName = CopyOf(name);
+    OwnedText newFaxNumber = CopyOf(faxNumber);
+    OwnedText newCompany = CopyOf(company);
+    Replace(name_, std::move(newName));
+    Replace(faxNumber_, std::move(newFaxNumber));
+    Replace(company_, std::move(newCompany));
 }
 
 PhoneBookGroup::~PhoneBookGroup()
@@ -215,18 +238,6 @@ FaxRecipient* AsRecipient(PhoneBookEntry* entry) noexcept
 const PhoneBookEntry* AsEntry(const FaxRecipient* recipient) noexcept
 {
     return reinterpret_cast<const PhoneBookEntry*>(recipient);
-}
-
-PhoneBookEntry* MakeRecipient(const wchar_t* name, const wchar_t* faxNumber, const wchar_t* company, DWORD id) noexcept
-try {
-    UniqueItem<PhoneBookEntry> entry(new PhoneBookEntry);
-    entry->SetName(name);
-    entry->SetFaxNumber(faxNumber);
-    entry->SetCompany(company);
-    entry->SetId(id);
-    return entry.release();
-} catch (const std::bad_alloc&) {
-    return nullptr;
 }
 
 ItemStore::~ItemStore()

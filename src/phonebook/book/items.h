@@ -3,6 +3,7 @@
 
 #include "base/number_text.h"
 #include "base/process_heap.h"
+#include "record/recipient.h"
 
 #include <memory>
 #include <qxfax/send_fax.h>
@@ -50,12 +51,16 @@ public:
     void SetName(const wchar_t* text);
     void SetFaxNumber(const wchar_t* text);
     void SetCompany(const wchar_t* text);
+    void SetTexts(const Recipient& texts); // all three, or none
+    Recipient Texts() const;               // what was never set is empty
     void SetId(DWORD id) noexcept { id_ = id; }
 
     // The three texts and the id; nothing when both share a text buffer. Throws std::bad_alloc, with nothing changed.
     void CopyFrom(const PhoneBookEntry& other);
 
 private:
+    void ReplaceTexts(const wchar_t* name, const wchar_t* faxNumber, const wchar_t* company);
+
     wchar_t* name_ = nullptr;
     wchar_t* faxNumber_ = nullptr;
     wchar_t* company_ = nullptr;
@@ -110,8 +115,9 @@ struct ItemDeleter {
 };
 template <class Item> using UniqueItem = std::unique_ptr<Item, ItemDeleter>;
 
-// An entry outside every store. Throws std::bad_alloc.
+// New entries outside every store, for the job record or a list of one's own. Throw std::bad_alloc.
 UniqueItem<PhoneBookEntry> MakeCopy(const PhoneBookEntry& entry);
+UniqueItem<PhoneBookEntry> MakeRecipient(const Recipient& texts, DWORD id = 0);
 
 // The duplicate rule: names equal, and fax numbers equal or one of them null. False when a name is null.
 bool IsSameEntry(const PhoneBookEntry& a, const PhoneBookEntry& b) noexcept;
@@ -124,9 +130,6 @@ bool IsSameGroup(const PhoneBookGroup& a, const PhoneBookGroup& b) noexcept;
 // An entry as the driver reads it, and back. The record owns what it holds: hand it a new entry, never the book's own.
 FaxRecipient* AsRecipient(PhoneBookEntry* entry) noexcept;
 const PhoneBookEntry* AsEntry(const FaxRecipient* recipient) noexcept;
-// A new entry outside every store, with copies of the texts; for the job record. Null when memory is short.
-PhoneBookEntry* MakeRecipient(const wchar_t* name, const wchar_t* faxNumber, const wchar_t* company,
-                              DWORD id = 0) noexcept;
 
 // Owns every item made during a session, until it is discarded or the session ends: the book, the lists and the dialogs
 // only point.

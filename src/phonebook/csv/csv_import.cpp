@@ -46,9 +46,7 @@ private:
         if (unused_ == nullptr)
             unused_ = book_.Store().NewEntry();
         unused_->SetId(book_.NextId());
-        unused_->SetName(row.name.c_str());
-        unused_->SetFaxNumber(row.faxNumber.c_str());
-        unused_->SetCompany(row.company.c_str());
+        unused_->SetTexts(row);
         return *unused_;
     }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "phonebook/csv/csv_text.h"
+#include "record/recipient.h"
 
 #include <optional>
 #include <span>
@@ -62,10 +63,7 @@ std::vector<std::optional<std::wstring>> HeaderTexts(const CsvFields& fields);
 // ---- rows ----------------------------------------------------------------------------------------------------------
 
 // One line of the file, cut to what an entry takes. Made to be filled again and again.
-struct ImportRow {
-    std::wstring name;
-    std::wstring faxNumber;
-    std::wstring company;
+struct ImportRow : Recipient {
     bool hasFaxNumberField = false; // false: the fax number is not mapped, or its field has no characters at all
 };
 void ReadImportRow(const CsvFields& fields, std::size_t row, const ImportColumns& columns, ImportRow& read);

@@ -126,48 +126,48 @@ private:
 
     void ReadEntry(IXMLDOMNode& element)
     {
-        PhoneBookEntry* const entry = store_.NewEntry();
-        entry->SetId(kNoId);
-        walk_.ForEachAttribute(element, [entry](std::wstring_view name, const wchar_t* text) {
+        DWORD id = kNoId;
+        Recipient texts;
+        walk_.ForEachAttribute(element, [&](std::wstring_view name, const wchar_t* text) {
             if (name == xml::kId)
-                entry->SetId(ParseId(text));
+                id = ParseId(text);
             else if (name == xml::kName)
-                entry->SetName(text);
+                texts.name = text;
             else if (name == xml::kFaxNumber)
-                entry->SetFaxNumber(text);
+                texts.faxNumber = text;
             else if (name == xml::kCompany)
-                entry->SetCompany(text);
+                texts.company = text;
         });
         // An entry that is dropped for its number has its id all the same: it is not handed out again.
-        NoteId(entry->GetId());
-        if (entry->GetId() == kNoId || !IsValidFaxNumber(OrEmpty(entry->FaxNumber()))) {
-            Drop(entry);
+        NoteId(id);
+        if (id == kNoId || !IsValidFaxNumber(texts.faxNumber)) {
+            loaded_.dropped = true;
             return;
         }
-        if (entry->Name() == nullptr)
-            entry->SetName(nullptr); // that is, empty
-        if (entry->FaxNumber() == nullptr)
-            entry->SetFaxNumber(nullptr);
-        if (entry->Company() == nullptr)
-            entry->SetCompany(nullptr);
+        PhoneBookEntry* const entry = store_.NewEntry();
+        entry->SetId(id);
+        entry->SetTexts(texts);
         loaded_.items.push_back(entry);
     }
 
     void ReadGroup(IXMLDOMNode& element)
     {
-        PhoneBookGroup* const group = store_.NewGroup();
-        group->SetId(kNoId);
-        walk_.ForEachAttribute(element, [group](std::wstring_view name, const wchar_t* text) {
+        DWORD id = kNoId;
+        std::optional<std::wstring> groupName;
+        walk_.ForEachAttribute(element, [&](std::wstring_view name, const wchar_t* text) {
             if (name == xml::kGroupName)
-                group->SetName(text);
+                groupName = text;
             else if (name == xml::kId)
-                group->SetId(ParseId(text));
+                id = ParseId(text);
         });
-        NoteId(group->GetId());
-        if (group->Name() == nullptr) {
-            Drop(group);
+        NoteId(id);
+        if (!groupName) {
+            loaded_.dropped = true;
             return;
         }
+        PhoneBookGroup* const group = store_.NewGroup();
+        group->SetId(id);
+        group->SetName(groupName->c_str());
         ReadMembers(element, *group);
         loaded_.items.push_back(group);
     }
@@ -189,12 +189,6 @@ private:
                 NoteId(group.MemberIds().back()); // else a new entry might become a member
             }
         });
-    }
-
-    void Drop(PhoneBookItem* item) noexcept
-    {
-        store_.Discard(item);
-        loaded_.dropped = true;
     }
 
     // Ids are compared as signed numbers: those above 0x7FFFFFFF never count.

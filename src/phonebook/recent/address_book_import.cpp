@@ -59,11 +59,11 @@ void WriteVersion(HANDLE printer)
 // Whether there was anything to add.
 bool AddOldEntry(HKEY addressBook, const wchar_t* valueName, PhoneBook& book)
 {
-    PhoneBookEntry* const entry = book.Store().NewEntry();
-    if (!ReadRegistryEntry(addressBook, valueName, *entry)) {
-        book.Store().Discard(entry);
+    const std::optional<Recipient> texts = ReadRegistryEntry(addressBook, valueName);
+    if (!texts)
         return false;
-    }
+    PhoneBookEntry* const entry = book.Store().NewEntry();
+    entry->SetTexts(*texts);
     entry->SetId(book.NextId());
     book.Add(entry);
     return true;

@@ -16,20 +16,20 @@ std::wstring_view TakeText(std::wstring_view& block) noexcept
 
 } // namespace
 
-EntryTexts ReadEntryBlock(std::wstring_view block) noexcept
+Recipient ReadEntryBlock(std::wstring_view block)
 {
-    EntryTexts texts;
+    Recipient texts;
     texts.name = TakeText(block);
     texts.faxNumber = TakeText(block);
     texts.company = TakeText(block);
     return texts;
 }
 
-std::wstring MakeEntryBlock(const EntryTexts& texts)
+std::wstring MakeEntryBlock(const Recipient& texts)
 {
     std::wstring block;
-    for (const std::wstring_view text : {texts.name, texts.faxNumber, texts.company})
-        block.append(text).push_back(L'\0');
+    for (const std::wstring* const text : {&texts.name, &texts.faxNumber, &texts.company})
+        block.append(*text).push_back(L'\0');
     return block; // c_str() adds the one that ends the list
 }
 

@@ -2,21 +2,16 @@
 // more terminator behind them.
 #pragma once
 
-#include <string>
+#include "record/recipient.h"
+
 #include <string_view>
 
 namespace qx {
 
-struct EntryTexts {
-    std::wstring_view name;
-    std::wstring_view faxNumber;
-    std::wstring_view company;
-};
-
-// The first three strings of a block; those that are not there are empty. The views look into the block.
-EntryTexts ReadEntryBlock(std::wstring_view block) noexcept;
+// The first three strings of a block; those that are not there are empty.
+Recipient ReadEntryBlock(std::wstring_view block);
 
 // The three texts with their terminators.
-std::wstring MakeEntryBlock(const EntryTexts& texts);
+std::wstring MakeEntryBlock(const Recipient& texts);
 
 } // namespace qx

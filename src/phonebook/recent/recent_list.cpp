@@ -30,7 +30,7 @@ void WriteGroup(HKEY key, const PhoneBookGroup& group)
     WriteDword(key, kMemberCount, static_cast<DWORD>(members.size()));
     for (std::size_t i = 0; i < members.size(); ++i) {
         if (const PhoneBookEntry* const entry = AsEntry(members[i]))
-            WriteRegistryEntry(key, std::to_wstring(i).c_str(), *entry);
+            WriteRegistryEntry(key, std::to_wstring(i).c_str(), entry->Texts());
     }
 }
 
@@ -41,7 +41,7 @@ void WriteItem(HKEY key, const PhoneBookItem& item)
     if (const PhoneBookGroup* const group = AsGroup(&item))
         WriteGroup(key, *group);
     else
-        WriteRegistryEntry(key, kDefaultValue, *AsEntry(&item));
+        WriteRegistryEntry(key, kDefaultValue, AsEntry(&item)->Texts());
 }
 
 // An empty subkey with that name; none when the old one cannot be removed (it has subkeys, say).
@@ -59,8 +59,8 @@ UniqueKey FreshSubkey(HKEY list, const std::wstring& name)
 
 UniqueItem<PhoneBookEntry> ReadEntry(HKEY key, const wchar_t* valueName)
 {
-    UniqueItem<PhoneBookEntry> entry(new PhoneBookEntry);
-    return ReadRegistryEntry(key, valueName, *entry) ? std::move(entry) : nullptr;
+    const std::optional<Recipient> texts = ReadRegistryEntry(key, valueName);
+    return texts ? MakeRecipient(*texts) : nullptr;
 }
 
 // The indexes below count of the values that are really there, in order: a made-up count costs nothing.

@@ -91,9 +91,8 @@ void Accept(EntryDialogContext& context)
 {
     PhoneBookEntry candidate;
     candidate.SetId(context.entry->GetId());
-    candidate.SetName(ToStored(TypedText(context, IDC_ENTRY_NAME)).c_str());
-    candidate.SetFaxNumber(TypedText(context, IDC_ENTRY_FAX_NUMBER).c_str());
-    candidate.SetCompany(ToStored(TypedText(context, IDC_ENTRY_COMPANY)).c_str());
+    candidate.SetTexts({ToStored(TypedText(context, IDC_ENTRY_NAME)), TypedText(context, IDC_ENTRY_FAX_NUMBER),
+                        ToStored(TypedText(context, IDC_ENTRY_COMPANY))});
     if (context.book.HoldsSameEntry(candidate)) {
         ShowFaxMessage(context, kDuplicate, context.dialog);
         return;

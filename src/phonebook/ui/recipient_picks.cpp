@@ -4,6 +4,7 @@
 #include "phonebook/book/phone_book.h"
 #include "record/fax_job_data.h"
 
+#include <new>
 #include <unordered_map>
 
 namespace qx {
@@ -23,11 +24,11 @@ void PickMembers(const PhoneBookGroup& group, const PhoneBook& book, RecipientPi
 
 // A copy of the record's own; left out when memory is short.
 void AddCopy(FaxJobData& job, const PhoneBookEntry& entry) noexcept
-{
-    FaxRecipient* const copy =
-        AsRecipient(MakeRecipient(entry.Name(), entry.FaxNumber(), entry.Company(), entry.GetId()));
-    if (!AddRecipient(job, copy))
-        QxFaxFreeRecipient(copy);
+try {
+    UniqueItem<PhoneBookEntry> copy = MakeCopy(entry);
+    if (AddRecipient(job, AsRecipient(copy.get())))
+        static_cast<void>(copy.release());
+} catch (const std::bad_alloc&) {
 }
 
 } // namespace
