@@ -5,14 +5,13 @@
 #include "base/module.h"
 #include "base/window_procedure.h"
 
-#include <objbase.h>
-
 namespace qx {
 
 namespace {
 
 constexpr UINT kRunTask = WM_APP;
 constexpr DWORD kPatienceMilliseconds = 5000;
+constexpr DWORD kPauseMilliseconds = 10; // between looks, when there is no waiting
 
 // ---- the thread's side ----------------------------------------------------------------------------------------------
 
@@ -24,21 +23,6 @@ struct Task {
 struct Start {
     HANDLE ready;
     HWND window = nullptr; // none when the thread cannot work
-};
-
-class SingleThreadedApartment {
-public:
-    SingleThreadedApartment() noexcept : entered_(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED))) {}
-    ~SingleThreadedApartment()
-    {
-        if (entered_)
-            CoUninitialize();
-    }
-    SingleThreadedApartment(const SingleThreadedApartment&) = delete;
-    SingleThreadedApartment& operator=(const SingleThreadedApartment&) = delete;
-
-private:
-    bool entered_;
 };
 
 // A task comes to a window: the message loop of a dialog that is open here would lose it otherwise.
@@ -55,7 +39,7 @@ LRESULT CALLBACK TaskProcedure(HWND window, UINT message, WPARAM w, LPARAM l) no
 void ServeTasks(Start& start) noexcept
 {
     const GuestScope guest;
-    const SingleThreadedApartment apartment;
+    const ComApartment apartment;
     const HWND window =
         CreateWindowExW(0, L"Static", nullptr, 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, ModuleInstance(), nullptr);
     if (window != nullptr)
@@ -116,6 +100,16 @@ bool DispatchNext(HWND inert, int& exitCode) noexcept
     return true;
 }
 
+// True when one of ends has come, false when there may be a message.
+bool AwaitEndOrMessage(const HANDLE (&ends)[2], DWORD wakenedBy, DWORD flags) noexcept
+{
+    const DWORD woken = MsgWaitForMultipleObjectsEx(2, ends, INFINITE, wakenedBy, flags);
+    if (woken != WAIT_FAILED)
+        return woken != WAIT_OBJECT_0 + 2;
+    // A wait may be refused, for want of memory say. That is no end: the task refers to the stack of whoever waits.
+    return WaitForMultipleObjects(2, ends, FALSE, kPauseMilliseconds) < WAIT_OBJECT_0 + 2;
+}
+
 } // namespace
 
 bool IsInMultithreadedApartment() noexcept
@@ -167,8 +161,7 @@ void ApartmentThread::Run(const std::function<void()>& work, HWND inert) noexcep
     int exitCode = 0;
     const HANDLE ends[] = {done.Get(), thread_.Get()};
     // Once the program quits its messages are nobody's any more, except those that a thread waits for.
-    while (MsgWaitForMultipleObjectsEx(2, ends, INFINITE, quits ? QS_SENDMESSAGE : QS_ALLINPUT,
-                                       quits ? 0 : MWMO_INPUTAVAILABLE) == WAIT_OBJECT_0 + 2) {
+    while (!AwaitEndOrMessage(ends, quits ? QS_SENDMESSAGE : QS_ALLINPUT, quits ? 0 : MWMO_INPUTAVAILABLE)) {
         MSG message;
         if (quits) {
             PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE | PM_QS_SENDMESSAGE);

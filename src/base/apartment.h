@@ -1,12 +1,31 @@
-// Parts of Windows that want a single-threaded COM apartment, for callers that are in the multithreaded one: their work
-// is done on a thread of ours.
+// Parts of Windows want a single-threaded COM apartment: entering one, and a thread of ours with one for callers that
+// are in the multithreaded one.
 #pragma once
 
 #include "base/unique.h"
 
 #include <functional>
+#include <objbase.h>
 
 namespace qx {
+
+// The calling thread's single-threaded apartment. Declare it before the pointers that live in it.
+class ComApartment {
+public:
+    ComApartment() noexcept : ours_(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED) == S_OK) {}
+    // Only a first initialisation is undone. That somebody else was first, in either mode, is no obstacle: whoever
+    // that was keeps COM alive.
+    ~ComApartment()
+    {
+        if (ours_)
+            CoUninitialize();
+    }
+    ComApartment(const ComApartment&) = delete;
+    ComApartment& operator=(const ComApartment&) = delete;
+
+private:
+    bool ours_;
+};
 
 // The calling thread is in the multithreaded apartment by its own choice.
 bool IsInMultithreadedApartment() noexcept;

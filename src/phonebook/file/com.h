@@ -1,34 +1,16 @@
 // Owners of what crosses a COM interface.
 #pragma once
 
+#include "base/apartment.h"
 #include "base/unique.h"
 
 #include <algorithm>
 #include <new>
-#include <objbase.h>
 #include <oleauto.h>
 #include <string_view>
 #include <utility>
 
 namespace qx {
-
-// The calling thread's single-threaded apartment. Declare it before the pointers that live in it.
-class ComApartment {
-public:
-    ComApartment() noexcept : ours_(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED) == S_OK) {}
-    // Only a first initialisation is undone. That somebody else was first, in either mode, is no obstacle: whoever
-    // that was keeps COM alive.
-    ~ComApartment()
-    {
-        if (ours_)
-            CoUninitialize();
-    }
-    ComApartment(const ComApartment&) = delete;
-    ComApartment& operator=(const ComApartment&) = delete;
-
-private:
-    bool ours_;
-};
 
 template <class Interface> void ReleaseInterface(Interface* object) noexcept
 {

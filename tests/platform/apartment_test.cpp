@@ -1,0 +1,47 @@
+#include "base/apartment.h"
+
+#include "support/redirected_import.h"
+
+#include <atomic>
+#include <gtest/gtest.h>
+
+namespace qx {
+namespace {
+
+std::atomic<int> g_refusals = 0;
+test::RedirectedImport<decltype(MsgWaitForMultipleObjectsEx)>* g_wait = nullptr;
+
+DWORD WINAPI RefuseToWait(DWORD count, const HANDLE* handles, DWORD milliseconds, DWORD wakeMask, DWORD flags)
+{
+    if (g_refusals > 0) {
+        --g_refusals;
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        return WAIT_FAILED;
+    }
+    return g_wait->Original()(count, handles, milliseconds, wakeMask, flags);
+}
+
+// The work refers to what stands on the stack of whoever has it done.
+TEST(ApartmentThread, ReturnsFromItsWorkOnlyWhenThatIsDoneAlsoWhenWaitingIsRefused)
+{
+    for (const int refusals : {1, 1000}) {
+        std::atomic<bool> done = false;
+        ApartmentThread thread;
+        ASSERT_TRUE(thread);
+        test::RedirectedImport<decltype(MsgWaitForMultipleObjectsEx)> wait("MsgWaitForMultipleObjectsEx", RefuseToWait);
+        g_wait = &wait;
+        g_refusals = refusals;
+        thread.Run(
+            [&] {
+                Sleep(200);
+                done = true;
+            },
+            nullptr);
+        EXPECT_TRUE(done) << refusals;
+        while (!done)
+            Sleep(10); // the work ends before what it refers to, whatever Run did
+    }
+}
+
+} // namespace
+} // namespace qx
