@@ -482,6 +482,31 @@ DWORD WINAPI FinalPathOfLink(HANDLE, LPWSTR path, DWORD units, DWORD)
     return static_cast<DWORD>(target.size());
 }
 
+RedirectedImport<decltype(CreateFileW)>* createTarget = nullptr;
+HANDLE WINAPI CreateFileOfLink(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security, DWORD disposition,
+                               DWORD flags, HANDLE like)
+{
+    return createTarget->Original()(std::wstring_view(path).ends_with(linkName) ? linkTarget.c_str() : path, access,
+                                    share, security, disposition, flags, like);
+}
+DWORD WINAPI AttributesOfLink(LPCWSTR path)
+{
+    return std::wstring_view(path).ends_with(linkName) ? FILE_ATTRIBUTE_REPARSE_POINT
+                                                       : getAttributes->Original()(path);
+}
+
+TEST_F(FailingFiles, ALinkToAFileThatIsNotThereYetStaysALink)
+{
+    linkName = L"qxfaxab.xml";
+    linkTarget = documents.File(L"real.xml");
+    const StandIn<decltype(GetFileAttributesW)> attributes("GetFileAttributesW", AttributesOfLink, getAttributes);
+    const StandIn<decltype(CreateFileW)> files("CreateFileW", CreateFileOfLink, createTarget);
+    const RedirectedImport<decltype(GetFinalPathNameByHandleW)> finalPath("GetFinalPathNameByHandleW", FinalPathOfLink);
+    EXPECT_TRUE(SaveBob());
+    EXPECT_EQ(documents.Files(), Names{L"real.xml"});
+    EXPECT_NE(ReadFileBytes(linkTarget).find("Bob"), std::string::npos);
+}
+
 TEST_F(FailingFiles, ALinkIsFollowedToTheFileThatItLeadsTo)
 {
     linkName = L"qxfaxab.xml";

@@ -311,12 +311,12 @@ bool KeepCopy(const std::wstring& path)
 
 // ---- reading -----------------------------------------------------------------------------------------------------
 
-std::wstring FollowLink(const std::wstring& path)
+std::wstring FollowLink(const std::wstring& path, DWORD disposition)
 {
     if (!Has(GetFileAttributesW(path.c_str()), FILE_ATTRIBUTE_REPARSE_POINT))
         return path;
     const UniqueFile file(CreateFileW(path.c_str(), FILE_READ_ATTRIBUTES,
-                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, disposition,
                                       FILE_FLAG_BACKUP_SEMANTICS, nullptr));
     if (!file)
         return path;

@@ -367,7 +367,8 @@ LoadedPhoneBook LoadPhoneBookFile(const std::wstring& path, ItemStore& store)
 bool SavePhoneBookFile(const std::wstring& path, std::span<PhoneBookItem* const> items, bool keepOld,
                        std::optional<ContentHash>* seen)
 {
-    const std::wstring real = FollowLink(path);
+    // A link stays a link, also when what it leads to is only about to be there.
+    const std::wstring real = FollowLink(path, OPEN_ALWAYS);
     const FileGuard guard(real);
     const HiddenAfterwards hidden(real);
     // The copy comes after: what was not there before is there now, and nothing can appear unseen in between.
