@@ -1,5 +1,7 @@
 #include "phonebook/ui/phone_book_changed.h"
 
+#include <atomic>
+
 namespace qx {
 
 namespace {
@@ -13,8 +15,10 @@ constexpr DWORD kAllow = 1; // MSGFLT_ALLOW
 
 UINT PhoneBookChangedMessage() noexcept
 {
-    static const UINT message = RegisterWindowMessageW(L"PB_{d12b6b3a-3fee-4506-3f95-b1885bcf2149}");
-    return message;
+    static std::atomic<UINT> registered = 0;
+    if (registered == 0) // asked for again after a refusal: later lists are to hear of changes
+        registered = RegisterWindowMessageW(L"PB_{d12b6b3a-3fee-4506-3f95-b1885bcf2149}");
+    return registered;
 }
 
 void ListenForPhoneBookChanged(HWND window) noexcept
