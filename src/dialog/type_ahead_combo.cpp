@@ -178,6 +178,7 @@ void DetachTypeAhead(TypeAheadState& state) noexcept
     GiveBack(state.list, Procedure<AnswerListMessage>, state.listProcedure);
     GiveBack(state.edit, Procedure<AnswerEditMessage>, state.editProcedure);
     Unregister(state);
+    FreeSuggestionItems(state);
 }
 
 void SetSuggestionItems(TypeAheadState& state, std::vector<SuggestionItem> items)

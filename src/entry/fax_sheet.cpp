@@ -199,7 +199,6 @@ LRESULT FaxSheet::CallPrevious(UINT message, WPARAM w, LPARAM l) const
 void FaxSheet::TakeOverButtons()
 {
     sendButton_ = GetDlgItem(window_, kSendButton);
-    helpButton_ = GetDlgItem(window_, kHelpButton);
     SetLocalizedText(content_->texts, kSendCaption.id, sendButton_, kSendCaption.fallback);
     if (ImportOldAddressBookOnce(content_->faxJobPage.job->PrinterHandleCopy, *content_->faxJobPage.book))
         BroadcastPhoneBookChanged();

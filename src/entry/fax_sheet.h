@@ -51,7 +51,6 @@ private:
     HWND window_ = nullptr;
     WNDPROC previous_ = nullptr;
     HWND sendButton_ = nullptr;
-    HWND helpButton_ = nullptr;
     bool wasShown_ = false;
     SendRound round_;
 };
