@@ -2,7 +2,6 @@
 
 #include "base/text_template.h"
 #include "dialog/file_dialog.h"
-#include "phonebook/csv/csv_import.h"
 #include "phonebook/csv/csv_table.h"
 #include "phonebook/ui/map_custom_fields_dialog.h"
 
@@ -15,7 +14,6 @@ namespace {
 
 // ---- asking for a file -----------------------------------------------------------------------------------------
 
-constexpr DWORD kPathUnits = 259;
 constexpr wchar_t kFileFilter[] = L"CSV Files(*.csv)\0*.CSV\0";
 constexpr DWORD kOpenFlags = OFN_HIDEREADONLY | OFN_PATHMUSTEXIST | OFN_FILEMUSTEXIST | OFN_EXTENSIONDIFFERENT;
 constexpr DWORD kSaveFlags =
@@ -24,17 +22,17 @@ constexpr DWORD kSaveFlags =
 // Asks by GetOpenFileNameW or GetSaveFileNameW. False when the user cancels.
 bool AskForFile(BOOL(WINAPI* ask)(OPENFILENAMEW*), DWORD flags, HWND owner, ImportExportResult& result)
 {
-    wchar_t path[kPathUnits] = L"";
-    wchar_t title[kPathUnits] = L"";
+    wchar_t path[kPathLimit] = L"";
+    wchar_t title[kPathLimit] = L"";
     OPENFILENAMEW dialog{};
     dialog.lStructSize = sizeof dialog;
     dialog.hwndOwner = owner;
     dialog.lpstrFilter = kFileFilter;
     dialog.nFilterIndex = 1;
     dialog.lpstrFile = path;
-    dialog.nMaxFile = kPathUnits;
+    dialog.nMaxFile = kPathLimit;
     dialog.lpstrFileTitle = title;
-    dialog.nMaxFileTitle = kPathUnits;
+    dialog.nMaxFileTitle = kPathLimit;
     dialog.lpstrDefExt = L"csv";
     dialog.Flags = flags;
     if (!AskForFileName(ask, dialog))
@@ -103,33 +101,24 @@ bool AskForColumns(const ImportExportBlock& block, HWND owner, const CsvTable& t
     return true;
 }
 
-void ImportFile(const ImportExportBlock& block, HWND owner, ImportExportResult& result)
+ImportOutcome ImportFile(const ImportExportBlock& block, HWND owner, const std::wstring& path)
 {
     const WaitCursor wait;
     CsvTable table;
-    if (!table.Open(result.path)) {
-        result.status = ImportExportStatus::CannotOpen;
-        return;
-    }
+    if (!table.Open(path))
+        return {ImportExportStatus::CannotOpen};
     const CsvStatus status = table.Read();
-    if (status == CsvStatus::Unreadable) {
-        result.status = ImportExportStatus::CannotOpen;
-        return;
-    }
-    if (status != CsvStatus::Good || table.Fields().Columns() == 0) {
-        result.status = ImportExportStatus::InvalidFormat;
-        return;
-    }
+    if (status == CsvStatus::Unreadable)
+        return {ImportExportStatus::CannotOpen};
+    if (status != CsvStatus::Good || table.Fields().Columns() == 0)
+        return {ImportExportStatus::InvalidFormat};
     ImportColumns columns;
     {
         const ShownCursor usual(wait.Previous());
-        if (!AskForColumns(block, owner, table, result.path, columns))
-            return;
+        if (!AskForColumns(block, owner, table, path, columns))
+            return {};
     }
-    const ImportOutcome outcome = ImportRows(table.Fields(), columns, *block.book);
-    result.status = outcome.status;
-    result.duplicates = outcome.duplicates;
-    result.invalidFaxNumbers = outcome.invalidFaxNumbers;
+    return ImportRows(table.Fields(), columns, *block.book);
 }
 
 // ---- export ----------------------------------------------------------------------------------------------------
@@ -209,7 +198,7 @@ ImportExportResult ImportCsv(const ImportExportBlock& block, HWND owner)
     if (!AskForFile(GetOpenFileNameW, kOpenFlags, owner, result))
         return result;
     try {
-        ImportFile(block, owner, result);
+        static_cast<ImportOutcome&>(result) = ImportFile(block, owner, result.path);
     } catch (const std::bad_alloc&) {
         result.status = ImportExportStatus::InvalidFormat; // what a file too large for the memory is told as
     }

@@ -1,8 +1,7 @@
 // The conversations around a CSV file: asking for it, mapping its columns, importing or exporting, telling the outcome.
 #pragma once
 
-#include "phonebook/book/phone_book.h"
-#include "phonebook/csv/import_rules.h"
+#include "phonebook/csv/csv_import.h"
 #include "text/localized_text.h"
 
 #include <string>
@@ -10,12 +9,9 @@
 
 namespace qx {
 
-struct ImportExportResult {
-    ImportExportStatus status = ImportExportStatus::Cancelled;
-    int duplicates = 0;        // rows that the book already held
-    int invalidFaxNumbers = 0; // rows with an invalid fax number
-    std::wstring path;         // full path of the chosen file; empty when none was chosen
-    std::wstring title;        // its file title, of an import
+struct ImportExportResult : ImportOutcome {
+    std::wstring path;  // full path of the chosen file; empty when none was chosen
+    std::wstring title; // its file title, of an import
 };
 
 // What the phone book editor hands to both. Nothing is owned.
