@@ -2,6 +2,7 @@
 // taken literally.
 #include "fuzz.h"
 #include "phonebook/csv/csv_text.h"
+#include "base/limits.h"
 #include "phonebook/csv/import_rules.h"
 #include "support/literal_csv.h"
 
@@ -53,8 +54,8 @@ void CheckRows(const CsvFields& fields)
     ImportRow read;
     for (std::size_t row = 0; row < fields.Rows(); ++row) {
         ReadImportRow(fields, row, {.name = 0, .faxNumber = 1, .company = 2}, read);
-        Check(read.name.size() <= kImportedUnits && read.faxNumber.size() <= kImportedUnits &&
-              read.company.size() <= kImportedUnits);
+        Check(read.name.size() <= kNameLimit && read.faxNumber.size() <= kNameLimit &&
+              read.company.size() <= kNameLimit);
         Check(read.hasFaxNumberField == !fields.Field(row, 1).empty());
     }
 }

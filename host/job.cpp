@@ -105,12 +105,12 @@ UniquePrinter OpenFaxPrinter(const std::wstring& name)
 
 std::filesystem::path ModuleOf(HANDLE printer)
 {
-    DWORD bytes = 0;
-    GetPrinterDriverW(printer, nullptr, 3, nullptr, 0, &bytes);
-    std::vector<BYTE> buffer(bytes);
-    if (!GetPrinterDriverW(printer, nullptr, 3, buffer.data(), bytes, &bytes))
+    const auto buffer = QuerySpooler<DRIVER_INFO_3W>([printer](BYTE* out, DWORD bytes, DWORD* needed) {
+        return GetPrinterDriverW(printer, nullptr, 3, out, bytes, needed);
+    });
+    if (!buffer)
         throw std::runtime_error(SystemError("the printer has no driver", GetLastError()));
-    const auto& driver = *reinterpret_cast<const DRIVER_INFO_3W*>(buffer.data());
+    const auto& driver = *reinterpret_cast<const DRIVER_INFO_3W*>(buffer->data());
     return std::filesystem::path(driver.pDriverPath).parent_path() / L"qxfaxui.dll";
 }
 

@@ -1,5 +1,6 @@
 #include "host/provision.h"
 
+#include "base/printer.h"
 #include "base/unique.h"
 #include "host/utf8.h"
 
@@ -41,17 +42,6 @@ UniquePrinter OpenPrinterForAll(const std::wstring& name)
     UniquePrinter printer;
     OpenPrinterW(Changeable(name), printer.Receive(), &defaults);
     return printer;
-}
-
-// Calls one of the spooler's functions that fill a buffer of their own choice of size.
-template <class Info, class Query> std::optional<std::vector<BYTE>> QuerySpooler(Query query)
-{
-    DWORD bytes = 0;
-    query(static_cast<BYTE*>(nullptr), 0u, &bytes);
-    std::vector<BYTE> buffer(std::max<std::size_t>(bytes, sizeof(Info)));
-    if (!query(buffer.data(), static_cast<DWORD>(buffer.size()), &bytes))
-        return std::nullopt;
-    return buffer;
 }
 
 // ---- the driver ----------------------------------------------------------------------------------------------------

@@ -8,9 +8,6 @@
 
 namespace qx {
 
-// Capacity of the module's fixed text buffers, terminator included (UTF-16 units).
-inline constexpr int kTextUnits = 256;
-
 // Copies as much as fits and always terminates. E_INVALIDARG for a null text or an empty destination,
 // STRSAFE_E_INSUFFICIENT_BUFFER (0x8007007A) when the text was cut.
 HRESULT CopyText(std::span<wchar_t> to, const wchar_t* from) noexcept;

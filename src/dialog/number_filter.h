@@ -1,19 +1,18 @@
 // A field that takes only some characters: fax numbers, voice numbers, billing codes.
 #pragma once
 
+#include "base/limits.h"
+
 #include <string>
 #include <windows.h>
 
 namespace qx {
 
-// Longest text that most filters look at.
-inline constexpr std::size_t kFilteredUnits = 256;
-
 // The characters that a field takes, and the last text that held no other.
 struct NumberFilter {
     bool (*allowed)(wchar_t character) = nullptr;
     std::wstring accepted;
-    std::size_t units = kFilteredUnits; // how much of the text is looked at and put back (UTF-16 units)
+    std::size_t units = kTextUnits; // how much of the text is looked at and put back (UTF-16 units)
 };
 
 // A text that the program puts into the field itself is the last accepted one, whatever it holds. Throws when the field

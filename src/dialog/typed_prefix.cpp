@@ -1,18 +1,12 @@
 #include "dialog/typed_prefix.h"
 
+#include "base/limits.h"
 #include "base/text.h"
 
 #include <algorithm>
 #include <cwctype>
 
 namespace qx {
-
-namespace {
-
-// Of a text, no more than this takes part in the comparison (UTF-16 units).
-constexpr std::size_t kComparedUnits = 254;
-
-} // namespace
 
 bool IsBlankText(std::wstring_view text) noexcept
 {
@@ -25,7 +19,7 @@ bool MatchesTypedPrefix(std::wstring_view text, std::wstring_view typed) noexcep
         return false;
     if (IsBlankText(text) || IsBlankText(typed))
         return false;
-    return EqualUserText(text.substr(0, std::min(typed.size(), kComparedUnits)), typed);
+    return EqualUserText(text.substr(0, std::min(typed.size(), kTypedPrefixLimit)), typed);
 }
 
 } // namespace qx

@@ -2,11 +2,11 @@
 
 #include "base/activation_context.h"
 #include "base/guest.h"
-#include "base/printer_driver.h"
+#include "base/limits.h"
+#include "base/printer.h"
 #include "phonebook/file/phone_book_file.h"
 #include "settings/device_state.h"
 #include "settings/fax_defaults.h"
-#include "settings/registry.h"
 #include "text/help.h"
 #include "text/help_viewer.h"
 
@@ -14,7 +14,6 @@ namespace qx {
 
 namespace {
 
-constexpr std::size_t kHelpNameUnits = 260;
 constexpr wchar_t kStringLibraryName[] = L"QXTEXT64.DLL";
 constexpr Text kTitle{5325, L"QX MFP Send Fax"};
 constexpr Message kNotOperational{
@@ -27,22 +26,9 @@ constexpr Message kNotOperational{
 // Texts handed to the driver. Two stand here twice on purpose: the driver finds texts by id, never by position.
 constexpr INT32 kDriverStrings[] = {5320, 5316, 5210, 5229, 5319, 5316, 5210, 5219, 5218, 5202, 5203, 5204};
 
-// Beside the driver's file; empty when the spooler does not say where that is.
-std::wstring StringLibraryPath(HANDLE printer)
+std::wstring HelpName(HANDLE printer, const wchar_t* name)
 {
-    const std::wstring folder = PrinterDriver(printer).Folder();
-    return folder.empty() ? std::wstring() : folder + L'\\' + kStringLibraryName;
-}
-
-std::wstring PrinterText(HANDLE printer, const wchar_t* name)
-{
-    wchar_t text[kHelpNameUnits + 1] = L""; // the stored value may lack its terminator
-    DWORD type = 0;
-    DWORD bytes = 0;
-    if (GetPrinterDataW(printer, const_cast<wchar_t*>(name), &type, reinterpret_cast<BYTE*>(text),
-                        kHelpNameUnits * sizeof(wchar_t), &bytes) != ERROR_SUCCESS)
-        return {};
-    return text;
+    return ReadPrinterText(printer, kDriverData, name, kPrinterTextUnits).value_or(L"");
 }
 
 } // namespace
@@ -55,7 +41,6 @@ SendSession::SendSession(HANDLE printer, FaxJobData& record)
 SendSession::~SendSession()
 {
     CloseHelpViewer();
-    CloseKeys(KeySetOf(record_));
 }
 
 void SendSession::Run()
@@ -96,7 +81,7 @@ void SendSession::PrepareRecord()
 
 void SendSession::LoadStringLibrary()
 {
-    const std::wstring path = StringLibraryPath(printer_);
+    const std::wstring path = PrinterDriver(printer_).FileBeside(kStringLibraryName);
     if (path.empty())
         return;
     const ActivationScope context;
@@ -116,8 +101,8 @@ void SendSession::FillStrings()
 
 void SendSession::FindHelp()
 {
-    const std::wstring cabinet = PrinterText(printer_, L"HelpCabName");
-    const std::wstring help = PrinterText(printer_, L"GPDHelpFileName");
+    const std::wstring cabinet = HelpName(printer_, L"HelpCabName");
+    const std::wstring help = HelpName(printer_, L"GPDHelpFileName");
     if (!cabinet.empty() && !help.empty())
         ExtractHelpFromCabinet(printer_, cabinet, help); // only has to be there: dialogs ask by the path built next
     const std::wstring path = BuildHelpFilePath(printer_);

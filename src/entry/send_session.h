@@ -8,6 +8,7 @@
 #include "phonebook/book/phone_book.h"
 #include "phonebook/recent/recent_list.h"
 #include "record/fax_job_data.h"
+#include "settings/key_set.h"
 #include "text/localized_text.h"
 
 #include <memory>
@@ -42,6 +43,7 @@ private:
 
     HANDLE printer_;     // the driver's
     FaxJobData& record_; // the driver's
+    KeySet keys_{record_};
     ItemStore items_;
     FaxJobPage faxJobPage_;
     SetupPage setupPage_;

@@ -12,9 +12,6 @@ namespace qx {
 
 namespace {
 
-constexpr std::size_t kSubjectUnits = 256;
-constexpr std::size_t kPathUnits = 260;
-
 void EnableTexts(HWND dialog, bool enabled) noexcept
 {
     EnableControl(dialog, IDC_NOTES, enabled);
@@ -54,14 +51,14 @@ void OnCoverPageToggled(CoverPage& page)
 
 void BrowseForOverlayImage(CoverPage& page)
 {
-    wchar_t path[kPathUnits] = L"";
+    wchar_t path[kImagePathLimit] = L"";
     OPENFILENAMEW open{};
     open.lStructSize = sizeof open;
     open.hwndOwner = page.dialog;
     open.lpstrFilter = L"Bitmap Files(*.bmp)\0*.bmp\0";
     open.nFilterIndex = 1;
     open.lpstrFile = path;
-    open.nMaxFile = kPathUnits;
+    open.nMaxFile = kImagePathLimit;
     open.Flags = OFN_HIDEREADONLY | OFN_PATHMUSTEXIST | OFN_FILEMUSTEXIST;
     if (AskForFileName(GetOpenFileNameW, open))
         SetDlgItemTextW(page.dialog, IDC_IMAGE, path);
@@ -103,7 +100,7 @@ void ForbidCoverPage(CoverPage& page)
 
 std::optional<SendProblem> CheckImage(const CoverPage& page)
 {
-    const std::wstring path = FieldText(GetDlgItem(page.dialog, IDC_IMAGE), kPathUnits);
+    const std::wstring path = FieldText(GetDlgItem(page.dialog, IDC_IMAGE), kImagePathLimit);
     if (!page.checkImage || path.empty())
         return {};
     if (!CanBeRead(path))
@@ -123,8 +120,8 @@ void SaveCoverPageFields(const CoverPage& page, FaxJobData& record)
         throw std::runtime_error("the cover page cannot be read");
     record.AddCoverPage = on ? 1 : 0;
     SetCoverPageNotes(record, FieldText(notes).c_str());
-    SetCoverPageSubject(record, FieldText(GetDlgItem(dialog, IDC_SUBJECT), kSubjectUnits).c_str());
-    SetOverlayPath(record, FieldText(GetDlgItem(dialog, IDC_IMAGE), kPathUnits).c_str());
+    SetCoverPageSubject(record, FieldText(GetDlgItem(dialog, IDC_SUBJECT), kTextUnits).c_str());
+    SetOverlayPath(record, FieldText(GetDlgItem(dialog, IDC_IMAGE), kImagePathLimit).c_str());
     if (!HasCoverPage(record))
         throw std::bad_alloc();
 }

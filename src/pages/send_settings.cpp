@@ -1,7 +1,8 @@
 #include "pages/send_settings.h"
 
+#include "base/limits.h"
+#include "base/printer.h"
 #include "base/text.h"
-#include "pages/preview_rule.h"
 #include "record/fax_job_data.h"
 
 #include <algorithm>
@@ -11,9 +12,6 @@
 namespace qx {
 
 namespace {
-
-constexpr std::size_t kSenderUnits = 256;
-constexpr std::size_t kEmailUnits = 257;
 
 // A radio button and the value that it stands for.
 struct Choice {
@@ -177,20 +175,20 @@ std::optional<SendProblem> CheckEmail(const SendSettings& settings, const FaxJob
 {
     if (record.EmailServiceOperational == 0 || IsDlgButtonChecked(settings.dialog, IDC_NOTIFY_EMAIL) != BST_CHECKED)
         return {};
-    return CheckEmailAddress(Field(settings.dialog, IDC_EMAIL, kEmailUnits));
+    return CheckEmailAddress(Field(settings.dialog, IDC_EMAIL, kEmailLimit + 1));
 }
 
 void SaveSendSettings(const SendSettings& settings, FaxJobData& record)
 {
     const HWND dialog = settings.dialog;
-    SetSenderName(record, Field(dialog, IDC_SENDER_NAME, kSenderUnits).c_str());
-    SetSenderFaxNo(record, Field(dialog, IDC_SENDER_FAX, kSenderUnits).c_str());
-    SetSenderCompany(record, Field(dialog, IDC_SENDER_COMPANY, kSenderUnits).c_str());
-    SetSenderVoiceNo(record, Field(dialog, IDC_SENDER_VOICE, kSenderUnits).c_str());
+    SetSenderName(record, Field(dialog, IDC_SENDER_NAME, kTextUnits).c_str());
+    SetSenderFaxNo(record, Field(dialog, IDC_SENDER_FAX, kTextUnits).c_str());
+    SetSenderCompany(record, Field(dialog, IDC_SENDER_COMPANY, kTextUnits).c_str());
+    SetSenderVoiceNo(record, Field(dialog, IDC_SENDER_VOICE, kTextUnits).c_str());
     record.Resolution = settings.resolution;
     record.NotifyOn = settings.notifyOn;
     record.NotifyMethod = settings.notifyMethod;
-    SetNotifyEmail(record, Field(dialog, IDC_EMAIL, kEmailUnits).c_str());
+    SetNotifyEmail(record, Field(dialog, IDC_EMAIL, kEmailLimit + 1).c_str());
     record.ShowPreview = settings.showPreview;
     if (!HasSendSettings(record))
         throw std::bad_alloc();

@@ -5,7 +5,6 @@
 #include "phonebook/ui/edit_phone_book_dialog.h"
 #include "settings/device_state.h"
 #include "settings/fax_defaults.h"
-#include "settings/registry.h"
 
 #include <new>
 
@@ -156,11 +155,6 @@ constexpr Dialog<SetupPage> kSetupPage{
 };
 
 // ---- interface ----
-
-SetupPage::~SetupPage()
-{
-    CloseKeys(KeySetOf(defaults.Get()));
-}
 
 void FitSendButtonOfSheet(SetupPage& page)
 {

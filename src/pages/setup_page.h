@@ -10,12 +10,12 @@
 #include "pages/sheet_page.h"
 #include "record/fax_job_data.h"
 #include "res/setup_page_ids.h"
+#include "settings/key_set.h"
 
 namespace qx {
 
 struct SetupPage : SheetPage {
     SetupPage() = default;
-    ~SetupPage(); // closes the keys of the working copy
     SetupPage(const SetupPage&) = delete;
     SetupPage& operator=(const SetupPage&) = delete;
 
@@ -24,6 +24,7 @@ struct SetupPage : SheetPage {
     SendSettings settings;
     SendButtonGrowth sendButtonGrowth;
     OwnedFaxJobData defaults; // the working copy of the user's defaults, with the device's state
+    KeySet defaultsKeys{defaults.Get()};
     EditDefaultsDialog defaultsDialog;
 };
 

@@ -1,5 +1,6 @@
 #include "record/fax_job_data.h"
 
+#include "base/limits.h"
 #include "base/process_heap.h"
 #include "base/text.h"
 
@@ -10,8 +11,6 @@ namespace qx {
 
 namespace {
 
-constexpr std::size_t kOverlayUnits = 260;     // of the buffer, which the driver knows
-constexpr std::size_t kOverlayCopyUnits = 259; // destination of the copy: 258 units and the terminator
 constexpr INT32 kFirstStringCapacity = 10;
 
 void ReplaceText(wchar_t*& field, const wchar_t* text) noexcept
@@ -126,7 +125,7 @@ void SetOverlayPath(FaxJobData& record, const wchar_t* text) noexcept
     if (record.OverlayPath == nullptr || text == record.OverlayPath)
         return;
     SecureZeroMemory(record.OverlayPath, kOverlayUnits * sizeof(wchar_t));
-    CopyText({record.OverlayPath, kOverlayCopyUnits}, OrEmpty(text));
+    CopyText({record.OverlayPath, kOverlayLimit + 1}, OrEmpty(text));
 }
 
 void MakeRoomForRecipients(FaxJobData& record) noexcept

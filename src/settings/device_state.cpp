@@ -1,23 +1,20 @@
 #include "settings/device_state.h"
 
+#include "base/limits.h"
 #include "base/number_text.h"
+#include "base/printer.h"
 #include "base/text.h"
 #include "record/fax_job_data.h"
+#include "settings/key_set.h"
 #include "settings/registry.h"
 
 #include <algorithm>
 #include <cwchar>
-#include <optional>
 #include <string>
-#include <winspool.h>
 
 namespace qx {
 
 namespace {
-
-constexpr wchar_t kCoverPageData[] = L"PrinterDriverData";
-constexpr std::size_t kOverlayPathUnits = 260;
-constexpr std::size_t kBillingCodeUnits = 16;
 
 // Flags become 0 or 1; the others keep their value.
 enum class Meaning { Flag, Value };
@@ -53,38 +50,17 @@ void ReadBillingCode(FaxJobData& record)
     ReadString(record.hBidiInfoKey, kBillingCode, stored);
     const std::wstring code = stored.c_str();
     if (std::ranges::all_of(code, AllowedInBillingCode))
-        SetBillingCode(record, std::wstring(Cut(code, kBillingCodeUnits)).c_str());
-}
-
-std::optional<DWORD> CoverPageNumber(HANDLE printer, const wchar_t* name) noexcept
-{
-    DWORD value = 0;
-    DWORD type = 0;
-    DWORD needed = 0;
-    if (GetPrinterDataExW(printer, kCoverPageData, name, &type, reinterpret_cast<BYTE*>(&value), sizeof value,
-                          &needed) != ERROR_SUCCESS)
-        return std::nullopt;
-    return value;
-}
-
-// Empty when there is none.
-std::wstring CoverPageText(HANDLE printer, const wchar_t* name)
-{
-    wchar_t text[kOverlayPathUnits + 1] = L""; // one unit more than is asked for: the value may lack its terminator
-    DWORD type = 0;
-    DWORD needed = 0;
-    if (GetPrinterDataExW(printer, kCoverPageData, name, &type, reinterpret_cast<BYTE*>(text),
-                          kOverlayPathUnits * sizeof(wchar_t), &needed) != ERROR_SUCCESS)
-        return {};
-    return text;
+        SetBillingCode(record, std::wstring(Cut(code, kBillingCodeLimit)).c_str());
 }
 
 // Without a bitmap there is nothing to lock the cover page to: the state is then unknown, whatever the lock says.
-DWORD CoverPageLockOf(std::optional<DWORD> lock, const std::wstring& overlayPath) noexcept
+DWORD CoverPageLockOf(HANDLE printer, const std::wstring& overlayPath) noexcept
 {
-    if (!lock || overlayPath.empty())
+    DWORD lock = 0;
+    if (ReadPrinterNumber(printer, kDriverData, L"FaxCPDefaultOverlayBitmapLock", lock) != ERROR_SUCCESS ||
+        overlayPath.empty())
         return kCoverPageLockUnknown;
-    return *lock != 0 ? kCoverPageLocked : kCoverPageFree;
+    return lock != 0 ? kCoverPageLocked : kCoverPageFree;
 }
 
 void TraceCoverPageLock(DWORD lock) noexcept
@@ -126,9 +102,10 @@ void ReadDeviceState(FaxJobData& record, HANDLE printer)
 
 void ReadCoverPageLock(FaxJobData& record)
 {
-    const std::optional<DWORD> lock = CoverPageNumber(record.PrinterHandle, L"FaxCPDefaultOverlayBitmapLock");
-    const std::wstring path = CoverPageText(record.PrinterHandle, L"FaxCPDefaultOverlayBitmapPath");
-    record.CoverPageLock = CoverPageLockOf(lock, path);
+    const std::wstring path =
+        ReadPrinterText(record.PrinterHandle, kDriverData, L"FaxCPDefaultOverlayBitmapPath", kPrinterTextUnits)
+            .value_or(L"");
+    record.CoverPageLock = CoverPageLockOf(record.PrinterHandle, path);
     if (record.CoverPageLock != kCoverPageLockUnknown)
         SetDefaultOverlayPath(record, path.c_str());
     TraceCoverPageLock(record.CoverPageLock);

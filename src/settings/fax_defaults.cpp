@@ -1,8 +1,10 @@
 #include "settings/fax_defaults.h"
 
+#include "base/limits.h"
 #include "base/number_text.h"
 #include "base/text.h"
 #include "record/fax_job_data.h"
+#include "settings/key_set.h"
 #include "settings/registry.h"
 
 #include <algorithm>
@@ -30,14 +32,14 @@ struct StoredNumber {
 
 // In the order in which they are read and written.
 constexpr StoredText kTexts[] = {
-    {L"SenderName", &FaxJobData::SenderName, SetSenderName, 50},
-    {L"SenderCompany", &FaxJobData::SenderCompany, SetSenderCompany, 50},
-    {L"SenderFaxNo", &FaxJobData::SenderFaxNo, SetSenderFaxNo, 50, true},
-    {L"SenderVoiceNo", &FaxJobData::SenderVoiceNo, SetSenderVoiceNo, 50, true},
-    {L"CoverPageNotes", &FaxJobData::CoverPageNotes, SetCoverPageNotes, 500},
-    {L"CoverPageSubject", &FaxJobData::CoverPageSubject, SetCoverPageSubject, 50},
-    {L"OverlayPath", &FaxJobData::OverlayPath, SetOverlayPath, 260}, // of which the record's buffer keeps 258
-    {L"NotifyEmail", &FaxJobData::NotifyEmail, SetNotifyEmail, 256},
+    {L"SenderName", &FaxJobData::SenderName, SetSenderName, kNameLimit},
+    {L"SenderCompany", &FaxJobData::SenderCompany, SetSenderCompany, kNameLimit},
+    {L"SenderFaxNo", &FaxJobData::SenderFaxNo, SetSenderFaxNo, kNameLimit, true},
+    {L"SenderVoiceNo", &FaxJobData::SenderVoiceNo, SetSenderVoiceNo, kNameLimit, true},
+    {L"CoverPageNotes", &FaxJobData::CoverPageNotes, SetCoverPageNotes, kNotesLimit},
+    {L"CoverPageSubject", &FaxJobData::CoverPageSubject, SetCoverPageSubject, kNameLimit},
+    {L"OverlayPath", &FaxJobData::OverlayPath, SetOverlayPath, kImagePathLimit}, // the record keeps kOverlayLimit
+    {L"NotifyEmail", &FaxJobData::NotifyEmail, SetNotifyEmail, kEmailLimit},
 };
 
 constexpr StoredNumber kNumbers[] = {

@@ -1,7 +1,6 @@
 #include "settings/registry.h"
 
 #include "base/text.h"
-#include "base/unique.h"
 
 #include <cstddef>
 
@@ -9,38 +8,7 @@ namespace qx {
 
 namespace {
 
-constexpr wchar_t kVendorRoot[] = L"Software\\Quillmarsh\\";
-constexpr wchar_t kDeviceStateKey[] = L"\\QXBIDIInfo";
-constexpr std::size_t kPathUnits = 260;
 constexpr std::size_t kSpareUnits = 10;
-
-static_assert(offsetof(RegistryKeySet, hMruListKey) == offsetof(FaxJobData, hMruListKey));
-static_assert(offsetof(RegistryKeySet, PrinterHandle) == offsetof(FaxJobData, PrinterHandle));
-
-// Leaves key alone when it cannot be opened.
-bool CreateKey(HKEY parent, const wchar_t* path, HKEY& key) noexcept
-{
-    HKEY created = nullptr;
-    if (RegCreateKeyExW(parent, path, 0, nullptr, REG_OPTION_NON_VOLATILE, KEY_ALL_ACCESS, nullptr, &created,
-                        nullptr) != ERROR_SUCCESS)
-        return false;
-    key = created;
-    return true;
-}
-
-void CloseKey(HKEY& key) noexcept
-{
-    if (key != nullptr)
-        RegCloseKey(key);
-    key = nullptr;
-}
-
-// The name follows the vendor's directly, as it stands.
-void BuildSubtreePath(wchar_t (&path)[kPathUnits], const std::wstring& guid) noexcept
-{
-    CopyText(path, kVendorRoot);
-    AppendText(path, guid.c_str());
-}
 
 std::size_t Units(const wchar_t* text) noexcept
 {
@@ -57,67 +25,6 @@ std::size_t ListUnits(const wchar_t* list) noexcept
 }
 
 } // namespace
-
-RegistryKeySet& KeySetOf(FaxJobData& record) noexcept
-{
-    return reinterpret_cast<RegistryKeySet&>(record);
-}
-
-std::optional<std::wstring> RestrictedUserGuid(HANDLE printer)
-{
-    wchar_t guid[kPathUnits + 1] = L""; // one unit more than is asked for: the value may lack its terminator
-    DWORD type = 0;
-    DWORD needed = 0;
-    if (printer == nullptr ||
-        GetPrinterDataExW(printer, L"QXPresetRoot", L"QXRestrictedUserGuid", &type, reinterpret_cast<BYTE*>(guid),
-                          kPathUnits * sizeof(wchar_t), &needed) != ERROR_SUCCESS)
-        return std::nullopt;
-    return guid;
-}
-
-void OpenKeys(RegistryKeySet& set)
-{
-    const auto guid = RestrictedUserGuid(set.PrinterHandle);
-    if (!guid)
-        return;
-    wchar_t path[kPathUnits];
-    BuildSubtreePath(path, *guid);
-
-    CloseKey(set.hAddressBookKey);
-    CloseKey(set.hDefaultKey);
-    // The other two are overwritten without being closed, on purpose: reopening a set leaves its earlier job data and
-    // recent list handles open, and whoever holds a copy of them goes on with it.
-    UniqueKey root;
-    if (!CreateKey(HKEY_CURRENT_USER, path, *root.Receive()))
-        return;
-    CreateKey(root.Get(), L"QX-FAX\\Address Book", set.hAddressBookKey);
-    CreateKey(root.Get(), L"QX-FAX\\Default", set.hDefaultKey);
-    CreateKey(root.Get(), L"QX-FAX\\JobData", set.hJobDataKey);
-    CreateKey(root.Get(), L"QX-FAX\\MRUList", set.hMruListKey);
-}
-
-void OpenDeviceStateKey(RegistryKeySet& set)
-{
-    const auto guid = RestrictedUserGuid(set.PrinterHandle);
-    if (!guid)
-        return;
-    wchar_t path[kPathUnits];
-    BuildSubtreePath(path, *guid);
-    AppendText(path, kDeviceStateKey);
-    CloseKey(set.hBidiInfoKey);
-    HKEY opened = nullptr;
-    if (RegOpenKeyExW(HKEY_CURRENT_USER, path, 0, KEY_ALL_ACCESS, &opened) == ERROR_SUCCESS)
-        set.hBidiInfoKey = opened;
-}
-
-void CloseKeys(RegistryKeySet& set) noexcept
-{
-    CloseKey(set.hDefaultKey);
-    CloseKey(set.hAddressBookKey);
-    CloseKey(set.hJobDataKey);
-    CloseKey(set.hBidiInfoKey);
-    CloseKey(set.hMruListKey);
-}
 
 bool ReadString(HKEY key, const wchar_t* name, std::wstring& out)
 {

@@ -1,7 +1,7 @@
 #include "text/help.h"
 
 #include "base/guarded.h"
-#include "base/printer_driver.h"
+#include "base/printer.h"
 #include "base/unique.h"
 #include "text/help_viewer.h"
 
@@ -172,8 +172,7 @@ std::wstring BuildDriverFilePath(HANDLE printer, std::wstring_view name)
             return {};
         printer = server.Get();
     }
-    const std::wstring folder = PrinterDriver(printer).Folder();
-    return folder.empty() ? std::wstring() : folder + L"\\" + std::wstring(name);
+    return PrinterDriver(printer).FileBeside(name);
 }
 
 std::wstring ExtractHelpFromCabinet(HANDLE printer, std::wstring_view cabinetName, std::wstring_view helpName)

@@ -2,6 +2,7 @@
 // of message box made of them.
 #pragma once
 
+#include "base/limits.h"
 #include "base/text.h"
 
 #include <string>

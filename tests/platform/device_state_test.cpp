@@ -1,7 +1,7 @@
 #include "settings/device_state.h"
 
 #include "record/fax_job_data.h"
-#include "settings/registry.h"
+#include "settings/key_set.h"
 #include "support/test_printer.h"
 
 #include <cwchar>
@@ -18,13 +18,12 @@ constexpr wchar_t kPath[] = L"FaxCPDefaultOverlayBitmapPath";
 
 class DeviceState : public ::testing::Test {
 protected:
-    ~DeviceState() override { CloseKeys(KeySetOf(record())); }
-
     FaxJobData& record() { return owned.Get(); }
     UniqueKey Stored() const { return printer.Key(L"QXBIDIInfo"); }
 
     TestPrinter printer;
     OwnedFaxJobData owned;
+    KeySet keys{owned.Get()};
 };
 
 class CoverPageLock : public DeviceState {

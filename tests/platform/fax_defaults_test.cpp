@@ -1,7 +1,7 @@
 #include "settings/fax_defaults.h"
 
 #include "record/fax_job_data.h"
-#include "settings/registry.h"
+#include "settings/key_set.h"
 #include "support/test_printer.h"
 
 #include <gtest/gtest.h>
@@ -14,13 +14,13 @@ using namespace test;
 class FaxDefaults : public ::testing::Test {
 protected:
     FaxDefaults() { record().PrinterHandle = printer.Handle(); }
-    ~FaxDefaults() override { CloseKeys(KeySetOf(record())); }
 
     FaxJobData& record() { return owned.Get(); }
     UniqueKey Stored() const { return printer.Key(L"QX-FAX\\Default"); }
 
     TestPrinter printer;
     OwnedFaxJobData owned;
+    KeySet keys{owned.Get()};
 };
 
 TEST_F(FaxDefaults, NothingStoredLeavesEveryFieldAsItWas)
@@ -82,6 +82,7 @@ TEST_F(FaxDefaults, AreStoredAsFourteenValuesWithTheirTypes)
     EXPECT_EQ(values, 14u);
 
     OwnedFaxJobData again;
+    const KeySet againKeys{again.Get()};
     again.Get().PrinterHandle = printer.Handle();
     EXPECT_TRUE(LoadFaxDefaults(again.Get()));
     EXPECT_STREQ(again.Get().SenderName, L"Ann Lee");
@@ -98,7 +99,6 @@ TEST_F(FaxDefaults, AreStoredAsFourteenValuesWithTheirTypes)
     EXPECT_EQ(again.Get().AddCoverPage, 1u);
     EXPECT_EQ(again.Get().ShowPreview, 1u);
     EXPECT_EQ(again.Get().ApplyDefaults, 1u);
-    CloseKeys(KeySetOf(again.Get()));
 }
 
 TEST_F(FaxDefaults, TextsThatWereNeverSetAreStoredEmpty)

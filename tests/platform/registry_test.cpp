@@ -1,5 +1,7 @@
 #include "settings/registry.h"
 
+#include "settings/key_set.h"
+
 #include "support/test_printer.h"
 
 #include <gtest/gtest.h>
@@ -11,9 +13,6 @@ using namespace test;
 
 class Registry : public ::testing::Test {
 protected:
-    Registry() { set.PrinterHandle = printer.Handle(); }
-    ~Registry() override { CloseKeys(set); }
-
     std::wstring ReadBack(const wchar_t* name)
     {
         std::wstring out = L"untouched";
@@ -21,7 +20,8 @@ protected:
     }
 
     TestPrinter printer;
-    RegistryKeySet set;
+    KeySet keys{printer.Handle()};
+    RegistryKeySet& set = *keys;
 };
 
 bool IsOpen(HKEY key)

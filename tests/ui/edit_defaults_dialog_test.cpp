@@ -2,7 +2,7 @@
 #include "record/fax_job_data.h"
 #include "res/edit_defaults_ids.h"
 #include "settings/device_state.h"
-#include "settings/registry.h"
+#include "settings/key_set.h"
 #include "support/test_printer.h"
 #include "support/ui_conversation.h"
 
@@ -23,7 +23,6 @@ protected:
         dialog.printer = printer.Handle();
         dialog.defaults = &Defaults();
     }
-    ~EditDefaultsDialogTest() override { CloseKeys(KeySetOf(Defaults())); }
 
     FaxJobData& Defaults() { return defaults.Get(); }
 
@@ -42,6 +41,7 @@ protected:
 
     TestPrinter printer;
     OwnedFaxJobData defaults;
+    KeySet keys{defaults.Get()};
     EditDefaultsDialog dialog;
     INT_PTR answer = 0;
     std::optional<UiConversation> conversation;

@@ -243,7 +243,7 @@ TEST_F(FaxJobPageTest, AGroupOfAtMostOneMemberHasATextOfItsOwn)
 TEST_F(FaxJobPageTest, AGroupThatDropsOutOfTheRecentListLeavesTheFields)
 {
     std::vector<UniqueItem<PhoneBookGroup>> groups;
-    for (int i = 0; i < 2 * RecentRecipientList::kSlots; ++i) {
+    for (int i = 0; i < 2 * kMaxRecentRecipients; ++i) {
         groups.emplace_back(new PhoneBookGroup);
         groups.back()->SetName((L"Other " + std::to_wstring(i)).c_str());
     }

@@ -1,10 +1,12 @@
 #include "phonebook/book/phone_book.h"
 
 #include "base/guarded.h"
+#include "base/limits.h"
 #include "base/text.h"
 #include "base/unique.h"
 #include "phonebook/book/item_deletion.h"
 #include "phonebook/book/sort_order.h"
+#include "settings/key_set.h"
 #include "settings/registry.h"
 
 #include <algorithm>
@@ -16,7 +18,6 @@ namespace qx {
 namespace {
 
 constexpr wchar_t kShellFolders[] = L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders";
-constexpr std::size_t kPathUnits = 259; // and a terminator
 
 std::wstring DocumentsFolder()
 {
@@ -219,13 +220,13 @@ bool PhoneBook::IsTaken(DWORD id) const noexcept
 
 void PhoneBook::BuildFilePath()
 {
-    std::wstring path(Cut(DocumentsFolder(), kPathUnits));
+    std::wstring path(Cut(DocumentsFolder(), kPathLimit));
     path += L'\\';
     if (const auto guid = RestrictedUserGuid(printer_))
         path += *guid + L".xml";
     else
         path += L"qxfaxab.xml";
-    filePath_ = Cut(path, kPathUnits);
+    filePath_ = Cut(path, kPathLimit);
 }
 
 PhoneBookItem* PhoneBook::FindItem(DWORD id) const

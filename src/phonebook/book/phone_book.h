@@ -1,6 +1,7 @@
 // The personal phone book: entries and groups in an order of their own, kept in one XML file per user.
 #pragma once
 
+#include "base/limits.h"
 #include "phonebook/book/phone_book_storage.h"
 
 #include <winspool.h>
@@ -9,10 +10,8 @@
 
 namespace qx {
 
-// Limit of the whole book, entries and groups together. The container itself has none.
-inline constexpr DWORD kMaxPhoneBookItems = 10000;
-
-// Holds item pointers and never frees an item: the store given to it owns them all.
+// Holds item pointers and never frees an item: the store given to it owns them all. It has no limit; whoever adds items
+// keeps to kMaxPhoneBookItems.
 class PhoneBook final {
 public:
     PhoneBook(ItemStore& store, const PhoneBookStorage& storage) noexcept; // both outlive the book

@@ -74,7 +74,7 @@ void SetRow(CsvTableWriter& writer, std::size_t row,
             const std::array<std::wstring_view, kExportedColumns>& texts) noexcept
 {
     for (std::size_t column = 0; column < kExportedColumns; ++column)
-        writer.SetCell(row, column, Cut(texts[column], kImportedUnits));
+        writer.SetCell(row, column, Cut(texts[column], kNameLimit));
 }
 
 } // namespace
@@ -100,7 +100,7 @@ bool ExportRows(const PhoneBook& book, CsvTableWriter& writer) noexcept
 {
     const auto entries = static_cast<std::size_t>(
         std::ranges::count_if(book.Items(), [](const PhoneBookItem* item) { return !item->IsGroup(); }));
-    if (!writer.SetSize(entries + 1, kExportedColumns, kImportedUnits + 1))
+    if (!writer.SetSize(entries + 1, kExportedColumns, kNameLimit + 1))
         return false;
     SetRow(writer, 0, {L"Name", L"Fax Number", L"Company Name"});
     std::size_t row = 1;

@@ -1,5 +1,7 @@
 #include "phonebook/csv/import_rules.h"
 
+#include "base/limits.h"
+
 namespace qx {
 
 namespace {
@@ -20,14 +22,14 @@ bool ReadColumn(const CsvFields& fields, std::size_t row, int column, std::wstri
 
 void CutToEntry(std::wstring& text)
 {
-    text.resize(UpToLineBreak(std::wstring_view(text).substr(0, kImportedUnits)).size());
+    text.resize(UpToLineBreak(std::wstring_view(text).substr(0, kNameLimit)).size());
 }
 
 // Shorter fax numbers and companies keep their line breaks: a company may have several lines, and a fax number with
 // one is invalid. Names are always cut.
 void CutToEntryIfTooLong(std::wstring& text)
 {
-    if (text.size() > kImportedUnits)
+    if (text.size() > kNameLimit)
         CutToEntry(text);
 }
 

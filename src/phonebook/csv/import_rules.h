@@ -26,9 +26,6 @@ enum class ImportExportStatus {
     RowRefused = 7, // it was a duplicate or had an invalid fax number
 };
 
-// Names, fax numbers and companies of a CSV file are cut to this, both ways (UTF-16 units).
-inline constexpr std::size_t kImportedUnits = 50;
-
 // A text up to the first line break that has an ordinary character before it: breaks at the very beginning stay.
 std::wstring_view UpToLineBreak(std::wstring_view text) noexcept;
 

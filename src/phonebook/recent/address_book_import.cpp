@@ -1,9 +1,10 @@
 #include "phonebook/recent/address_book_import.h"
 
+#include "base/printer.h"
 #include "base/unique.h"
 #include "phonebook/book/phone_book.h"
 #include "phonebook/recent/registry_entry.h"
-#include "settings/registry.h"
+#include "settings/key_set.h"
 
 #include <iterator>
 #include <string>
@@ -12,27 +13,13 @@ namespace qx {
 
 namespace {
 
-constexpr wchar_t kPresetKey[] = L"QXPresetRoot";
 constexpr wchar_t kVersion[] = L"Version";
 constexpr DWORD kCurrentVersion = 0x10000;
 
-// The name under which the spooler published the printer; empty when it cannot be read.
-std::wstring PublishedName(HANDLE printer)
+// The printer of the name under which the spooler published it.
+UniquePrinter OpenWithAllAccess(HANDLE sessionPrinter)
 {
-    const auto read = [printer](std::wstring& buffer, DWORD& bytes) {
-        DWORD type = 0;
-        return GetPrinterDataExW(printer, L"DsSpooler", L"PrinterName", &type, reinterpret_cast<BYTE*>(buffer.data()),
-                                 static_cast<DWORD>(buffer.size() * sizeof(wchar_t)), &bytes);
-    };
-    DWORD bytes = 0;
-    std::wstring name;
-    if (read(name, bytes) == ERROR_MORE_DATA)
-        name.resize(bytes / sizeof(wchar_t) + 1); // the value may lack its terminator
-    return read(name, bytes) == ERROR_SUCCESS ? name.c_str() : L"";
-}
-
-UniquePrinter OpenWithAllAccess(std::wstring name)
-{
+    std::wstring name = ReadPrinterText(sessionPrinter, L"DsSpooler", L"PrinterName").value_or(L"");
     PRINTER_DEFAULTSW access{};
     access.DesiredAccess = PRINTER_ALL_ACCESS;
     UniquePrinter printer;
@@ -41,19 +28,16 @@ UniquePrinter OpenWithAllAccess(std::wstring name)
     return printer;
 }
 
-bool LacksVersion(HANDLE printer)
+bool LacksVersion(HANDLE printer) noexcept
 {
-    DWORD type = 0;
-    DWORD bytes = 0;
     DWORD version = 0;
-    return GetPrinterDataExW(printer, kPresetKey, kVersion, &type, reinterpret_cast<BYTE*>(&version), sizeof version,
-                             &bytes) == ERROR_FILE_NOT_FOUND;
+    return ReadPrinterNumber(printer, kPresetData, kVersion, version) == ERROR_FILE_NOT_FOUND;
 }
 
 void WriteVersion(HANDLE printer)
 {
     DWORD version = kCurrentVersion;
-    SetPrinterDataExW(printer, kPresetKey, kVersion, REG_DWORD, reinterpret_cast<BYTE*>(&version), sizeof version);
+    SetPrinterDataExW(printer, kPresetData, kVersion, REG_DWORD, reinterpret_cast<BYTE*>(&version), sizeof version);
 }
 
 // Whether there was anything to add.
@@ -84,28 +68,12 @@ bool AddOldEntries(HKEY addressBook, PhoneBook& book)
     }
 }
 
-class OpenKeySet {
-public:
-    explicit OpenKeySet(HANDLE printer)
-    {
-        keys_.PrinterHandle = printer;
-        OpenKeys(keys_);
-    }
-    ~OpenKeySet() { CloseKeys(keys_); }
-    OpenKeySet(const OpenKeySet&) = delete;
-    OpenKeySet& operator=(const OpenKeySet&) = delete;
-
-    HKEY AddressBook() const noexcept { return keys_.hAddressBookKey; }
-
-private:
-    RegistryKeySet keys_;
-};
-
 // Whether there was anything to import.
 bool ImportOldAddressBook(HANDLE printer, PhoneBook& book)
 {
-    const OpenKeySet keys(printer);
-    if (keys.AddressBook() == nullptr || !AddOldEntries(keys.AddressBook(), book))
+    KeySet keys(printer);
+    OpenKeys(*keys);
+    if (keys->hAddressBookKey == nullptr || !AddOldEntries(keys->hAddressBookKey, book))
         return false;
     book.Save(book.GetCount());
     return true;
@@ -115,7 +83,7 @@ bool ImportOldAddressBook(HANDLE printer, PhoneBook& book)
 
 bool ImportOldAddressBookOnce(HANDLE sessionPrinter, PhoneBook& book)
 {
-    const UniquePrinter printer = OpenWithAllAccess(PublishedName(sessionPrinter));
+    const UniquePrinter printer = OpenWithAllAccess(sessionPrinter);
     if (!printer || !LacksVersion(printer.Get()))
         return false;
     const bool imported = ImportOldAddressBook(sessionPrinter, book);

@@ -3,6 +3,7 @@
 #include "base/unique.h"
 #include "phonebook/book/phone_book.h"
 #include "phonebook/recent/registry_entry.h"
+#include "settings/registry.h"
 
 #include <algorithm>
 #include <string>
@@ -147,13 +148,12 @@ void TakeValues(PhoneBookItem& item, const PhoneBookItem& from)
 RecentRecipientList::~RecentRecipientList()
 {
     Clear();
-    CloseKeys(keys_);
 }
 
 void RecentRecipientList::Open(HANDLE printer)
 {
-    keys_.PrinterHandle = printer;
-    OpenKeys(keys_);
+    keys_->PrinterHandle = printer;
+    OpenKeys(*keys_);
 }
 
 void RecentRecipientList::Clear() noexcept
@@ -166,28 +166,28 @@ void RecentRecipientList::Load()
 {
     Clear();
     DWORD count = 0;
-    ReadDword(keys_.hMruListKey, kCount, count);
-    for (std::size_t i = 0; i < std::min<std::size_t>(count, kSlots); ++i)
-        slots_[i] = ReadItem(keys_.hMruListKey, std::to_wstring(i)).release();
+    ReadDword(keys_->hMruListKey, kCount, count);
+    for (std::size_t i = 0; i < std::min<std::size_t>(count, slots_.size()); ++i)
+        slots_[i] = ReadItem(keys_->hMruListKey, std::to_wstring(i)).release();
 }
 
 // Subkeys are named by slot while Count is the number of those written: with an empty slot in between the last items
 // lie beyond Count. Subkeys of empty slots stay as they are. Both have always been so, and Load counts on neither.
 void RecentRecipientList::Save() const
 {
-    if (keys_.hMruListKey == nullptr)
+    if (keys_->hMruListKey == nullptr)
         return;
     DWORD count = 0;
     for (std::size_t i = 0; i < slots_.size(); ++i) {
         if (slots_[i] == nullptr)
             continue;
-        const UniqueKey key = FreshSubkey(keys_.hMruListKey, std::to_wstring(i));
+        const UniqueKey key = FreshSubkey(keys_->hMruListKey, std::to_wstring(i));
         if (!key)
             continue;
         WriteItem(key.Get(), *slots_[i]);
         ++count;
     }
-    WriteDword(keys_.hMruListKey, kCount, count);
+    WriteDword(keys_->hMruListKey, kCount, count);
 }
 
 BOOL RecentRecipientList::AddRecent(const PhoneBookItem* item, const PhoneBook* book)

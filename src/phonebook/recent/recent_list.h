@@ -2,8 +2,9 @@
 // book: its items are copies.
 #pragma once
 
+#include "base/limits.h"
 #include "phonebook/book/items.h"
-#include "settings/registry.h"
+#include "settings/key_set.h"
 
 #include <array>
 
@@ -13,8 +14,6 @@ class PhoneBook;
 
 class RecentRecipientList {
 public:
-    static constexpr int kSlots = 20;
-
     RecentRecipientList() = default;
     ~RecentRecipientList(); // frees the items and closes the keys
     RecentRecipientList(const RecentRecipientList&) = delete;
@@ -34,8 +33,8 @@ public:
 private:
     void Clear() noexcept;
 
-    RegistryKeySet keys_;
-    std::array<PhoneBookItem*, kSlots> slots_{};
+    KeySet keys_;
+    std::array<PhoneBookItem*, kMaxRecentRecipients> slots_{};
 };
 
 } // namespace qx

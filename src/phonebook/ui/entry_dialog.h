@@ -21,7 +21,7 @@ struct EntryDialogContext : PhoneBookDialog {
     PhoneBookEntry* entry;
     MadeItem<PhoneBookEntry> made; // the new entry; after OK the opener releases it into the book
 
-    NumberFilter faxNumber{.allowed = AllowedInFaxNumber, .accepted = {}, .units = 255};
+    NumberFilter faxNumber{.allowed = AllowedInFaxNumber, .accepted = {}, .units = kTextUnits - 1};
 };
 
 // IDOK: the entry holds the new values. IDCANCEL: nothing changed. The two differ in their title and their help topics.

@@ -37,9 +37,7 @@ constexpr ListColumn kDestinationColumns[] = {{6088, 80}, {6089, 120}};
 constexpr unsigned kDestinationTexts[kMappedFieldCount] = {kNameHeading, kFaxNumberHeading, kCompanyHeading};
 constexpr int kMappedColumn = 1; // of the right list: the source field
 
-// Longest header field that is told apart (UTF-16 units).
-constexpr std::size_t kHeaderUnits = 260;
-using HeaderBuffer = std::array<wchar_t, kHeaderUnits + 1>;
+using HeaderBuffer = std::array<wchar_t, kHeaderLimit + 1>;
 
 HWND SourceList(const MapCustomFieldsContext& context) noexcept
 {
@@ -81,7 +79,7 @@ void TrimHeaders(std::vector<std::optional<std::wstring>>& headers)
 {
     for (std::optional<std::wstring>& header : headers) {
         if (header)
-            header->resize(UpToLineBreak(Cut(*header, kHeaderUnits)).size());
+            header->resize(UpToLineBreak(Cut(*header, kHeaderLimit)).size());
     }
 }
 

@@ -1,0 +1,94 @@
+#include "settings/key_set.h"
+
+#include "base/limits.h"
+#include "base/printer.h"
+#include "base/text.h"
+#include "base/unique.h"
+
+#include <cstddef>
+
+namespace qx {
+
+namespace {
+
+static_assert(offsetof(RegistryKeySet, hMruListKey) == offsetof(FaxJobData, hMruListKey));
+static_assert(offsetof(RegistryKeySet, PrinterHandle) == offsetof(FaxJobData, PrinterHandle));
+
+// Leaves key alone when it cannot be opened.
+bool CreateKey(HKEY parent, const std::wstring& path, HKEY& key) noexcept
+{
+    HKEY created = nullptr;
+    if (RegCreateKeyExW(parent, path.c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE, KEY_ALL_ACCESS, nullptr, &created,
+                        nullptr) != ERROR_SUCCESS)
+        return false;
+    key = created;
+    return true;
+}
+
+void CloseKey(HKEY& key) noexcept
+{
+    if (key != nullptr)
+        RegCloseKey(key);
+    key = nullptr;
+}
+
+// The name follows the vendor's directly, as it stands.
+std::optional<std::wstring> SubtreePath(HANDLE printer, const wchar_t* below)
+{
+    const auto guid = RestrictedUserGuid(printer);
+    if (!guid)
+        return std::nullopt;
+    return std::wstring(Cut(L"Software\\Quillmarsh\\" + *guid + below, kPathLimit));
+}
+
+} // namespace
+
+RegistryKeySet& KeySetOf(FaxJobData& record) noexcept
+{
+    return reinterpret_cast<RegistryKeySet&>(record);
+}
+
+std::optional<std::wstring> RestrictedUserGuid(HANDLE printer)
+{
+    return ReadPrinterText(printer, kPresetData, L"QXRestrictedUserGuid", kPrinterTextUnits);
+}
+
+void OpenKeys(RegistryKeySet& set)
+{
+    const auto path = SubtreePath(set.PrinterHandle, L"");
+    if (!path)
+        return;
+    CloseKey(set.hAddressBookKey);
+    CloseKey(set.hDefaultKey);
+    // The other two are released without being closed, on purpose: reopening a set leaves its earlier job data and
+    // recent list handles open, and whoever holds a copy of them goes on with it.
+    UniqueKey root;
+    if (!CreateKey(HKEY_CURRENT_USER, *path, *root.Receive()))
+        return;
+    CreateKey(root.Get(), L"QX-FAX\\Address Book", set.hAddressBookKey);
+    CreateKey(root.Get(), L"QX-FAX\\Default", set.hDefaultKey);
+    CreateKey(root.Get(), L"QX-FAX\\JobData", set.hJobDataKey);
+    CreateKey(root.Get(), L"QX-FAX\\MRUList", set.hMruListKey);
+}
+
+void OpenDeviceStateKey(RegistryKeySet& set)
+{
+    const auto path = SubtreePath(set.PrinterHandle, L"\\QXBIDIInfo");
+    if (!path)
+        return;
+    CloseKey(set.hBidiInfoKey);
+    HKEY opened = nullptr;
+    if (RegOpenKeyExW(HKEY_CURRENT_USER, path->c_str(), 0, KEY_ALL_ACCESS, &opened) == ERROR_SUCCESS)
+        set.hBidiInfoKey = opened;
+}
+
+void CloseKeys(RegistryKeySet& set) noexcept
+{
+    CloseKey(set.hDefaultKey);
+    CloseKey(set.hAddressBookKey);
+    CloseKey(set.hJobDataKey);
+    CloseKey(set.hBidiInfoKey);
+    CloseKey(set.hMruListKey);
+}
+
+} // namespace qx

@@ -1,0 +1,53 @@
+// The registry keys of the current user that belong to a printer: its subtree's, and the device-status software's.
+#pragma once
+
+#include <optional>
+#include <qxfax/send_fax.h>
+#include <string>
+#include <windows.h>
+
+namespace qx {
+
+// Null when not open. Also the head of the driver's job record.
+struct RegistryKeySet {
+    HKEY hDefaultKey = nullptr;
+    HKEY hAddressBookKey = nullptr;
+    HKEY hJobDataKey = nullptr;
+    HKEY hBidiInfoKey = nullptr;
+    HKEY hMruListKey = nullptr;
+    HANDLE PrinterHandle = nullptr; // not owned
+};
+
+RegistryKeySet& KeySetOf(FaxJobData& record) noexcept;
+
+// The name that the printer's data gives to the user's subtree, at most 259 units; none when it cannot be read.
+std::optional<std::wstring> RestrictedUserGuid(HANDLE printer);
+
+// Opens, creating what is missing, the four settings keys of the set's printer. Without a subtree name, or on a
+// failure, what could not be opened stays as it was, and later reads find nothing.
+void OpenKeys(RegistryKeySet& set);
+// Opens the key that the device-status software keeps for the set's printer, if there is one; the one held before is
+// closed. Without a subtree name the one held before stays.
+void OpenDeviceStateKey(RegistryKeySet& set);
+// Closes the five keys and leaves them null.
+void CloseKeys(RegistryKeySet& set) noexcept;
+
+// The owner of a set, its own or the one at the head of a job record: closes the keys at its end.
+class KeySet {
+public:
+    explicit KeySet(HANDLE printer = nullptr) noexcept : own_{.PrinterHandle = printer}, set_(own_) {}
+    explicit KeySet(FaxJobData& record) noexcept : set_(KeySetOf(record)) {} // the record lives longer
+    ~KeySet() { CloseKeys(set_); }
+    KeySet(const KeySet&) = delete;
+    KeySet& operator=(const KeySet&) = delete;
+
+    RegistryKeySet& operator*() noexcept { return set_; }
+    RegistryKeySet* operator->() noexcept { return &set_; }
+    const RegistryKeySet* operator->() const noexcept { return &set_; }
+
+private:
+    RegistryKeySet own_;
+    RegistryKeySet& set_;
+};
+
+} // namespace qx
