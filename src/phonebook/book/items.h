@@ -121,7 +121,11 @@ UniqueItem<PhoneBookEntry> MakeRecipient(const Recipient& texts, DWORD id = 0);
 
 // The duplicate rule: names equal, and fax numbers equal or one of them null. False when a name is null.
 bool IsSameEntry(const PhoneBookEntry& a, const PhoneBookEntry& b) noexcept;
-// Order by name, then fax number, then company; a null field on either side ends the chain with false.
+// Order by name, then fax number, then company: CSTR_LESS_THAN, CSTR_EQUAL or CSTR_GREATER_THAN. A field that was never
+// set compares as empty, or is equal to every other and ends the comparison.
+enum class UnsetField { IsEmpty, EndsComparison };
+int CompareEntries(const PhoneBookEntry& a, const PhoneBookEntry& b, UnsetField unset) noexcept;
+// By that order, where an unset field ends the comparison.
 bool IsLessThan(const PhoneBookEntry& a, const PhoneBookEntry& b) noexcept;
 bool IsGreaterThan(const PhoneBookEntry& a, const PhoneBookEntry& b) noexcept;
 // Names both present and equal.

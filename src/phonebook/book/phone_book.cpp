@@ -180,7 +180,7 @@ void PhoneBook::RemoveAll() noexcept
 BOOL PhoneBook::Sort(BOOL ascending)
 {
     SortItems(items_, ascending != FALSE);
-    ForgetIndex();
+    places_.clear();
     return TRUE;
 }
 
@@ -251,36 +251,16 @@ void PhoneBook::ResolveMembers(PhoneBookGroup& group) const
 
 template <class Wanted> PhoneBookItem* PhoneBook::FindFirst(DWORD id, Wanted wanted) const
 {
-    if (index_.empty() && !std::exchange(walkedSinceChange_, true)) {
-        const auto found = std::find_if(items_.begin(), items_.end(),
-                                        [&](const PhoneBookItem* item) { return item->GetId() == id && wanted(item); });
-        return found != items_.end() ? *found : nullptr;
-    }
-    if (index_.empty())
-        IndexIds();
-    const auto first = std::lower_bound(index_.begin(), index_.end(), Place{id, 0});
-    const auto found = std::find_if(first, index_.end(),
-                                    [&](const Place& place) { return place.id != id || wanted(items_[place.index]); });
-    return found != index_.end() && found->id == id ? items_[found->index] : nullptr;
-}
-
-void PhoneBook::IndexIds() const
-{
-    index_.reserve(items_.size());
-    for (DWORD i = 0; i < GetCount(); ++i)
-        index_.push_back({items_[i]->GetId(), i});
-    std::sort(index_.begin(), index_.end());
-}
-
-void PhoneBook::ForgetIndex() noexcept
-{
-    index_.clear();
-    walkedSinceChange_ = false;
+    if (places_.empty())
+        places_ = PlacesOf(items_);
+    const ItemPlace* const found =
+        FindPlace(places_, id, [&](std::size_t position) { return wanted(items_[position]); });
+    return found != nullptr ? items_[found->position] : nullptr;
 }
 
 void PhoneBook::Changed() noexcept
 {
-    ForgetIndex();
+    places_.clear();
     stamp_.reset();
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "base/limits.h"
+#include "phonebook/book/item_places.h"
 #include "phonebook/book/phone_book_storage.h"
 
 #include <winspool.h>
@@ -50,8 +51,8 @@ public:
 
     // Whether an item of the book has that id, or a group names it.
     bool IsTaken(DWORD id) const noexcept;
-    // First item (first entry) with that id, or null. One call is as fast as a walk; many calls between changes of
-    // the book share an index, so an item keeps its id while it is in the book.
+    // First item (first entry) with that id, or null. All calls between changes of the book share an index, so an item
+    // keeps its id while it is in the book.
     PhoneBookItem* FindItem(DWORD id) const;
     PhoneBookEntry* FindEntry(DWORD id) const;
     // Only for a group without member entries: gives it copies of the book's entries that its ids name.
@@ -64,21 +65,9 @@ public:
 
 private:
     class Busy;
-    struct Place {
-        DWORD id = 0;
-        DWORD index = 0;
-
-        bool operator<(const Place& other) const noexcept
-        {
-            return id != other.id ? id < other.id : index < other.index;
-        }
-    };
-
     ~PhoneBook() = default; // Destroy frees the book
 
     template <class Wanted> PhoneBookItem* FindFirst(DWORD id, Wanted wanted) const;
-    void IndexIds() const;
-    void ForgetIndex() noexcept;
     void Changed() noexcept;
     void RaiseNextId(const LoadedPhoneBook& loaded);
     bool HoldsTheFile() const noexcept;
@@ -97,8 +86,7 @@ private:
     unsigned loads_ = 0;             // that have come to their end
     unsigned busy_ = 0;              // loads and saves that are under way
 
-    mutable std::vector<Place> index_; // by id, then by place in the book; empty when not made
-    mutable bool walkedSinceChange_ = false;
+    mutable std::vector<ItemPlace> places_; // of the items; empty when not made
 };
 
 // The reload sequence of every list that shows the book: Reload, Sort ascending.
