@@ -56,6 +56,13 @@ void RefreshButtons(EditPhoneBookContext& editor)
     EnableControl(editor.dialog, IDC_BOOK_DELETE, on.remove);
 }
 
+// At the end of a command.
+void ReturnTo(EditPhoneBookContext& editor, int control)
+{
+    FocusControl(editor.dialog, control);
+    RefreshButtons(editor);
+}
+
 void Refill(EditPhoneBookContext& editor)
 {
     FillPhoneBookList(editor.list, editor.book, ListedItems::All);
@@ -189,16 +196,14 @@ void EditSelected(EditPhoneBookContext& editor)
         StoreBack(editor.book, item, before, kept);
         SortAndShow(editor, item);
     }
-    FocusControl(editor.dialog, IDC_BOOK_LIST);
-    RefreshButtons(editor);
+    ReturnTo(editor, IDC_BOOK_LIST);
 }
 
 void ShowDetails(EditPhoneBookContext& editor)
 {
     if (!ShowSelectedDetails(editor, editor.list.window))
         return;
-    FocusControl(editor.dialog, IDC_BOOK_DETAILS);
-    RefreshButtons(editor);
+    ReturnTo(editor, IDC_BOOK_DETAILS);
 }
 
 void DeleteSelected(EditPhoneBookContext& editor)
@@ -210,8 +215,7 @@ void DeleteSelected(EditPhoneBookContext& editor)
     std::ranges::transform(items, ids.begin(), &PhoneBookItem::GetId);
     editor.book.DeleteIds(ids);
     Refill(editor);
-    FocusControl(editor.dialog, IDC_BOOK_LIST);
-    RefreshButtons(editor);
+    ReturnTo(editor, IDC_BOOK_LIST);
 }
 
 // ---- import and export --------------------------------------------------------------------------------------------
@@ -248,8 +252,7 @@ void Import(EditPhoneBookContext& editor)
             SortAndRefill(editor);
         }
     }
-    FocusControl(editor.dialog, IDC_BOOK_IMPORT);
-    RefreshButtons(editor);
+    ReturnTo(editor, IDC_BOOK_IMPORT);
 }
 
 void Export(EditPhoneBookContext& editor)
@@ -259,8 +262,7 @@ void Export(EditPhoneBookContext& editor)
         ShowInformation(editor, kExported);
     else if (result.status != ImportExportStatus::Cancelled)
         ReportImportExportResult(editor, result, editor.dialog);
-    FocusControl(editor.dialog, IDC_BOOK_EXPORT);
-    RefreshButtons(editor);
+    ReturnTo(editor, IDC_BOOK_EXPORT);
 }
 
 // ---- list, end ----------------------------------------------------------------------------------------------------
