@@ -115,12 +115,6 @@ void Fill(EditDefaultsDialog& state)
 } // namespace
 
 constexpr Dialog<EditDefaultsDialog> kEditDefaultsDialog{
-    .ids = {IDD_EDIT_DEFAULTS, IDD_EDIT_DEFAULTS_RTL},
-    .title = {5243, L"-Default Settings"},
-    .controls = kControls,
-    .routes = kRoutes,
-    .fill = Fill,
-    .other = AnswerOther,
-};
+    {IDD_EDIT_DEFAULTS, IDD_EDIT_DEFAULTS_RTL}, {5243, L"-Default Settings"}, kControls, kRoutes, Fill, AnswerOther};
 
 } // namespace qx

@@ -48,12 +48,10 @@ constexpr auto kControls =
            CoverPageControls({5218, L"Notes:"}));
 static_assert(IdsAreUnique(kControls));
 
-// Kept: these warnings carry the icon of errors.
+// Kept: the warning carries the icon of errors.
 constexpr Message kDuplicate{{5257, L"This is a duplicate entry.Please enter a different name or fax number"},
                              MB_OK | MB_ICONSTOP,
                              MessageTitle::Warning};
-constexpr Message kPhoneBookFull{
-    {6098, L"The maximum number of phone book entries has been entered."}, MB_OK | MB_ICONSTOP, MessageTitle::Warning};
 
 // ---- recipients -----------------------------------------------------------------------------------------------------
 

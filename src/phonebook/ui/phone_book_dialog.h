@@ -20,6 +20,7 @@ struct PhoneBookDialog : TextOwner {
 
 inline constexpr Message kTooManyRecipients{
     {5265, L"The maximum number of fax numbers has been entered."}, MB_OK | MB_ICONSTOP, MessageTitle::Error};
+// Kept: the warning carries the icon of errors.
 inline constexpr Message kPhoneBookFull{
     {6098, L"The maximum number of phone book entries has been entered."}, MB_OK | MB_ICONSTOP, MessageTitle::Warning};
 
