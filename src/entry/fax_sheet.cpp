@@ -26,7 +26,8 @@ namespace {
 constexpr int kPageCount = 2;
 constexpr int kSendButton = IDOK;
 constexpr int kHelpButton = IDHELP;
-constexpr int kHelpButtonTopic = 15619; // of a click; the button's own context help is another page
+// Kept: a click shows this page, the button's own context help is another one.
+constexpr int kHelpButtonTopic = 15619;
 constexpr UINT kTakeOverButtons = 1465; // sent to the sheet once, when it is hooked
 
 constexpr Text kFaxJobTitle{5313, L"Fax Job"};

@@ -23,7 +23,7 @@ constexpr Message kNotOperational{
     MB_OK | MB_ICONEXCLAMATION,
     MessageTitle::Warning};
 
-// Texts handed to the driver. Two stand here twice on purpose: the driver finds texts by id, never by position.
+// Texts handed to the driver. Kept: two stand here twice. The driver finds texts by id, never by position.
 constexpr INT32 kDriverStrings[] = {5320, 5316, 5210, 5229, 5319, 5316, 5210, 5219, 5218, 5202, 5203, 5204};
 
 std::wstring HelpName(HANDLE printer, const wchar_t* name)
@@ -53,7 +53,8 @@ void SendSession::Run()
     RunSheet();
 }
 
-// The order matters to the driver. The title is looked up before there is a library: it is always the built-in text.
+// The order matters to the driver. Kept: the title is looked up before there is a library, and so always the built-in
+// text.
 void SendSession::PrepareRecord()
 {
     title_ = LocalizedText(*this, kTitle);

@@ -10,7 +10,8 @@ namespace qx {
 
 namespace {
 
-constexpr int kHelpButtonTopic = 15621; // of a click; the button's own context help is another page
+// Kept: a click shows this page, the button's own context help is another one.
+constexpr int kHelpButtonTopic = 15621;
 
 constexpr auto kControls =
     Joined(SendSettingsControls(BuiltInTexts::Plain, {5333, L"Standard"}, {5335, L"None"}),
@@ -40,8 +41,9 @@ void ShowDefaults(EditDefaultsDialog& state)
     LoadSendSettings(state.settings, defaults);
     LoadCoverPageFields(state.coverPage, defaults);
     LoadPreview(state.settings, state.printer, defaults);
+    // Kept: the Setup page only hides its group box.
     if (!state.settings.previewOffered)
-        EnableControl(state.dialog, IDC_PREVIEW_GROUP, false); // the Setup page leaves its own group box at hidden
+        EnableControl(state.dialog, IDC_PREVIEW_GROUP, false);
     CheckDlgButton(state.dialog, IDC_APPLY_DEFAULTS, defaults.ApplyDefaults != 0 ? BST_CHECKED : BST_UNCHECKED);
     // The administrator's lock of the cover page does not reach here: it binds jobs, not what the user prefers.
     if (IsSpoolerThunkHost())

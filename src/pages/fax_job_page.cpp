@@ -160,7 +160,7 @@ void PickFromPhoneBook(FaxJobPage& page)
 bool AddToPhoneBook(FaxJobPage& page, const Recipient& recipient)
 {
     PhoneBookEntry* const entry = page.book->Store().NewEntry();
-    entry->SetId(page.book->NextId()); // drawn before the duplicate test: a refused entry leaves a gap
+    entry->SetId(page.book->NextId()); // Kept: drawn before the duplicate test, a refused entry leaves a gap
     entry->SetTexts(recipient);
     if (page.book->HoldsSameEntry(*entry)) {
         page.book->Store().Discard(entry);

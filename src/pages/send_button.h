@@ -8,7 +8,7 @@
 
 namespace qx {
 
-// The trailing blank is kept: it is what the button has always read when there is no translation.
+// Kept: the trailing blank. It is what the button has always read when there is no translation.
 inline constexpr Text kSendText{5223, L"-&Send "};
 inline constexpr Text kPreviewAndSendText{6091, L"-Preview and &Send"};
 

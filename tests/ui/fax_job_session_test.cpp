@@ -3,10 +3,12 @@
 #include "phonebook/file/phone_book_file.h"
 #include "phonebook/recent/recent_list.h"
 #include "res/fax_job_page_ids.h"
+#include "res/setup_page_ids.h"
 #include "support/send_fax_session.h"
 
 #include <fstream>
 #include <gtest/gtest.h>
+#include <prsht.h>
 
 namespace qx::test {
 namespace {
@@ -425,6 +427,139 @@ TEST_F(FaxJobSession, ASendThatTheSetupPageRefusesLeavesNothingBehindWhenTheProg
     PostThreadMessageW(Session().UiThread(), WM_QUIT, 0, 0); // a sheet that ends like that is not told so
     EXPECT_EQ(Session().End().Cancelled, 7u);
     EXPECT_EQ(Session().Recipients(), Recipients{});
+}
+
+// A sheet that asks its pages from the last to the first, while this lives. Nothing says in which order one does.
+class AskedBackwards {
+public:
+    AskedBackwards(HWND faxJobPage, HWND setupPage) : pages_{{faxJobPage}, {setupPage}}
+    {
+        current_ = this;
+        for (Page& page : pages_)
+            page.before = Exchange(page.window, Procedure);
+    }
+    ~AskedBackwards()
+    {
+        for (const Page& page : pages_)
+            Exchange(page.window, page.before);
+    }
+    AskedBackwards(const AskedBackwards&) = delete;
+    AskedBackwards& operator=(const AskedBackwards&) = delete;
+
+private:
+    struct Page {
+        HWND window;
+        WNDPROC before = nullptr;
+    };
+
+    static WNDPROC Exchange(HWND window, WNDPROC procedure)
+    {
+        return reinterpret_cast<WNDPROC>(
+            SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(procedure)));
+    }
+
+    static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM w, LPARAM l)
+    {
+        const auto call = [=](const Page& page) { return CallWindowProcW(page.before, page.window, message, w, l); };
+        const auto& [first, last] = current_->pages_;
+        if (message != WM_NOTIFY || reinterpret_cast<const NMHDR*>(l)->code != static_cast<UINT>(PSN_APPLY))
+            return call(window == first.window ? first : last);
+        if (window == last.window)
+            return current_->answerOfLast_; // asked already
+        current_->answerOfLast_ = call(last);
+        return current_->answerOfLast_ == PSNRET_NOERROR ? call(first) : current_->answerOfLast_;
+    }
+
+    static inline AskedBackwards* current_ = nullptr;
+    Page pages_[2];
+    LRESULT answerOfLast_ = PSNRET_NOERROR;
+};
+
+class AskedSheet : public FaxJobSession {
+protected:
+    // With a sender, and nobody to send to.
+    void OpenWithSender()
+    {
+        SessionOptions options;
+        options.prepare = [](FaxJobData& record) { record.Cancelled = 7; };
+        Open(options);
+        Ui().GoToPage(1);
+        Ui().Type(IDC_SENDER_NAME, L"Carol");
+        setupPage_ = Ui().Page();
+        Ui().GoToPage(0);
+    }
+    AskedBackwards AskBackwards() { return {Ui().Page(), setupPage_}; }
+
+    void ExpectNothingWritten()
+    {
+        EXPECT_EQ(Session().Record().Cancelled, 7u);
+        EXPECT_STREQ(Session().Record().SenderName, L"");
+    }
+    void ExpectAllWritten()
+    {
+        EXPECT_EQ(Session().Record().Cancelled, 0u);
+        EXPECT_STREQ(Session().Record().SenderName, L"Carol");
+        EXPECT_EQ(Session().Recipients(), (Recipients{{L"Anna", L"1", L""}}));
+    }
+
+private:
+    HWND setupPage_ = nullptr;
+};
+
+TEST_F(AskedSheet, SendsAllOrNothingAlsoWhenItAsksTheSetupPageFirst)
+{
+    OpenWithSender();
+    const AskedBackwards backwards = AskBackwards();
+    EXPECT_EQ(RefusedSend(1), Texts{L"At least one fax number is required."}); // the Setup page has accepted
+    ExpectNothingWritten();
+    Fill(L"Anna", L"1");
+    Session().Send();
+    ExpectAllWritten();
+}
+
+// As other programs do, such as those that help the user to press buttons. The press that is refused ends with the page
+// that the next one asks last.
+TEST_F(AskedSheet, SendsHoweverItIsToldToAndInWhateverOrderItAsks)
+{
+    struct Way {
+        UINT message;
+        WPARAM w;
+        bool closes;
+    };
+    for (const Way& way : {Way{PSM_PRESSBUTTON, PSBTN_OK, true}, Way{PSM_PRESSBUTTON, PSBTN_APPLYNOW, false},
+                           Way{PSM_APPLY, 0, false}}) {
+        SCOPED_TRACE(way.message + way.w);
+        OpenWithSender();
+        const auto press = [&, sheet = Ui().Dialog()] {
+            PostMessageW(sheet, way.message, way.w, 0);
+            Ui().Settle();
+        };
+        press();
+        EXPECT_EQ(Ui().AnswerBox(IDOK).text, L"At least one fax number is required.");
+        ExpectNothingWritten();
+        Fill(L"Anna", L"1");
+        const AskedBackwards backwards = AskBackwards();
+        press();
+        if (way.closes)
+            Session().End();
+        ExpectAllWritten();
+        if (!way.closes) {
+            EXPECT_FALSE(Ui().Finished());
+            EXPECT_EQ(Session().Cancel().Cancelled, 1u);
+        }
+    }
+}
+
+TEST_F(FaxJobSession, AGroupThatStillStandsInTheFieldsIsLeftOutOfTheJob)
+{
+    RecentGroup(L"Duo", 2);
+    Open();
+    Add(L"Anna", L"1");
+    Ui().Type(IDC_NAME_BOX, L"duo");
+    ASSERT_TRUE(Ui().IsVisible(IDC_GROUP_TEXT));
+    ASSERT_TRUE(Ui().IsEnabled(IDC_TO));
+    EXPECT_EQ(Session().Send().Cancelled, 0u);
+    EXPECT_EQ(Session().Recipients(), (Recipients{{L"Anna", L"1", L""}}));
 }
 
 // ---- the keyboard
