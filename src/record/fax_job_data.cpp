@@ -169,14 +169,6 @@ bool MakeRoomForMore(FaxJobData& record, INT32 count) noexcept
     return true;
 }
 
-void MoveRecipients(FaxJobData& from, FaxJobData& to) noexcept
-{
-    for (FaxRecipient* const recipient : RecipientsOf(from))
-        AddRecipient(to, recipient);
-    from.Recipients.Count = 0;
-    from.RecipientCount = 0;
-}
-
 void ExchangeSendSettings(FaxJobData& a, FaxJobData& b) noexcept
 {
     std::swap(a.SenderName, b.SenderName);

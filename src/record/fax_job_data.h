@@ -38,9 +38,6 @@ BOOL AddRecipient(FaxJobData& record, FaxRecipient* entry) noexcept;
 // Removes and frees the recipient at index; an index outside the list changes nothing.
 void DeleteRecipient(FaxJobData& record, INT32 index) noexcept;
 
-// The recipients of from become the last ones of to, which has room for them (MakeRoomForMore).
-void MoveRecipients(FaxJobData& from, FaxJobData& to) noexcept;
-
 // Each exchanges one part of two records, texts with their owners, and cannot fail: a record is prepared beside the
 // driver's, and what is complete changes places with it.
 void ExchangeSendSettings(FaxJobData& a, FaxJobData& b) noexcept; // sender, quality, notification, preview
