@@ -66,7 +66,7 @@ protected:
         setup_.printer = Own(L"printer");
         setup_.driver = Own(L"driver");
         setup_.guid = Own(L"guid");
-        setup_.moduleFolder = BuiltModuleFolder();
+        setup_.moduleFolder = BuiltFolder();
     }
     ~Provisioning() override
     {

@@ -1,5 +1,6 @@
 // What the spooler asks of a driver that it is to install.
 #include "base/unique.h"
+#include "support/built.h"
 #include "support/send_fax_session.h"
 
 #include <gtest/gtest.h>
@@ -24,7 +25,7 @@ protected:
         return exported;
     }
 
-    UniqueModule driver_{LoadLibraryW((BuiltModuleFolder() / L"QXFAXDRV.DLL").c_str())};
+    UniqueModule driver_{LoadLibraryW((BuiltFolder() / L"QXFAXDRV.DLL").c_str())};
 };
 
 TEST_F(StandInDriver, ExportsWhatADriverInUserModeExports)

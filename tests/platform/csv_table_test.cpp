@@ -1,5 +1,6 @@
 #include "phonebook/csv/csv_table.h"
 
+#include "support/built.h"
 #include "support/redirected_import.h"
 #include "support/temporary_folder.h"
 
@@ -171,11 +172,9 @@ TEST_F(CsvTableReading, SamplesOfOtherProgramsAreReadWhole)
         {L"multiline_cells.csv", 3, 3, {L"Ada Example", L"5550101", L"Example Ltd\r\n1 Sample Street"}},
         {L"ragged_rows.csv", 4, 4, {L"Ada Example", L"5550101", L"", L""}},
     };
-    const char* const source = std::getenv("QX_SOURCE_DIR");
-    ASSERT_NE(source, nullptr);
     for (const Sample& sample : samples) {
         CsvTable table;
-        ASSERT_TRUE(table.Open(std::filesystem::path(source) / L"tests" / L"data" / L"csv" / sample.file));
+        ASSERT_TRUE(table.Open(SourceFolder() / L"tests" / L"data" / L"csv" / sample.file));
         ASSERT_EQ(table.Read(), CsvStatus::Good) << std::filesystem::path(sample.file);
         EXPECT_EQ(table.Fields().Rows(), sample.rows) << std::filesystem::path(sample.file);
         EXPECT_EQ(table.Fields().Columns(), sample.columns) << std::filesystem::path(sample.file);

@@ -2,6 +2,7 @@
 
 #include "record/fax_job_data.h"
 #include "settings/key_set.h"
+#include "support/print_host.h"
 #include "support/test_printer.h"
 
 #include <cwchar>
@@ -176,40 +177,12 @@ TEST(SpoolerThunkHost, IsRecognisedByItsFileName)
     EXPECT_FALSE(IsSpoolerThunkHostFile(L""));
 }
 
-// The same program, run under the host's name, asks about itself.
 TEST(SpoolerThunkHost, IsThisProcessOnlyUnderItsName)
 {
-    constexpr wchar_t kAsk[] = L"QX_TEST_ASK_THUNK_HOST";
-    constexpr DWORD kYes = 42;
-    if (GetEnvironmentVariableW(kAsk, nullptr, 0) != 0)
-        ExitProcess(IsSpoolerThunkHost() ? kYes : 0);
-
-    EXPECT_FALSE(IsSpoolerThunkHost());
-    wchar_t self[MAX_PATH];
-    GetModuleFileNameW(nullptr, self, MAX_PATH);
-    wchar_t folder[MAX_PATH];
-    GetTempPathW(MAX_PATH, folder);
-    const std::wstring own = folder + std::wstring(L"qx-") + std::to_wstring(GetCurrentProcessId());
-    ASSERT_TRUE(CreateDirectoryW(own.c_str(), nullptr));
-    const std::wstring copy = own + L"\\splwow64.exe";
-    ASSERT_TRUE(CopyFileW(self, copy.c_str(), TRUE));
-
-    SetEnvironmentVariableW(kAsk, L"1");
-    std::wstring command = L"\"" + copy + L"\" --gtest_filter=SpoolerThunkHost.IsThisProcessOnlyUnderItsName";
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION process{};
-    ASSERT_TRUE(
-        CreateProcessW(copy.c_str(), command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process));
-    SetEnvironmentVariableW(kAsk, nullptr);
-    const UniqueKernelHandle thread(process.hThread);
-    const UniqueKernelHandle running(process.hProcess);
-    WaitForSingleObject(running.Get(), INFINITE);
-    DWORD answer = 0;
-    GetExitCodeProcess(running.Get(), &answer);
-    EXPECT_EQ(answer, kYes);
-    DeleteFileW(copy.c_str());
-    RemoveDirectoryW(own.c_str());
+    EXPECT_EQ(IsSpoolerThunkHost(), InPrintHost());
+    if (!InPrintHost()) {
+        EXPECT_EQ(RunInPrintHost("SpoolerThunkHost.IsThisProcessOnlyUnderItsName"), 0u);
+    }
 }
 
 } // namespace

@@ -7,6 +7,8 @@
 #include "phonebook/ui/entry_dialog.h"
 #include "phonebook/ui/group_dialog.h"
 #include "phonebook/ui/map_custom_fields_dialog.h"
+#include "support/built.h"
+#include "support/temporary_folder.h"
 #include "support/cabinet.h"
 #include "support/compiled_help.h"
 #include "support/help_topics.h"
@@ -115,12 +117,10 @@ class HelpPages : public testing::Test {
 protected:
     static void SetUpTestSuite()
     {
-        const fs::path folder = fs::temp_directory_path() / ("help pages " + std::to_string(GetCurrentProcessId()));
-        fs::create_directories(folder);
-        test::UnpackCabinet(fs::path(std::getenv("QX_BINARY_DIR")) / "QXFAXHLP.CAB", folder);
-        for (const auto& file : fs::directory_iterator(folder))
+        const test::TemporaryFolder folder;
+        test::UnpackCabinet(test::BuiltFolder() / "QXFAXHLP.CAB", folder.Path());
+        for (const auto& file : fs::directory_iterator(folder.Path()))
             help_[file.path().filename().string()] = test::ReadCompiledHelp(file.path());
-        fs::remove_all(folder);
     }
 
     static std::set<std::string> PagesOf(const Files& files)

@@ -1,6 +1,7 @@
 #include "text/help.h"
 
 #include "base/unique.h"
+#include "support/built.h"
 #include "support/cabinet.h"
 #include "support/help_topics.h"
 #include "support/help_viewer.h"
@@ -265,7 +266,7 @@ TEST_F(Help, AVariantThatAnotherSessionHasUnpackedMeanwhileStays)
 
 TEST_F(Help, TheBuiltCabinetHoldsTheUsersVariant)
 {
-    fs::copy_file(fs::path(std::getenv("QX_BINARY_DIR")) / "QXFAXHLP.CAB", cabinet_);
+    fs::copy_file(test::BuiltFolder() / "QXFAXHLP.CAB", cabinet_);
     EXPECT_EQ(Extract(), folder_ / UserVariant());
     EXPECT_EQ(Contents(folder_ / UserVariant()).substr(0, 4), "ITSF");
 }
@@ -328,7 +329,7 @@ TEST_F(Help, ACabinetsNamesNeverLeadAFileOutOfTheTemporaryFolder)
 
 TEST_F(Help, ATruncatedCabinetGivesNoHelpAndLeavesNoPartOfIt)
 {
-    const std::string whole = Contents(fs::path(std::getenv("QX_BINARY_DIR")) / "QXFAXHLP.CAB");
+    const std::string whole = Contents(test::BuiltFolder() / "QXFAXHLP.CAB");
     ASSERT_GT(whole.size(), 10000u);
     for (const std::size_t bytes :
          {0, 3, 40, 100, 300, 2000, 6000}) { // in the header, the list of files, the first file

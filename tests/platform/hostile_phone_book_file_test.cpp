@@ -48,7 +48,7 @@ protected:
 
     LoadedPhoneBook Load(const std::string& bytes)
     {
-        WriteFileBytes(Path(), bytes);
+        WriteBytes(Path(), bytes);
         return LoadPhoneBookFile(Path(), store);
     }
 
@@ -184,7 +184,7 @@ TEST_F(HostilePhoneBookFile, MadeOfEntitiesDoesNotGrow)
 
 TEST_F(HostilePhoneBookFile, NeverFetchesAFileOfTheSystem)
 {
-    WriteFileBytes(documents.File(L"secret.txt"), "secret");
+    WriteBytes(documents.File(L"secret.txt"), "secret");
     for (const char* const type :
          {"<!DOCTYPE device [<!ENTITY a SYSTEM 'secret.txt'>]>",
           "<!DOCTYPE device [<!ENTITY % p SYSTEM 'secret.txt'> %p;]>", "<!DOCTYPE device SYSTEM 'secret.txt'>"}) {
@@ -273,7 +273,7 @@ std::size_t PeakMemory()
 TEST_F(HostilePhoneBookFile, WithAnAttributeOf100MegabytesTakesASmallMultipleOfThat)
 {
     constexpr std::size_t kSize = 100 << 20;
-    WriteFileBytes(Path(), Document("<qxfax_pbentry entry_id='1' name='" + std::string(kSize, 'x') + "'/>"));
+    WriteBytes(Path(), Document("<qxfax_pbentry entry_id='1' name='" + std::string(kSize, 'x') + "'/>"));
     const std::size_t before = PeakMemory();
     ASSERT_GT(before, kSize); // the counter works: the text above was in memory
     LoadPhoneBookFile(Path(), store);
@@ -282,7 +282,7 @@ TEST_F(HostilePhoneBookFile, WithAnAttributeOf100MegabytesTakesASmallMultipleOfT
 
 TEST_F(HostilePhoneBookFile, LongerThanAnyPhoneBookIsNotReadAtAll)
 {
-    WriteFileBytes(Path(), "");
+    WriteBytes(Path(), "");
     {
         const UniqueFile file(CreateFileW(Path().c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
         LARGE_INTEGER size;

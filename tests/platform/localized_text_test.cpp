@@ -1,7 +1,9 @@
 #include "text/localized_text.h"
 
 #include "base/unique.h"
+#include "support/built.h"
 #include "support/patched_function.h"
+#include "support/temporary_folder.h"
 #include "support/text_library.h"
 
 #include <filesystem>
@@ -20,34 +22,21 @@ constexpr LANGID kAmerican = 0x0409;
 
 class TextLookup : public testing::Test {
 protected:
-    void TearDown() override
-    {
-        library_.Reset();
-        std::filesystem::remove(path_);
-    }
-
     // A session that has loaded a library with these texts.
     TextOwner OwnerOf(const std::vector<TextBlock>& blocks)
     {
-        TearDown();
-        path_ = std::filesystem::temp_directory_path() / (L"texts" + std::to_wstring(GetCurrentProcessId()) + L".dll");
-        test::WriteTextLibrary(path_.wstring(), PatternLibrary(), blocks);
-        library_.Reset(LoadLibraryExW(path_.c_str(), nullptr, DONT_RESOLVE_DLL_REFERENCES));
+        library_.Reset();
+        const std::wstring path = (folder_ / L"texts.dll").wstring();
+        test::WriteTextLibrary(path, test::BuiltFolder() / L"QXTEXT64.DLL", blocks);
+        library_.Reset(LoadLibraryExW(path.c_str(), nullptr, DONT_RESOLVE_DLL_REFERENCES));
         EXPECT_TRUE(library_);
         return TextOwner(library_.Get(), L"");
-    }
-
-    static std::wstring PatternLibrary()
-    {
-        wchar_t program[MAX_PATH];
-        GetModuleFileNameW(nullptr, program, MAX_PATH);
-        return (std::filesystem::path(program).parent_path().parent_path() / L"QXTEXT64.DLL").wstring();
     }
 
     const LANGID user_ = GetUserDefaultUILanguage();
 
 private:
-    std::filesystem::path path_;
+    test::TemporaryFolder folder_;
     UniqueModule library_;
 };
 

@@ -6,7 +6,7 @@
 #include "support/documents_folder.h"
 #include "support/failing_dom.h"
 #include "support/phone_book.h"
-#include "support/process_use.h"
+#include "support/resource_count.h"
 #include "support/redirected_import.h"
 
 #include <algorithm>
@@ -112,7 +112,7 @@ protected:
         ann.AddEntry(L"Ann", L"1", L"Acme", 1);
         ann.AddGroup(L"Group", {1}, 2);
         ASSERT_TRUE(SavePhoneBookFile(Path(), ann->Items(), false));
-        before = ReadFileBytes(Path());
+        before = ReadBytes(Path());
     }
 
     bool SaveBob(bool keepOld = false)
@@ -146,7 +146,7 @@ protected:
             }
         }
         book->Save(book->GetCount());
-        ASSERT_TRUE(whole || ReadFileBytes(Path()) == before || ReadFileBytes(Path() + L".bak") == before) << failing;
+        ASSERT_TRUE(whole || ReadBytes(Path()) == before || ReadBytes(Path() + L".bak") == before) << failing;
         SetFileAttributesW((Path() + L".bak").c_str(), FILE_ATTRIBUTE_NORMAL);
         DeleteFileW((Path() + L".bak").c_str());
     }
@@ -194,7 +194,7 @@ TEST_F(FailingFiles, ABookThatWasNotVisibleAtLoadIsKeptBeforeItIsReplaced)
         EXPECT_EQ(book->Load(), FALSE);
         refusals = {};
         book->Save(0);
-        EXPECT_EQ(ReadFileBytes(Path() + L".bak"), before) << error;
+        EXPECT_EQ(ReadBytes(Path() + L".bak"), before) << error;
         SetFileAttributesW((Path() + L".bak").c_str(), FILE_ATTRIBUTE_NORMAL);
         DeleteFileW((Path() + L".bak").c_str());
     }
@@ -204,7 +204,7 @@ TEST_F(FailingFiles, ABookThatNobodyLoadedIsKeptBeforeItIsReplaced)
 {
     WriteBook();
     book->Save(0);
-    EXPECT_EQ(ReadFileBytes(Path() + L".bak"), before);
+    EXPECT_EQ(ReadBytes(Path() + L".bak"), before);
 }
 
 TEST_F(FailingFiles, ABookThatWasSeenOrWasNeverThereLeavesNoCopy)
@@ -221,9 +221,9 @@ TEST_F(FailingFiles, ABookThatSomebodyElseSavedUnnoticedIsKeptBeforeItIsReplaced
     WriteBook();
     book->Reload();
     EXPECT_TRUE(SaveBob());
-    const std::string theirs = ReadFileBytes(Path());
+    const std::string theirs = ReadBytes(Path());
     book->Save(book->GetCount());
-    EXPECT_EQ(ReadFileBytes(Path() + L".bak"), theirs);
+    EXPECT_EQ(ReadBytes(Path() + L".bak"), theirs);
     // From then on it is what this book saved; and the same again is no change.
     book->Save(1);
     EXPECT_TRUE(SaveBob());
@@ -242,10 +242,10 @@ TEST_F(FailingFiles, ABookOfWhichALoadDropsSomethingIsKeptBeforeItIsReplaced)
         before = std::string("<device><software><component><qxfax_phonebook>") + item +
                  "</qxfax_phonebook></component></software></device>";
         SetFileAttributesW(Path().c_str(), FILE_ATTRIBUTE_NORMAL);
-        WriteFileBytes(Path(), before);
+        WriteBytes(Path(), before);
         book->Reload();
         book->Save(book->GetCount());
-        EXPECT_EQ(ReadFileBytes(Path() + L".bak"), before);
+        EXPECT_EQ(ReadBytes(Path() + L".bak"), before);
         SetFileAttributesW((Path() + L".bak").c_str(), FILE_ATTRIBUTE_NORMAL);
         DeleteFileW((Path() + L".bak").c_str());
     }
@@ -259,7 +259,7 @@ TEST_F(FailingFiles, ARenameThatIsRefusedLeavesTheOldFile)
         WriteBook();
         refusals.move = Always(error);
         EXPECT_FALSE(SaveBob()) << error;
-        EXPECT_EQ(ReadFileBytes(Path()), before) << error;
+        EXPECT_EQ(ReadBytes(Path()), before) << error;
         EXPECT_TRUE(IsHidden(Path()));
         EXPECT_EQ(documents.Files(), Names{L"qxfaxab.xml"}) << error;
         refusals = {};
@@ -339,7 +339,7 @@ TEST_F(FailingFiles, ADiskThatIsFullIsNoReasonToWriteOverTheOldFile)
         WriteBook();
         TakeNoSecondFile(error);
         EXPECT_FALSE(SaveBob()) << error;
-        EXPECT_EQ(ReadFileBytes(Path()), before) << error;
+        EXPECT_EQ(ReadBytes(Path()), before) << error;
         refusals = {};
     }
 }
@@ -349,7 +349,7 @@ TEST_F(FailingFiles, AFlushThatFailsStopsTheReplacement)
     WriteBook();
     refusals.flush = Always(ERROR_WRITE_FAULT);
     EXPECT_FALSE(SaveBob());
-    EXPECT_EQ(ReadFileBytes(Path()), before);
+    EXPECT_EQ(ReadBytes(Path()), before);
     EXPECT_EQ(documents.Files(), Names{L"qxfaxab.xml"});
 }
 
@@ -358,10 +358,10 @@ TEST_F(FailingFiles, ACopyThatCannotBeFlushedStopsTheReplacement)
     WriteBook();
     refusals.flush = ForAWhile(ERROR_WRITE_FAULT, 1); // the copy comes first
     EXPECT_FALSE(SaveBob(true));
-    EXPECT_EQ(ReadFileBytes(Path()), before);
+    EXPECT_EQ(ReadBytes(Path()), before);
     EXPECT_EQ(documents.Files(), Names{L"qxfaxab.xml"});
     EXPECT_TRUE(SaveBob(true));
-    EXPECT_EQ(ReadFileBytes(Path() + L".bak"), before);
+    EXPECT_EQ(ReadBytes(Path() + L".bak"), before);
 }
 
 // Writing in place
@@ -375,7 +375,7 @@ TEST_F(FailingFiles, WhereTheFolderTakesNoSecondFileACopyIsKeptUntilTheNewConten
         refusals.write = [&]() -> DWORD {
             const auto copies = CopiesInTemporaryFolder();
             kept = std::ranges::any_of(copies, [this](const auto& file) {
-                return file.extension() == L".bak" && ReadFileBytes(file.wstring()) == before;
+                return file.extension() == L".bak" && ReadBytes(file.wstring()) == before;
             });
             return ERROR_SUCCESS;
         };
@@ -393,7 +393,7 @@ TEST_F(FailingFiles, WritingInPlaceThatFailsPutsTheOldContentBack)
     TakeNoSecondFile(ERROR_ACCESS_DENIED);
     refusals.write = ForAWhile(ERROR_DISK_FULL, 1);
     EXPECT_FALSE(SaveBob());
-    EXPECT_EQ(ReadFileBytes(Path()), before);
+    EXPECT_EQ(ReadBytes(Path()), before);
     EXPECT_TRUE(CopiesInTemporaryFolder().empty());
 }
 
@@ -405,7 +405,7 @@ TEST_F(FailingFiles, WritingInPlaceThatCannotBeTakenBackLeavesTheCopy)
     EXPECT_FALSE(SaveBob());
     const auto copies = CopiesInTemporaryFolder();
     ASSERT_EQ(copies.size(), 1u);
-    EXPECT_EQ(ReadFileBytes(copies[0].wstring()), before);
+    EXPECT_EQ(ReadBytes(copies[0].wstring()), before);
     SetFileAttributesW(copies[0].c_str(), FILE_ATTRIBUTE_NORMAL);
     DeleteFileW(copies[0].c_str());
 }
@@ -422,7 +422,7 @@ TEST_F(FailingFiles, WithoutACopyNothingIsWrittenInPlace)
     };
     EXPECT_FALSE(SaveBob());
     EXPECT_FALSE(written);
-    EXPECT_EQ(ReadFileBytes(Path()), before);
+    EXPECT_EQ(ReadBytes(Path()), before);
 }
 
 // Names
@@ -454,7 +454,7 @@ TEST_F(FailingFiles, OnlyOldFilesOfATemporarysNameAreRemoved)
     Names all = strangers;
     all.insert(all.end(), {L"qxfaxab.xml.12.34.6.new", L"qxfaxab.xml.12.34.7.new"});
     for (const std::wstring& name : all) {
-        WriteFileBytes(documents.File(name), "half");
+        WriteBytes(documents.File(name), "half");
         if (name != L"qxfaxab.xml.12.34.7.new") // somebody may be writing it
             MakeOld(documents.File(name));
     }
@@ -511,12 +511,12 @@ TEST_F(FailingFiles, ALinkIsFollowedToTheFileThatItLeadsTo)
 {
     linkName = L"qxfaxab.xml";
     linkTarget = documents.File(L"real.xml");
-    WriteFileBytes(Path(), "link");
-    WriteFileBytes(linkTarget, "");
+    WriteBytes(Path(), "link");
+    WriteBytes(linkTarget, "");
     const StandIn<decltype(GetFileAttributesW)> attributes("GetFileAttributesW", AttributesWithLink, getAttributes);
     const RedirectedImport<decltype(GetFinalPathNameByHandleW)> finalPath("GetFinalPathNameByHandleW", FinalPathOfLink);
     EXPECT_TRUE(SaveBob());
-    EXPECT_EQ(ReadFileBytes(Path()), "link");
+    EXPECT_EQ(ReadBytes(Path()), "link");
     EXPECT_EQ(LoadPhoneBookFile(linkTarget, book.store).items.size(), 1u);
     EXPECT_EQ(NamesInFile(), Names{L"Bob"});
     EXPECT_EQ(documents.Files(), (Names{L"qxfaxab.xml", L"real.xml"}));
@@ -537,7 +537,7 @@ TEST_F(FailingFiles, AnyCallOfTheDomThatFailsWhileSavingLeavesTheOldFile)
             saves += SavePhoneBookFile(Path(), book->Items(), false);
             failed = dom.Calls() > failing;
         }
-        if (ReadFileBytes(Path()) == before)
+        if (ReadBytes(Path()) == before)
             continue;
         ASSERT_EQ(NamesInFile(), (Names{L"Bob", L"Both"})) << failing;
         WriteBook();
@@ -571,7 +571,7 @@ TEST_F(FailingFiles, AnyTextThatCannotBeAllocatedWhileSavingLeavesTheOldFile)
     book->Reload();
     FailEachAllocation(
         &Refusals::allocate, [this] { EXPECT_EQ(book->Save(1), TRUE); }, // and it comes back
-        [this](int failing) { ASSERT_EQ(ReadFileBytes(Path()), before) << failing; }, 20);
+        [this](int failing) { ASSERT_EQ(ReadBytes(Path()), before) << failing; }, 20);
 }
 
 TEST_F(FailingFiles, AnyCallOfTheDomThatFailsWhileLoadingIsNotTakenForAShorterBook)
@@ -722,7 +722,7 @@ TEST_F(FailingFiles, AnIdThatAGroupStillNamesIsNotHandedOutAgain)
     EXPECT_EQ(book->NextId(), 3u);
     const auto load = [this](const std::string& items) {
         SetFileAttributesW(Path().c_str(), FILE_ATTRIBUTE_NORMAL);
-        WriteFileBytes(Path(), "<device><software><component><qxfax_phonebook>" + items +
+        WriteBytes(Path(), "<device><software><component><qxfax_phonebook>" + items +
                                    "</qxfax_phonebook></component></software></device>");
         book->Reload();
     };

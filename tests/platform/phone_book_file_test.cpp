@@ -3,7 +3,7 @@
 
 #include "support/documents_folder.h"
 #include "support/phone_book.h"
-#include "support/process_use.h"
+#include "support/resource_count.h"
 #include "support/test_printer.h"
 
 #include <gtest/gtest.h>
@@ -27,7 +27,7 @@ protected:
     BOOL LoadBytes(const std::string& bytes)
     {
         SetFileAttributesW(Path().c_str(), FILE_ATTRIBUTE_NORMAL);
-        WriteFileBytes(Path(), bytes);
+        WriteBytes(Path(), bytes);
         return book->Load();
     }
 
@@ -105,7 +105,7 @@ TEST_F(PhoneBookFile, IsTheDocumentThatOtherVersionsRead)
     book.AddGroup(L"Sales", {0, kNoId}, 1);
     book.AddGroup(L"Nobody", {}, 0x80000000);
     book->Save(3);
-    EXPECT_EQ(ReadFileBytes(Path()),
+    EXPECT_EQ(ReadBytes(Path()),
               std::string(kBefore) +
                   "<qxfax_pbentry entry_id=\"0\" name=\"Ann Lee\" fax_number=\"555-0100\" company_name=\"Acme\"/>"
                   "<qxfax_group group_name=\"Sales\" entry_id=\"1\"><member_list><m_entry_id>0</m_entry_id>"
@@ -290,11 +290,11 @@ TEST_F(PhoneBookFile, IsHiddenAfterASaveAndCanBeSavedAgain)
 TEST_F(PhoneBookFile, ThatIsReadOnlyStaysAsItIs)
 {
     LoadItems("<qxfax_pbentry entry_id='1' name='Ann'/>");
-    const std::string before = ReadFileBytes(Path());
+    const std::string before = ReadBytes(Path());
     SetFileAttributesW(Path().c_str(), FILE_ATTRIBUTE_READONLY);
     book->RemoveAll();
     EXPECT_EQ(book->Save(0), TRUE);
-    EXPECT_EQ(ReadFileBytes(Path()), before);
+    EXPECT_EQ(ReadBytes(Path()), before);
     EXPECT_TRUE(IsHidden(Path()));
     EXPECT_EQ(documents.Files(), Names{L"qxfaxab.xml"});
 }
@@ -363,9 +363,9 @@ TEST_F(PhoneBookFile, KeepsOtherAttributesWhenItIsReplaced)
 
 TEST_F(PhoneBookFile, LeftBesideItByADeadProcessIsCleanedUp)
 {
-    WriteFileBytes(documents.File(L"qxfaxab.xml.4711.12.3.new"), "half");
+    WriteBytes(documents.File(L"qxfaxab.xml.4711.12.3.new"), "half");
     MakeOld(documents.File(L"qxfaxab.xml.4711.12.3.new"));
-    WriteFileBytes(documents.File(L"mine.new"), "not ours");
+    WriteBytes(documents.File(L"mine.new"), "not ours");
     book->Save(0);
     EXPECT_EQ(documents.Files(), (Names{L"mine.new", L"qxfaxab.xml"}));
 }
@@ -377,7 +377,7 @@ TEST_F(PhoneBookFile, ThatWasNotUnderstoodIsKeptBesideTheNextOne)
     LoadBytes("<device>my only copy");
     book.AddEntry(L"Ann", L"", L"", 1);
     book->Save(1);
-    EXPECT_EQ(ReadFileBytes(documents.File(L"qxfaxab.xml.bak")), "<device>my only copy");
+    EXPECT_EQ(ReadBytes(documents.File(L"qxfaxab.xml.bak")), "<device>my only copy");
     EXPECT_TRUE(IsHidden(documents.File(L"qxfaxab.xml.bak")));
     Reload();
     EXPECT_EQ(book.Names(), Names{L"Ann"});
@@ -391,9 +391,9 @@ TEST_F(PhoneBookFile, ThatIsKeptNeverReplacesAnOlderOne)
         LoadBytes(content);
         book->Save(0);
     }
-    EXPECT_EQ(ReadFileBytes(documents.File(L"qxfaxab.xml.bak")), "first");
-    EXPECT_EQ(ReadFileBytes(documents.File(L"qxfaxab.xml.2.bak")), "second");
-    EXPECT_EQ(ReadFileBytes(documents.File(L"qxfaxab.xml.3.bak")), "third");
+    EXPECT_EQ(ReadBytes(documents.File(L"qxfaxab.xml.bak")), "first");
+    EXPECT_EQ(ReadBytes(documents.File(L"qxfaxab.xml.2.bak")), "second");
+    EXPECT_EQ(ReadBytes(documents.File(L"qxfaxab.xml.3.bak")), "third");
     EXPECT_EQ(documents.Files().size(), 4u);
 }
 
@@ -436,15 +436,15 @@ TEST_F(PhoneBookFileThatStandsAlone, IsSavedInPlace)
 
 TEST_F(PhoneBookFileThatStandsAlone, IsNotReplacedWhenItWasNotUnderstoodSinceItCannotBeKept)
 {
-    WriteFileBytes(path, "my only copy");
+    WriteBytes(path, "my only copy");
     EXPECT_FALSE(SavePhoneBookFile(path, book->Items(), true));
-    EXPECT_EQ(ReadFileBytes(path), "my only copy");
+    EXPECT_EQ(ReadBytes(path), "my only copy");
 }
 
 TEST_F(PhoneBookFile, ThatCouldNotBeOpenedIsKeptBeforeItIsReplaced)
 {
     LoadItems("<qxfax_pbentry entry_id='1' name='Ann'/>");
-    const std::string before = ReadFileBytes(Path());
+    const std::string before = ReadBytes(Path());
     book->RemoveAll();
     {
         const UniqueFile used(
@@ -452,7 +452,7 @@ TEST_F(PhoneBookFile, ThatCouldNotBeOpenedIsKeptBeforeItIsReplaced)
         EXPECT_EQ(book->Load(), FALSE);
     }
     book->Save(0);
-    EXPECT_EQ(ReadFileBytes(documents.File(L"qxfaxab.xml.bak")), before);
+    EXPECT_EQ(ReadBytes(documents.File(L"qxfaxab.xml.bak")), before);
 }
 
 TEST_F(PhoneBookFile, OnADiskThatDidNotTakeItIsNotTakenForSaved)
@@ -474,7 +474,7 @@ TEST_F(PhoneBookFile, LeavesNoHandlesAndNoMemoryBehindHoweverOftenItIsUsed)
         used.AddGroup(L"Group", {1, 2, 3}, 100);
         used->Save(101);
         ReloadSorted(*used);
-        WriteFileBytes(documents.File(L"other"), "");
+        WriteBytes(documents.File(L"other"), "");
         LoadPhoneBookFile(documents.File(L"other"), used.store);
         LoadPhoneBookFile(documents.File(L"missing"), used.store);
     };

@@ -1,7 +1,7 @@
 #include "phonebook/recent/recent_list.h"
 
 #include "support/phone_book.h"
-#include "support/process_use.h"
+#include "support/resource_count.h"
 #include "support/test_printer.h"
 
 #include <gtest/gtest.h>

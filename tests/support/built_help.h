@@ -1,10 +1,9 @@
 // The help as it was built, and the window in which the system's viewer shows it.
 #pragma once
 
+#include "support/built.h"
 #include "text/localized_text.h"
 
-#include <cstdlib>
-#include <filesystem>
 #include <windows.h>
 
 namespace qx::test {
@@ -12,7 +11,7 @@ namespace qx::test {
 // The compiled help that the dependent file stands for: one that is there in every build.
 inline std::filesystem::path BuiltHelp()
 {
-    return std::filesystem::absolute(std::filesystem::path(std::getenv("QX_BINARY_DIR")) / "QXZHLF1.CHM");
+    return BuiltFolder() / "QXZHLF1.CHM";
 }
 
 inline TextOwner OwnerWithHelp()

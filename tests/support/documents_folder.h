@@ -2,6 +2,7 @@
 #pragma once
 
 #include "base/unique.h"
+#include "support/temporary_folder.h"
 
 #include <string>
 #include <vector>
@@ -15,21 +16,19 @@ public:
     DocumentsFolder(const DocumentsFolder&) = delete;
     DocumentsFolder& operator=(const DocumentsFolder&) = delete;
 
-    const std::wstring& Path() const noexcept { return path_; } // without a backslash at its end
-    std::wstring File(const std::wstring& name) const { return path_ + L"\\" + name; }
+    std::wstring Path() const { return folder_.Path().wstring(); } // without a backslash at its end
+    std::wstring File(const std::wstring& name) const { return (folder_ / name).wstring(); }
     // What stands for the documents folder in the registry; null: nothing.
     void SetPersonal(const wchar_t* path) const;
     // Names of the files in the folder, sorted.
     std::vector<std::wstring> Files() const;
 
 private:
-    std::wstring path_;
+    TemporaryFolder folder_;
     std::wstring registryPath_;
     UniqueKey registry_;
 };
 
-void WriteFileBytes(const std::wstring& path, const std::string& bytes);
-std::string ReadFileBytes(const std::wstring& path); // "<no file>" when it cannot be opened
 bool IsHidden(const std::wstring& path);
 void MakeOld(const std::wstring& path); // it was last written years ago
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <windows.h>
 
 namespace qx::test {
 
@@ -14,5 +15,26 @@ struct ResourceCount {
 };
 
 ResourceCount CountResources();
+
+// Of all blocks of the process heap in use.
+inline std::size_t HeapBytesInUse()
+{
+    std::size_t bytes = 0;
+    PROCESS_HEAP_ENTRY entry{};
+    while (HeapWalk(GetProcessHeap(), &entry)) {
+        if ((entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0)
+            bytes += entry.cbData;
+    }
+    return bytes;
+}
+
+// The handle (of a file, a key, a mutex, ...) that would be given out next: the lowest free one, so it grows with each
+// that is not closed. The system's own count of handles is always 0 under Wine.
+inline std::size_t NextHandle()
+{
+    const HANDLE next = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    CloseHandle(next);
+    return reinterpret_cast<std::size_t>(next);
+}
 
 } // namespace qx::test

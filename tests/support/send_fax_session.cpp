@@ -31,7 +31,7 @@ SessionOptions OfItsOwn(SessionOptions options)
     if (options.printer.guid)
         options.printer.guid = L"{test-" + name + L"}";
     if (options.printer.moduleFolder.empty())
-        options.printer.moduleFolder = BuiltModuleFolder();
+        options.printer.moduleFolder = BuiltFolder();
     return options;
 }
 
@@ -51,7 +51,7 @@ SessionOptions WithoutTextLibrary()
     return options;
 }
 
-fs::path DocumentsFolder()
+fs::path UsersDocuments()
 {
     wchar_t folder[MAX_PATH] = L"";
     DWORD bytes = sizeof folder;
@@ -60,11 +60,10 @@ fs::path DocumentsFolder()
     return folder;
 }
 
-fs::path BuiltModuleFolder()
+bool AllSelected(host::UiDriver& ui, int edit)
 {
-    wchar_t program[MAX_PATH] = L"";
-    GetModuleFileNameW(nullptr, program, MAX_PATH);
-    return fs::path(program).parent_path().parent_path();
+    const LRESULT selection = SendMessageW(ui.Control(edit), EM_GETSEL, 0, 0);
+    return LOWORD(selection) == 0 && HIWORD(selection) == ui.Text(edit).size();
 }
 
 SendFaxSession::SendFaxSession(SessionOptions options)
@@ -190,7 +189,7 @@ std::wstring SendFaxSession::SettingsKey() const
 
 fs::path SendFaxSession::PhoneBookFile() const
 {
-    return DocumentsFolder() / (options_.printer.guid.value_or(L"qxfaxab") + L".xml");
+    return UsersDocuments() / (options_.printer.guid.value_or(L"qxfaxab") + L".xml");
 }
 
 } // namespace qx::test

@@ -15,6 +15,7 @@
 #include "host/provision.h"
 #include "host/ui_driver.h"
 #include "record/recipient.h"
+#include "support/built.h"
 
 #include <filesystem>
 #include <functional>
@@ -86,8 +87,8 @@ private:
 };
 
 // The user's documents folder.
-std::filesystem::path DocumentsFolder();
-// Where the build left the module and its companions: the folder above the test program's.
-std::filesystem::path BuiltModuleFolder();
+std::filesystem::path UsersDocuments();
+// Whether all the text of an edit field is selected.
+bool AllSelected(host::UiDriver& ui, int edit);
 
 } // namespace qx::test

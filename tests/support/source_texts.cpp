@@ -1,3 +1,4 @@
+#include "support/built.h"
 #include "support/source_texts.h"
 
 #include <cstdlib>
@@ -64,11 +65,8 @@ void CollectTexts(std::string source, const std::string& file, SourceTexts& text
 
 SourceTexts TextsOfTheModule()
 {
-    const char* const root = std::getenv("QX_SOURCE_DIR");
-    if (root == nullptr)
-        throw std::runtime_error("QX_SOURCE_DIR is not set: run this test through ctest");
     SourceTexts texts;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(std::filesystem::path(root) / "src")) {
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(SourceFolder() / "src")) {
         if (!IsSource(entry.path()))
             continue;
         std::ifstream in(entry.path(), std::ios::binary);

@@ -1,6 +1,6 @@
+#include "support/built.h"
 #include "support/string_library.h"
 
-#include <cstdlib>
 #include <stdexcept>
 
 namespace qx::test {
@@ -8,14 +8,6 @@ namespace qx::test {
 namespace {
 
 constexpr unsigned kTextsPerBlock = 16;
-
-std::wstring PathOfTheLibrary()
-{
-    const wchar_t* const folder = _wgetenv(L"QX_BINARY_DIR");
-    if (folder == nullptr)
-        throw std::runtime_error("QX_BINARY_DIR is not set: run this test through ctest");
-    return std::wstring(folder) + L"\\QXTEXT64.DLL";
-}
 
 // A block holds 16 texts, each a length and that many units; length 0: no text.
 void ReadBlock(HMODULE module, WORD number, LANGID language, TextTable& texts)
@@ -51,7 +43,7 @@ BOOL CALLBACK ReadType(HMODULE, LPWSTR type, LONG_PTR types)
 } // namespace
 
 StringLibrary::StringLibrary()
-    : module_(LoadLibraryExW(PathOfTheLibrary().c_str(), nullptr, DONT_RESOLVE_DLL_REFERENCES))
+    : module_(LoadLibraryExW((BuiltFolder() / L"QXTEXT64.DLL").c_str(), nullptr, DONT_RESOLVE_DLL_REFERENCES))
 {
     if (module_ == nullptr)
         throw std::runtime_error("QXTEXT64.DLL cannot be loaded");

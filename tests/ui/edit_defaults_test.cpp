@@ -1,13 +1,12 @@
 #include "res/edit_defaults_ids.h"
 #include "res/fax_job_page_ids.h"
 #include "res/setup_page_ids.h"
+#include "support/print_host.h"
 #include "support/send_fax_session.h"
+#include "support/temporary_folder.h"
 #include "support/test_printer.h"
 
-#include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <process.h>
 
 namespace qx::test {
 namespace {
@@ -55,39 +54,12 @@ DWORD StoredValues(const SendFaxSession& session)
     return values;
 }
 
-bool AllSelected(UiDriver& ui, int edit)
-{
-    const LRESULT selection = SendMessageW(ui.Control(edit), EM_GETSEL, 0, 0);
-    return LOWORD(selection) == 0 && HIWORD(selection) == ui.Text(edit).size();
-}
-
-// A file of that name with a little content, gone with its test.
-class TemporaryFile {
-public:
-    explicit TemporaryFile(const std::wstring& name)
-        : path_(std::filesystem::temp_directory_path() / (std::to_wstring(GetCurrentProcessId()) + L"-" + name))
-    {
-        std::ofstream(path_) << "BM";
-    }
-    ~TemporaryFile()
-    {
-        std::error_code ignored;
-        std::filesystem::remove(path_, ignored);
-    }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-    std::wstring Path() const { return path_.wstring(); }
-
-private:
-    std::filesystem::path path_;
-};
-
 // ---- load and store -------------------------------------------------------------------------------------------------
 
 TEST(EditDefaults, StoresEveryValueWithItsType)
 {
-    const TemporaryFile image(L"logo.bmp");
+    const TemporaryFolder folder;
+    const std::wstring image = folder.NewFile(L"logo.bmp").wstring();
     SendFaxSession session;
     UiDriver& ui = InEditDefaults(session);
     ui.Type(IDC_SENDER_NAME, L"Ann Lee");
@@ -101,7 +73,7 @@ TEST(EditDefaults, StoresEveryValueWithItsType)
     ui.Check(IDC_COVER_PAGE, true);
     ui.Paste(IDC_NOTES, L"line 1\r\nline 2");
     ui.Type(IDC_SUBJECT, L"Offer");
-    ui.Paste(IDC_IMAGE, image.Path());
+    ui.Paste(IDC_IMAGE, image);
     ui.Check(IDC_PREVIEW, true);
     ui.Check(IDC_APPLY_DEFAULTS, true);
     EXPECT_EQ(StoredValues(session), 0u); // nothing before OK
@@ -116,7 +88,7 @@ TEST(EditDefaults, StoresEveryValueWithItsType)
     EXPECT_EQ(GetStored(key.Get(), L"SenderVoiceNo"), AsStored(L"555-2"));
     EXPECT_EQ(GetStored(key.Get(), L"CoverPageNotes"), AsStored(L"line 1\r\nline 2"));
     EXPECT_EQ(GetStored(key.Get(), L"CoverPageSubject"), AsStored(L"Offer"));
-    EXPECT_EQ(GetStored(key.Get(), L"OverlayPath"), AsStored(image.Path()));
+    EXPECT_EQ(GetStored(key.Get(), L"OverlayPath"), AsStored(image));
     EXPECT_EQ(GetStored(key.Get(), L"NotifyEmail"), AsStored(L"ann@example.com"));
     EXPECT_EQ(GetStored(key.Get(), L"Resolution"), AsStored(2));
     EXPECT_EQ(GetStored(key.Get(), L"NotifyOn"), AsStored(1));
@@ -225,16 +197,6 @@ TEST(EditDefaults, FieldsTakeNoMoreThanTheirLimits)
     }
 }
 
-TEST(EditDefaults, TheNumberFieldsRefuseWhatIsNoNumber)
-{
-    SendFaxSession session;
-    UiDriver& ui = InEditDefaults(session);
-    ui.Type(IDC_SENDER_FAX, L"1[2]3 x");
-    EXPECT_EQ(ui.Text(IDC_SENDER_FAX), L"1[2]3");
-    ui.Type(IDC_SENDER_VOICE, L"1[2]3 x");
-    EXPECT_EQ(ui.Text(IDC_SENDER_VOICE), L"123");
-}
-
 // ---- what the device offers -----------------------------------------------------------------------------------------
 
 TEST(EditDefaults, WithoutNotificationItsControlsAreGone)
@@ -298,17 +260,8 @@ TEST(EditDefaults, TheLockOfTheCoverPageDoesNotReachThem)
 // The print host is known by its name alone: this program runs itself again under that name.
 TEST(EditDefaults, InThePrintHostFor32BitProgramsThereIsNoCoverPage)
 {
-    constexpr wchar_t kPrintHost[] = L"splwow64.exe";
-    wchar_t program[MAX_PATH];
-    GetModuleFileNameW(nullptr, program, MAX_PATH);
-    if (std::filesystem::path(program).filename() != kPrintHost) {
-        // Beside the folder of the tests, where the module is found as well.
-        const std::filesystem::path folder = BuiltModuleFolder() / L"print_host";
-        std::filesystem::create_directory(folder);
-        std::filesystem::copy_file(program, folder / kPrintHost, std::filesystem::copy_options::overwrite_existing);
-        const std::wstring command = L"--gtest_filter=EditDefaults.InThePrintHost*";
-        EXPECT_EQ(_wspawnl(_P_WAIT, (folder / kPrintHost).c_str(), kPrintHost, command.c_str(), nullptr), 0);
-        std::filesystem::remove_all(folder);
+    if (!InPrintHost()) {
+        EXPECT_EQ(RunInPrintHost("EditDefaults.InThePrintHost*"), 0u);
         return;
     }
 
@@ -337,14 +290,15 @@ TEST(EditDefaults, TheCoverPagesFieldsFollowItsCheckBox)
 
 TEST(EditDefaults, BrowsePutsTheChosenFileIntoTheImageField)
 {
-    const TemporaryFile image(L"chosen.bmp");
+    const TemporaryFolder folder;
+    const std::wstring image = folder.NewFile(L"chosen.bmp").wstring();
     SendFaxSession session;
     UiDriver& ui = InEditDefaults(session);
     ui.Check(IDC_COVER_PAGE, true);
     ui.Press(IDC_BROWSE);
-    ui.AnswerFileDialog(image.Path());
+    ui.AnswerFileDialog(image);
     ui.WaitForControl(IDC_APPLY_DEFAULTS);
-    EXPECT_EQ(ui.Text(IDC_IMAGE), image.Path());
+    EXPECT_EQ(ui.Text(IDC_IMAGE), image);
 }
 
 // ---- checks ---------------------------------------------------------------------------------------------------------
@@ -394,19 +348,19 @@ TEST(EditDefaults, AMissingAddressIsAnErrorOnlyWithNotificationByEmail)
 
 TEST(EditDefaults, AnImageMustBeNamedAsABitmap)
 {
-    const TemporaryFile upper(L"Logo.BMP");
-    const TemporaryFile text(L"logo.bmp.txt");
+    const TemporaryFolder folder;
+    const std::wstring upper = folder.NewFile(L"Logo.BMP").wstring();
     SendFaxSession session(WithoutTextLibrary());
     UiDriver& ui = InEditDefaults(session);
     ui.Check(IDC_COVER_PAGE, true);
-    ui.Paste(IDC_IMAGE, text.Path());
+    ui.Paste(IDC_IMAGE, folder.NewFile(L"logo.bmp.txt").wstring());
     ui.Press(IDOK);
     EXPECT_EQ(ui.AnswerBox(IDOK).text, L"The file format is not supported. Please specify a bitmap (.bmp) file.");
     EXPECT_EQ(ui.FocusedControl(), IDC_IMAGE);
-    ui.Paste(IDC_IMAGE, upper.Path());
+    ui.Paste(IDC_IMAGE, upper);
     ui.Press(IDOK);
     ui.WaitForControl(IDC_EDIT_DEFAULTS);
-    EXPECT_EQ(GetStored(StoredDefaults(session).Get(), L"OverlayPath"), AsStored(upper.Path()));
+    EXPECT_EQ(GetStored(StoredDefaults(session).Get(), L"OverlayPath"), AsStored(upper));
     session.Cancel();
 }
 
@@ -423,12 +377,15 @@ TEST(EditDefaults, TheImageIsNotCheckedWithoutACoverPage)
 
 // ---- captions -------------------------------------------------------------------------------------------------------
 
-TEST(EditDefaults, TheBuiltInTextsHaveNoDashButTheTitle)
+TEST(EditDefaults, TheBuiltInTextsHaveADashOnTheSetupPageAndInTheTitleOnly)
 {
     SendFaxSession session(WithoutTextLibrary());
-    UiDriver& ui = InEditDefaults(session);
-    EXPECT_EQ(ui.Title(), L"-Default Settings");
-    const std::pair<int, const wchar_t*> captions[] = {
+    session.Start();
+    UiDriver& ui = session.Ui();
+    ui.WaitForControl(IDC_EDIT_DEFAULTS);
+    EXPECT_EQ(ui.Text(IDC_EDIT_DEFAULTS), L"-Edit Defaults...");
+    EXPECT_EQ(ui.Text(IDC_EDIT_PHONE_BOOK), L"-Edit PhoneBook...");
+    const std::pair<int, const wchar_t*> both[] = {
         {IDC_SENDER_GROUP, L"Sender Information"},
         {IDC_SENDER_NAME_LABEL, L"Sender Name:"},
         {IDC_SENDER_FAX_LABEL, L"Fax Number:"},
@@ -448,21 +405,29 @@ TEST(EditDefaults, TheBuiltInTextsHaveNoDashButTheTitle)
         {IDC_NOTIFY_PRINT, L"Print"},
         {IDC_NOTIFY_EMAIL, L"E-mail"},
         {IDC_EMAIL_LABEL, L"E-mail Address:"},
+        {IDC_PREVIEW_GROUP, L"Preview"},
+        {IDC_PREVIEW, L"Show Preview Before Sending Fax"},
+    };
+    for (const auto& [control, caption] : both)
+        EXPECT_EQ(ui.Text(control), std::wstring(L"-") + caption) << control;
+    ui.Press(IDC_EDIT_DEFAULTS);
+    EXPECT_EQ(ui.Title(), L"-Default Settings");
+    for (const auto& [control, caption] : both)
+        EXPECT_EQ(ui.Text(control), caption) << control;
+    const std::pair<int, const wchar_t*> own[] = {
         {IDC_COVER_PAGE_GROUP, L"Include With Fax"},
         {IDC_COVER_PAGE, L"Co&ver Page"},
         {IDC_NOTES_LABEL, L"Notes:"},
         {IDC_SUBJECT_LABEL, L"Subject:"},
         {IDC_IMAGE_LABEL, L"Image:"},
         {IDC_BROWSE, L"Browse"},
-        {IDC_PREVIEW_GROUP, L"Preview"},
-        {IDC_PREVIEW, L"Show Preview Before Sending Fax"},
         {IDC_APPLY_GROUP, L""},
         {IDC_APPLY_DEFAULTS, L"Apply Defaults to this &job"},
         {IDOK, L"OK"},
         {IDCANCEL, L"Cancel"},
         {IDHELP, L"HELP"},
     };
-    for (const auto& [control, caption] : captions)
+    for (const auto& [control, caption] : own)
         EXPECT_EQ(ui.Text(control), caption) << control;
 }
 

@@ -48,7 +48,7 @@ void AddEntry(UiDriver& ui, std::wstring_view name, std::wstring_view faxNumber)
 // A file that goes with its test.
 class CsvFile {
 public:
-    explicit CsvFile(const std::string& text = {}) : path_(DocumentsFolder() / L"phone book test.csv")
+    explicit CsvFile(const std::string& text = {}) : path_(UsersDocuments() / L"phone book test.csv")
     {
         if (!text.empty())
             std::ofstream(path_, std::ios::binary) << text;

@@ -2,6 +2,7 @@
 #include "settings/device_state.h"
 #include "support/fax_job_page_stand.h"
 #include "support/input_method.h"
+#include "support/print_host.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
@@ -12,7 +13,6 @@ namespace {
 using Rows = std::vector<Row>;
 using Texts = std::vector<std::wstring>;
 
-constexpr const wchar_t* kTooMany = L"The maximum number of fax numbers has been entered.";
 
 class FaxJobPageTest : public testing::Test {
 protected:
@@ -26,11 +26,6 @@ protected:
     {
         Fill(name, faxNumber, company);
         stand.Press(IDC_TO);
-    }
-    void AddMany(int count)
-    {
-        for (int i = 0; i < count; ++i)
-            Add(L"", std::to_wstring(100 + i));
     }
 
     FaxJobPageStand stand;
@@ -83,26 +78,6 @@ TEST_F(FaxJobPageTest, TakesATypedRecipientIntoListAndRecord)
     EXPECT_FALSE(stand.IsEnabled(IDC_TO));
 }
 
-TEST_F(FaxJobPageTest, TakesTheSameRecipientTwice)
-{
-    stand.Show();
-    Add(L"Anna", L"5550100");
-    Add(L"Anna", L"5550100");
-    EXPECT_EQ(stand.Recipients(), (Rows{{L"Anna", L"5550100", L""}, {L"Anna", L"5550100", L""}}));
-}
-
-TEST_F(FaxJobPageTest, TakesTheHundredthRecipientAndKeepsTheFieldsOfTheNextOne)
-{
-    stand.Show();
-    AddMany(100);
-    EXPECT_EQ(stand.Rows().size(), 100u);
-    Add(L"Bob", L"777");
-    EXPECT_EQ(stand.Boxes().Take(), (std::vector<MessageBoxes::Box>{{L"QX MFP Send Fax Error", kTooMany}}));
-    EXPECT_EQ(stand.Rows().size(), 100u);
-    EXPECT_EQ(stand.Text(IDC_NAME_BOX), L"Bob");
-    EXPECT_EQ(stand.Text(IDC_FAX_NUMBER), L"777");
-}
-
 TEST_F(FaxJobPageTest, ButtonsFollowTheFields)
 {
     stand.Show();
@@ -119,42 +94,6 @@ TEST_F(FaxJobPageTest, ButtonsFollowTheFields)
     stand.Press(IDC_CLEAR_FIELDS);
     EXPECT_EQ(stand.Text(IDC_NAME_BOX), L"");
     EXPECT_FALSE(stand.IsEnabled(IDC_CLEAR_FIELDS));
-}
-
-TEST_F(FaxJobPageTest, ATypedPlusIsDroppedAndTheRestTypedOn)
-{
-    stand.Show();
-    const HWND fax = stand.Control(IDC_FAX_NUMBER);
-    for (const wchar_t character : std::wstring(L"12+3 4"))
-        SendMessageW(fax, WM_CHAR, character, 1);
-    EXPECT_EQ(stand.Text(IDC_FAX_NUMBER), L"1234");
-}
-
-TEST_F(FaxJobPageTest, APasteWithAForeignCharacterBringsTheOldNumberBack)
-{
-    stand.Show();
-    stand.SetText(IDC_FAX_NUMBER, L"12a3");
-    EXPECT_EQ(stand.Text(IDC_FAX_NUMBER), L"");
-    stand.SetText(IDC_FAX_NUMBER, L"(030)1234-5678,,#9");
-    EXPECT_EQ(stand.Text(IDC_FAX_NUMBER), L"(030)1234-5678,,#9");
-    stand.SetText(IDC_FAX_NUMBER, L"(030) 1234-5678");
-    EXPECT_EQ(stand.Text(IDC_FAX_NUMBER), L"(030)1234-5678,,#9");
-    stand.SetText(IDC_FAX_NUMBER, L"+1 555");
-    EXPECT_EQ(stand.Text(IDC_FAX_NUMBER), L"(030)1234-5678,,#9");
-}
-
-TEST_F(FaxJobPageTest, DeletesExactlyTheScatteredRowsThatAreSelected)
-{
-    stand.Show();
-    for (const wchar_t* name : {L"A", L"B", L"C", L"D", L"E", L"F"})
-        Add(name, L"1");
-    stand.SelectRows({0, 2, 5});
-    EXPECT_TRUE(stand.IsEnabled(IDC_DELETE));
-    stand.Press(IDC_DELETE);
-    EXPECT_EQ(stand.Rows(), (Rows{{L"B", L"1", L""}, {L"D", L"1", L""}, {L"E", L"1", L""}}));
-    EXPECT_EQ(stand.Recipients(), stand.Rows());
-    EXPECT_FALSE(stand.IsEnabled(IDC_DELETE));
-    EXPECT_EQ(GetFocus(), stand.Control(IDC_RECIPIENTS));
 }
 
 TEST_F(FaxJobPageTest, TheDeleteKeyDoesWhatTheButtonDoes)
@@ -567,32 +506,12 @@ TEST_F(CoverPageTest, IsThereUnlessThePageRunsInThePrintHost)
     EXPECT_FALSE(stand.IsEnabled(IDC_COVER_PAGE));
     EXPECT_FALSE(stand.IsEnabled(IDC_IMAGE));
     EXPECT_FALSE(stand.Page().coverPage.checkImage);
-    EXPECT_TRUE(inPrintHost || std::getenv("QX_PRINT_HOST") == nullptr);
+    EXPECT_EQ(inPrintHost, InPrintHost());
 }
 
 TEST(PrintHost, RunsThePageWithoutACoverPage)
 {
-    wchar_t program[MAX_PATH] = L"", folder[MAX_PATH] = L"";
-    GetModuleFileNameW(nullptr, program, MAX_PATH);
-    GetTempPathW(MAX_PATH, folder);
-    const std::wstring host = folder + std::wstring(L"SPLWOW64.EXE");
-    ASSERT_TRUE(CopyFileW(program, host.c_str(), FALSE));
-    std::wstring command = L"\"" + host +
-                           L"\" --gtest_filter=CoverPageTest.IsThereUnlessThePageRunsInThePrintHost";
-    SetEnvironmentVariableW(L"QX_PRINT_HOST", L"expected");
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION process{};
-    ASSERT_TRUE(CreateProcessW(host.c_str(), command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
-                               &process));
-    EXPECT_EQ(WaitForSingleObject(process.hProcess, 60000), WAIT_OBJECT_0);
-    DWORD failed = 1;
-    GetExitCodeProcess(process.hProcess, &failed);
-    EXPECT_EQ(failed, 0u);
-    CloseHandle(process.hThread);
-    CloseHandle(process.hProcess);
-    SetEnvironmentVariableW(L"QX_PRINT_HOST", nullptr);
-    DeleteFileW(host.c_str());
+    EXPECT_EQ(RunInPrintHost("CoverPageTest.IsThereUnlessThePageRunsInThePrintHost"), 0u);
 }
 
 } // namespace

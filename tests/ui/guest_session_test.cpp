@@ -3,9 +3,9 @@
 #include "res/cover_page_ids.h"
 #include "res/fax_job_page_ids.h"
 #include "support/send_fax_session.h"
+#include "support/temporary_folder.h"
 
 #include <combaseapi.h>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <xmmintrin.h>
 
@@ -80,7 +80,6 @@ public:
         thread_.join();
         for (const HANDLE event : {ready_, go_, finished_})
             CloseHandle(event);
-        std::filesystem::remove_all(image_.parent_path());
     }
 
     static constexpr DWORD kNoCom = 0xFFFFFFFF;
@@ -94,8 +93,6 @@ public:
         ui.Type(IDC_FAX_NUMBER, L"5550100");
         ui.Press(IDC_ADD_TO_PHONE_BOOK); // saves the phone book, through COM
         ui.Check(IDC_COVER_PAGE, true);
-        std::filesystem::create_directory(image_.parent_path());
-        std::ofstream(image_) << "BM";
         const HWND sheet = ui.Dialog();
         ui.Press(IDC_BROWSE);
         ChooseImage(ui, sheet);
@@ -158,8 +155,8 @@ private:
     DWORD comMode_;
     DWORD threadId_ = 0;
     const std::filesystem::path directory_ = std::filesystem::current_path();
-    const std::filesystem::path image_ =
-        std::filesystem::temp_directory_path() / ("guest " + std::to_string(GetCurrentProcessId())) / "logo.bmp";
+    const TemporaryFolder folder_;
+    const std::filesystem::path image_ = folder_.NewFile(L"logo.bmp");
     HostState before_, after_;
     std::thread thread_;
 };

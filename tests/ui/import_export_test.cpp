@@ -2,6 +2,7 @@
 
 #include "base/unique.h"
 #include "res/map_custom_fields_ids.h"
+#include "support/built.h"
 #include "support/phone_book.h"
 #include "support/temporary_folder.h"
 #include "support/ui_conversation.h"
@@ -76,8 +77,8 @@ protected:
 
     void UseTextLibrary()
     {
-        library_.Reset(LoadLibraryExW((std::filesystem::path(std::getenv("QX_BINARY_DIR")) / L"QXTEXT64.DLL").c_str(),
-                                      nullptr, LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE));
+        library_.Reset(LoadLibraryExW((BuiltFolder() / L"QXTEXT64.DLL").c_str(), nullptr,
+                                      LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE));
         ASSERT_TRUE(library_);
         texts_.hStringDll = library_.Get();
     }
@@ -162,12 +163,12 @@ TEST_F(CsvImportDialog, AFileWithOnlyAHeaderEndsAsIfCancelled)
 TEST_F(CsvImportDialog, AFileThatIsNotUnderstoodIsAnInvalidFormat)
 {
     const std::string files[] = {
-        "Who,Fax\r\nJ\xF6rg,1\r\n",         // ANSI with accents
-        "\xFE\xFF\0W\0,\0F"s,               // big-endian
-        "Who,Fax\r\nAnn,1\r\n\r\n",         // an empty line
-        "Who,Fax\r\nAnn,1,2\r\n",           // more fields than the header
-        "a,b",                              // below four bytes
-        "\xEF\xBB\xBF\0"s,                  // a mark and no text
+        "Who,Fax\r\nJ\xF6rg,1\r\n", // ANSI with accents
+        "\xFE\xFF\0W\0,\0F"s,       // big-endian
+        "Who,Fax\r\nAnn,1\r\n\r\n", // an empty line
+        "Who,Fax\r\nAnn,1,2\r\n",   // more fields than the header
+        "a,b",                      // below four bytes
+        "\xEF\xBB\xBF\0"s,          // a mark and no text
     };
     for (const std::string& bytes : files) {
         Import(bytes);
@@ -206,8 +207,7 @@ TEST_F(CsvImportDialog, TheUsualCursorIsShownInTheMappingDialogAndAfterwards)
 
 TEST_F(CsvImportDialog, FortyColumnsOfAMailProgramAreMappedByTheirNames)
 {
-    Import(ReadBytes(std::filesystem::path(std::getenv("QX_SOURCE_DIR")) /
-                     L"tests/data/csv/mail_program_40_columns.csv"));
+    Import(ReadBytes(SourceFolder() / L"tests/data/csv/mail_program_40_columns.csv"));
     Ui().WaitForControl(IDC_MAP);
     ASSERT_EQ(Ui().RowCount(IDC_MAP_SOURCE_FIELDS), 40);
     const std::wstring wanted[] = {L"Last Name", L"Business Fax", L"Company"};
@@ -352,8 +352,7 @@ TEST_F(ImportExportReport, TellsWhatWentWrongAsAWholeInAnError)
         ImportExportStatus status;
         const wchar_t* text;
     } const table[] = {
-        {ImportExportStatus::InvalidFormat,
-         L"-Invalid file format. Cannot import data from C:\\My 100% files\\a.csv."},
+        {ImportExportStatus::InvalidFormat, L"-Invalid file format. Cannot import data from C:\\My 100% files\\a.csv."},
         {ImportExportStatus::CannotOpen, L"Unable to open the file C:\\My 100% files\\a.csv."},
         {ImportExportStatus::ExportFailed, L"-Failed to export phone book entries"},
     };

@@ -2,6 +2,7 @@
 
 #include "base/unique.h"
 #include "res/map_custom_fields_ids.h"
+#include "support/built.h"
 #include "support/ui_conversation.h"
 
 #include <commctrl.h>
@@ -33,8 +34,8 @@ protected:
 
     void UseTextLibrary()
     {
-        library_.Reset(LoadLibraryExW((std::filesystem::path(std::getenv("QX_BINARY_DIR")) / L"QXTEXT64.DLL").c_str(),
-                                      nullptr, LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE));
+        library_.Reset(LoadLibraryExW((test::BuiltFolder() / L"QXTEXT64.DLL").c_str(), nullptr,
+                                      LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE));
         ASSERT_TRUE(library_);
         context_.hStringDll = library_.Get();
     }

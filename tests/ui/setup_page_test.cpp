@@ -45,12 +45,6 @@ bool Same(const RECT& a, const RECT& b)
     return EqualRect(&a, &b) != FALSE;
 }
 
-bool AllSelected(UiDriver& ui, int edit)
-{
-    const LRESULT selection = SendMessageW(ui.Control(edit), EM_GETSEL, 0, 0);
-    return LOWORD(selection) == 0 && HIWORD(selection) == ui.Text(edit).size();
-}
-
 // ---- load and save --------------------------------------------------------------------------------------------------
 
 TEST(SetupPage, ShowsTheStoredDefaultsAndSendsThem)
@@ -574,41 +568,6 @@ TEST(SetupPage, ThePhoneBookIsReadAgainAfterItsEditor)
     EXPECT_EQ(ui.RowCount(IDC_BOOK_LIST), 1); // the cancelled deletion is gone
     ui.Press(IDCANCEL);
     session.Cancel();
-}
-
-// ---- captions -------------------------------------------------------------------------------------------------------
-
-TEST(SetupPage, TheBuiltInTextsAllHaveTheirDash)
-{
-    const std::pair<int, const wchar_t*> captions[] = {
-        {IDC_EDIT_DEFAULTS, L"-Edit Defaults..."},
-        {IDC_EDIT_PHONE_BOOK, L"-Edit PhoneBook..."},
-        {IDC_SENDER_GROUP, L"-Sender Information"},
-        {IDC_SENDER_NAME_LABEL, L"-Sender Name:"},
-        {IDC_SENDER_FAX_LABEL, L"-Fax Number:"},
-        {IDC_SENDER_COMPANY_LABEL, L"-Company Name:"},
-        {IDC_SENDER_VOICE_LABEL, L"-Voice Phone Number:"},
-        {IDC_QUALITY_GROUP, L"-Fax Quality"},
-        {IDC_RESOLUTION_LABEL, L"-Resolution:"},
-        {IDC_STANDARD, L"-Standard"},
-        {IDC_FINE, L"-Fine"},
-        {IDC_SUPERFINE, L"-Superfine"},
-        {IDC_NOTIFICATION_GROUP, L"-Notification"},
-        {IDC_NOTIFY_LABEL, L"-Notification:"},
-        {IDC_NOTIFY_NEVER, L"-None"},
-        {IDC_NOTIFY_THIS_JOB, L"-This Job"},
-        {IDC_NOTIFY_ON_ERROR, L"-On Error"},
-        {IDC_NOTIFY_TYPE_LABEL, L"-Type:"},
-        {IDC_NOTIFY_PRINT, L"-Print"},
-        {IDC_NOTIFY_EMAIL, L"-E-mail"},
-        {IDC_EMAIL_LABEL, L"-E-mail Address:"},
-        {IDC_PREVIEW_GROUP, L"-Preview"},
-        {IDC_PREVIEW, L"-Show Preview Before Sending Fax"},
-    };
-    SendFaxSession session(WithoutTextLibrary());
-    UiDriver& ui = OnSetupPage(session);
-    for (const auto& [control, caption] : captions)
-        EXPECT_EQ(ui.Text(control), caption) << control;
 }
 
 } // namespace

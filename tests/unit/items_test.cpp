@@ -1,7 +1,7 @@
 #include "phonebook/book/items.h"
 
 #include "support/phone_book.h"
-#include "support/process_use.h"
+#include "support/resource_count.h"
 
 #include <gtest/gtest.h>
 
