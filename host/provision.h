@@ -30,7 +30,7 @@ struct PrinterSetup {
     std::filesystem::path moduleFolder;
     bool textLibrary = true; // false: takes it out of the driver folder; fails when another driver has it there
     std::filesystem::path textLibraryFile; // instead of the one in the module's folder
-    bool help = true;        // false: no cabinet, no help names, no dependent help file
+    bool help = true;                      // false: no cabinet, no help names, no dependent help file
 
     // Printer data. Without a value none is set.
     std::optional<std::wstring> guid = L"{3C0D5B1E-5B0A-4E5B-9C55-0D2C1B9E7A10}";

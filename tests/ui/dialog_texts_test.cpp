@@ -230,6 +230,17 @@ protected:
         return problems;
     }
 
+    int WidthOf(const std::wstring& text) const
+    {
+        const HDC dc = GetDC(dialog_);
+        const HGDIOBJ previous = SelectObject(dc, reinterpret_cast<HFONT>(SendMessageW(dialog_, WM_GETFONT, 0, 0)));
+        SIZE size{};
+        GetTextExtentPoint32W(dc, text.c_str(), static_cast<int>(text.size()), &size);
+        SelectObject(dc, previous);
+        ReleaseDC(dialog_, dc);
+        return size.cx;
+    }
+
     Problems WrongDirection() const
     {
         const bool isRightToLeft = (GetWindowLongPtrW(dialog_, GWL_EXSTYLE) & WS_EX_LAYOUTRTL) != 0;
@@ -274,6 +285,30 @@ TEST_P(DialogTexts, EveryCaptionIsSeenWhole)
 TEST_P(DialogTexts, TheDialogHasTheDirectionOfTheLanguage)
 {
     EXPECT_EQ(WrongDirection(), Problems());
+}
+
+// The columns have fixed widths, in pixels at the usual scale.
+struct ShownInColumn {
+    const char* dialog;
+    unsigned text;
+    int pixels;
+};
+
+constexpr ShownInColumn kShownInColumns[] = {
+    {"AddRecipients", 1104, 90},   {"AddRecipients", 5269, 90},    {"AddRecipients", 6216, 90},
+    {"MapCustomFields", 1104, 80}, {"MapCustomFields", 5269, 80},  {"MapCustomFields", 6216, 80},
+    {"MapCustomFields", 6088, 80}, {"MapCustomFields", 6089, 120},
+};
+
+TEST_P(DialogTexts, WhatStandsInAColumnIsSeenWhole)
+{
+    constexpr int kMargins = 8;
+    for (const ShownInColumn& shown : kShownInColumns) {
+        if (std::string_view(Dialog().name) != shown.dialog)
+            continue;
+        const int missing = WidthOf(Text(shown.text)) + kMargins - shown.pixels;
+        EXPECT_LE(missing, 0) << shown.text << " \"" << Utf8(Text(shown.text)) << "\"";
+    }
 }
 
 class WidenedButton : public DialogTexts {};
