@@ -38,7 +38,7 @@ void RecipientList::SelectAll() noexcept
 
 bool RecipientList::Append(const FaxRecipient& recipient) noexcept
 {
-    return AppendRow(list_, {recipient.Name, recipient.FaxNumber, recipient.Company});
+    return AppendRow(list_, {recipient.Name, NumberCell(recipient.FaxNumber), recipient.Company});
 }
 
 bool RecipientList::ShowsJob() noexcept

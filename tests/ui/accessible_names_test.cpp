@@ -71,14 +71,22 @@ bool CanHaveTheFocus(HWND control)
 // With the texts of a language; without one, with those that are built in.
 class AccessibleNames : public ::testing::TestWithParam<std::tuple<DialogCase, std::optional<Language>>> {
 protected:
-    static void SetUpTestSuite() { library_.emplace(); }
-    static void TearDownTestSuite() { library_.reset(); }
-
-    void SetUp() override
+    // Once for all: the libraries that answer would be loaded anew with every case.
+    static void SetUpTestSuite()
     {
         CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
         const INITCOMMONCONTROLSEX classes{sizeof classes, ICC_LISTVIEW_CLASSES};
         InitCommonControlsEx(&classes);
+        library_.emplace();
+    }
+    static void TearDownTestSuite()
+    {
+        library_.reset();
+        CoUninitialize();
+    }
+
+    void SetUp() override
+    {
         owner_ =
             CreateWindowW(L"Static", L"", WS_OVERLAPPEDWINDOW, 0, 0, 1200, 900, nullptr, nullptr, nullptr, nullptr);
         const auto& [dialog, language] = GetParam();
@@ -96,7 +104,6 @@ protected:
     void TearDown() override
     {
         DestroyWindow(owner_);
-        CoUninitialize();
         user_.reset();
     }
 

