@@ -90,7 +90,7 @@ REGEDIT4
 "MS Shell Dlg 2"="DejaVu Sans Condensed"
 
 [HKEY_LOCAL_MACHINE\Software\Microsoft\Windows NT\CurrentVersion\FontLink\SystemLink]
-"DejaVu Sans Condensed"=hex(7):4e,6f,74,6f,53,61,6e,73,43,4a,4b,2d,52,65,67,75,6c,61,72,2e,74,74,63,2c,4e,6f,74,6f,20,53,61,6e,73,20,43,4a,4b,20,4a,50,00,00
+"DejaVu Sans Condensed"=hex(7):4e,6f,74,6f,53,61,6e,73,43,4a,4b,2d,52,65,67,75,6c,61,72,2e,74,74,63,2c,4e,6f,74,6f,20,53,61,6e,73,20,43,4a,4b,20,4a,50,00,4e,6f,74,6f,53,61,6e,73,54,68,61,69,2d,52,65,67,75,6c,61,72,2e,74,74,66,2c,4e,6f,74,6f,20,53,61,6e,73,20,54,68,61,69,00,00
 REG
 }
 

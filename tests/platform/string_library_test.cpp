@@ -164,13 +164,15 @@ TEST_F(StringLibraryTest, UsersOfOtherLanguagesSeeEnglish)
     }
 }
 
-// The code is part of the names of files in the field; it is also what the module makes of the main number.
+// The code is part of the names of files in the field; it is also what the module makes of the main number, which gives
+// a language that the help does not know the English pages.
 TEST_F(StringLibraryTest, TheHelpOfALanguageIsFoundUnderItsCode)
 {
     for (const Language& language : test::Languages()) {
         const wchar_t* const code = FindHelpLanguageCode(language.Id());
-        ASSERT_NE(code, nullptr) << language.code;
-        EXPECT_EQ(std::wstring(code), std::wstring(language.helpCode.begin(), language.helpCode.end()));
+        EXPECT_EQ(std::wstring(code != nullptr ? code : L"EN"),
+                  std::wstring(language.helpCode.begin(), language.helpCode.end()))
+            << language.code;
     }
 }
 
