@@ -4,6 +4,7 @@
 usage: languages.py codes           the codes of the languages that have texts, for people to choose from
        languages.py spelling        code, Debian package and name of every spelling dictionary there is
        languages.py locale LANG     the locale in which Wine speaks that language; LANG may name a region (de-AT)
+       languages.py font LANG       the font of dialogs under Wine; nothing where the usual one will do
        languages.py build FOLDER    writes what is built from the list: tables.rc, languages.cmake, languages.inc
 """
 
@@ -25,8 +26,8 @@ class Problem(Exception):
 
 class Language:
     def __init__(self, row):
-        defaults = {"direction": "ltr", "access_keys": "letter", "spelling": ""}
-        wanted = {"code", "help", "name", "ids", "locale", "code_page", "direction", "access_keys", "spelling"}
+        defaults = {"direction": "ltr", "access_keys": "letter", "spelling": "", "font": ""}
+        wanted = {"code", "help", "name", "ids", "locale", "code_page", *defaults}
         row = defaults | row
         if set(row) != wanted:
             raise Problem(f"row '{row.get('code')}': missing or unknown: {sorted(set(row) ^ wanted)}")
@@ -176,6 +177,8 @@ def main(arguments):
                     print(row.code, row.spelling, row.dictionary)
         case ["locale", code]:
             print(locale_of(code, read_list()))
+        case ["font", code]:
+            print(*(language.font for language in read_list() if language.code == code))
         case ["build", folder]:
             build(Path(folder), read_list())
         case _:

@@ -14,7 +14,7 @@ packages=(
     googletest nlohmann-json3-dev libcli11-dev                      # libraries of the tests and of the stand-in driver
     fp-utils gcab                                                   # compiling and packing the help
     wine wine64 xvfb                                                # running and looking at it
-    fonts-wine fonts-dejavu-extra fonts-noto-core fonts-noto-cjk
+    fonts-wine fonts-dejavu-extra fonts-noto-core fonts-noto-cjk fonts-tlwg-waree-ttf
     locales
     python3-polib                                                   # texts as PO files
 )

@@ -90,7 +90,7 @@ REGEDIT4
 "MS Shell Dlg 2"="DejaVu Sans Condensed"
 
 [HKEY_LOCAL_MACHINE\Software\Microsoft\Windows NT\CurrentVersion\FontLink\SystemLink]
-"DejaVu Sans Condensed"=hex(7):4e,6f,74,6f,53,61,6e,73,43,4a,4b,2d,52,65,67,75,6c,61,72,2e,74,74,63,2c,4e,6f,74,6f,20,53,61,6e,73,20,43,4a,4b,20,4a,50,00,4e,6f,74,6f,53,61,6e,73,54,68,61,69,2d,52,65,67,75,6c,61,72,2e,74,74,66,2c,4e,6f,74,6f,20,53,61,6e,73,20,54,68,61,69,00,00
+"DejaVu Sans Condensed"=hex(7):4e,6f,74,6f,53,61,6e,73,43,4a,4b,2d,52,65,67,75,6c,61,72,2e,74,74,63,2c,4e,6f,74,6f,20,53,61,6e,73,20,43,4a,4b,20,4a,50,00,00
 REG
 }
 
@@ -171,11 +171,15 @@ start_display() {
 }
 
 # In most languages Wine makes Tahoma the font of dialogs, when a prefix is first used in that language. The Tahoma that
-# Debian 13's Wine brings lacks scripts.
+# Debian 13's Wine brings lacks scripts. Some languages need another font than the usual one.
 choose_dialog_font() {
-    local key='HKLM\Software\Microsoft\Windows NT\CurrentVersion\FontSubstitutes'
-    if wine64 reg query "$key" /v 'MS Shell Dlg' | grep -q Tahoma; then
-        wine64 reg add "$key" /v 'MS Shell Dlg' /d 'DejaVu Sans Condensed' /f
+    local key='HKLM\Software\Microsoft\Windows NT\CurrentVersion\FontSubstitutes' font
+    font=$("$root/strings/languages.py" font "$lang")
+    if [[ -n $font ]]; then
+        wine64 reg add 'HKCU\Software\Wine\Fonts\Replacements' /v Tahoma /d "$font" /f # of captions
+    fi
+    if [[ -n $font ]] || wine64 reg query "$key" /v 'MS Shell Dlg' | grep -q Tahoma; then
+        wine64 reg add "$key" /v 'MS Shell Dlg' /d "${font:-DejaVu Sans Condensed}" /f
     fi
     touch "$WINEPREFIX/.font-chosen"
 }
