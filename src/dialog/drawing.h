@@ -35,21 +35,30 @@ private:
     HGDIOBJ previous_;
 };
 
-// A list is filled while this lives: row by row into one that redraws takes a hundred times as long. A list box draws
-// what has changed meanwhile by itself, a list view does not.
+// A list box draws by itself what has changed while it did not redraw: telling it as well would be felt with every
+// keystroke in the name box. A list view has to be told.
+enum class DrawsChanges { WhenTold, ByItself };
+
+// A list is filled while this lives: row by row into one that redraws takes a hundred times as long.
 class RedrawOff {
 public:
-    explicit RedrawOff(HWND list) noexcept : list_(list) { SendMessageW(list_, WM_SETREDRAW, FALSE, 0); }
+    explicit RedrawOff(HWND list, DrawsChanges drawsChanges = DrawsChanges::WhenTold) noexcept
+        : list_(list), drawsChanges_(drawsChanges)
+    {
+        SendMessageW(list_, WM_SETREDRAW, FALSE, 0);
+    }
     ~RedrawOff()
     {
         SendMessageW(list_, WM_SETREDRAW, TRUE, 0);
-        InvalidateRect(list_, nullptr, TRUE);
+        if (drawsChanges_ == DrawsChanges::WhenTold)
+            InvalidateRect(list_, nullptr, TRUE);
     }
     RedrawOff(const RedrawOff&) = delete;
     RedrawOff& operator=(const RedrawOff&) = delete;
 
 private:
     HWND list_;
+    DrawsChanges drawsChanges_;
 };
 
 } // namespace qx

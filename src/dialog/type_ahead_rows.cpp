@@ -68,7 +68,7 @@ void ClearRows(TypeAheadState& state) noexcept
 // The rows point at the matches: they go before them.
 void ShowMatches(TypeAheadState& state, const std::wstring& typed)
 {
-    const RedrawOff redraw(state.list);
+    const RedrawOff redraw(state.list, DrawsChanges::ByItself);
     ClearRows(state);
     state.suggestions.Rebuild(typed);
     for (const SuggestionItem& match : state.suggestions.Matches())
@@ -78,7 +78,7 @@ void ShowMatches(TypeAheadState& state, const std::wstring& typed)
 
 void ShowOffered(TypeAheadState& state)
 {
-    const RedrawOff redraw(state.list);
+    const RedrawOff redraw(state.list, DrawsChanges::ByItself);
     ClearRows(state);
     for (const SuggestionItem* item : state.suggestions.Offered())
         AppendRow(state, *item);
