@@ -1,4 +1,5 @@
 // The tests' own session with the module: what it shows, and that it leaves nothing behind.
+#include "res/fax_job_page_ids.h"
 #include "support/send_fax_session.h"
 
 #include <gtest/gtest.h>
@@ -6,8 +7,6 @@
 
 namespace qx::test {
 namespace {
-
-constexpr int kFaxNumber = 262;
 
 bool PrinterExists(std::wstring name)
 {
@@ -32,7 +31,7 @@ TEST(SendFaxSession, HandsOutTheRecord)
     SendFaxSession session;
     session.SetDefault(L"ApplyDefaults", 1u);
     session.Start();
-    session.Ui().Type(kFaxNumber, L"5550100");
+    session.Ui().Type(IDC_FAX_NUMBER, L"5550100");
     EXPECT_EQ(session.Send().Cancelled, 0u);
     EXPECT_EQ(session.Recipients(), (std::vector<Recipient>{{L"", L"5550100", L""}}));
 }

@@ -368,12 +368,11 @@ TEST_F(FaxJobSession, ASendThatTheSetupPageRefusesDoesNotSendTheTypedRecipientTw
     Open(options);
     Fill(L"Anna", L"1");
     Ui().GoToPage(1);
-    constexpr int kByEmail = 239, kEmail = 241;
-    Ui().Choose(kByEmail);
-    Ui().Type(kEmail, L"");
+    Ui().Choose(IDC_NOTIFY_EMAIL);
+    Ui().Type(IDC_EMAIL, L"");
     Ui().Press(IDOK);
     Ui().AnswerBox(IDOK);
-    Ui().Type(kEmail, L"anna@example.org");
+    Ui().Type(IDC_EMAIL, L"anna@example.org");
     Session().Send();
     EXPECT_EQ(Session().Recipients(), (Recipients{{L"Anna", L"1", L""}}));
 }
@@ -386,9 +385,8 @@ TEST_F(FaxJobSession, ASendThatTheSetupPageRefusesLeavesNothingBehindWhenTheProg
     Open(options);
     Fill(L"Anna", L"1");
     Ui().GoToPage(1);
-    constexpr int kByEmail = 239, kEmail = 241;
-    Ui().Choose(kByEmail);
-    Ui().Type(kEmail, L"");
+    Ui().Choose(IDC_NOTIFY_EMAIL);
+    Ui().Type(IDC_EMAIL, L"");
     Ui().Press(IDOK);
     Ui().AnswerBox(IDOK);
     Ui().Settle();
@@ -608,8 +606,7 @@ TEST_F(FaxJobSession, AFieldThatCannotBeUsedLooksDisabled)
     for (const int id : {IDC_NOTES, IDC_SUBJECT, IDC_IMAGE})
         EXPECT_EQ(ground(id), GetSysColor(COLOR_WINDOW)) << id;
     Ui().GoToPage(1);
-    constexpr int kEmail = 241;
-    EXPECT_EQ(ground(kEmail), GetSysColor(COLOR_BTNFACE));
+    EXPECT_EQ(ground(IDC_EMAIL), GetSysColor(COLOR_BTNFACE));
 }
 
 TEST_F(FaxJobSession, TabReachesEveryFieldInReadingOrder)

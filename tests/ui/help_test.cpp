@@ -1,5 +1,6 @@
 // Help on every control of every dialog of the real module. The system's help viewer is replaced by one that takes
 // notes.
+#include "res/map_custom_fields_ids.h"
 #include "support/help_topics.h"
 #include "support/help_viewer.h"
 #include "support/send_fax_session.h"
@@ -18,7 +19,6 @@ constexpr int kSetupPage = 1;
 constexpr int kEditDefaults = 279, kEditDefaultsHelp = 9;
 constexpr int kPickRecipients = 271, kEditPhoneBook = 283, kEditPhoneBookInPicker = 303;
 constexpr int kAddEntry = 307, kAddGroup = 308, kImport = 310, kEdit = 257, kDetails = 305, kPhoneBookList = 250;
-constexpr int kMapButton = 312;
 
 std::wstring PageOf(int topic)
 {
@@ -253,7 +253,7 @@ TEST_F(HelpOnControls, OfMapCustomFields)
     OpenPhoneBook();
     ui_.Press(kImport);
     ui_.AnswerFileDialog(csv);
-    ui_.WaitForControl(kMapButton);
+    ui_.WaitForControl(IDC_MAP);
     ExpectTopics(kMapCustomFieldsTopics);
     ui_.CloseEverything(); // the import has the file open
     fs::remove(csv);

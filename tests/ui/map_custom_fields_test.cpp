@@ -113,16 +113,22 @@ TEST_F(MapCustomFields, EveryTextIsTheLibrarysOwn)
     ASSERT_NO_FATAL_FAILURE(UseTextLibrary());
     Open({L"Who"});
     EXPECT_EQ(Ui().Title(), LibraryText(6082));
-    constexpr std::pair<int, unsigned> kCaptions[] = {{315, 6092}, {-1, 6084},  {313, 6087}, {311, 6085},
-                                                      {314, 6086}, {312, 6083}, {1, 5249},   {2, 5224}};
+    constexpr std::pair<int, unsigned> kCaptions[] = {{IDC_MAP_INSTRUCTION, 6092},
+                                                      {IDC_MAP_SOURCE_BOX, 6084},
+                                                      {IDC_MAP_SOURCE_LABEL, 6087},
+                                                      {IDC_MAP_DESTINATION_BOX, 6085},
+                                                      {IDC_MAP_DESTINATION_LABEL, 6086},
+                                                      {IDC_MAP, 6083},
+                                                      {IDOK, 5249},
+                                                      {IDCANCEL, 5224}};
     for (const auto& [control, text] : kCaptions)
         EXPECT_EQ(Ui().Text(control), LibraryText(text)) << control;
-    EXPECT_EQ(Heading(302, 0), LibraryText(6088));
-    EXPECT_EQ(Heading(303, 0), LibraryText(6088));
-    EXPECT_EQ(Heading(303, 1), LibraryText(6089));
-    EXPECT_EQ(Ui().CellText(303, 0, 0), LibraryText(1104));
-    EXPECT_EQ(Ui().CellText(303, 1, 0), LibraryText(5269));
-    EXPECT_EQ(Ui().CellText(303, 2, 0), LibraryText(6216));
+    EXPECT_EQ(Heading(IDC_MAP_SOURCE_FIELDS, 0), LibraryText(6088));
+    EXPECT_EQ(Heading(IDC_MAP_DESTINATIONS, 0), LibraryText(6088));
+    EXPECT_EQ(Heading(IDC_MAP_DESTINATIONS, 1), LibraryText(6089));
+    EXPECT_EQ(Ui().CellText(IDC_MAP_DESTINATIONS, 0, 0), LibraryText(1104));
+    EXPECT_EQ(Ui().CellText(IDC_MAP_DESTINATIONS, 1, 0), LibraryText(5269));
+    EXPECT_EQ(Ui().CellText(IDC_MAP_DESTINATIONS, 2, 0), LibraryText(6216));
 }
 
 TEST_F(MapCustomFields, TheListsAreSetUpAlike)

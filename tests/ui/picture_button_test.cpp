@@ -3,6 +3,7 @@
 #include "dialog/dialog.h"
 #include "res/add_recipients_ids.h"
 #include "res/fax_job_page_ids.h"
+#include "res/setup_page_ids.h"
 #include "support/phone_book_session.h"
 #include "support/text_rules.h"
 
@@ -106,8 +107,7 @@ TEST_F(PhoneBookButton, HasAKeyThatNothingElseOnPageAndSheetHas)
 {
     CheckKeyIsItsOwn(Open());
     Ui().GoToPage(1);
-    constexpr int kPreview = 290;
-    Ui().Check(kPreview, true); // another caption of the Send button
+    Ui().Check(IDC_PREVIEW, true); // another caption of the Send button
     Ui().GoToPage(0);
     CheckKeyIsItsOwn(Ui());
 }
