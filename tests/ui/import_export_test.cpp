@@ -36,13 +36,8 @@ protected:
     void StartReport(ImportExportStatus status, int duplicates, int invalidFaxNumbers)
     {
         Converse([=, this] {
-            ReportImportExportResult(texts_,
-                                     {.status = status,
-                                      .duplicates = duplicates,
-                                      .invalidFaxNumbers = invalidFaxNumbers,
-                                      .path = L"C:\\My 100% files\\a.csv",
-                                      .title = L"a.csv"},
-                                     nullptr);
+            ReportImportExportResult(
+                texts_, {{status, duplicates, invalidFaxNumbers}, L"C:\\My 100% files\\a.csv", L"a.csv"}, nullptr);
         });
     }
 
