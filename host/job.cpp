@@ -1,5 +1,6 @@
 #include "host/job.h"
 
+#include "base/printer.h"
 #include "host/utf8.h"
 
 #include <nlohmann/json.hpp>

@@ -504,7 +504,7 @@ TEST_F(FailingFiles, ALinkToAFileThatIsNotThereYetStaysALink)
     const RedirectedImport<decltype(GetFinalPathNameByHandleW)> finalPath("GetFinalPathNameByHandleW", FinalPathOfLink);
     EXPECT_TRUE(SaveBob());
     EXPECT_EQ(documents.Files(), Names{L"real.xml"});
-    EXPECT_NE(ReadFileBytes(linkTarget).find("Bob"), std::string::npos);
+    EXPECT_NE(ReadBytes(linkTarget).find("Bob"), std::string::npos);
 }
 
 TEST_F(FailingFiles, ALinkIsFollowedToTheFileThatItLeadsTo)
