@@ -8,11 +8,11 @@
 #include "phonebook/ui/group_dialog.h"
 #include "phonebook/ui/map_custom_fields_dialog.h"
 #include "support/built.h"
-#include "support/temporary_folder.h"
 #include "support/cabinet.h"
 #include "support/compiled_help.h"
 #include "support/help_topics.h"
 #include "support/languages.h"
+#include "support/temporary_folder.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,5 +1,8 @@
 #include "host/script.h"
 
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <sstream>
 
@@ -32,6 +35,20 @@ TEST(Script, ALineThatIsNotUnderstoodIsNamedWithItsReason)
     for (const auto& [line, why] : kLines)
         EXPECT_EQ(WhatIsWrongWith(line), std::string("user.txt:3: ") + why) << line;
     EXPECT_EQ(WhatIsWrongWith("press 1"), "nothing");
+}
+
+// Those that no test plays, too.
+TEST(Script, EveryScriptThatIsDeliveredIsUnderstood)
+{
+    const char* const sources = std::getenv("QX_SOURCE_DIR");
+    ASSERT_NE(sources, nullptr) << "run this test through ctest";
+    int scripts = 0;
+    for (const auto& file : std::filesystem::directory_iterator(std::filesystem::path(sources) / "host" / "scripts")) {
+        std::ifstream text(file.path());
+        EXPECT_NO_THROW(host::Script(text, file.path().filename().string(), ".")) << file.path();
+        ++scripts;
+    }
+    EXPECT_GE(scripts, 3);
 }
 
 } // namespace
