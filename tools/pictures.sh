@@ -57,6 +57,7 @@ play() {
     wine64 $host provision --printer "$printer" --guid "$user" --no-help --pc-fax-send-operational 0 \
         --notification-available 1 --email-service-operational 1 --billing-code-enabled 1 --billing-code-minlength 4 "$@"
     wine64 $host send --printer "$printer" --script "$script" --shots "$folder" >/dev/null || status=$?
+    wine64 $host unprovision --printer "$printer"
     forget_user
     [[ $status -eq 2 ]] # in the end the script cancels the fax
 }
