@@ -1,22 +1,23 @@
 #include "base/guarded.h"
 
+#include "base/trace.h"
+
 #include <exception>
 #include <iterator>
-#include <windows.h>
 
 namespace qx {
 
 namespace {
 
 // Without memory of its own: that may be what the exception is about. What the library says is ASCII.
-void Trace(const char* text) noexcept
+void TraceAscii(const char* text) noexcept
 {
-    wchar_t wide[256];
+    wchar_t wide[200];
     std::size_t units = 0;
     for (; text[units] != '\0' && units < std::size(wide) - 1; ++units)
         wide[units] = static_cast<wchar_t>(static_cast<unsigned char>(text[units]));
     wide[units] = L'\0';
-    OutputDebugStringW(wide);
+    Trace({L"an exception was stopped: ", wide});
 }
 
 } // namespace
@@ -26,11 +27,9 @@ void TraceException() noexcept
     try {
         throw;
     } catch (const std::exception& e) {
-        OutputDebugStringW(L"qxfaxui: ");
-        Trace(e.what());
-        OutputDebugStringW(L"\n");
+        TraceAscii(e.what());
     } catch (...) {
-        OutputDebugStringW(L"qxfaxui: unknown exception\n");
+        Trace({L"an unknown exception was stopped"});
     }
 }
 

@@ -1,6 +1,7 @@
 #include "dialog/button_width.h"
 
 #include "base/text.h"
+#include "base/trace.h"
 #include "dialog/dialog.h"
 #include "dialog/drawing.h"
 
@@ -29,7 +30,7 @@ namespace {
 void TraceFailure(bool succeeded, const wchar_t* call)
 {
     if (!succeeded)
-        OutputDebugStringW((std::wstring(L"Fitting a button to its caption: no ") + call + L".\n").c_str());
+        Trace({L"fitting a button to its caption: no ", call});
 }
 
 } // namespace
@@ -47,7 +48,7 @@ void FitButtonToText(HWND button)
     const bool moved = Widen(button, 0, needed - client.right);
     TraceFailure(moved, L"move");
     if (moved)
-        OutputDebugStringW(L"A button was widened to fit its caption.\n");
+        Trace({L"a button was widened to fit its caption"});
 }
 
 } // namespace qx

@@ -4,6 +4,7 @@
 #include "base/number_text.h"
 #include "base/printer.h"
 #include "base/text.h"
+#include "base/trace.h"
 #include "record/fax_job_data.h"
 #include "settings/key_set.h"
 #include "settings/registry.h"
@@ -21,7 +22,7 @@ enum class Meaning { Flag, Value };
 
 struct DeviceNumber {
     const wchar_t* name;
-    DWORD FaxJobData::*field;
+    DWORD FaxJobData::* field;
     Meaning meaning;
 };
 
@@ -67,11 +68,11 @@ void TraceCoverPageLock(DWORD lock) noexcept
 {
     switch (lock) {
     case kCoverPageFree:
-        return OutputDebugStringW(L"GetPrinterDataExW  is passing and lock  is disabled ");
+        return Trace({L"GetPrinterDataExW  is passing and lock  is disabled "});
     case kCoverPageLocked:
-        return OutputDebugStringW(L"GetPrinterDataExW  is passing and lock  is enabled ");
+        return Trace({L"GetPrinterDataExW  is passing and lock  is enabled "});
     default:
-        return OutputDebugStringW(L"GetPrinterDataExW  is failing and lock  is unknown ");
+        return Trace({L"GetPrinterDataExW  is failing and lock  is unknown "});
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "base/guarded.h"
 #include "base/printer.h"
+#include "base/trace.h"
 #include "base/unique.h"
 #include "text/help_viewer.h"
 
@@ -152,7 +153,7 @@ void VGetLocaleSubstring(LANGID language, wchar_t* out) noexcept
         return;
     const wchar_t* code = FindHelpLanguageCode(language);
     if (code == nullptr) {
-        OutputDebugStringW(L"No help language for the user's language; taking English.\n");
+        Trace({L"no help language for the user's language; taking English"});
         code = kEnglishCode;
     }
     lstrcpynW(out, code, 4);
