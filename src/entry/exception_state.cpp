@@ -22,7 +22,7 @@ struct Place {
     ThreadExceptions exceptions;
 };
 
-// More threads than print at once; one is given back when its session ends.
+// More threads than print at once; one is given back when its session ends, and when its thread does.
 constinit Place g_places[256];
 
 Place* PlaceOf(DWORD thread) noexcept
@@ -43,6 +43,24 @@ Place& TakePlace(DWORD thread) noexcept
     }
     return *std::rbegin(g_places);
 }
+
+void FreePlace(Place& place) noexcept
+{
+    place.exceptions = {};
+    place.thread.store(0, std::memory_order_release);
+}
+
+// Windows calls it for each thread that begins or ends. A helper thread has no session that would give its place back.
+void NTAPI ThreadEnds(void*, DWORD reason, void*) noexcept
+{
+    if (reason != DLL_THREAD_DETACH)
+        return;
+    if (Place* const place = PlaceOf(GetCurrentThreadId()); place != nullptr)
+        FreePlace(*place);
+}
+
+// Between the marks that the runtime puts around the list of such functions.
+[[gnu::section(".CRT$XLM"), gnu::used]] const PIMAGE_TLS_CALLBACK kThreadEnds = ThreadEnds;
 
 } // namespace
 
@@ -70,7 +88,7 @@ void ReleaseExceptionState() noexcept
     Place* const place = PlaceOf(GetCurrentThreadId());
     if (place == nullptr || place->exceptions.caught != nullptr || place->exceptions.uncaught != 0)
         return;
-    place->thread.store(0, std::memory_order_release);
+    FreePlace(*place);
 }
 
 } // namespace qx
