@@ -1,6 +1,7 @@
 #include "text/localized_text.h"
 
 #include "base/activation_context.h"
+#include "text/text_block.h"
 
 #include <atomic>
 
@@ -11,7 +12,6 @@ namespace {
 constexpr LANGID kEnglishUnitedStates = 0x0409;
 constexpr Text kErrorTitle{5326, L"QX MFP Send Fax Error"};
 constexpr Text kWarningTitle{5327, L"QX MFP Send Fax Warning"};
-constexpr std::size_t kTextsPerBlock = 16;
 
 std::atomic<LANGID> g_language = kEnglishUnitedStates; // of the process; sessions on other threads look and write, too
 
@@ -72,19 +72,6 @@ HRSRC FindTextBlockInAnyLanguage(HMODULE library, unsigned id) noexcept
     const LANGID nextBest = NextBestLanguage(library, wanted);
     g_language = nextBest; // once: a half-done search is nothing for other threads to see
     return FindTextBlock(library, id, nextBest);
-}
-
-// The text at position of a block of 16 length-prefixed texts; empty when the block ends before it.
-std::wstring_view TextInBlock(std::wstring_view block, std::size_t position) noexcept
-{
-    std::size_t at = 0;
-    for (std::size_t i = 0; at < block.size(); ++i) {
-        const std::size_t units = block[at];
-        if (i == position)
-            return block.substr(at + 1, units);
-        at += 1 + units;
-    }
-    return {};
 }
 
 } // namespace
