@@ -2,17 +2,18 @@
 # Makes a Debian machine ready to build and test: installs the packages that are missing and generates the locales
 # of the languages that it is asked for. Does nothing, quickly, when everything is there.
 #
-#   tools/setup.sh [--checks] [LANG...]
+#   tools/setup.sh [--checks] [--reproducible] [LANG...]
 #
-# --checks: what tools/check.sh and tools/fuzz.sh need, too. Languages are named as tools/with-wine.sh takes them; by
-# default those that tests are run in.
+# --checks: what tools/check.sh and tools/fuzz.sh need, too. --reproducible: what tools/reproducible.sh shows
+# differences with. Languages are named as tools/with-wine.sh takes them; by default those that tests are run in.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 packages=(
-    cmake ninja-build g++-mingw-w64-x86-64 python3                  # building
+    cmake ninja-build g++-mingw-w64-x86-64 python3 git              # building
+    clang lld llvm libwine-dev                                      # building as driver developers do
     googletest nlohmann-json3-dev libcli11-dev                      # libraries of the tests and of the stand-in driver
-    fp-utils gcab                                                   # compiling and packing the help
+    fp-utils gcab unzip                                             # compiling and packing the help, unpacking packages
     wine wine64 xvfb                                                # running and looking at it
     fonts-wine fonts-dejavu-extra fonts-noto-core fonts-noto-cjk fonts-tlwg-waree-ttf
     locales
@@ -23,6 +24,7 @@ readonly checking=(
     clang libclang-rt-dev                                           # fuzz targets
     hunspell                                                        # and the dictionaries
 )
+readonly comparing=(diffoscope-minimal)
 readonly tested=(en de de-AT he ja)
 
 as_root() {
@@ -72,11 +74,14 @@ generate_missing_locales() {
 }
 
 checks=no
-if [[ ${1-} == --checks ]]; then
+while [[ ${1-} == --* ]]; do
+    case $1 in
+        --checks) checks=yes; packages+=("${checking[@]}") ;;
+        --reproducible) packages+=("${comparing[@]}") ;;
+        *) echo "setup.sh: '$1' is no option of it" >&2; exit 1 ;;
+    esac
     shift
-    checks=yes
-    packages+=("${checking[@]}")
-fi
+done
 install_missing_packages
 if [[ $checks == yes ]]; then
     mapfile -t packages < <(strings/languages.py spelling | cut -d ' ' -f 2 | sort -u)
