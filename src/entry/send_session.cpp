@@ -7,6 +7,7 @@
 #include "phonebook/file/phone_book_file.h"
 #include "settings/device_state.h"
 #include "settings/fax_defaults.h"
+#include "settings/names.h"
 #include "text/help.h"
 #include "text/help_viewer.h"
 
@@ -14,7 +15,6 @@ namespace qx {
 
 namespace {
 
-constexpr wchar_t kStringLibraryName[] = L"QXTEXT64.DLL";
 constexpr Text kTitle{5325, L"QX MFP Send Fax"};
 constexpr Message kNotOperational{
     {5266,
@@ -82,7 +82,7 @@ void SendSession::PrepareRecord()
 
 void SendSession::LoadStringLibrary()
 {
-    const std::wstring path = PrinterDriver(printer_).FileBeside(kStringLibraryName);
+    const std::wstring path = StringLibraryPath(printer_);
     if (path.empty())
         return;
     const ActivationScope context;
@@ -102,8 +102,8 @@ void SendSession::FillStrings()
 
 void SendSession::FindHelp()
 {
-    const std::wstring cabinet = HelpName(printer_, L"HelpCabName");
-    const std::wstring help = HelpName(printer_, L"GPDHelpFileName");
+    const std::wstring cabinet = HelpName(printer_, kHelpCabinetValue);
+    const std::wstring help = HelpName(printer_, kHelpFileValue);
     if (!cabinet.empty() && !help.empty())
         ExtractHelpFromCabinet(printer_, cabinet, help); // only has to be there: dialogs ask by the path built next
     const std::wstring path = BuildHelpFilePath(printer_);

@@ -7,6 +7,7 @@
 #include "base/trace.h"
 #include "record/fax_job_data.h"
 #include "settings/key_set.h"
+#include "settings/names.h"
 #include "settings/registry.h"
 
 #include <algorithm>
@@ -34,7 +35,6 @@ constexpr DeviceNumber kDeviceNumbers[] = {
     {L"FAX_BILLING_CODE_MINLENGTH", &FaxJobData::BillingCodeMinLength, Meaning::Value},
     {L"EMAIL-SERVICE-OPERATIONAL", &FaxJobData::EmailServiceOperational, Meaning::Value},
 };
-constexpr wchar_t kBillingCode[] = L"FAX_BILLING_CODE";
 
 // Of type REG_DWORD only; 0 for everything else.
 DWORD DeviceValue(HKEY key, const wchar_t* name) noexcept
@@ -45,10 +45,10 @@ DWORD DeviceValue(HKEY key, const wchar_t* name) noexcept
 
 void ReadBillingCode(FaxJobData& record)
 {
-    if (ValueType(record.hBidiInfoKey, kBillingCode) != REG_SZ)
+    if (ValueType(record.hBidiInfoKey, kBillingCodeValue) != REG_SZ)
         return;
     std::wstring stored;
-    ReadString(record.hBidiInfoKey, kBillingCode, stored);
+    ReadString(record.hBidiInfoKey, kBillingCodeValue, stored);
     const std::wstring code = stored.c_str();
     if (std::ranges::all_of(code, AllowedInBillingCode))
         SetBillingCode(record, std::wstring(Cut(code, kBillingCodeLimit)).c_str());
@@ -58,8 +58,7 @@ void ReadBillingCode(FaxJobData& record)
 DWORD CoverPageLockOf(HANDLE printer, const std::wstring& overlayPath) noexcept
 {
     DWORD lock = 0;
-    if (ReadPrinterNumber(printer, kDriverData, L"FaxCPDefaultOverlayBitmapLock", lock) != ERROR_SUCCESS ||
-        overlayPath.empty())
+    if (ReadPrinterNumber(printer, kDriverData, kCoverPageLockValue, lock) != ERROR_SUCCESS || overlayPath.empty())
         return kCoverPageLockUnknown;
     return lock != 0 ? kCoverPageLocked : kCoverPageFree;
 }
@@ -104,12 +103,19 @@ void ReadDeviceState(FaxJobData& record, HANDLE printer)
 void ReadCoverPageLock(FaxJobData& record)
 {
     const std::wstring path =
-        ReadPrinterText(record.PrinterHandle, kDriverData, L"FaxCPDefaultOverlayBitmapPath", kPrinterTextUnits)
-            .value_or(L"");
+        ReadPrinterText(record.PrinterHandle, kDriverData, kCoverPagePathValue, kPrinterTextUnits).value_or(L"");
     record.CoverPageLock = CoverPageLockOf(record.PrinterHandle, path);
     if (record.CoverPageLock != kCoverPageLockUnknown)
         SetDefaultOverlayPath(record, path.c_str());
     TraceCoverPageLock(record.CoverPageLock);
+}
+
+std::vector<DeviceNumberName> DeviceNumberNames()
+{
+    std::vector<DeviceNumberName> names;
+    for (const DeviceNumber& number : kDeviceNumbers)
+        names.push_back({number.name, number.meaning == Meaning::Flag});
+    return names;
 }
 
 bool IsSpoolerThunkHost()

@@ -3,6 +3,7 @@
 
 #include <qxfax/send_fax.h>
 #include <string_view>
+#include <vector>
 
 namespace qx {
 
@@ -17,6 +18,13 @@ void ReadDeviceState(FaxJobData& record, HANDLE printer);
 
 // Fills CoverPageLock and, unless the lock is unknown, DefaultOverlayPath from the data of record.PrinterHandle.
 void ReadCoverPageLock(FaxJobData& record);
+
+// The numbers that the device-status software leaves, in the order in which they are read.
+struct DeviceNumberName {
+    const wchar_t* name;
+    bool isFlag; // else the number itself counts
+};
+std::vector<DeviceNumberName> DeviceNumberNames();
 
 // Whether this process is the spooler's host for 32-bit programs on a 64-bit system.
 bool IsSpoolerThunkHost();

@@ -8,6 +8,7 @@
 #include "settings/registry.h"
 
 #include <algorithm>
+#include <iterator>
 #include <string>
 
 namespace qx {
@@ -53,11 +54,8 @@ constexpr StoredNumber kNumbers[] = {
 // Its presence tells that the user has stored defaults.
 constexpr StoredNumber kApplyDefaults{.name = L"ApplyDefaults", .field = &FaxJobData::ApplyDefaults};
 
-void LoadText(FaxJobData& record, const StoredText& text)
+void TakeOver(FaxJobData& record, const StoredText& text, std::wstring stored)
 {
-    std::wstring stored;
-    if (!ReadString(record.hDefaultKey, text.name, stored))
-        return;
     stored.resize(std::char_traits<wchar_t>::length(stored.c_str())); // behind it come the spare terminators
     // For the fax number too, although square brackets can be typed into it: a number with them is stored, but comes
     // back empty.
@@ -66,12 +64,24 @@ void LoadText(FaxJobData& record, const StoredText& text)
     text.set(record, std::wstring(Cut(stored, text.limit)).c_str());
 }
 
+void TakeOver(FaxJobData& record, const StoredNumber& number, DWORD stored)
+{
+    record.*number.field = stored >= number.least && stored <= number.most ? stored : number.otherwise;
+}
+
+void LoadText(FaxJobData& record, const StoredText& text)
+{
+    std::wstring stored;
+    if (ReadString(record.hDefaultKey, text.name, stored))
+        TakeOver(record, text, std::move(stored));
+}
+
 bool LoadNumber(FaxJobData& record, const StoredNumber& number)
 {
     DWORD stored = 0;
     if (!ReadDword(record.hDefaultKey, number.name, stored))
         return false;
-    record.*number.field = stored >= number.least && stored <= number.most ? stored : number.otherwise;
+    TakeOver(record, number, stored);
     return true;
 }
 
@@ -108,6 +118,39 @@ void CopyFaxDefaults(const FaxJobData& from, FaxJobData& to) noexcept
         text.set(to, from.*text.field);
     for (const StoredNumber& number : kNumbers)
         to.*number.field = from.*number.field;
+}
+
+std::vector<FaxDefaultName> FaxDefaultNames()
+{
+    std::vector<FaxDefaultName> names;
+    for (const StoredText& text : kTexts)
+        names.push_back({text.name, REG_SZ});
+    for (const StoredNumber& number : kNumbers)
+        names.push_back({number.name, REG_DWORD});
+    names.push_back({kApplyDefaults.name, REG_DWORD});
+    return names;
+}
+
+std::optional<std::wstring> FaxDefaultTakenOver(std::wstring_view name, const std::wstring& stored)
+{
+    const auto* const text = std::ranges::find(kTexts, name, &StoredText::name);
+    if (text == std::end(kTexts))
+        return std::nullopt;
+    OwnedFaxJobData record;
+    text->set(record.Get(), L"");
+    TakeOver(record.Get(), *text, stored);
+    const std::wstring taken = OrEmpty(record.Get().*text->field);
+    return taken.empty() && !stored.empty() ? std::nullopt : std::optional(taken);
+}
+
+DWORD FaxDefaultTakenOver(std::wstring_view name, DWORD stored)
+{
+    const auto* const number = std::ranges::find(kNumbers, name, &StoredNumber::name);
+    if (number == std::end(kNumbers))
+        return stored;
+    OwnedFaxJobData record;
+    TakeOver(record.Get(), *number, stored);
+    return record.Get().*number->field;
 }
 
 } // namespace qx

@@ -1,7 +1,11 @@
 // The user's standing send settings of a printer, kept in the registry between sends.
 #pragma once
 
+#include <optional>
 #include <qxfax/send_fax.h>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace qx {
 
@@ -15,5 +19,16 @@ void SaveFaxDefaults(FaxJobData& record);
 
 // Gives to what from has, all but whether defaults are to be applied. Nothing is read or written.
 void CopyFaxDefaults(const FaxJobData& from, FaxJobData& to) noexcept;
+
+// For tools that store single settings or explain them. The stored values' names, in the order in which they are read.
+struct FaxDefaultName {
+    const wchar_t* name;
+    DWORD type; // REG_SZ or REG_DWORD
+};
+std::vector<FaxDefaultName> FaxDefaultNames();
+// What loading makes of a stored text; none when it is not taken over at all.
+std::optional<std::wstring> FaxDefaultTakenOver(std::wstring_view name, const std::wstring& stored);
+// The same for a stored number.
+DWORD FaxDefaultTakenOver(std::wstring_view name, DWORD stored);
 
 } // namespace qx

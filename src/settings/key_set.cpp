@@ -4,6 +4,7 @@
 #include "base/printer.h"
 #include "base/text.h"
 #include "base/unique.h"
+#include "settings/names.h"
 
 #include <cstddef>
 
@@ -33,12 +34,12 @@ void CloseKey(HKEY& key) noexcept
 }
 
 // The name follows the vendor's directly, as it stands.
-std::optional<std::wstring> SubtreePath(HANDLE printer, const wchar_t* below)
+std::optional<std::wstring> SubtreePath(HANDLE printer, const std::wstring& below)
 {
     const auto guid = RestrictedUserGuid(printer);
     if (!guid)
         return std::nullopt;
-    return std::wstring(Cut(L"Software\\Quillmarsh\\" + *guid + below, kPathLimit));
+    return std::wstring(Cut(kVendorRoot + *guid + below, kPathLimit));
 }
 
 } // namespace
@@ -50,7 +51,7 @@ RegistryKeySet& KeySetOf(FaxJobData& record) noexcept
 
 std::optional<std::wstring> RestrictedUserGuid(HANDLE printer)
 {
-    return ReadPrinterText(printer, kPresetData, L"QXRestrictedUserGuid", kPrinterTextUnits);
+    return ReadPrinterText(printer, kPresetData, kRestrictedUserGuidValue, kPrinterTextUnits);
 }
 
 void OpenKeys(RegistryKeySet& set)
@@ -65,15 +66,15 @@ void OpenKeys(RegistryKeySet& set)
     UniqueKey root;
     if (!CreateKey(HKEY_CURRENT_USER, *path, *root.Receive()))
         return;
-    CreateKey(root.Get(), L"QX-FAX\\Address Book", set.hAddressBookKey);
-    CreateKey(root.Get(), L"QX-FAX\\Default", set.hDefaultKey);
-    CreateKey(root.Get(), L"QX-FAX\\JobData", set.hJobDataKey);
-    CreateKey(root.Get(), L"QX-FAX\\MRUList", set.hMruListKey);
+    CreateKey(root.Get(), kAddressBookKey, set.hAddressBookKey);
+    CreateKey(root.Get(), kDefaultsKey, set.hDefaultKey);
+    CreateKey(root.Get(), kJobDataKey, set.hJobDataKey);
+    CreateKey(root.Get(), kRecentListKey, set.hMruListKey);
 }
 
 void OpenDeviceStateKey(RegistryKeySet& set)
 {
-    const auto path = SubtreePath(set.PrinterHandle, L"\\QXBIDIInfo");
+    const auto path = SubtreePath(set.PrinterHandle, std::wstring(L"\\") + kDeviceStateKey);
     if (!path)
         return;
     CloseKey(set.hBidiInfoKey);

@@ -1,6 +1,7 @@
 #include "text/localized_text.h"
 
 #include "base/activation_context.h"
+#include "base/printer.h"
 #include "text/text_block.h"
 
 #include <atomic>
@@ -12,6 +13,7 @@ namespace {
 constexpr LANGID kEnglishUnitedStates = 0x0409;
 constexpr Text kErrorTitle{5326, L"QX MFP Send Fax Error"};
 constexpr Text kWarningTitle{5327, L"QX MFP Send Fax Warning"};
+constexpr wchar_t kStringLibraryName[] = L"QXTEXT64.DLL";
 
 std::atomic<LANGID> g_language = kEnglishUnitedStates; // of the process; sessions on other threads look and write, too
 
@@ -85,6 +87,11 @@ TextOwner::TextOwner(HMODULE strings, const wchar_t* helpFilePath) noexcept : Te
 {
     hStringDll = strings;
     CopyText(HelpFilePath, OrEmpty(helpFilePath));
+}
+
+std::wstring StringLibraryPath(HANDLE printer)
+{
+    return PrinterDriver(printer).FileBeside(kStringLibraryName);
 }
 
 LANGID CurrentTextLanguage() noexcept

@@ -21,6 +21,9 @@ struct TextOwner {
     wchar_t HelpFilePath[kTextUnits] = L""; // empty: no help
 };
 
+// The string library's file, beside the driver's; empty when the spooler does not say where that is.
+std::wstring StringLibraryPath(HANDLE printer);
+
 // A text: its id in the string library, and the built-in one, shown exactly as written. A leading dash of a built-in
 // text stays: it marks, on screen, a text that did not come from the library.
 struct Text {

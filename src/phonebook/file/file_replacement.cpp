@@ -17,6 +17,7 @@ constexpr wchar_t kCopyEnding[] = L".bak";
 constexpr wchar_t kNameInTemporaryFolder[] = L"qxfax-phone-book";
 constexpr LONGLONG kLongestFile = 256 << 20; // hundreds of times the largest phone book
 constexpr std::size_t kBlockBytes = 64 << 10;
+constexpr int kCopiesLookedFor = 100;
 
 // Longer than any save. Another computer that shares the folder may be in the middle of one, so a younger file stays.
 constexpr std::uint64_t kAbandonedAfter = std::uint64_t{10} * 60 * 10000000; // 10 minutes, in units of 100 ns
@@ -175,6 +176,11 @@ std::optional<FileStamp> StampOf(HANDLE file) noexcept
                      .volume = info.dwVolumeSerialNumber};
 }
 
+std::wstring NameOfCopy(const std::wstring& path, int number)
+{
+    return number == 1 ? path + kCopyEnding : path + L'.' + std::to_wstring(number) + kCopyEnding;
+}
+
 bool HasBeenThereForLong(const WIN32_FIND_DATAW& file) noexcept
 {
     FILETIME now;
@@ -283,6 +289,19 @@ void RemoveAbandonedReplacements(const std::wstring& path) noexcept
 
 // ---- copies ------------------------------------------------------------------------------------------------------
 
+std::vector<std::wstring> KeptCopies(const std::wstring& path)
+{
+    std::vector<std::wstring> copies;
+    for (int number = 1;; ++number) {
+        std::wstring copy = NameOfCopy(path, number);
+        // Somebody may have removed one in between.
+        if (GetFileAttributesW(copy.c_str()) != INVALID_FILE_ATTRIBUTES)
+            copies.push_back(std::move(copy));
+        else if (number >= kCopiesLookedFor)
+            return copies;
+    }
+}
+
 bool KeepCopy(const std::wstring& path)
 {
     WIN32_FILE_ATTRIBUTE_DATA data{};
@@ -293,16 +312,14 @@ bool KeepCopy(const std::wstring& path)
     if (data.nFileSizeHigh == 0 && data.nFileSizeLow == 0)
         return true;
     // Of several unreadable phone books each keeps its copy: .bak, .2.bak, .3.bak, ...
-    std::wstring copy = path + kCopyEnding;
+    std::wstring copy;
     DWORD error = ERROR_FILE_EXISTS;
-    for (int number = 2;; ++number) {
+    for (int number = 1; error == ERROR_FILE_EXISTS; ++number) {
+        copy = NameOfCopy(path, number);
         if (GetFileAttributesW(copy.c_str()) == INVALID_FILE_ATTRIBUTES)
             error = CopyToNewFile(path, copy);
         else if (HaveSameContent(path, copy))
             return true;
-        if (error != ERROR_FILE_EXISTS)
-            break;
-        copy = path + L"." + std::to_wstring(number) + kCopyEnding;
     }
     if (error == ERROR_SUCCESS)
         SetFileAttributesW(copy.c_str(), FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_HIDDEN);

@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace qx {
 
@@ -70,6 +71,9 @@ void RemoveAbandonedReplacements(const std::wstring& path) noexcept;
 // Keeps a byte-identical, hidden copy of path beside it, unless there is one already or the file is empty or not
 // there. Never replaces an older copy. False when the copy is not safely on the disk.
 bool KeepCopy(const std::wstring& path);
+
+// The copies of path that KeepCopy has left beside it, as full paths, by their numbers.
+std::vector<std::wstring> KeptCopies(const std::wstring& path);
 
 // The file that a link leads to; path itself when it is none, or leads nowhere. A link to a file that is not there leads
 // nowhere with OPEN_EXISTING; with OPEN_ALWAYS the file is made, empty.

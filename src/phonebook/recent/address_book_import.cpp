@@ -5,6 +5,7 @@
 #include "phonebook/book/phone_book.h"
 #include "phonebook/recent/registry_entry.h"
 #include "settings/key_set.h"
+#include "settings/names.h"
 
 #include <iterator>
 #include <string>
@@ -13,7 +14,6 @@ namespace qx {
 
 namespace {
 
-constexpr wchar_t kVersion[] = L"Version";
 constexpr DWORD kCurrentVersion = 0x10000;
 
 // The printer of the name under which the spooler published it.
@@ -31,13 +31,14 @@ UniquePrinter OpenWithAllAccess(HANDLE sessionPrinter)
 bool LacksVersion(HANDLE printer) noexcept
 {
     DWORD version = 0;
-    return ReadPrinterNumber(printer, kPresetData, kVersion, version) == ERROR_FILE_NOT_FOUND;
+    return ReadPrinterNumber(printer, kPresetData, kPhoneBookVersionValue, version) == ERROR_FILE_NOT_FOUND;
 }
 
 void WriteVersion(HANDLE printer)
 {
     DWORD version = kCurrentVersion;
-    SetPrinterDataExW(printer, kPresetData, kVersion, REG_DWORD, reinterpret_cast<BYTE*>(&version), sizeof version);
+    SetPrinterDataExW(printer, kPresetData, kPhoneBookVersionValue, REG_DWORD, reinterpret_cast<BYTE*>(&version),
+                      sizeof version);
 }
 
 // Whether there was anything to add.
