@@ -1,0 +1,142 @@
+#include "admin/command.h"
+
+#include "phonebook/file/file_replacement.h"
+
+#include <filesystem>
+
+namespace qx::admin {
+
+CLI::Option* AddText(CLI::App& command, const std::string& name, std::wstring& value, const std::string& help)
+{
+    return command
+        .add_option_function<std::string>(
+            name, [&value](const std::string& text) { value = Wide(text); }, help)
+        ->type_name("TEXT");
+}
+
+CLI::Option* AddText(CLI::App& command, const std::string& name, std::optional<std::wstring>& value,
+                     const std::string& help)
+{
+    return command
+        .add_option_function<std::string>(
+            name, [&value](const std::string& text) { value = Wide(text); }, help)
+        ->type_name("TEXT");
+}
+
+CLI::Option* AddTexts(CLI::App& command, const std::string& name, std::vector<std::wstring>& values,
+                      const std::string& help)
+{
+    return command
+        .add_option_function<std::vector<std::string>>(
+            name,
+            [&values](const std::vector<std::string>& texts) {
+                for (const std::string& text : texts)
+                    values.push_back(Wide(text));
+            },
+            help)
+        ->type_name("TEXT");
+}
+
+std::string Quoted(std::wstring_view text)
+{
+    return '"' + Utf8(text) + '"';
+}
+
+// ---- printers ------------------------------------------------------------------------------------------------------
+
+namespace {
+
+UniquePrinter Open(const std::wstring& name, ACCESS_MASK access)
+{
+    PRINTER_DEFAULTSW defaults{.pDatatype = nullptr, .pDevMode = nullptr, .DesiredAccess = access};
+    UniquePrinter printer;
+    std::wstring changeable = name;
+    if (name.empty() || !OpenPrinterW(changeable.data(), printer.Receive(), &defaults)) {
+        const DWORD error = name.empty() ? ERROR_INVALID_PRINTER_NAME : GetLastError();
+        if (error == ERROR_INVALID_PRINTER_NAME)
+            throw Refusal("there is no printer " + Quoted(name));
+        throw Refusal(SystemError("cannot open the printer " + Quoted(name), error));
+    }
+    return printer;
+}
+
+LSTATUS ReadData(HANDLE printer, const wchar_t* key, const wchar_t* name, DWORD& type, void* data, DWORD bytes,
+                 DWORD& needed)
+{
+    auto* const out = static_cast<BYTE*>(data);
+    if (key == nullptr)
+        return static_cast<LSTATUS>(GetPrinterDataW(printer, const_cast<wchar_t*>(name), &type, out, bytes, &needed));
+    return static_cast<LSTATUS>(GetPrinterDataExW(printer, key, name, &type, out, bytes, &needed));
+}
+
+} // namespace
+
+UniquePrinter OpenPrinterToRead(const std::wstring& name)
+{
+    return Open(name, PRINTER_ACCESS_USE);
+}
+
+UniquePrinter OpenPrinterToConfigure(const std::wstring& name)
+{
+    return Open(name, PRINTER_ACCESS_USE | PRINTER_ACCESS_ADMINISTER);
+}
+
+std::optional<std::wstring> PrinterText(HANDLE printer, const wchar_t* key, const wchar_t* name)
+{
+    DWORD type = REG_NONE;
+    DWORD needed = 0;
+    const LSTATUS status = ReadData(printer, key, name, type, nullptr, 0, needed);
+    if (status != ERROR_MORE_DATA && status != ERROR_SUCCESS)
+        return std::nullopt;
+    std::wstring text(needed / sizeof(wchar_t) + 2, L'\0'); // the value may lack its terminator
+    if (ReadData(printer, key, name, type, text.data(), needed, needed) != ERROR_SUCCESS || type != REG_SZ)
+        return std::nullopt;
+    return text.c_str();
+}
+
+std::optional<DWORD> PrinterNumber(HANDLE printer, const wchar_t* key, const wchar_t* name)
+{
+    DWORD type = REG_NONE;
+    DWORD number = 0;
+    DWORD needed = 0;
+    if (ReadData(printer, key, name, type, &number, sizeof number, needed) != ERROR_SUCCESS || type != REG_DWORD)
+        return std::nullopt;
+    return number;
+}
+
+// ---- files ---------------------------------------------------------------------------------------------------------
+
+std::wstring FullPath(const std::wstring& path)
+{
+    std::error_code error;
+    const std::filesystem::path full = std::filesystem::absolute(path, error);
+    return error ? path : std::filesystem::path(full).make_preferred().native();
+}
+
+std::string ReadFileOrRefuse(const std::wstring& path)
+{
+    std::string bytes;
+    const DWORD error = ReadWholeFile(path, bytes);
+    if (error != ERROR_SUCCESS)
+        throw Refusal(SystemError("cannot read " + Quoted(path), error));
+    return bytes;
+}
+
+void RefuseExistingFile(const std::wstring& path, bool overwrite)
+{
+    if (!overwrite && GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES)
+        throw Refusal(Quoted(path) + " is there already; --overwrite replaces it");
+}
+
+void WriteFileOrRefuse(const std::wstring& path, std::string_view bytes, bool overwrite)
+{
+    RefuseExistingFile(path, overwrite);
+    const UniqueFile file(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr));
+    DWORD written = 0;
+    if (!file || !WriteFile(file.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) ||
+        written != bytes.size())
+        throw Refusal(SystemError("cannot write " + Quoted(path), GetLastError()));
+}
+
+} // namespace qx::admin
