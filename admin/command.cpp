@@ -60,13 +60,12 @@ UniquePrinter Open(const std::wstring& name, ACCESS_MASK access)
     return printer;
 }
 
-LSTATUS ReadData(HANDLE printer, const wchar_t* key, const wchar_t* name, DWORD& type, void* data, DWORD bytes,
-                 DWORD& needed)
+DWORD TypeOf(HANDLE printer, const wchar_t* key, const wchar_t* name)
 {
-    auto* const out = static_cast<BYTE*>(data);
-    if (key == nullptr)
-        return static_cast<LSTATUS>(GetPrinterDataW(printer, const_cast<wchar_t*>(name), &type, out, bytes, &needed));
-    return static_cast<LSTATUS>(GetPrinterDataExW(printer, key, name, &type, out, bytes, &needed));
+    DWORD type = REG_NONE;
+    DWORD needed = 0;
+    GetPrinterDataExW(printer, key, name, &type, nullptr, 0, &needed);
+    return type;
 }
 
 } // namespace
@@ -83,23 +82,13 @@ UniquePrinter OpenPrinterToConfigure(const std::wstring& name)
 
 std::optional<std::wstring> PrinterText(HANDLE printer, const wchar_t* key, const wchar_t* name)
 {
-    DWORD type = REG_NONE;
-    DWORD needed = 0;
-    const LSTATUS status = ReadData(printer, key, name, type, nullptr, 0, needed);
-    if (status != ERROR_MORE_DATA && status != ERROR_SUCCESS)
-        return std::nullopt;
-    std::wstring text(needed / sizeof(wchar_t) + 2, L'\0'); // the value may lack its terminator
-    if (ReadData(printer, key, name, type, text.data(), needed, needed) != ERROR_SUCCESS || type != REG_SZ)
-        return std::nullopt;
-    return text.c_str();
+    return TypeOf(printer, key, name) == REG_SZ ? ReadPrinterText(printer, key, name) : std::nullopt;
 }
 
 std::optional<DWORD> PrinterNumber(HANDLE printer, const wchar_t* key, const wchar_t* name)
 {
-    DWORD type = REG_NONE;
     DWORD number = 0;
-    DWORD needed = 0;
-    if (ReadData(printer, key, name, type, &number, sizeof number, needed) != ERROR_SUCCESS || type != REG_DWORD)
+    if (TypeOf(printer, key, name) != REG_DWORD || ReadPrinterNumber(printer, key, name, number) != ERROR_SUCCESS)
         return std::nullopt;
     return number;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "admin/report.h"
+#include "base/printer.h"
 #include "base/unique.h"
 #include "host/utf8.h"
 
@@ -50,7 +51,7 @@ UniquePrinter OpenPrinterToRead(const std::wstring& name);
 // To be set up. Throws Refusal, also when the user may not.
 UniquePrinter OpenPrinterToConfigure(const std::wstring& name);
 
-// Values of the printer's data. A null key: one without a key. None when there is no such value, or one of another
+// Values of the printer's data. None when there is no such value, or one of another
 // type.
 std::optional<std::wstring> PrinterText(HANDLE printer, const wchar_t* key, const wchar_t* name);
 std::optional<DWORD> PrinterNumber(HANDLE printer, const wchar_t* key, const wchar_t* name);

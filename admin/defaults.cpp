@@ -107,14 +107,14 @@ void Set(const std::wstring& printerName, const std::vector<std::wstring>& texts
         assignments.push_back(ReadAssignment(text)); // all of them, or none
     const UniquePrinter printer = OpenPrinterToRead(printerName);
     const std::wstring guid = GuidOrRefuse(printer.Get(), printerName);
-    std::optional<UserKeys> keys;
+    KeySet keys(printer.Get());
     if (!report.DryRun())
-        keys.emplace(printer.Get());
+        OpenKeys(*keys);
     for (const Assignment& assignment : assignments) {
         const wchar_t* const name = assignment.value.name;
         const bool isText = assignment.value.type == REG_SZ;
-        if (keys) {
-            const HKEY key = keys->Get().hDefaultKey;
+        if (!report.DryRun()) {
+            const HKEY key = keys->hDefaultKey;
             if (!(isText ? WriteString(key, name, assignment.text.c_str(), REG_SZ)
                          : WriteDword(key, name, assignment.number)))
                 throw Refusal("cannot write the value " + Quoted(name));

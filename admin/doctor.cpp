@@ -5,13 +5,14 @@
 #include "admin/user_keys.h"
 #include "base/limits.h"
 #include "base/number_text.h"
-#include "base/printer_driver.h"
+#include "base/printer.h"
 #include "base/text.h"
 #include "phonebook/file/file_replacement.h"
 #include "phonebook/recent/recent_list.h"
 #include "record/fax_job_data.h"
 #include "settings/device_state.h"
 #include "settings/fax_defaults.h"
+#include "settings/key_set.h"
 #include "settings/names.h"
 #include "text/help.h"
 
@@ -85,12 +86,12 @@ private:
 
     void LookAtDriver()
     {
-        const std::wstring folder = PrinterDriver(Printer()).Folder();
-        if (folder.empty())
+        const std::wstring module = PrinterDriver(Printer()).FileBeside(kModule);
+        if (module.empty())
             return Problem("driver", "the spooler names no driver folder, so there are neither texts nor help: install "
                                      "the printer's driver again");
-        Good("driver", "its folder is " + Utf8(folder));
-        if (!FileIsThere(folder + L'\\' + kModule))
+        Good("driver", "its folder is " + Utf8(module.substr(0, module.rfind(L'\\'))));
+        if (!FileIsThere(module))
             Note("driver",
                  "there is no " + Utf8(kModule) + " in the folder; the driver must load it from another place");
     }
@@ -125,8 +126,8 @@ private:
 
     void LookAtHelp()
     {
-        const auto cabinetName = PrinterText(Printer(), nullptr, kHelpCabinetValue);
-        const auto helpFile = PrinterText(Printer(), nullptr, kHelpFileValue);
+        const auto cabinetName = PrinterText(Printer(), kDriverData, kHelpCabinetValue);
+        const auto helpFile = PrinterText(Printer(), kDriverData, kHelpFileValue);
         for (const auto& [value, name] : {std::pair(cabinetName, kHelpCabinetValue), {helpFile, kHelpFileValue}}) {
             if (value.value_or(std::wstring()).empty())
                 return Problem("help",

@@ -2,6 +2,7 @@
 
 #include "admin/contacts/text_encoding.h"
 #include "admin/contacts/vcard.h"
+#include "base/limits.h"
 #include "phonebook/book/duplicate_index.h"
 #include "phonebook/csv/csv_import.h"
 #include "phonebook/file/xml_text.h"
@@ -11,6 +12,8 @@
 namespace qx::admin {
 
 namespace {
+
+constexpr std::size_t kNameUnits = kNameLimit;
 
 std::optional<std::wstring> DecodeCodePage(std::string_view bytes, unsigned codePage)
 {
@@ -158,9 +161,9 @@ private:
         std::wstring fitting = FitsXml(text) ? text : XmlText(text);
         if (fitting.size() != text.size())
             changes.push_back(std::string(field) + " without control characters");
-        if (fitting.size() > kImportedUnits) {
-            changes.push_back(std::string(field) + " cut to " + std::to_string(kImportedUnits) + " characters");
-            fitting = CutText(fitting, kImportedUnits);
+        if (fitting.size() > kNameUnits) {
+            changes.push_back(std::string(field) + " cut to " + std::to_string(kNameUnits) + " characters");
+            fitting = CutText(fitting, kNameUnits);
         }
         return fitting;
     }
@@ -171,9 +174,7 @@ private:
         PhoneBook& book = file_.Book();
         PhoneBookEntry* const entry = book.Store().NewEntry();
         entry->SetId(book.NextId());
-        entry->SetName(name.c_str());
-        entry->SetFaxNumber(number.c_str());
-        entry->SetCompany(company.c_str());
+        entry->SetTexts({.name = name, .faxNumber = number, .company = company});
         const DuplicateIndex::Keys keys = held_.KeysOf(*entry);
         Json& row = Row(contact.line, contact.name, contact.faxNumber);
         row["number"] = Utf8(number);

@@ -60,7 +60,7 @@ void FindRecents(const std::wstring& guid, std::vector<Trace>& traces)
 // build.
 void FindHelp(HANDLE printer, std::vector<Trace>& traces)
 {
-    const std::wstring name = PrinterText(printer, nullptr, kHelpFileValue).value_or(std::wstring());
+    const std::wstring name = PrinterText(printer, kDriverData, kHelpFileValue).value_or(std::wstring());
     const fs::path folder = TemporaryFolder();
     std::set<std::wstring> starts;
     for (unsigned language = 1; language < 0x1000; ++language) {

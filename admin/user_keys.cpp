@@ -6,7 +6,10 @@ namespace qx::admin {
 
 std::wstring UserKeyPath(const std::wstring& guid, const std::wstring& key)
 {
-    return kVendorRoot + guid + (key.empty() ? L"" : L"\\" + key);
+    std::wstring path = kVendorRoot + guid;
+    if (!key.empty())
+        path += L'\\' + key;
+    return path;
 }
 
 UniqueKey OpenUserKey(const std::wstring& guid, const wchar_t* key)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "admin/command.h"
+#include "settings/key_set.h"
 #include "settings/registry.h"
 
 namespace qx::admin {
@@ -13,23 +14,5 @@ UniqueKey OpenUserKey(const std::wstring& guid, const wchar_t* key);
 
 // The GUID in the printer's data. Throws Refusal when there is none: what the user's settings hang on is missing.
 std::wstring GuidOrRefuse(HANDLE printer, const std::wstring& name);
-
-// The keys as the module opens them, which creates them.
-class UserKeys {
-public:
-    explicit UserKeys(HANDLE printer) noexcept
-    {
-        keys_.PrinterHandle = printer;
-        OpenKeys(keys_);
-    }
-    ~UserKeys() { CloseKeys(keys_); }
-    UserKeys(const UserKeys&) = delete;
-    UserKeys& operator=(const UserKeys&) = delete;
-
-    const RegistryKeySet& Get() const noexcept { return keys_; }
-
-private:
-    RegistryKeySet keys_;
-};
 
 } // namespace qx::admin

@@ -12,7 +12,7 @@ cd "$(dirname "$0")/.."
 packages=(
     cmake ninja-build g++-mingw-w64-x86-64 python3 git              # building
     clang lld llvm libwine-dev                                      # building as driver developers do
-    googletest nlohmann-json3-dev libcli11-dev                      # libraries of the tests and of the stand-in driver
+    googletest nlohmann-json3-dev libcli11-dev                      # libraries of the tests and of the tools
     fp-utils gcab unzip                                             # compiling and packing the help, unpacking packages
     wine wine64 xvfb                                                # running and looking at it
     fonts-wine fonts-dejavu-extra fonts-noto-core fonts-noto-cjk fonts-tlwg-waree-ttf

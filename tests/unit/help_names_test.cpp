@@ -10,6 +10,12 @@ struct LanguageCase {
     const wchar_t* code;
 };
 
+TEST(HelpNames, CanTellTheBuildSoThatAnUpdateHasNamesOfItsOwn)
+{
+    EXPECT_EQ(LocalizedHelpName(L"QXZH_XX_F1B42.CHM", L"DE"), L"QXZHDEF1B42.CHM");
+    EXPECT_EQ(HelpFileInnerPath(L"QXZHLF1B42.CHM", L"DE"), L"QXZHDEF1B42.CHM::/qxhelp.txt");
+}
+
 TEST(HelpLanguage, EveryPrimaryLanguageHasItsOwnCode)
 {
     constexpr LanguageCase kCases[] = {
