@@ -202,6 +202,22 @@ DWORD WritePrinterData(HANDLE printer, const Setting& row, const Value& value)
                              static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
 }
 
+std::wstring PrinterKeyPath(std::wstring printer, const wchar_t* key)
+{
+    std::ranges::replace(printer, L'\\', L','); // as the spooler names its keys
+    return kPrintersKey + printer + L'\\' + key;
+}
+
+// A spooler that does not know how to remove a value keeps it in the registry all the same.
+DWORD RemovePrinterData(HANDLE printer, const std::wstring& printerName, const Setting& row)
+{
+    const DWORD error = DeletePrinterDataExW(printer, row.printerKey, row.name);
+    if (error != ERROR_INVALID_PARAMETER && error != ERROR_CALL_NOT_IMPLEMENTED)
+        return error;
+    return static_cast<DWORD>(
+        RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, PrinterKeyPath(printerName, row.printerKey).c_str(), row.name));
+}
+
 DWORD WriteDeviceValue(HKEY key, const Setting& row, const Value& value)
 {
     const bool written = std::holds_alternative<std::uint32_t>(value)
@@ -244,7 +260,7 @@ void Apply(Settings& settings, HANDLE printer, Report& report)
         report.Say("Everything is set so already.");
 }
 
-void TakeBack(Settings& settings, HANDLE printer, Report& report)
+void TakeBack(Settings& settings, HANDLE printer, const std::wstring& printerName, Report& report)
 {
     // The device state first: the GUID tells where it is.
     UniqueKey device;
@@ -256,7 +272,7 @@ void TakeBack(Settings& settings, HANDLE printer, Report& report)
         if (!row.present)
             continue;
         if (!report.DryRun()) {
-            const DWORD error = row.printerKey != nullptr ? DeletePrinterDataExW(printer, row.printerKey, row.name)
+            const DWORD error = row.printerKey != nullptr ? RemovePrinterData(printer, printerName, row)
                                                           : static_cast<DWORD>(RegDeleteValueW(device.Get(), row.name));
             if (error != ERROR_SUCCESS)
                 throw Refusal(SystemError("cannot remove " + Where(row) + Utf8(row.name), error));
@@ -269,12 +285,6 @@ void TakeBack(Settings& settings, HANDLE printer, Report& report)
 }
 
 // ---- files ---------------------------------------------------------------------------------------------------------
-
-std::wstring PrinterKeyPath(std::wstring printer, const wchar_t* key)
-{
-    std::ranges::replace(printer, L'\\', L','); // as the spooler names its keys
-    return kPrintersKey + printer + L'\\' + key;
-}
 
 std::vector<RegistrySetting> AsRegistry(Settings& settings, const std::wstring& printer, bool remove)
 {
@@ -335,7 +345,7 @@ void Configure(Options& options, Report& report)
     const UniquePrinter printer = OpenPrinterToConfigure(options.printer);
     options.settings.ReadPresent(printer.Get());
     if (options.remove)
-        return TakeBack(options.settings, printer.Get(), report);
+        return TakeBack(options.settings, printer.Get(), options.printer, report);
     RefuseGuid(options.settings);
     RefuseHelp(options.settings, printer.Get());
     RefuseCoverPage(options.settings);

@@ -20,6 +20,10 @@ def blocks(language):
 class Guide(ToolTest):
     PROVISION = []
 
+    def setUp(self):
+        super().setUp()
+        self.ask("configure", "--printer", self.printer, "--guid", self.guid) # the guide takes it back at its end
+
     def own(self, text):
         """With the printer and the settings of this test."""
         return text.replace(PRINTER, self.printer).replace(GUID, self.guid)

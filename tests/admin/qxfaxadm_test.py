@@ -194,7 +194,7 @@ class Settings(ToolTest):
                            (["--help-cabinet", "X.CAB", "--help-file", "QXZH_XX_F1.CHM"], "no dependent file"),
                            (["--help-cabinet", "..\\X.CAB", "--help-file", "QXZH_XX_F1.CHM"], "no file name")):
             self.assertIn(why, self.refused("configure", "--printer", self.printer, *words), words)
-        self.assertIn("there is no printer", self.refused("configure", "--printer", "nobody's", "--guid", "x"))
+        self.assertIn("here is no printer", self.refused("configure", "--printer", "nobody's", "--guid", "x"))
 
     def test_defaults_are_stored_only_as_they_are_taken_over(self):
         base = ["--printer", self.printer]
