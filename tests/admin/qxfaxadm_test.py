@@ -67,6 +67,14 @@ class PhoneBooks(ToolTest):
         self.assertEqual(self.rows(CONTACTS / "desktop_3_0.vcf", *book_option),
                          [("Ann Lee", "01115550100110"), ("Ann Lee", "0111(555)010-0100")])
 
+    def test_columns_are_named_one_by_one(self):
+        path = self.folder / "own.csv"
+        path.write_text("Rufname;Sippe;Nummer;Haus\nAnn;Lee;555-0100;Acme\n", encoding="utf-8")
+        options = ["--book", self.folder / "b.xml", "--dry-run"]
+        self.assertIn('has "Rufname", "Sippe"', self.refused("phonebook", "import", path, *options))
+        self.assertEqual(self.rows(path, "--name", "rufname", "--name", "Sippe", "--fax", "Nummer", "--company", "Haus",
+                                   *options), [("Ann Lee", "555-0100")])
+
     def test_the_standards_own_cards_import(self):
         options = ["--book", self.folder / "b.xml", "--dry-run", "--country", "1"]
         self.assertEqual(self.rows(CONTACTS / "standard_3_0.vcf", *options),
