@@ -25,7 +25,7 @@ readonly checking=(
     hunspell                                                        # and the dictionaries
 )
 readonly comparing=(diffoscope-minimal)
-readonly tested=(en de de-AT he ja)
+readonly tested=(en de de-AT he ja th)
 
 as_root() {
     if [[ $EUID -eq 0 ]]; then
