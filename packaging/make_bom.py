@@ -28,7 +28,6 @@ LINKED = {
     "qxfaxui.dll": RUNTIME,
     "QXFAXDRV.DLL": RUNTIME,
     "faxhost.exe": [*RUNTIME, "winpthreads", "CLI11", "nlohmann-json"],
-    "qxfaxadm.exe": [*RUNTIME, "winpthreads", "CLI11"],
 }
 
 

@@ -28,10 +28,9 @@ build() { # FOLDER TIME_ZONE
     (
         cd "$1"
         export TZ=$2
-        cmake --preset release >/dev/null
-        cmake --build --preset release >/dev/null
-        cpack -G ZIP --config build/release/CPackConfig.cmake >/dev/null
-    )
+        { cmake --preset release && cmake --build --preset release &&
+            cpack -G ZIP --config build/release/CPackConfig.cmake; } >build.log 2>&1
+    ) || { tail -n 50 "$1/build.log" >&2; exit 1; }
 }
 
 echo "reproducible.sh: first build"
