@@ -27,6 +27,7 @@ RUNTIME = ["gcc-runtime", "mingw-w64-runtime"]
 LINKED = {
     "qxfaxui.dll": RUNTIME,
     "QXFAXDRV.DLL": RUNTIME,
+    "qxfaxadm.exe": [*RUNTIME, "CLI11", "nlohmann-json"],
     "faxhost.exe": [*RUNTIME, "winpthreads", "CLI11", "nlohmann-json"],
 }
 

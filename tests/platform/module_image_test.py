@@ -62,7 +62,7 @@ FUNCTIONS = set("""
     VirtualProtect VirtualQuery WaitForSingleObject wcslen wcstol wcstoul WideCharToMultiByte WriteFile
 """.split())
 VERSION = Path(__file__).resolve().parents[2] / "include/qxfax/version.h"
-SHIPPED = ["QXTEXT64.DLL", "QXFAXDRV.DLL", "faxhost.exe"]
+SHIPPED = ["QXTEXT64.DLL", "QXFAXDRV.DLL", "faxhost.exe", "qxfaxadm.exe"]
 MOST_BYTES = 700_000
 EXECUTABLE, WRITABLE = 0x20000000, 0x80000000
 PROTECTIONS = {"HIGH_ENTROPY_VA", "DYNAMIC_BASE", "NX_COMPAT"}

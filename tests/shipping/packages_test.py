@@ -88,7 +88,7 @@ class Packages(unittest.TestCase):
         self.assertEqual(self.names[f"qxfax-redist-{VERSION}.zip"], {
             *MODULE_FILES, "NOTICES.txt", "qxfax-redist.spdx.json"})
         sdk = self.names[f"qxfax-sdk-{VERSION}.zip"]
-        wanted = {f"bin/{name}" for name in MODULE_FILES | {"faxhost.exe", "QXFAXDRV.DLL"}} | {
+        wanted = {f"bin/{name}" for name in MODULE_FILES | {"faxhost.exe", "QXFAXDRV.DLL", "qxfaxadm.exe"}} | {
             "include/qxfax/send_fax.h", "include/qxfax/version.h", "lib/qxfaxui.lib", "lib/libqxfaxui.dll.a",
             "lib/qxfaxui.def", "lib/cmake/qxfax/qxfaxConfig.cmake", "lib/cmake/qxfax/qxfaxConfigVersion.cmake",
             "symbols/qxfaxui.dll.debug", "symbols/symbolize.sh", "docs/driver_developers.md", "docs/record_layout.txt",
