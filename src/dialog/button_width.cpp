@@ -16,12 +16,10 @@ int TextWidth(HDC dc, const std::wstring& text) noexcept
 
 bool Widen(HWND control, int before, int behind) noexcept
 {
-    RECT place{};
-    GetWindowRect(control, &place);
-    // Both corners at once: left stays the smaller x also where the parent is mirrored.
-    MapWindowPoints(HWND_DESKTOP, GetParent(control), reinterpret_cast<POINT*>(&place), 2);
-    return SetWindowPos(control, nullptr, place.left - before, place.top, place.right - place.left + before + behind,
-                        place.bottom - place.top, SWP_NOZORDER | SWP_NOACTIVATE) != FALSE;
+    RECT place = PlaceOf(control);
+    place.left -= before;
+    place.right += behind;
+    return SetPlace(control, place);
 }
 
 namespace {

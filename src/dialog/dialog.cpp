@@ -103,6 +103,21 @@ bool CanTakeFocus(HWND control) noexcept
     return (style & WS_VISIBLE) != 0 && (style & WS_DISABLED) == 0;
 }
 
+RECT PlaceOf(HWND control) noexcept
+{
+    RECT place{};
+    GetWindowRect(control, &place);
+    // Both corners at once: they change places where the dialog is mirrored.
+    MapWindowPoints(HWND_DESKTOP, GetParent(control), reinterpret_cast<POINT*>(&place), 2);
+    return place;
+}
+
+bool SetPlace(HWND control, const RECT& place) noexcept
+{
+    return SetWindowPos(control, nullptr, place.left, place.top, place.right - place.left, place.bottom - place.top,
+                        SWP_NOZORDER | SWP_NOACTIVATE) != FALSE;
+}
+
 void PrepareDialog(const TextOwner& texts, HWND dialog, const Text& title, std::span<const Control> controls)
 {
     if (WindowsMajorVersion() < 6)

@@ -209,6 +209,15 @@ void ShowControl(HWND dialog, int control, bool shown) noexcept;
 // Whether the keyboard focus may go to a control: it is enabled, and shown as far as its dialog decides.
 bool CanTakeFocus(HWND control) noexcept;
 
+// Where a control lies in its dialog, in pixels: left is the smaller x in a mirrored dialog, too.
+RECT PlaceOf(HWND control) noexcept;
+bool SetPlace(HWND control, const RECT& place) noexcept;
+
+inline bool IsMirrored(HWND window) noexcept
+{
+    return (GetWindowLongPtrW(window, GWL_EXSTYLE) & WS_EX_LAYOUTRTL) != 0;
+}
+
 inline bool HasText(HWND window) noexcept
 {
     return GetWindowTextLengthW(window) > 0;

@@ -1,5 +1,7 @@
 #include "dialog/list_view.h"
 
+#include "dialog/dialog.h"
+
 #include <limits>
 #include <string>
 
@@ -21,11 +23,6 @@ bool InsertColumns(const TextOwner& texts, HWND list, std::span<const ListColumn
         ++column.iSubItem;
     }
     return true;
-}
-
-bool IsMirrored(HWND window) noexcept
-{
-    return (GetWindowLongPtrW(window, GWL_EXSTYLE) & WS_EX_LAYOUTRTL) != 0;
 }
 
 // False for a text that the marks would cut.
@@ -95,6 +92,14 @@ int NextSelectedRow(HWND list, int row) noexcept
 void SelectAllRows(HWND list) noexcept
 {
     ListView_SetItemState(list, -1, LVIS_SELECTED, LVIS_SELECTED);
+}
+
+void FocusRow(HWND list, int row) noexcept
+{
+    if (row < 0) // would be every row
+        return;
+    ListView_SetItemState(list, row, LVIS_FOCUSED, LVIS_FOCUSED);
+    ListView_EnsureVisible(list, row, FALSE);
 }
 
 } // namespace qx

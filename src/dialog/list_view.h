@@ -60,5 +60,7 @@ int SelectedCount(HWND list) noexcept;
 // Searches behind row (-1: from the top); -1 when there is none.
 int NextSelectedRow(HWND list, int row) noexcept;
 void SelectAllRows(HWND list) noexcept;
+// The keys go on from row, which is in sight and selected as it was before. Nothing when there is no such row.
+void FocusRow(HWND list, int row) noexcept;
 
 } // namespace qx

@@ -34,6 +34,7 @@ constexpr auto kControls =
                {.id = IDC_ADD_TO_PHONE_BOOK, .text = 5211, .fallback = L"Add to Phone Book", .topic = 15586},
                {.id = IDC_CLEAR_FIELDS, .text = 5212, .fallback = L"Clear Fields", .topic = 15587},
                {.id = IDC_TO, .text = 5214, .fallback = L"To ->", .topic = 15589},
+               {.id = IDC_RECIPIENT_COUNT, .topic = 15588},
                {.id = IDC_RECIPIENTS_LABEL, .text = 5213, .fallback = L"Fax Recipients:", .topic = 15588},
                {.id = IDC_RECIPIENTS, .topic = 15588},
                {.id = IDC_DELETE, .text = 5330, .fallback = L"Delete", .topic = 15590},
@@ -55,10 +56,21 @@ constexpr Message kDuplicate{{5257, L"This is a duplicate entry.Please enter a d
 
 // ---- recipients -----------------------------------------------------------------------------------------------------
 
+// "3 / 100", the same in every language. From right to left it begins with a mark, or its numbers would change places.
+void ShowRecipientCount(const FaxJobPage& page)
+{
+    const HWND label = GetDlgItem(page.dialog, IDC_RECIPIENT_COUNT);
+    const std::wstring count = (IsMirrored(label) ? L"\u200E" : L"") + std::to_wstring(page.recipients.Count()) +
+                               L" / " + std::to_wstring(kMaxRecipients);
+    if (WindowText(label) != count)
+        SetWindowTextW(label, count.c_str());
+}
+
 // After every change of the fields, the list or its selection. First the button that the user goes on with: one that
 // goes off hands the focus to the next that is on.
 void UpdateRecipientButtons(FaxJobPage& page)
 {
+    ShowRecipientCount(page);
     RecipientFacts facts = FactsOf(page.fields);
     facts.selected = page.recipients.HasSelection();
     const RecipientButtons buttons = ButtonsFor(facts);
@@ -208,6 +220,23 @@ void ReloadCoverPage(FaxJobPage& page)
     page.coverPageIsOld = false;
 }
 
+// The room of the hidden billing code: the list takes it, and what lies between them moves down.
+void GiveRoomToRecipients(HWND dialog)
+{
+    const auto control = [dialog](int id) { return GetDlgItem(dialog, id); };
+    const LONG room = PlaceOf(control(IDC_BILLING_GROUP)).bottom - PlaceOf(control(IDC_COVER_PAGE_GROUP)).bottom;
+    for (const int id : {IDC_FAX_TO_GROUP, IDC_RECIPIENTS}) {
+        RECT place = PlaceOf(control(id));
+        place.bottom += room;
+        SetPlace(control(id), place);
+    }
+    for (const Control& row : CoverPageControls({})) {
+        RECT place = PlaceOf(control(row.id));
+        OffsetRect(&place, 0, room);
+        SetPlace(control(row.id), place);
+    }
+}
+
 void LoadBillingCode(FaxJobPage& page)
 {
     if (page.job->BillingCodeEnabled != 0) {
@@ -216,6 +245,7 @@ void LoadBillingCode(FaxJobPage& page)
     }
     for (const int id : {IDC_BILLING_GROUP, IDC_BILLING_LABEL, IDC_BILLING_CODE})
         ShowControl(page.dialog, id, false);
+    GiveRoomToRecipients(page.dialog);
 }
 
 void FilterBillingCode(FaxJobPage& page)

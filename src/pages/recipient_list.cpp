@@ -18,7 +18,7 @@ void RecipientList::Attach(const TextOwner& texts, HWND list, FaxJobData& job)
     list_ = list;
     job_ = &job;
     SetUpListView(texts, list_, kColumns);
-    Refill();
+    Fill();
 }
 
 int RecipientList::Count() const noexcept
@@ -51,10 +51,23 @@ bool RecipientList::ShowsJob() noexcept
 
 void RecipientList::Refill() noexcept
 {
+    const int before = RowCount(list_);
+    Fill();
+    if (RowCount(list_) > before)
+        ShowLastRow();
+}
+
+void RecipientList::Fill() noexcept
+{
     const RedrawOff redrawOff(list_);
     ListView_DeleteAllItems(list_);
     if (!std::ranges::all_of(RecipientsOf(*job_), [this](const auto* recipient) { return Append(*recipient); }))
         ListView_DeleteAllItems(list_);
+}
+
+void RecipientList::ShowLastRow() noexcept
+{
+    ListView_EnsureVisible(list_, RowCount(list_) - 1, FALSE);
 }
 
 bool RecipientList::Add(std::span<UniqueItem<PhoneBookEntry>> entries) noexcept
@@ -69,6 +82,7 @@ bool RecipientList::Add(std::span<UniqueItem<PhoneBookEntry>> entries) noexcept
     }
     for (UniqueItem<PhoneBookEntry>& entry : entries)
         AddRecipient(*job_, AsRecipient(entry.release())); // there is room
+    ShowLastRow();
     return true;
 }
 
@@ -82,6 +96,7 @@ void RecipientList::RemoveSelected() noexcept
         DeleteRecipient(*job_, row);
         before = row - 1;
     }
+    FocusRow(list_, std::min(before + 1, RowCount(list_) - 1)); // where the next one has moved to
 }
 
 bool RecipientList::Prepare(UniqueItem<PhoneBookEntry> typed) noexcept

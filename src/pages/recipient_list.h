@@ -25,12 +25,14 @@ public:
 
     // Whether there is a row for each recipient. When there is not, the list is filled again, for the user to look at.
     bool ShowsJob() noexcept;
-    // After somebody else has changed the job's recipients: all of them or no row, since some would pass for all.
+    // After somebody else has changed the job's recipients: all of them or no row, since some would pass for all. When
+    // there are more than before, the last one is in sight.
     void Refill() noexcept;
 
     // List and record take all entries, or neither takes any. No duplicate test: a recipient may stand in the job as
-    // often as the user likes.
+    // often as the user likes. The last one is in sight then.
     [[nodiscard]] bool Add(std::span<UniqueItem<PhoneBookEntry>> entries) noexcept;
+    // The row that followed the last one removed has the list's focus then, so that the keys go on from there.
     void RemoveSelected() noexcept;
 
     // A Send begins: typed, or nobody if it is null, is going to be sent to as well. False when the job has no room.
@@ -41,6 +43,8 @@ public:
 
 private:
     bool Append(const FaxRecipient& recipient) noexcept;
+    void Fill() noexcept;
+    void ShowLastRow() noexcept;
 
     HWND list_ = nullptr;
     FaxJobData* job_ = nullptr;

@@ -14,7 +14,6 @@ namespace {
 using Rows = std::vector<Row>;
 using Texts = std::vector<std::wstring>;
 
-
 class FaxJobPageTest : public testing::Test {
 protected:
     void Fill(const std::wstring& name, const std::wstring& faxNumber, const std::wstring& company = L"")
@@ -228,6 +227,102 @@ TEST_F(FaxJobPageTest, AGroupThatStaysInTheRecentListStaysInTheFields)
     EXPECT_TRUE(stand.IsVisible(IDC_GROUP_TEXT));
 }
 
+// ---- the list of recipients
+
+TEST_F(FaxJobPageTest, TheNumberOfRecipientsStandsAtTheirList)
+{
+    stand.Page().hStringDll = ModuleInstance(); // of the test, where a group has its text
+    stand.AddRecentGroup(L"Team", 3);
+    stand.Show();
+    EXPECT_EQ(stand.Text(IDC_RECIPIENT_COUNT), L"0 / 100");
+    Add(L"Anna", L"1");
+    EXPECT_EQ(stand.Text(IDC_RECIPIENT_COUNT), L"1 / 100");
+    stand.DropNames(true);
+    stand.PickName(1); // behind Anna
+    stand.Press(IDC_TO);
+    EXPECT_EQ(stand.Text(IDC_RECIPIENT_COUNT), L"4 / 100");
+    stand.SelectRows({0, 2});
+    stand.Press(IDC_DELETE);
+    EXPECT_EQ(stand.Text(IDC_RECIPIENT_COUNT), L"2 / 100");
+}
+
+TEST_F(FaxJobPageTest, FromRightToLeftTheNumberOfRecipientsStaysBeforeTheirLimit)
+{
+    const UiLanguage hebrew(0x040D);
+    stand.Show();
+    EXPECT_EQ(stand.Text(IDC_RECIPIENT_COUNT), L"\u200E0 / 100");
+}
+
+TEST_F(FaxJobPageTest, WhatWasAddedIsInSight)
+{
+    stand.Page().hStringDll = ModuleInstance(); // of the test, where a group has its text
+    stand.AddRecentGroup(L"Team", 30);
+    stand.Show();
+    const HWND list = stand.Control(IDC_RECIPIENTS);
+    const auto lastInSight = [list] { return ListView_GetTopIndex(list) + ListView_GetCountPerPage(list) - 1; };
+    for (int i = 0; i < 20; ++i) {
+        Add(L"Anna", L"1");
+        ASSERT_GE(lastInSight(), i);
+    }
+    stand.SetText(IDC_NAME_BOX, L"Team");
+    stand.Press(IDC_TO);
+    EXPECT_EQ(stand.Rows().size(), 50u);
+    EXPECT_GE(lastInSight(), 49);
+}
+
+TEST_F(FaxJobPageTest, AListThatIsThereFromTheStartBeginsWithItsFirst)
+{
+    for (int i = 0; i < 30; ++i)
+        AddRecipient(stand.Job(), AsRecipient(MakeRecipient({L"Anna", L"1", L""}).release()));
+    stand.Show();
+    EXPECT_EQ(ListView_GetTopIndex(stand.Control(IDC_RECIPIENTS)), 0);
+}
+
+TEST_F(FaxJobPageTest, AfterDeleteTheKeysGoOnFromTheNextRow)
+{
+    stand.Show();
+    for (const wchar_t* const name : {L"A", L"B", L"C", L"D", L"E"})
+        Add(name, L"1");
+    const auto focused = [&] { return ListView_GetNextItem(stand.Control(IDC_RECIPIENTS), -1, LVNI_FOCUSED); };
+    stand.SelectRows({0, 2}); // D comes to where B was
+    stand.Press(IDC_DELETE);
+    EXPECT_EQ(focused(), 1);
+    EXPECT_EQ(stand.Rows()[1].name, L"D");
+    EXPECT_FALSE(stand.IsEnabled(IDC_DELETE)); // nothing is selected
+    stand.SelectRows({2});
+    stand.Press(IDC_DELETE);
+    EXPECT_EQ(focused(), 1); // the last one now
+    stand.SelectRows({0, 1});
+    stand.Press(IDC_DELETE);
+    EXPECT_EQ(focused(), -1);
+}
+
+// ---- its lay-out
+
+TEST_F(FaxJobPageTest, TheListTakesTheRoomOfABillingCodeThatIsNotAskedFor)
+{
+    FaxJobPageStand asking;
+    asking.Job().BillingCodeEnabled = 1;
+    asking.Show();
+    stand.Show();
+    const auto place = [](const FaxJobPageStand& page, int id) { return PlaceOf(page.Control(id)); };
+    const LONG room = place(asking, IDC_BILLING_GROUP).bottom - place(asking, IDC_COVER_PAGE_GROUP).bottom;
+    ASSERT_GT(room, 0);
+    for (const int id : {IDC_FAX_TO_GROUP, IDC_RECIPIENTS}) {
+        EXPECT_EQ(place(stand, id).top, place(asking, id).top) << id;
+        EXPECT_EQ(place(stand, id).bottom, place(asking, id).bottom + room) << id;
+    }
+    for (const int id : {IDC_COVER_PAGE_GROUP, IDC_COVER_PAGE, IDC_NOTES_LABEL, IDC_NOTES, IDC_SUBJECT_LABEL,
+                         IDC_SUBJECT, IDC_IMAGE_LABEL, IDC_IMAGE, IDC_BROWSE}) {
+        RECT moved = place(asking, id);
+        OffsetRect(&moved, 0, room);
+        const RECT found = place(stand, id);
+        EXPECT_TRUE(EqualRect(&found, &moved)) << id;
+    }
+    const RECT unmoved = place(asking, IDC_DELETE), found = place(stand, IDC_DELETE);
+    EXPECT_TRUE(EqualRect(&found, &unmoved));
+}
+
 // ---- the phone book
 
 TEST_F(FaxJobPageTest, AFullPhoneBookTakesNoMore)
@@ -238,8 +333,8 @@ TEST_F(FaxJobPageTest, AFullPhoneBookTakesNoMore)
     Fill(L"Anna", L"111");
     stand.Press(IDC_ADD_TO_PHONE_BOOK);
     EXPECT_EQ(stand.Boxes().Take(),
-              (std::vector<MessageBoxes::Box>{{L"QX MFP Send Fax Warning",
-                                               L"The maximum number of phone book entries has been entered."}}));
+              (std::vector<MessageBoxes::Box>{
+                  {L"QX MFP Send Fax Warning", L"The maximum number of phone book entries has been entered."}}));
     EXPECT_EQ(stand.Book().GetCount(), 10000u);
 }
 
@@ -413,7 +508,7 @@ TEST_F(FaxJobPageTest, AButtonThatGoesOffByItselfHandsTheFocusOn)
     SetFocus(stand.Control(IDC_ADD_TO_PHONE_BOOK));
     stand.SetText(IDC_FAX_NUMBER, L"");
     EXPECT_FALSE(stand.IsEnabled(IDC_ADD_TO_PHONE_BOOK));
-    EXPECT_EQ(GetFocus(), stand.Control(IDC_RECIPIENTS)); // "To" is off, too
+    EXPECT_EQ(GetFocus(), stand.Control(IDC_CLEAR_FIELDS)); // the next one that is on
 }
 
 TEST_F(CoverPageTest, AReloadThatDisablesTheFocusedFieldHandsTheFocusOn)

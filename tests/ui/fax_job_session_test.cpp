@@ -2,6 +2,8 @@
 #include "phonebook/book/phone_book.h"
 #include "phonebook/file/phone_book_file.h"
 #include "phonebook/recent/recent_list.h"
+#include "res/add_recipients_ids.h"
+#include "res/edit_defaults_ids.h"
 #include "res/fax_job_page_ids.h"
 #include "res/setup_page_ids.h"
 #include "support/send_fax_session.h"
@@ -19,6 +21,8 @@ using Recipients = std::vector<Recipient>;
 using Texts = std::vector<std::wstring>;
 
 constexpr const wchar_t* kTooMany = L"The maximum number of fax numbers has been entered.";
+
+constexpr int kSheetTabs = 0x3020; // the tab control of every property sheet
 
 class FaxJobSession : public ::testing::Test {
 protected:
@@ -56,6 +60,20 @@ protected:
         Ui().Type(IDC_NAME_BOX, name);
         Ui().Press(IDC_TO);
     }
+    // Keys as they stand on the keyboard: letters, digits, Tab and Enter.
+    void Press(const char* keys)
+    {
+        for (; *keys != '\0'; ++keys)
+            Ui().PressKey(static_cast<WORD>(*keys));
+    }
+    // Not by Ctrl+Tab, which not every system's sheets know.
+    void GoToSheetTabs()
+    {
+        for (int presses = 0; presses < 20 && Ui().FocusedControl() != kSheetTabs; ++presses)
+            Ui().PressKey(VK_TAB, {VK_SHIFT});
+        ASSERT_EQ(Ui().FocusedControl(), kSheetTabs);
+    }
+    void Alt(WORD letter) { Ui().PressKey(letter, {VK_MENU}); }
     // Presses Send, which must be refused, and answers what the boxes said.
     Texts RefusedSend(int boxes)
     {
@@ -555,6 +573,79 @@ TEST_F(FaxJobSession, AWholeJobIsSentWithoutTheMouse)
     EXPECT_EQ(Session().Recipients(), (Recipients{{L"Anna", L"5550100", L"Orchard"}, {L"", L"555", L""}}));
 }
 
+TEST_F(FaxJobSession, ANameAndANumberAreSentWithTwoTabsAndEnter)
+{
+    Open();
+    Press("ANNA\t\t555\r");
+    EXPECT_EQ(Session().End().Cancelled, 0u);
+    EXPECT_EQ(Session().Recipients(), (Recipients{{L"anna", L"555", L""}}));
+}
+
+// Whoever goes on with Tab from field to field comes to the button that takes what was typed, and back to the name.
+TEST_F(FaxJobSession, ThreeRecipientsAreTypedWithTabAndEnterAlone)
+{
+    Open();
+    for (const char* const recipient : {"ANN\t\t11\tACME\t\r", "BOB\t\t22\t\t\r", "CAT\t\t33"})
+        Press(recipient);
+    EXPECT_EQ(Ui().RowCount(IDC_RECIPIENTS), 2);
+    Press("\r");
+    EXPECT_EQ(Session().End().Cancelled, 0u);
+    EXPECT_EQ(Session().Recipients(),
+              (Recipients{{L"ann", L"11", L"acme"}, {L"bob", L"22", L""}, {L"cat", L"33", L""}}));
+}
+
+// The sender's defaults, a new entry for the phone book, recipients from there and typed ones, one of them taken back,
+// and the cover page.
+TEST_F(FaxJobSession, FromTheDefaultsToSendEverythingIsDoneWithTheKeyboardAlone)
+{
+    Open();
+    Alt('N');
+    GoToSheetTabs();
+    Ui().PressKey(VK_RIGHT);
+    Ui().WaitForControl(IDC_EDIT_DEFAULTS);
+    Alt('E');
+    Ui().WaitForControl(IDC_APPLY_DEFAULTS);
+    Press("NORA\r"); // OK is the default button
+    Ui().WaitForControl(IDC_EDIT_DEFAULTS);
+    GoToSheetTabs();
+    Ui().PressKey(VK_LEFT);
+    Ui().WaitForControl(IDC_NAME_BOX);
+
+    Alt('N');
+    Press("ANN\t\t11\tACME");
+    Alt('A'); // into the phone book, and back in the name
+    EXPECT_EQ(Ui().FocusedControl(), IDC_NAME_BOX);
+    Alt('L');      // clear
+    Press("\t\r"); // the picker
+    Ui().WaitForControl(IDC_PICK_LIST);
+    Alt('L');
+    Ui().PressKey(VK_TAB);
+    Ui().PressKey(VK_DOWN);
+    Ui().PressKey(VK_HOME);
+    Press("\r"); // takes the first row
+    Alt('L');
+    Press("\r"); // OK
+    Ui().WaitForControl(IDC_NAME_BOX);
+    EXPECT_EQ(Ui().RowCount(IDC_RECIPIENTS), 1);
+
+    Alt('N');
+    Press("BOB\t\t22\t\t\rCAT\t\t33\t\t\r");
+    EXPECT_EQ(Ui().RowCount(IDC_RECIPIENTS), 3);
+    Alt('R');
+    Ui().PressKey(VK_HOME);
+    Ui().PressKey(VK_DOWN);
+    Ui().PressKey(VK_DELETE);              // Bob
+    Ui().PressKey(VK_SPACE, {VK_CONTROL}); // selects Cat, who is next
+    EXPECT_EQ(Ui().SelectedRows(IDC_RECIPIENTS), std::vector<int>{1});
+    Alt('V');
+    Press("\tHI");
+    Alt('S');
+    const FaxJobData& job = Session().End();
+    EXPECT_EQ(job.Cancelled, 0u);
+    EXPECT_STREQ(job.CoverPageNotes, L"hi");
+    EXPECT_EQ(Session().Recipients(), (Recipients{{L"ann", L"11", L"acme"}, {L"cat", L"33", L""}}));
+}
+
 TEST_F(FaxJobSession, EnterInTheFaxNumberSends)
 {
     Open();
@@ -623,9 +714,14 @@ TEST_F(FaxJobSession, TabReachesEveryFieldInReadingOrder)
             break;
         reached.push_back(control);
     }
-    EXPECT_EQ(reached, (std::vector<int>{IDC_NAME_BOX, IDC_PHONE_BOOK, IDC_FAX_NUMBER, IDC_COMPANY, IDC_CLEAR_FIELDS,
-                                         IDC_ADD_TO_PHONE_BOOK, IDC_TO, IDC_RECIPIENTS, IDC_COVER_PAGE, IDC_NOTES,
-                                         IDC_SUBJECT, IDC_IMAGE, IDC_BROWSE, IDC_BILLING_CODE}));
+    EXPECT_EQ(reached, (std::vector<int>{IDC_NAME_BOX, IDC_PHONE_BOOK, IDC_FAX_NUMBER, IDC_COMPANY, IDC_TO,
+                                         IDC_RECIPIENTS, IDC_ADD_TO_PHONE_BOOK, IDC_CLEAR_FIELDS, IDC_COVER_PAGE,
+                                         IDC_NOTES, IDC_SUBJECT, IDC_IMAGE, IDC_BROWSE, IDC_BILLING_CODE}));
+    Ui().Press(IDC_TO);
+    Ui().Focus(IDC_RECIPIENTS);
+    Ui().PressKey(VK_DOWN);
+    Ui().PressKey(VK_TAB);
+    EXPECT_EQ(Ui().FocusedControl(), IDC_DELETE);
 }
 
 TEST_F(FaxJobSession, ControlAAndDeleteEmptyTheRecipientList)
