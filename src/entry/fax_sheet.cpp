@@ -119,6 +119,23 @@ void DescribePage(PROPSHEETPAGEW& page, const std::wstring& title, State& state)
     page.pfnCallback = PageCallback;
 }
 
+// A sheet takes its size from its pages after its place was chosen: at a corner of the screen it would reach over the
+// edge. What is larger than the screen shows its beginning.
+void MoveIntoSight(HWND window, HWND owner) noexcept
+{
+    MONITORINFO monitor{};
+    monitor.cbSize = sizeof monitor;
+    RECT place{};
+    if (!GetMonitorInfoW(MonitorFromWindow(owner != nullptr ? owner : window, MONITOR_DEFAULTTONEAREST), &monitor) ||
+        !GetWindowRect(window, &place))
+        return;
+    const RECT& free = monitor.rcWork;
+    const LONG left = std::max(std::min(place.left, free.right - (place.right - place.left)), free.left);
+    const LONG top = std::max(std::min(place.top, free.bottom - (place.bottom - place.top)), free.top);
+    if (left != place.left || top != place.top)
+        SetWindowPos(window, nullptr, left, top, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
 struct HeapDeleter {
     void operator()(void* block) const noexcept { HeapRelease(block); }
 };
@@ -240,6 +257,7 @@ void FaxSheet::BeShownFirst()
     // A printing program without a window of its own would leave the sheet behind other programs' windows.
     if (owner_ == nullptr)
         SetForegroundWindow(window_);
+    MoveIntoSight(window_, owner_);
     FitSendButtonOfSheet(content_->setupPage); // the sheet's buttons are in their places now
 }
 

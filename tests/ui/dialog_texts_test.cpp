@@ -332,6 +332,47 @@ TEST_P(BuiltInTexts, EveryCaptionIsSeenWholeWhenThereIsNoLibrary)
     EXPECT_EQ(CutCaptions(GrownByAThird), Problems());
 }
 
+// The lay-out is the same in every language.
+class Layout : public DialogTexts {
+protected:
+    std::vector<HWND> Controls() const
+    {
+        std::vector<HWND> controls;
+        for (HWND child = GetWindow(Window(), GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
+            if ((GetWindowLongPtrW(child, GWL_STYLE) & WS_VISIBLE) != 0)
+                controls.push_back(child);
+        }
+        return controls;
+    }
+};
+
+TEST_P(Layout, FitsAScreenOf600Lines)
+{
+    RECT place{};
+    ASSERT_TRUE(GetWindowRect(Window(), &place));
+    EXPECT_LE(place.bottom - place.top, 560);
+    EXPECT_LE(place.right - place.left, 1024);
+}
+
+TEST_P(Layout, NothingOverlapsOrLiesOutside)
+{
+    RECT inside{};
+    ASSERT_TRUE(GetClientRect(Window(), &inside));
+    const std::vector<HWND> controls = Controls();
+    for (auto a = controls.begin(); a != controls.end(); ++a) {
+        RECT place = PlaceOf(*a), common{};
+        if (Is(*a, L"ComboBox"))
+            place.bottom = place.top + 1; // its list lies over the others
+        EXPECT_TRUE(UnionRect(&common, &inside, &place) && EqualRect(&common, &inside)) << GetDlgCtrlID(*a);
+        for (auto b = std::next(a); b != controls.end(); ++b) {
+            const RECT other = PlaceOf(*b);
+            const bool mayOverlap = IsGroupBox(*a) != IsGroupBox(*b) || EqualRect(&place, &other); // take turns there
+            EXPECT_TRUE(mayOverlap || !IntersectRect(&common, &place, &other))
+                << GetDlgCtrlID(*a) << " and " << GetDlgCtrlID(*b);
+        }
+    }
+}
+
 // ---- the checks themselves: each names the error that is planted, and no other -------------------------------------
 
 class PlantedError : public DialogTexts {
@@ -427,6 +468,7 @@ INSTANTIATE_TEST_SUITE_P(, FixedColumns,
                          CaseName);
 INSTANTIATE_TEST_SUITE_P(, PlantedError, Combine(ValuesIn(Dialogs({"EditPhoneBook"})), ValuesIn(GermanAlone())),
                          CaseName);
+INSTANTIATE_TEST_SUITE_P(, Layout, Combine(ValuesIn(AllDialogs()), ValuesIn(BothDirections())), CaseName);
 INSTANTIATE_TEST_SUITE_P(, BuiltInTexts, Combine(ValuesIn(AllDialogs()), ValuesIn(BothDirections())), CaseName);
 
 } // namespace

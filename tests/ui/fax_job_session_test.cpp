@@ -736,6 +736,75 @@ TEST_F(FaxJobSession, ControlAAndDeleteEmptyTheRecipientList)
     EXPECT_EQ(Ui().RowCount(IDC_RECIPIENTS), 0);
 }
 
+// ---- the screen
+
+constexpr LONG kLowScreen = 560; // what a screen of 600 lines shows beside its taskbar
+
+RECT PlaceOnScreen(HWND window)
+{
+    RECT place{};
+    GetWindowRect(window, &place);
+    return place;
+}
+
+bool IsWhollyOnScreen(HWND window)
+{
+    RECT screen{}, seen{};
+    SystemParametersInfoW(SPI_GETWORKAREA, 0, &screen, 0);
+    const RECT place = PlaceOnScreen(window);
+    return IntersectRect(&seen, &screen, &place) && EqualRect(&seen, &place);
+}
+
+// Puts a sheet into the corner of the screen before it learns that it is going to be shown.
+LRESULT CALLBACK PutIntoTheCorner(int code, WPARAM w, LPARAM l)
+{
+    const auto& sent = *reinterpret_cast<const CWPSTRUCT*>(l);
+    const bool isSheet =
+        code == HC_ACTION && sent.message == WM_SHOWWINDOW && GetDlgItem(sent.hwnd, kSheetTabs) != nullptr;
+    if (isSheet && sent.wParam != FALSE && !IsWindowVisible(sent.hwnd))
+        SetWindowPos(sent.hwnd, nullptr, GetSystemMetrics(SM_CXSCREEN) - 60, GetSystemMetrics(SM_CYSCREEN) - 60, 0, 0,
+                     SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+    return CallNextHookEx(nullptr, code, w, l);
+}
+
+TEST_F(FaxJobSession, TheSheetIsShownWholeWhereverItIsPut)
+{
+    SendFaxSession session;
+    session.SetDefault(L"ApplyDefaults", 1u);
+    const HHOOK hook = SetWindowsHookExW(WH_CALLWNDPROC, PutIntoTheCorner, nullptr, session.UiThread());
+    session.Start();
+    session.Ui().WaitForControl(IDC_NAME_BOX);
+    UnhookWindowsHookEx(hook);
+    const HWND sheet = session.Ui().Dialog();
+    EXPECT_TRUE(IsWhollyOnScreen(sheet));
+    EXPECT_GT(PlaceOnScreen(sheet).left, 100) << "it was not put into the corner";
+    session.Cancel();
+}
+
+TEST_F(FaxJobSession, FromASheetInTheCornerEveryDialogOpensWhole)
+{
+    Open();
+    SetWindowPos(Ui().Dialog(), nullptr, GetSystemMetrics(SM_CXSCREEN) - 300, GetSystemMetrics(SM_CYSCREEN) - 200, 0, 0,
+                 SWP_NOSIZE | SWP_NOZORDER);
+    ASSERT_FALSE(IsWhollyOnScreen(Ui().Dialog()));
+    Ui().Press(IDC_PHONE_BOOK);
+    Ui().WaitForControl(IDC_PICK_LIST);
+    EXPECT_TRUE(IsWhollyOnScreen(Ui().Dialog()));
+    Ui().Press(IDCANCEL);
+    Ui().WaitForControl(IDC_NAME_BOX);
+    Ui().GoToPage(1);
+    Ui().Press(IDC_EDIT_DEFAULTS);
+    Ui().WaitForControl(IDC_APPLY_DEFAULTS);
+    EXPECT_TRUE(IsWhollyOnScreen(Ui().Dialog()));
+}
+
+TEST_F(FaxJobSession, TheSheetFitsALowScreen)
+{
+    Open();
+    const RECT place = PlaceOnScreen(Ui().Dialog());
+    EXPECT_LE(place.bottom - place.top, kLowScreen);
+}
+
 // ---- the completing name box
 
 TEST_F(FaxJobSession, TheArrowOffersAllRecentNamesAndEnterTakesOne)
