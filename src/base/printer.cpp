@@ -1,12 +1,13 @@
 #include "base/printer.h"
 
+#include "base/limits.h"
 #include "base/text.h"
 
 namespace qx {
 
 std::optional<std::wstring> ReadPrinterText(HANDLE printer, const wchar_t* key, const wchar_t* name, std::size_t units)
 {
-    std::wstring text;
+    std::wstring text(std::min(units, kPrinterTextUnits), L'\0'); // as a rule enough: each call may go to a server
     DWORD bytes = 0;
     const auto read = [&] {
         DWORD type = 0;
@@ -15,7 +16,7 @@ std::optional<std::wstring> ReadPrinterText(HANDLE printer, const wchar_t* key, 
     };
     DWORD status = read();
     if (status == ERROR_MORE_DATA && bytes <= units * sizeof(wchar_t)) {
-        text.resize((bytes + 1) / sizeof(wchar_t));
+        text.assign((bytes + 1) / sizeof(wchar_t), L'\0');
         status = read();
     }
     if (status != ERROR_SUCCESS)

@@ -13,14 +13,19 @@
 
 namespace qx {
 
-// Calls one of the spooler's functions that fill a buffer of their own choice of size: query(buffer, bytes, &needed).
-// None when it fails.
+// Calls one of the spooler's functions that fill a buffer: query(buffer, bytes, &needed). Each call may go to a server:
+// there is a second one only when the answer is larger than usual. None when it fails.
 template <class Info, class Query> std::optional<std::vector<BYTE>> QuerySpooler(Query query)
 {
+    constexpr std::size_t kUsual = 4096;
+    std::vector<BYTE> buffer(std::max(sizeof(Info), kUsual));
     DWORD bytes = 0;
-    query(static_cast<BYTE*>(nullptr), 0u, &bytes);
-    std::vector<BYTE> buffer(std::max<std::size_t>(bytes, sizeof(Info)));
-    if (!query(buffer.data(), static_cast<DWORD>(buffer.size()), &bytes))
+    if (query(buffer.data(), static_cast<DWORD>(buffer.size()), &bytes))
+        return buffer;
+    if (bytes <= buffer.size())
+        return std::nullopt;
+    buffer.resize(bytes);
+    if (!query(buffer.data(), bytes, &bytes))
         return std::nullopt;
     return buffer;
 }

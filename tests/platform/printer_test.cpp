@@ -1,13 +1,16 @@
 #include "base/printer.h"
 
+#include "support/patched_function.h"
 #include "support/server_printer.h"
 #include "support/test_printer.h"
 
 #include <gtest/gtest.h>
+#include <vector>
 
 namespace qx {
 namespace {
 
+using test::PatchedFunction;
 using test::TestPrinter;
 
 constexpr wchar_t kName[] = L"HelpCabName";
@@ -35,6 +38,72 @@ TEST(PrinterText, IsNoneWhenItIsMissingOrTooLong)
     EXPECT_EQ(ReadPrinterText(printer.Handle(), kDriverData, kName, 300), std::nullopt); // and its terminator
     EXPECT_EQ(ReadPrinterText(printer.Handle(), kDriverData, kName, 301), text);
     EXPECT_EQ(ReadPrinterText(printer.Handle(), kDriverData, kName), text);
+}
+
+// ---- how often the spooler is asked: with a server's printer each time is a round over the network
+
+PatchedFunction* g_patch = nullptr;
+int g_calls = 0;
+
+DWORD WINAPI CountedGetPrinterDataEx(HANDLE printer, const wchar_t* key, const wchar_t* name, DWORD* type, BYTE* data,
+                                     DWORD bytes, DWORD* needed)
+{
+    ++g_calls;
+    return g_patch->WithOriginal([&] { return GetPrinterDataExW(printer, key, name, type, data, bytes, needed); });
+}
+
+BOOL WINAPI CountedGetPrinterDriver(HANDLE printer, wchar_t* environment, DWORD level, BYTE* data, DWORD bytes,
+                                    DWORD* needed)
+{
+    ++g_calls;
+    return g_patch->WithOriginal([&] { return GetPrinterDriverW(printer, environment, level, data, bytes, needed); });
+}
+
+template <class Function, class Call> int CallsOf(const char* name, Function* counted, Call call)
+{
+    PatchedFunction patch(L"winspool.drv", name, counted);
+    g_patch = &patch;
+    g_calls = 0;
+    call();
+    return g_calls;
+}
+
+TEST(PrinterText, OfUsualLengthIsAskedForOnce)
+{
+    TestPrinter printer;
+    const auto calls = [&](const std::wstring& text) {
+        printer.SetText(kDriverData, kName, text);
+        return CallsOf("GetPrinterDataExW", CountedGetPrinterDataEx,
+                       [&] { EXPECT_EQ(ReadPrinterText(printer.Handle(), kDriverData, kName), text); });
+    };
+    EXPECT_EQ(calls(L"help.cab"), 1);
+    EXPECT_EQ(calls(std::wstring(259, L'x')), 1);
+    EXPECT_EQ(calls(std::wstring(260, L'x')), 2); // and its terminator
+}
+
+TEST(PrinterDriver, IsAskedForOnce)
+{
+    const TestPrinter printer;
+    EXPECT_EQ(
+        CallsOf("GetPrinterDriverW", CountedGetPrinterDriver, [&] { EXPECT_TRUE(PrinterDriver(printer.Handle())); }),
+        1);
+}
+
+TEST(Spooler, IsAskedAgainForAnAnswerThatIsLargerThanUsual)
+{
+    std::vector<DWORD> asked;
+    const auto answer = QuerySpooler<DWORD>([&](BYTE* buffer, DWORD bytes, DWORD* needed) {
+        asked.push_back(bytes);
+        *needed = 10000;
+        if (bytes < *needed)
+            return FALSE;
+        buffer[9999] = 7;
+        return TRUE;
+    });
+    ASSERT_TRUE(answer);
+    EXPECT_EQ(answer->size(), 10000u);
+    EXPECT_EQ(answer->back(), 7);
+    EXPECT_EQ(asked, (std::vector<DWORD>{4096, 10000}));
 }
 
 TEST(PrinterNumber, LeavesOutAloneWhenItCannotBeRead)
