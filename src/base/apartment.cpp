@@ -40,10 +40,12 @@ void ServeTasks(Start& start) noexcept
 {
     const GuestScope guest;
     const ComApartment apartment;
-    const HWND window =
+    HWND window =
         CreateWindowExW(0, L"Static", nullptr, 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, ModuleInstance(), nullptr);
-    if (window != nullptr)
-        ReplaceProcedure(window, TaskProcedure);
+    if (window != nullptr && ReplaceProcedure(window, TaskProcedure) == nullptr) {
+        DestroyWindow(window); // it would run no task
+        window = nullptr;
+    }
     start.window = window;
     SetEvent(start.ready); // start is gone after this
     MSG message;

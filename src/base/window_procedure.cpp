@@ -26,9 +26,7 @@ WNDPROC ReplaceProcedure(HWND window, WNDPROC ours) noexcept
 
 void RestoreProcedure(HWND window, WNDPROC ours, WNDPROC previous) noexcept
 {
-    if (ProcedureOf(window) == ours)
-        ReplaceProcedure(window, previous);
-    else
+    if (ProcedureOf(window) != ours || ReplaceProcedure(window, previous) == nullptr)
         SetPropW(window, kBefore, AsProperty(previous));
 }
 

@@ -12,6 +12,7 @@
 #include <commctrl.h>
 #include <prsht.h>
 #include <span>
+#include <stdexcept>
 #include <string>
 #include <type_traits>
 
@@ -87,7 +88,9 @@ template <class State> INT_PTR InitializeDialog(const Dialog<State>& description
     description.fill(*state);
     // Stored last: the notifications that filling a control sends are ours, not the user's.
     SetWindowLongPtrW(dialog, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(state));
-    return !IsChild(dialog, GetFocus()); // FALSE keeps a focus that fill has set
+    if (StateOf<State>(dialog) != state)
+        throw std::runtime_error("the dialog cannot keep its state"); // it would answer no button
+    return !IsChild(dialog, GetFocus());                              // FALSE keeps a focus that fill has set
 }
 
 // Not every system looks whether the default button is on before Enter presses it.

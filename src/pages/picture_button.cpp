@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <commctrl.h>
+#include <stdexcept>
 
 namespace qx {
 
@@ -86,7 +87,10 @@ void PictureButton::Attach(HWND button, int bitmap)
     button_ = button;
     previous_ = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(button, GWLP_WNDPROC));
     SetWindowLongPtrW(button, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
-    SetWindowLongPtrW(button, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(Procedure));
+    // Its procedure relies on the data, and its tooltip would outlive the page without it.
+    if (GetWindowLongPtrW(button, GWLP_USERDATA) != reinterpret_cast<LONG_PTR>(this) ||
+        SetWindowLongPtrW(button, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(Procedure)) == 0)
+        throw std::runtime_error("the picture button cannot be hooked");
 }
 
 void PictureButton::Name(const std::wstring& text, const std::wstring& caption)

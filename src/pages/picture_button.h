@@ -16,7 +16,8 @@ public:
     PictureButton& operator=(const PictureButton&) = delete;
 
     // button is owner-drawn, its window data are free, and it does not outlive this object. bitmap is a resource of the
-    // module with 16 colours; how they follow the system's is said where it is drawn.
+    // module with 16 colours; how they follow the system's is said where it is drawn. Throws when button is not there,
+    // or does not let itself be hooked.
     void Attach(HWND button, int bitmap);
 
     // text is what the tooltip shows, together with the key of caption, which is text with a letter marked; a screen
