@@ -9,6 +9,7 @@
 // The exit code is 0 when all has been played, whatever came out.
 #include "base/apartment.h"
 #include "base/unique.h"
+#include "host/utf8.h"
 #include "scenarios.h"
 #include "support/every_call.h"
 
@@ -32,7 +33,7 @@ struct HostState {
     DWORD errorMode = 0;
     HRESULT apartment = 0;
     HANDLE context = nullptr;
-    int windows = 0;
+    std::wstring windows; // their classes
     bool endsItsLoop = false;
     bool hasCapture = false;
     bool moduleIsLoaded = false;
@@ -40,7 +41,7 @@ struct HostState {
     std::string DifferenceTo(const HostState& before) const
     {
         if (windows != before.windows)
-            return "window left";
+            return "window left:" + host::Utf8(windows);
         if (folder != before.folder)
             return "other current directory";
         if (errorMode != before.errorMode)
@@ -73,11 +74,11 @@ HostState StateOfHost()
         ReleaseActCtx(state.context);
     EnumThreadWindows(
         GetCurrentThreadId(),
-        [](HWND window, LPARAM count) -> BOOL {
+        [](HWND window, LPARAM classes) -> BOOL {
             wchar_t name[64] = L"";
             GetClassNameW(window, name, 64);
             if (lstrcmpiW(name, L"IME") != 0 && lstrcmpiW(name, L"OleMainThreadWndClass") != 0) // the system's own
-                ++*reinterpret_cast<int*>(count);
+                *reinterpret_cast<std::wstring*>(classes) += std::wstring(L" ") + name;
             return TRUE;
         },
         reinterpret_cast<LPARAM>(&state.windows));
@@ -264,8 +265,14 @@ int Run(Player& player, const char* file, int first, const char* report)
 // The system's own answer to a crash starts other programs.
 LONG WINAPI EndAtOnce(EXCEPTION_POINTERS* exception)
 {
-    std::fprintf(stderr, "exception %lx at %p\n", exception->ExceptionRecord->ExceptionCode,
-                 exception->ExceptionRecord->ExceptionAddress);
+    void* const address = exception->ExceptionRecord->ExceptionAddress;
+    HMODULE module = nullptr;
+    wchar_t file[MAX_PATH] = L"";
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                       static_cast<LPCWSTR>(address), &module);
+    GetModuleFileNameW(module, file, MAX_PATH);
+    std::fprintf(stderr, "exception %lx at %ls + %llx\n", exception->ExceptionRecord->ExceptionCode, file,
+                 static_cast<unsigned long long>(static_cast<BYTE*>(address) - reinterpret_cast<BYTE*>(module)));
     TerminateProcess(GetCurrentProcess(), kCrashed);
     return EXCEPTION_CONTINUE_SEARCH;
 }

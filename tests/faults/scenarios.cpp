@@ -1,5 +1,6 @@
 #include "scenarios.h"
 
+#include "base/unique.h"
 #include "res/add_recipients_ids.h"
 #include "res/cover_page_ids.h"
 #include "res/edit_defaults_ids.h"
@@ -12,6 +13,8 @@
 
 #include <algorithm>
 #include <commctrl.h>
+#include <map>
+#include <optional>
 #include <prsht.h>
 #include <winspool.h>
 
@@ -40,6 +43,14 @@ std::wstring CellText(HWND list, int row, int column)
     wchar_t text[260] = L"";
     ListView_GetItemText(list, row, column, text, 260);
     return text;
+}
+
+std::vector<std::wstring> NamesShown(HWND list)
+{
+    std::vector<std::wstring> names;
+    for (int row = 0; row < ListView_GetItemCount(list); ++row)
+        names.push_back(CellText(list, row, 0));
+    return names;
 }
 
 Job ShownIn(HWND sheet)
@@ -211,6 +222,324 @@ class AddToPhoneBook : public Scenario {
     }
 };
 
+class PickAndSend : public Sending {
+    Script Steps() override
+    {
+        Script steps{
+            [](ScriptedUser& user) {
+                user.GoToPage(kFaxJobPage);
+                user.Paste(IDC_BILLING_CODE, L"0042");
+                user.Press(IDC_PHONE_BOOK);
+            },
+            [](ScriptedUser& user) {
+                // Dora, and the group Two: Emil and Gerda.
+                user.SelectRows(IDC_PICK_LIST, {0, 6});
+                user.Press(IDC_PICK_TO);
+                user.Press(IDOK);
+            },
+        };
+        AddSend(steps);
+        return steps;
+    }
+    Verdict Judge(const FaxJobData& record) override
+    {
+        Job typed;
+        typed.recipients = {{L"Dora", L"31", L"Dairy"}, {L"Emil", L"32", L"Estate & Co"}, {L"Gerda", L"34", L"Garage"}};
+        typed.billingCode = L"0042";
+        const Verdict sending = JudgeSending(record, typed);
+        const Verdict book = JudgeBook({});
+        return book.kind == Kind::Wrong ? book : sending;
+    }
+};
+
+// Changes of the editor: whole when OK saved what it showed.
+class Editing : public Scenario {
+protected:
+    void AddOpenEditor(Script& steps)
+    {
+        shown_.reset();
+        steps.emplace_back([](ScriptedUser& user) { user.GoToPage(kSetupPage); });
+        steps.emplace_back([](ScriptedUser& user) { user.Press(IDC_EDIT_PHONE_BOOK); });
+    }
+    void AddOk(Script& steps)
+    {
+        steps.emplace_back([this](ScriptedUser& user) {
+            shown_ = NamesShown(user.Control(IDC_BOOK_LIST));
+            user.Press(IDOK);
+        });
+    }
+
+    // may: what the items of a name may be. wanted: the book when nothing fails.
+    Verdict JudgeEditing(const FaxJobData& record, const Items& may, const Items& wanted) const
+    {
+        if (record.Cancelled == 0)
+            return {Kind::Wrong, "sent"};
+        const Items saved = Session().SavedBook();
+        const bool known = std::ranges::all_of(
+            saved, [&](const SavedItem& item) { return std::ranges::find(may, item) != may.end(); });
+        std::vector<std::wstring> names;
+        for (const SavedItem& item : saved)
+            names.push_back(item.name);
+        if (shown_)
+            std::ranges::sort(names);
+        std::vector<std::wstring> shown = shown_.value_or(std::vector<std::wstring>{});
+        std::ranges::sort(shown);
+        if (shown_ && known && names == shown) {
+            const auto sorted = [](Items items) {
+                std::ranges::sort(items, {}, &SavedItem::name);
+                return items;
+            };
+            if (sorted(saved) == sorted(wanted))
+                return {Kind::AsAsked, "saved"};
+            return {Kind::Less, "saved as shown"};
+        }
+        Verdict verdict = JudgeBook({});
+        if (verdict.kind == Kind::AsAsked)
+            verdict.kind = Kind::Less;
+        return verdict;
+    }
+
+private:
+    std::optional<std::vector<std::wstring>> shown_;
+};
+
+class EditPhoneBook : public Editing {
+    Script Steps() override
+    {
+        Script steps;
+        AddOpenEditor(steps);
+        steps.emplace_back([](ScriptedUser& user) { user.Press(IDC_BOOK_ADD_ENTRY); });
+        steps.emplace_back([](ScriptedUser& user) {
+            user.Paste(IDC_ENTRY_NAME, kBob.name);
+            user.Paste(IDC_ENTRY_FAX_NUMBER, kBob.faxNumber);
+            user.Paste(IDC_ENTRY_COMPANY, kBob.company);
+            user.Press(IDOK);
+        });
+        steps.emplace_back([](ScriptedUser& user) { // Dora moves
+            user.SelectRows(IDC_BOOK_LIST, {RowOf(user, L"Dora")});
+            user.Press(IDC_BOOK_EDIT);
+        });
+        steps.emplace_back([](ScriptedUser& user) {
+            user.Paste(IDC_ENTRY_COMPANY, L"Dome");
+            user.Press(IDOK);
+        });
+        steps.emplace_back([](ScriptedUser& user) { user.Press(IDC_BOOK_ADD_GROUP); });
+        steps.emplace_back([](ScriptedUser& user) {
+            user.SelectRows(IDC_GROUP_ENTRIES, {1, 2}); // Dora, Emil
+            user.Press(IDC_GROUP_ADD);
+            user.Paste(IDC_GROUP_NAME, L"Pair");
+            user.Press(IDOK);
+        });
+        steps.emplace_back([](ScriptedUser& user) {
+            user.SelectRows(IDC_BOOK_LIST, {RowOf(user, L"Hans")});
+            user.Press(IDC_BOOK_DELETE);
+        });
+        AddOk(steps);
+        return steps;
+    }
+    Verdict Judge(const FaxJobData& record) override
+    {
+        const SavedItem bob{kBob.name, kBob.faxNumber, kBob.company, {}}, moved{L"Dora", L"31", L"Dome", {}};
+        const SavedItem pair{L"Pair", L"", L"", {1, 2}}, team{L"Team", L"", L"", {1, 3}};
+        Items wanted = OldBook();
+        std::erase_if(wanted, [](const SavedItem& item) {
+            return item.name == L"Dora" || item.name == L"Hans" || item.name == L"Team";
+        });
+        wanted.insert(wanted.end(), {bob, moved, pair, team});
+        Items may = OldBook();
+        may.insert(may.end(), {bob, moved, pair, team});
+        return JudgeEditing(record, may, wanted);
+    }
+
+    static int RowOf(const ScriptedUser& user, const wchar_t* name)
+    {
+        const std::vector<std::wstring> names = NamesShown(user.Control(IDC_BOOK_LIST));
+        const auto found = std::ranges::find(names, name);
+        if (found == names.end())
+            throw std::runtime_error("no such row");
+        return static_cast<int>(found - names.begin());
+    }
+};
+
+class Import : public Editing {
+    Script Steps() override
+    {
+        WriteBytes(File(), "Who,Fax,Firm\r\nIda,41,Inn\r\nJan,42,\r\nDora,31,Dairy\r\n");
+        Script steps;
+        AddOpenEditor(steps);
+        steps.emplace_back([](ScriptedUser& user) { user.Press(IDC_BOOK_IMPORT); });
+        steps.emplace_back([this](ScriptedUser& user) { user.ChooseFile(File()); });
+        steps.emplace_back([](ScriptedUser& user) {
+            for (const int column : {0, 1, 2}) {
+                user.SelectRows(IDC_MAP_SOURCE_FIELDS, {column});
+                user.SelectRows(IDC_MAP_DESTINATIONS, {column});
+                user.Press(IDC_MAP);
+            }
+            user.Press(IDOK);
+        });
+        AddOk(steps);
+        return steps;
+    }
+    Verdict Judge(const FaxJobData& record) override
+    {
+        Items wanted = OldBook();
+        wanted.insert(wanted.end(), {{L"Ida", L"41", L"Inn", {}}, {L"Jan", L"42", L"", {}}});
+        return JudgeEditing(record, wanted, wanted);
+    }
+
+    std::filesystem::path File() const { return folder_ / L"friends.csv"; }
+    TemporaryFolder folder_;
+};
+
+class Export : public Editing {
+    Script Steps() override
+    {
+        std::filesystem::remove(File());
+        Script steps;
+        AddOpenEditor(steps);
+        steps.emplace_back([](ScriptedUser& user) { user.Press(IDC_BOOK_EXPORT); });
+        steps.emplace_back([this](ScriptedUser& user) { user.ChooseFile(File()); });
+        return steps;
+    }
+    Verdict Judge(const FaxJobData&) override
+    {
+        const Verdict book = JudgeBook({});
+        if (book.kind == Kind::Wrong)
+            return book;
+        const std::string bytes = ReadBytes(File());
+        if (whole_.empty())
+            whole_ = bytes; // by the first session, in which nothing fails
+        if (bytes == whole_)
+            return {Kind::AsAsked, "exported"};
+        if (bytes == "<no file>" || bytes.empty())
+            return {Kind::Less, bytes.empty() ? "empty file" : "no file"};
+        return {Kind::Wrong, "part of a file"};
+    }
+
+    std::filesystem::path File() const { return folder_ / L"book.csv"; }
+    TemporaryFolder folder_;
+    std::string whole_;
+};
+
+// ---- the user's own settings
+
+using Values = std::map<std::wstring, std::variant<DWORD, std::wstring>>;
+
+class EditDefaults : public Scenario {
+    void Prepare() override
+    {
+        for (const auto& [name, value] : Old())
+            Session().SetDefault(name, value);
+    }
+    Script Steps() override
+    {
+        return {
+            [](ScriptedUser& user) { user.GoToPage(kSetupPage); },
+            [](ScriptedUser& user) { user.Press(IDC_EDIT_DEFAULTS); },
+            [](ScriptedUser& user) {
+                user.Control(IDC_APPLY_DEFAULTS);
+                user.Paste(IDC_SENDER_NAME, L"New Name");
+                user.Paste(IDC_SENDER_COMPANY, L"New Company");
+                user.Paste(IDC_SUBJECT, L"New Subject");
+                user.Press(IDC_SUPERFINE);
+                user.Press(IDOK);
+            },
+        };
+    }
+    Verdict Judge(const FaxJobData& record) override
+    {
+        if (record.Cancelled == 0)
+            return {Kind::Wrong, "sent"};
+        Values wanted = Old();
+        wanted[L"SenderName"] = L"New Name";
+        wanted[L"SenderCompany"] = L"New Company";
+        wanted[L"CoverPageSubject"] = L"New Subject";
+        wanted[L"Resolution"] = 2u;
+        const Values now = Stored();
+        if (now == wanted)
+            return {Kind::AsAsked, "stored"};
+        if (now == Old())
+            return {Kind::Less, "defaults as they were"};
+        for (const auto& [name, value] : now) {
+            if (value != Old()[name] && value != wanted[name])
+                return {Kind::Wrong, "a default lost: " + std::string(name.begin(), name.end())};
+        }
+        return {now.size() == wanted.size() ? Kind::Less : Kind::Wrong, "stored in part"};
+    }
+
+    static Values Old()
+    {
+        return {{L"SenderName", L"Old Name"},
+                {L"SenderCompany", L"Old Company"},
+                {L"SenderFaxNo", L"51"},
+                {L"SenderVoiceNo", L"52"},
+                {L"CoverPageNotes", L"Old notes"},
+                {L"CoverPageSubject", L"Old subject"},
+                {L"OverlayPath", L""},
+                {L"NotifyEmail", L"old@example.com"},
+                {L"Resolution", 1u},
+                {L"NotifyOn", 1u},
+                {L"NotifyMethod", 2u},
+                {L"AddCoverPage", 1u},
+                {L"ShowPreview", 0u},
+                {L"ApplyDefaults", 1u}};
+    }
+
+    Values Stored() const
+    {
+        Values values;
+        const std::wstring key = Session().SettingsKey() + L"\\QX-FAX\\Default";
+        for (const auto& [name, old] : Old()) {
+            wchar_t text[512] = L"";
+            DWORD number = 0, bytes = sizeof text;
+            if (std::holds_alternative<DWORD>(old)) {
+                bytes = sizeof number;
+                if (RegGetValueW(HKEY_CURRENT_USER, key.c_str(), name.c_str(), RRF_RT_REG_DWORD, nullptr, &number,
+                                 &bytes) == ERROR_SUCCESS)
+                    values[name] = number;
+            } else if (RegGetValueW(HKEY_CURRENT_USER, key.c_str(), name.c_str(), RRF_RT_REG_SZ, nullptr, text,
+                                    &bytes) == ERROR_SUCCESS) {
+                values[name] = std::wstring(text);
+            }
+        }
+        return values;
+    }
+};
+
+class OldAddressBook : public Scenario {
+    void Prepare() override
+    {
+        const std::wstring data =
+            L"System\\CurrentControlSet\\Control\\Print\\Printers\\" + Session().Printer() + L"\\" + kData;
+        RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, data.c_str(), kVersion); // not every spooler here forgets a value
+        UniqueKey key;
+        RegCreateKeyW(HKEY_CURRENT_USER, (Session().SettingsKey() + L"\\QX-FAX\\Address Book").c_str(), key.Receive());
+        constexpr wchar_t kIda[] = L"Ida\0"
+                                   L"41\0Inn\0";
+        constexpr wchar_t kJan[] = L"Jan\0"
+                                   L"42\0\0";
+        RegSetValueExW(key.Get(), L"first", 0, REG_MULTI_SZ, reinterpret_cast<const BYTE*>(kIda), sizeof kIda);
+        RegSetValueExW(key.Get(), L"second", 0, REG_MULTI_SZ, reinterpret_cast<const BYTE*>(kJan), sizeof kJan);
+    }
+    Script Steps() override { return {}; }
+    Verdict Judge(const FaxJobData& record) override
+    {
+        if (record.Cancelled == 0)
+            return {Kind::Wrong, "sent"};
+        Items all = OldBook();
+        all.insert(all.end(), {{L"Ida", L"41", L"Inn", {}}, {L"Jan", L"42", L"", {}}});
+        const Verdict book = JudgeBook({all});
+        DWORD version = 0, type = 0, bytes = 0;
+        const bool done = GetPrinterDataExW(Session().PrinterHandle(), kData, kVersion, &type,
+                                            reinterpret_cast<BYTE*>(&version), sizeof version, &bytes) == ERROR_SUCCESS;
+        if (book.kind == Kind::Less && done)
+            return {Kind::Wrong, "never imported again: " + book.what};
+        return book;
+    }
+
+    static constexpr wchar_t kData[] = L"QXPresetRoot", kVersion[] = L"Version";
+};
+
 } // namespace
 
 // ---- what all have in common
@@ -295,9 +624,11 @@ template <class Made> std::unique_ptr<Scenario> Make()
 std::span<const NamedScenario> AllScenarios()
 {
     static constexpr NamedScenario kScenarios[] = {
-        {"type_and_send", Make<TypeAndSend>},
-        {"add_to_phone_book", Make<AddToPhoneBook>},
-        {"open_and_cancel", Make<OpenAndCancel>},
+        {"type_and_send", Make<TypeAndSend>},       {"add_to_phone_book", Make<AddToPhoneBook>},
+        {"open_and_cancel", Make<OpenAndCancel>},   {"edit_phone_book", Make<EditPhoneBook>},
+        {"pick_and_send", Make<PickAndSend>},       {"import", Make<Import>},
+        {"edit_defaults", Make<EditDefaults>},      {"export", Make<Export>},
+        {"old_address_book", Make<OldAddressBook>},
     };
     return kScenarios;
 }
