@@ -27,7 +27,7 @@ int Run(std::vector<std::string> arguments)
     app.footer("Exit codes: 0 done, 1 refused or failed, 2 wrong usage.");
     app.require_subcommand(1);
     app.allow_windows_style_options(false); // "/home/ann.vcf" is a file
-    app.fallthrough(); // the two may stand behind the command, too
+    app.fallthrough();                      // the two may stand behind the command, too
     AddConfigureCommand(app, invocation);
     AddDefaultsCommands(app, invocation);
     AddDoctorCommand(app, invocation);

@@ -1,8 +1,8 @@
 // CSV files of any bytes: encoding, parsing, fields, import rows. What the fast reader finds is compared with the rules
 // taken literally.
+#include "base/limits.h"
 #include "fuzz.h"
 #include "phonebook/csv/csv_text.h"
-#include "base/limits.h"
 #include "phonebook/csv/import_rules.h"
 #include "support/literal_csv.h"
 

@@ -59,9 +59,8 @@ CLI::Option* AddPath(CLI::App& command, const std::string& name, fs::path& value
 void AddDeviceNumber(CLI::App& command, PrinterSetup& setup, const std::string& option, const wchar_t* value,
                      const std::string& help)
 {
-    command
-        .add_option_function<DWORD>(
-            option, [&setup, value](DWORD number) { setup.SetDevice(value, number); }, help)
+    command.add_option_function<DWORD>(
+               option, [&setup, value](DWORD number) { setup.SetDevice(value, number); }, help)
         ->group("Device state (of the current user)");
 }
 
@@ -76,19 +75,14 @@ void AddProvisionOptions(CLI::App& command, PrinterSetup& setup)
     AddText(command, "--driver", setup.driver, "name of the driver")->default_str(Utf8(setup.driver));
     AddPath(command, "--module-folder", setup.moduleFolder, "where the module's files lie")
         ->default_str("the program's own folder");
-    command.add_flag_callback(
-        "--no-text-library", [&setup] { setup.textLibrary = false; }, "built-in texts only");
+    command.add_flag_callback("--no-text-library", [&setup] { setup.textLibrary = false; }, "built-in texts only");
     AddPath(command, "--text-library", setup.textLibraryFile, "with another text library")
         ->default_str("the one in the module's folder");
-    command.add_flag_callback(
-        "--no-help", [&setup] { setup.help = false; }, "neither help files nor their names");
+    command.add_flag_callback("--no-help", [&setup] { setup.help = false; }, "neither help files nor their names");
 
     const std::string data = "Printer data";
     AddText(command, "--guid", setup.guid, "names the user's settings")->default_str(Utf8(*setup.guid))->group(data);
-    command
-        .add_flag_callback(
-            "--no-guid", [&setup] { setup.guid.reset(); }, "a printer without one")
-        ->group(data);
+    command.add_flag_callback("--no-guid", [&setup] { setup.guid.reset(); }, "a printer without one")->group(data);
     AddText(command, "--spooler-name", setup.spoolerName, "\"PrinterName\" of \"DsSpooler\"")
         ->default_str("the printer's name")
         ->group(data);

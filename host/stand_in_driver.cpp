@@ -50,8 +50,8 @@ extern "C" __declspec(dllexport) LONG WINAPI DrvDocumentPropertySheets(void* inf
 }
 
 // Windows installs no driver that does not say it runs in user mode.
-extern "C" __declspec(dllexport) BOOL WINAPI
-    DrvQueryDriverInfo(DWORD question, void* buffer, DWORD bytes, DWORD* bytesNeeded)
+extern "C" __declspec(dllexport) BOOL WINAPI DrvQueryDriverInfo(DWORD question, void* buffer, DWORD bytes,
+                                                                DWORD* bytesNeeded)
 {
     constexpr DWORD kIsUserMode = 1; // DRVQUERY_USERMODE, of the driver kit
     if (question != kIsUserMode) {
@@ -68,8 +68,8 @@ extern "C" __declspec(dllexport) BOOL WINAPI
     return TRUE;
 }
 
-extern "C" __declspec(dllexport) DWORD WINAPI
-    DrvDeviceCapabilities(HANDLE, const wchar_t*, WORD capability, void*, const DEVMODEW*)
+extern "C" __declspec(dllexport) DWORD WINAPI DrvDeviceCapabilities(HANDLE, const wchar_t*, WORD capability, void*,
+                                                                    const DEVMODEW*)
 {
     switch (capability) {
     case DC_COPIES:

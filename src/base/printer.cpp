@@ -51,7 +51,7 @@ PrinterDriver::PrinterDriver(HANDLE printer)
 }
 
 // Never null.
-const wchar_t* PrinterDriver::Member(wchar_t* DRIVER_INFO_3W::*member) const noexcept
+const wchar_t* PrinterDriver::Member(wchar_t* DRIVER_INFO_3W::* member) const noexcept
 {
     return information_ ? OrEmpty(reinterpret_cast<const DRIVER_INFO_3W*>(information_->data())->*member) : L"";
 }

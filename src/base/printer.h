@@ -56,7 +56,7 @@ public:
     std::vector<std::wstring> DependentFiles() const;
 
 private:
-    const wchar_t* Member(wchar_t* DRIVER_INFO_3W::*member) const noexcept;
+    const wchar_t* Member(wchar_t* DRIVER_INFO_3W::* member) const noexcept;
 
     std::optional<std::vector<BYTE>> information_;
 };

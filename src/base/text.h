@@ -15,7 +15,10 @@ HRESULT CopyText(std::span<wchar_t> to, const wchar_t* from) noexcept;
 HRESULT AppendText(std::span<wchar_t> to, const wchar_t* from) noexcept;
 
 // text, cut to at most units UTF-16 units.
-inline std::wstring_view Cut(std::wstring_view text, std::size_t units) noexcept { return text.substr(0, units); }
+inline std::wstring_view Cut(std::wstring_view text, std::size_t units) noexcept
+{
+    return text.substr(0, units);
+}
 
 // CSTR_LESS_THAN, CSTR_EQUAL or CSTR_GREATER_THAN in the user's default locale, ignoring case, punctuation sorted as
 // characters. 0 when a comparison is not possible.
@@ -26,6 +29,9 @@ inline bool EqualUserText(std::wstring_view a, std::wstring_view b) noexcept
 }
 
 // Never null: what a terminated text that may be absent shows.
-inline const wchar_t* OrEmpty(const wchar_t* text) noexcept { return text != nullptr ? text : L""; }
+inline const wchar_t* OrEmpty(const wchar_t* text) noexcept
+{
+    return text != nullptr ? text : L"";
+}
 
 } // namespace qx

@@ -49,8 +49,8 @@ struct TypeAheadState {
 // Attaches the state to the combo box. 32 combo boxes of a process can be attached at a time; the messages of a 33rd go
 // to the default window procedure.
 void AttachTypeAhead(TypeAheadState& state, HWND combo, HWND notify);
-// Gives the combo box its own procedures back, frees its place and the items. A state that is not attached has nothing to
-// give back.
+// Gives the combo box its own procedures back, frees its place and the items. A state that is not attached has nothing
+// to give back.
 void DetachTypeAhead(TypeAheadState& state) noexcept;
 
 // Replaces the items. The list's rows, which stand for the old ones, go with them unless nothing has

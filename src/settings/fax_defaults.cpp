@@ -17,7 +17,7 @@ namespace {
 
 struct StoredText {
     const wchar_t* name;
-    WCHAR* FaxJobData::*field;
+    WCHAR* FaxJobData::* field;
     void (*set)(FaxJobData&, const wchar_t*) noexcept;
     std::size_t limit; // UTF-16 units taken over
     bool isNumber = false;
@@ -25,7 +25,7 @@ struct StoredText {
 
 struct StoredNumber {
     const wchar_t* name;
-    DWORD FaxJobData::*field;
+    DWORD FaxJobData::* field;
     DWORD least = 0;
     DWORD most = MAXDWORD;
     DWORD otherwise = 0; // what a stored number outside these becomes

@@ -166,7 +166,7 @@ TEST(FaxNumber, NoCharacterIsLeftOutUnseen)
 
 TEST(FaxNumber, RulesThatCannotBeDialledAreRefused)
 {
-    const auto wrong = [](std::wstring DialingRules::*field, const wchar_t* text) {
+    const auto wrong = [](std::wstring DialingRules::* field, const wchar_t* text) {
         DialingRules rules;
         rules.*field = text;
         return !WhyRulesAreWrong(rules).empty();

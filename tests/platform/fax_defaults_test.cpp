@@ -112,7 +112,7 @@ TEST_F(FaxDefaults, NumbersOutsideTheirRangeLoadAsTheirDefault)
 {
     struct Case {
         const wchar_t* name;
-        DWORD FaxJobData::*field;
+        DWORD FaxJobData::* field;
         DWORD stored;
         DWORD expected;
     };
@@ -163,7 +163,7 @@ TEST_F(FaxDefaults, TextsAreCutAtTheirLimits)
 {
     struct Case {
         const wchar_t* name;
-        WCHAR* FaxJobData::*field;
+        WCHAR* FaxJobData::* field;
         std::size_t stored;
         std::size_t expected;
     };

@@ -6,8 +6,8 @@
 #include "support/documents_folder.h"
 #include "support/failing_dom.h"
 #include "support/phone_book.h"
-#include "support/resource_count.h"
 #include "support/redirected_import.h"
+#include "support/resource_count.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -483,16 +483,15 @@ DWORD WINAPI FinalPathOfLink(HANDLE, LPWSTR path, DWORD units, DWORD)
 }
 
 RedirectedImport<decltype(CreateFileW)>* createTarget = nullptr;
-HANDLE WINAPI CreateFileOfLink(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security, DWORD disposition,
-                               DWORD flags, HANDLE like)
+HANDLE WINAPI CreateFileOfLink(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security,
+                               DWORD disposition, DWORD flags, HANDLE like)
 {
     return createTarget->Original()(std::wstring_view(path).ends_with(linkName) ? linkTarget.c_str() : path, access,
                                     share, security, disposition, flags, like);
 }
 DWORD WINAPI AttributesOfLink(LPCWSTR path)
 {
-    return std::wstring_view(path).ends_with(linkName) ? FILE_ATTRIBUTE_REPARSE_POINT
-                                                       : getAttributes->Original()(path);
+    return std::wstring_view(path).ends_with(linkName) ? FILE_ATTRIBUTE_REPARSE_POINT : getAttributes->Original()(path);
 }
 
 TEST_F(FailingFiles, ALinkToAFileThatIsNotThereYetStaysALink)
@@ -547,7 +546,7 @@ TEST_F(FailingFiles, AnyCallOfTheDomThatFailsWhileSavingLeavesTheOldFile)
 }
 
 // Calls action until none of its allocations is left to fail; the function gets the number of the one that did.
-void FailEachAllocation(std::function<DWORD()> Refusals::*kind, const std::function<void()>& action,
+void FailEachAllocation(std::function<DWORD()> Refusals::* kind, const std::function<void()>& action,
                         const std::function<void(int)>& check, int atLeast)
 {
     int failing = 0;
@@ -723,7 +722,7 @@ TEST_F(FailingFiles, AnIdThatAGroupStillNamesIsNotHandedOutAgain)
     const auto load = [this](const std::string& items) {
         SetFileAttributesW(Path().c_str(), FILE_ATTRIBUTE_NORMAL);
         WriteBytes(Path(), "<device><software><component><qxfax_phonebook>" + items +
-                                   "</qxfax_phonebook></component></software></device>");
+                               "</qxfax_phonebook></component></software></device>");
         book->Reload();
     };
     const auto group = [](const std::string& ids) {

@@ -364,8 +364,7 @@ TEST_F(RecentList, LeavesNoHandlesAndNoMemoryBehind)
         used.Load();
         used.AddRecent(group, &*book);
         for (int i = 0; i < 30; ++i)
-            used.AddRecent(MakeRecipient({std::to_wstring(i), L"1", L""}).get(),
-                           &*book);
+            used.AddRecent(MakeRecipient({std::to_wstring(i), L"1", L""}).get(), &*book);
         used.Save();
     };
     session(); // what the system allocates once

@@ -1,5 +1,5 @@
-/* A program that gives its threads names, as debuggers expect it: by an exception that its own last handler passes over.
-   In C, so that it carries no C++ library and no thread library that handles the exception before it.
+/* A program that gives its threads names, as debuggers expect it: by an exception that its own last handler passes
+   over. In C, so that it carries no C++ library and no thread library that handles the exception before it.
 
    thread_name_host.exe MODULE: exit code 0 when the handler was asked while the module was loaded. */
 #include <stdio.h>

@@ -26,8 +26,7 @@ public:
 
     FailingCalls(HMODULE module, const char* function, Result failure, DWORD lastError = ERROR_NOT_ENOUGH_MEMORY,
                  Condition condition = {})
-        : import_(function, Stub, module), failure_(failure), lastError_(lastError),
-          condition_(std::move(condition))
+        : import_(function, Stub, module), failure_(failure), lastError_(lastError), condition_(std::move(condition))
     {
         current_ = this;
     }

@@ -82,14 +82,12 @@ private:
     template <int number, int end> void Patch(void* object)
     {
         void** const table = *static_cast<void***>(object);
-        [&]<int... slot>(std::integer_sequence<int, slot...>)
-        {
+        [&]<int... slot>(std::integer_sequence<int, slot...>) {
             ((slot >= kFirst ? (originals_[number][slot] = table[slot],
                                 WritePointer(table + slot, reinterpret_cast<void*>(&Stub<number, slot>)))
                              : void()),
              ...);
-        }
-        (std::make_integer_sequence<int, end>());
+        }(std::make_integer_sequence<int, end>());
         patched_.push_back({number, table, end});
     }
 

@@ -9,13 +9,13 @@ namespace qx::test {
 
 std::ostream& operator<<(std::ostream& out, const Row& row)
 {
-    return out << '{' << host::Utf8(row.name) << " | " << host::Utf8(row.faxNumber) << " | "
-               << host::Utf8(row.company) << '}';
+    return out << '{' << host::Utf8(row.name) << " | " << host::Utf8(row.faxNumber) << " | " << host::Utf8(row.company)
+               << '}';
 }
 
 FaxJobPageStand::FaxJobPageStand()
-    : sheet_(CreateWindowExW(WS_EX_CONTROLPARENT, WC_DIALOG, L"Sheet", WS_OVERLAPPEDWINDOW, 40, 40, 560, 560,
-                             nullptr, nullptr, ModuleInstance(), nullptr))
+    : sheet_(CreateWindowExW(WS_EX_CONTROLPARENT, WC_DIALOG, L"Sheet", WS_OVERLAPPEDWINDOW, 40, 40, 560, 560, nullptr,
+                             nullptr, ModuleInstance(), nullptr))
 {
     MakeRoomForRecipients(Job()); // as the session does
     page_.job = &Job();

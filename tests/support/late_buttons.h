@@ -1,5 +1,5 @@
-// A property sheet whose pages are there before its buttons have their places. Where Wine lays the buttons out first, the
-// documentation of property sheets promises nothing.
+// A property sheet whose pages are there before its buttons have their places. Where Wine lays the buttons out first,
+// the documentation of property sheets promises nothing.
 #pragma once
 
 #include <windows.h>

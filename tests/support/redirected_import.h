@@ -1,4 +1,5 @@
-// Another function in the place of one that this program or a module of it imports: how tests let calls of the system fail as documented.
+// Another function in the place of one that this program or a module of it imports: how tests let calls of the system
+// fail as documented.
 #pragma once
 
 #include <stdexcept>

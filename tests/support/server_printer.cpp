@@ -18,8 +18,7 @@ BOOL WINAPI GetServerPrinter(HANDLE printer, DWORD level, BYTE* buffer, DWORD si
 
 } // namespace
 
-PrintersBehindServer::PrintersBehindServer(HMODULE module)
-    : import_("GetPrinterW", GetServerPrinter, module)
+PrintersBehindServer::PrintersBehindServer(HMODULE module) : import_("GetPrinterW", GetServerPrinter, module)
 {
     g_getPrinter = import_.Original();
 }

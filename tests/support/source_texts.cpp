@@ -1,5 +1,5 @@
-#include "support/built.h"
 #include "support/source_texts.h"
+#include "support/built.h"
 
 #include <cstdlib>
 #include <filesystem>

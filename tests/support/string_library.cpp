@@ -1,5 +1,5 @@
-#include "support/built.h"
 #include "support/string_library.h"
+#include "support/built.h"
 
 #include <stdexcept>
 

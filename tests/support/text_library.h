@@ -9,8 +9,8 @@ namespace qx::test {
 
 struct TextBlock {
     LANGID language;
-    WORD block;             // of 16 texts: id / 16 + 1
-    std::wstring content;   // the block's units as they stand in the resource
+    WORD block;           // of 16 texts: id / 16 + 1
+    std::wstring content; // the block's units as they stand in the resource
 };
 
 // A block of 16 length-prefixed texts with one text in it.

@@ -11,16 +11,16 @@ UiConversation::UiConversation(std::function<void()> show) : finished_(CreateEve
     std::promise<DWORD> ready;
     std::future<DWORD> uiThread = ready.get_future();
     std::promise<void> driven;
-    thread_ = std::thread([this, show = std::move(show), ready = std::move(ready),
-                           driven = driven.get_future()]() mutable {
-        MSG message;
-        PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE); // makes the message queue
-        ready.set_value(GetCurrentThreadId());
-        driven.wait();
-        const auto controls = DocumentedControls::WhenAsked();
-        show();
-        SetEvent(finished_);
-    });
+    thread_ =
+        std::thread([this, show = std::move(show), ready = std::move(ready), driven = driven.get_future()]() mutable {
+            MSG message;
+            PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE); // makes the message queue
+            ready.set_value(GetCurrentThreadId());
+            driven.wait();
+            const auto controls = DocumentedControls::WhenAsked();
+            show();
+            SetEvent(finished_);
+        });
     ui_ = std::make_unique<host::UiDriver>(uiThread.get(), finished_);
     driven.set_value();
 }

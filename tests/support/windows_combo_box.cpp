@@ -45,8 +45,8 @@ LRESULT Before(HWND window, UINT message, WPARAM w, LPARAM l)
 
 void Replace(HWND window, WNDPROC procedure)
 {
-    WrappedOf(window).before = reinterpret_cast<WNDPROC>(
-        SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(procedure)));
+    WrappedOf(window).before =
+        reinterpret_cast<WNDPROC>(SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(procedure)));
 }
 
 COMBOBOXINFO PartsOf(HWND combo)
@@ -96,10 +96,13 @@ LRESULT AnswerChild(HWND combo, WPARAM w, LPARAM l)
 LRESULT CALLBACK ComboProcedure(HWND combo, UINT message, WPARAM w, LPARAM l)
 {
     switch (message) {
-    case WM_COMMAND: return AnswerChild(combo, w, l);
+    case WM_COMMAND:
+        return AnswerChild(combo, w, l);
     case CB_SETCURSEL:
-    case CB_SELECTSTRING: return Write(combo, message, w, l);
-    default: return Before(combo, message, w, l);
+    case CB_SELECTSTRING:
+        return Write(combo, message, w, l);
+    default:
+        return Before(combo, message, w, l);
     }
 }
 

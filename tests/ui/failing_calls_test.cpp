@@ -186,7 +186,7 @@ TEST_F(FailingCallsTest, WithFieldsThatCannotBeReadASendSendsAllOrNothing)
 TEST_F(FailingCallsTest, WithoutItsControlsASendSendsAllOrNothing)
 {
     FailingCalls<decltype(GetDlgItem), struct ControlCalls> calls(Module(), "GetDlgItem", nullptr,
-                                                                   ERROR_CONTROL_ID_NOT_FOUND);
+                                                                  ERROR_CONTROL_ID_NOT_FOUND);
     SendWhileEachFails(calls, "GetDlgItem", 40);
     FailingCalls<decltype(IsDlgButtonChecked), struct CheckedCalls> boxes(Module(), "IsDlgButtonChecked", 0);
     SendWhileEachFails(boxes, "IsDlgButtonChecked", 10);
@@ -195,7 +195,7 @@ TEST_F(FailingCallsTest, WithoutItsControlsASendSendsAllOrNothing)
 TEST_F(FailingCallsTest, WithoutARegistryTheJobIsSentAllTheSame)
 {
     FailingCalls<decltype(RegCreateKeyExW), struct CreateKeyCalls> keys(Module(), "RegCreateKeyExW",
-                                                                         ERROR_ACCESS_DENIED);
+                                                                        ERROR_ACCESS_DENIED);
     FillEverything();
     keys.FailFrom(1);
     PressSend();
@@ -254,7 +254,7 @@ TEST_F(FailingCallsTest, ASheetThatCannotBeHookedEndsAsCancelled)
 {
     const auto ofSheet = [](HWND window, int index, LONG_PTR) { return index == GWLP_WNDPROC && IsSheet(window); };
     FailingCalls<decltype(SetWindowLongPtrW), struct HookCalls> calls(Module(), "SetWindowLongPtrW", 0,
-                                                                       ERROR_ACCESS_DENIED, ofSheet);
+                                                                      ERROR_ACCESS_DENIED, ofSheet);
     calls.FailFrom(1);
     session_.Start();
     EXPECT_EQ(session_.End().Cancelled, 1u);

@@ -24,7 +24,7 @@ constexpr int kEventsPerSequence = 2500;
 constexpr std::size_t kRecentSlots = 20;
 
 struct ModelItem {
-    Row entry; // of a group: its name
+    Row entry;        // of a group: its name
     int members = -1; // -1: an entry
     bool IsGroup() const { return members >= 0; }
 };
@@ -66,9 +66,8 @@ public:
     }
     bool Knows(const std::wstring& name, const std::wstring& faxNumber) const
     {
-        return std::ranges::any_of(known, [&](const Row& r) {
-            return EqualUserText(r.name, name) && r.faxNumber == faxNumber;
-        });
+        return std::ranges::any_of(
+            known, [&](const Row& r) { return EqualUserText(r.name, name) && r.faxNumber == faxNumber; });
     }
     void AddEntry(const Row& row)
     {
@@ -90,7 +89,8 @@ public:
 private:
     std::vector<ModelItem>::iterator FindGroup(const std::wstring& name)
     {
-        return std::ranges::find_if(recent, [&](const ModelItem& r) { return r.IsGroup() && EqualUserText(r.entry.name, name); });
+        return std::ranges::find_if(
+            recent, [&](const ModelItem& r) { return r.IsGroup() && EqualUserText(r.entry.name, name); });
     }
 };
 
@@ -152,35 +152,77 @@ private:
         case 0:
         case 1:
         case 2:
-        case 3: Type(); break;
-        case 4: stand_.PressNameKey(VK_BACK); break;
-        case 5: PasteName(); break;
-        case 6: stand_.PressNameKey(VK_DELETE); break;
-        case 7: PressListKey(); break;
+        case 3:
+            Type();
+            break;
+        case 4:
+            stand_.PressNameKey(VK_BACK);
+            break;
+        case 5:
+            PasteName();
+            break;
+        case 6:
+            stand_.PressNameKey(VK_DELETE);
+            break;
+        case 7:
+            PressListKey();
+            break;
         case 8:
-        case 9: stand_.PressNameKey(VK_RETURN); break;
-        case 10: stand_.PressNameKey(VK_ESCAPE); break;
+        case 9:
+            stand_.PressNameKey(VK_RETURN);
+            break;
+        case 10:
+            stand_.PressNameKey(VK_ESCAPE);
+            break;
         case 11:
-        case 12: ClickOrHover(); break;
-        case 13: stand_.DropNames(true); break;
-        case 14: SelectSomeOfTheName(); break;
-        case 15: stand_.PressNameKey(Pick(2) ? VK_END : VK_HOME); break;
-        case 16: OpenByKey(); break;
-        case 17: TurnWheel(); break;
-        case 18: Compose(); break;
-        case 19: Leave(); break;
+        case 12:
+            ClickOrHover();
+            break;
+        case 13:
+            stand_.DropNames(true);
+            break;
+        case 14:
+            SelectSomeOfTheName();
+            break;
+        case 15:
+            stand_.PressNameKey(Pick(2) ? VK_END : VK_HOME);
+            break;
+        case 16:
+            OpenByKey();
+            break;
+        case 17:
+            TurnWheel();
+            break;
+        case 18:
+            Compose();
+            break;
+        case 19:
+            Leave();
+            break;
         }
     }
     void ActElsewhere()
     {
         switch (Pick(7)) {
         case 0:
-        case 1: AddRecipient(); break;
-        case 2: Delete(); break;
-        case 3: ClearSometimes(); break;
-        case 4: stand_.Notify(static_cast<UINT>(PSN_SETACTIVE)); break;
-        case 5: PasteField(); break;
-        case 6: Send(); break;
+        case 1:
+            AddRecipient();
+            break;
+        case 2:
+            Delete();
+            break;
+        case 3:
+            ClearSometimes();
+            break;
+        case 4:
+            stand_.Notify(static_cast<UINT>(PSN_SETACTIVE));
+            break;
+        case 5:
+            PasteField();
+            break;
+        case 6:
+            Send();
+            break;
         }
     }
 
@@ -308,8 +350,8 @@ private:
         TakeFields(fields, {all.begin() + static_cast<std::ptrdiff_t>(rows), all.end()});
         model_.AddEntry(all.back());
     }
-    // With every other Send the other page refuses. After one that is accepted the sheet would be gone: what it added to
-    // the record is taken back, and the user goes on.
+    // With every other Send the other page refuses. After one that is accepted the sheet would be gone: what it added
+    // to the record is taken back, and the user goes on.
     void Send()
     {
         if (model_.rows.empty() || model_.rows.size() >= 100)

@@ -829,7 +829,8 @@ TEST_F(NameBox, KeepsEnterAndEscapeFromTheSheetOnlyWhileTheListShows)
     for (const WPARAM key : {VK_RETURN, VK_ESCAPE}) {
         MSG message{Edit(), WM_KEYDOWN, key, 1, 0, {}};
         const auto wanted = [&] {
-            return (SendMessageW(Edit(), WM_GETDLGCODE, key, reinterpret_cast<LPARAM>(&message)) & DLGC_WANTMESSAGE) != 0;
+            return (SendMessageW(Edit(), WM_GETDLGCODE, key, reinterpret_cast<LPARAM>(&message)) & DLGC_WANTMESSAGE) !=
+                   0;
         };
         EXPECT_FALSE(wanted());
         stand.TypeName(L"a");

@@ -28,7 +28,7 @@ struct Pipe {
         SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
         CreatePipe(&read, &write, &inherited, 0);
     }
-    void Close(HANDLE Pipe::*end)
+    void Close(HANDLE Pipe::* end)
     {
         if (this->*end != nullptr)
             CloseHandle(this->*end);

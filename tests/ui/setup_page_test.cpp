@@ -114,7 +114,7 @@ TEST(SetupPage, EveryChoiceReachesTheJobAsItsNumber)
 {
     struct Case {
         int control;
-        DWORD FaxJobData::*field;
+        DWORD FaxJobData::* field;
         DWORD value;
     };
     const Case cases[] = {

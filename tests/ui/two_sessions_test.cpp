@@ -212,8 +212,9 @@ TEST(TwoSessions, AtATimeDoNotDisturbEachOther)
 {
     LockTextLayout();
     {
-        // Alone: when the very first sheets of a process open at the same moment, one of them in some hundred starts does
-        // not come up here. What Windows' controls set up once for a process is then not yet ready on both threads.
+        // Alone: when the very first sheets of a process open at the same moment, one of them in some hundred starts
+        // does not come up here. What Windows' controls set up once for a process is then not yet ready on both
+        // threads.
         Program warmUp(L'W', 1);
         warmUp.Start();
         warmUp.Join();

@@ -36,7 +36,7 @@ TEST(FaxJobData, EverySetterWritesItsOwnField)
     FaxJobData& record = owned.Get();
     struct Case {
         void (*set)(FaxJobData&, const wchar_t*) noexcept;
-        WCHAR* FaxJobData::*field;
+        WCHAR* FaxJobData::* field;
     };
     const Case cases[] = {
         {SetSenderName, &FaxJobData::SenderName},

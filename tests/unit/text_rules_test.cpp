@@ -59,9 +59,12 @@ TEST(SourceTexts, EveryWayToNameATextIsFound)
     std::vector<std::pair<unsigned, std::wstring>> found;
     for (const NamedText& text : texts.named)
         found.emplace_back(text.id, text.fallback);
-    const std::vector<std::pair<unsigned, std::wstring>> expected{
-        {5255, L"One \"quoted\" text"}, {5214, L"To ->"}, {5266, L"in two literals"}, {5326, L"Error"}, {5256, L""},
-        {5213, L""}};
+    const std::vector<std::pair<unsigned, std::wstring>> expected{{5255, L"One \"quoted\" text"},
+                                                                  {5214, L"To ->"},
+                                                                  {5266, L"in two literals"},
+                                                                  {5326, L"Error"},
+                                                                  {5256, L""},
+                                                                  {5213, L""}};
     EXPECT_EQ(found, expected);
 }
 

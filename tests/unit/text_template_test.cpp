@@ -19,9 +19,9 @@ TEST(TextTemplate, RefusesPlaceholdersThatDoNotFitTheArguments)
         std::initializer_list<TemplateArgument> arguments;
     };
     const Case cases[] = {
-        {L"%s", {4}},         {L"%d", {L"text"}}, {L"%d %d", {4}}, {L"no placeholder", {4}}, {L"%", {}},
-        {L"%d %", {4}},       {L"%n", {4}},       {L"%5d", {4}},   {L"%x", {4}},             {L"%s%s%s%s", {}},
-        {L"100 % d", {4}},    {L"%ld", {4}},      {L"%*d", {4}},
+        {L"%s", {4}},  {L"%d", {L"text"}}, {L"%d %d", {4}}, {L"no placeholder", {4}}, {L"%", {}},        {L"%d %", {4}},
+        {L"%n", {4}},  {L"%5d", {4}},      {L"%x", {4}},    {L"%s%s%s%s", {}},        {L"100 % d", {4}}, {L"%ld", {4}},
+        {L"%*d", {4}},
     };
     for (const Case& c : cases)
         EXPECT_FALSE(FillTemplate(c.text, c.arguments).has_value()) << std::string(c.text, c.text + wcslen(c.text));

@@ -21,7 +21,10 @@ std::vector<wchar_t> CharactersThatKeysDecide()
     return characters;
 }
 
-int Sign(int number) { return (number > 0) - (number < 0); }
+int Sign(int number)
+{
+    return (number > 0) - (number < 0);
+}
 
 void ExpectAgreement(const UserTextKeys& keys, const std::wstring& a, const std::wstring& b)
 {

@@ -44,7 +44,7 @@ private:
     static bool AnyIsSame(const HeldEntries& held, const PhoneBookEntry& entry, std::size_t nameKey);
 
     UserTextKeys keys_;
-    std::string buffer_; // of the key being made
+    std::string buffer_;                         // of the key being made
     std::pmr::monotonic_buffer_resource memory_; // for many small lists: an import takes a fifth longer without it
     HeldEntries all_{&memory_};
     std::pmr::unordered_map<std::size_t, HeldEntries> byFaxNumber_{&memory_};

@@ -75,8 +75,8 @@ bool KeepCopy(const std::wstring& path);
 // The copies of path that KeepCopy has left beside it, as full paths, by their numbers.
 std::vector<std::wstring> KeptCopies(const std::wstring& path);
 
-// The file that a link leads to; path itself when it is none, or leads nowhere. A link to a file that is not there leads
-// nowhere with OPEN_EXISTING; with OPEN_ALWAYS the file is made, empty.
+// The file that a link leads to; path itself when it is none, or leads nowhere. A link to a file that is not there
+// leads nowhere with OPEN_EXISTING; with OPEN_ALWAYS the file is made, empty.
 std::wstring FollowLink(const std::wstring& path, DWORD disposition = OPEN_EXISTING);
 
 // Opens a file for reading, waiting a moment for others to let go of it. Empty, with the last error set, when it cannot
