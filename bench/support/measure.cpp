@@ -14,6 +14,8 @@ double Time(const Work& work)
 {
     using Clock = std::chrono::steady_clock;
     work.prepare();
+    if (work.time)
+        return work.time();
     const Clock::time_point start = Clock::now();
     work.run();
     return std::chrono::duration<double, std::milli>(Clock::now() - start).count();

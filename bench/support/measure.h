@@ -10,8 +10,9 @@ namespace qx::bench {
 
 struct Work {
     std::string name;
-    std::function<void()> run;
+    std::function<void()> run = {};
     std::function<void()> prepare = [] {}; // before each run, outside the time
+    std::function<double()> time = {};     // instead of run: does the work and answers its milliseconds
 };
 
 class Benchmark {
