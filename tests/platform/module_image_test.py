@@ -36,7 +36,7 @@ FUNCTIONS = set("""
     GetComboBoxInfo GetCurrentDirectoryW GetCurrentProcessId GetCurrentThreadId GetCursor GetCursorInfo GetCursorPos
     GetDC GetDeviceCaps GetDIBColorTable GetDlgCtrlID GetDlgItem getenv GetFileAttributesExW GetFileAttributesW
     GetFileInformationByHandle GetFileSecurityW GetFileSizeEx GetFinalPathNameByHandleW GetFocus GetGUIThreadInfo
-    GetKeyState GetLastError GetLayout GetLongPathNameW GetMessagePos GetMessageW GetModuleFileNameW GetModuleHandleExW
+    GetKeyState GetLastError GetLayout GetLongPathNameW GetMessagePos GetMessageW GetMonitorInfoW GetModuleFileNameW GetModuleHandleExW
     GetModuleHandleW GetNextDlgTabItem GetObjectW GetOpenFileNameW GetParent GetPrinterDataExW GetPrinterDataW
     GetPrinterDriverW GetPrinterW GetProcAddress GetProcessHeap GetPropW GetSaveFileNameW GetStockObject GetStringTypeW
     GetSysColor GetSysColorBrush GetSystemDirectoryW GetSystemInfo GetSystemTimeAsFileTime GetTempPathW
@@ -45,7 +45,7 @@ FUNCTIONS = set("""
     InitializeCriticalSection InvalidateRect IsCharAlphaW IsChild IsDBCSLeadByteEx IsDlgButtonChecked isspace
     IsTextUnicode iswctype iswdigit IsWindow IsWindowEnabled IsWindowVisible iswspace LCMapStringW LeaveCriticalSection
     LoadCursorW LoadImageW LoadLibraryExW LoadLibraryW LoadResource localeconv LockResource lstrcmpiW lstrcmpW lstrcpynW
-    malloc MapViewOfFile MapWindowPoints memchr memcmp memcpy memmove memset MessageBoxW MoveFileExW MoveWindow
+    malloc MapViewOfFile MapWindowPoints memchr memcmp memcpy memmove memset MessageBoxW MonitorFromWindow MoveFileExW MoveWindow OffsetRect
     MsgWaitForMultipleObjects MsgWaitForMultipleObjectsEx MulDiv MultiByteToWideChar OpenPrinterW OutputDebugStringW
     PeekMessageW PostMessageW PostQuitMessage PostThreadMessageW PropertySheetW PtInRect QueryPerformanceCounter
     RaiseException ReadFile RealChildWindowFromPoint realloc RegCloseKey RegCreateKeyExW RegDeleteKeyW RegEnumValueW
@@ -59,7 +59,7 @@ FUNCTIONS = set("""
     SizeofResource Sleep sprintf strcmp strerror strlen strncmp strstr strtoul SysAllocStringLen SysFreeString
     SysStringLen SystemParametersInfoW TlsAlloc TlsFree TlsGetValue TlsSetValue towlower TrackMouseEvent
     TranslateMessage UnhookWindowsHookEx UnmapViewOfFile VariantClear VariantInit vfprintf VirtualAlloc VirtualFree
-    VirtualProtect VirtualQuery WaitForSingleObject wcslen wcstol wcstoul WideCharToMultiByte WriteFile
+    VirtualProtect VirtualQuery WaitForMultipleObjects WaitForSingleObject wcslen wcstol wcstoul WideCharToMultiByte WriteFile
 """.split())
 VERSION = Path(__file__).resolve().parents[2] / "include/qxfax/version.h"
 SHIPPED = ["QXTEXT64.DLL", "QXFAXDRV.DLL", "faxhost.exe", "qxfaxadm.exe"]
