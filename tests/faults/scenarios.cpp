@@ -56,7 +56,9 @@ std::vector<std::wstring> NamesShown(HWND list)
 Job ShownIn(HWND sheet)
 {
     Job shown;
-    const HWND page = PropSheet_GetCurrentPageHwnd(sheet);
+    const HWND page = PropSheet_IndexToHwnd(sheet, kFaxJobPage); // a Send that the other refused has shown that one
+    if (page == nullptr)
+        throw std::runtime_error("no page");
     const HWND list = GetDlgItem(page, IDC_RECIPIENTS);
     for (int row = 0; row < ListView_GetItemCount(list); ++row)
         shown.recipients.push_back({CellText(list, row, 0), CellText(list, row, 1), CellText(list, row, 2)});
@@ -127,7 +129,6 @@ protected:
             steps.emplace_back([this](ScriptedUser& user) {
                 if (!user.IsSheet())
                     throw std::runtime_error("no sheet");
-                user.Control(IDC_FAX_NUMBER);
                 shown_ = ShownIn(user.Dialog());
                 user.PressSheet(IDOK);
             });
@@ -573,8 +574,7 @@ void Scenario::Reset()
             fs::remove(entry.path());
         }
     }
-    oldBytes_ = Book().Text();
-    Session().WritePhoneBook(oldBytes_);
+    Session().WritePhoneBook(Book().Text());
     if (oldBook_.empty())
         oldBook_ = Session().SavedBook();
     Prepare();
@@ -589,30 +589,32 @@ Verdict Scenario::JudgeUnsent(const FaxJobData& record) const
 
 Verdict Scenario::JudgeBook(const std::vector<Items>& accepted) const
 {
-    namespace fs = std::filesystem;
-    const fs::path file = Session().PhoneBookFile();
-    bool copied = false;
-    for (const auto& entry : fs::directory_iterator(file.parent_path())) {
-        const std::wstring name = entry.path().filename().wstring();
-        if (!name.starts_with(file.filename().wstring()) || name == file.filename())
-            continue;
-        if (name.ends_with(L".bak"))
-            copied = copied || ReadBytes(entry.path()) == oldBytes_;
-    }
     // In no order: sorting may fail.
     const auto sorted = [](Items items) {
         std::ranges::sort(items, {}, &SavedItem::name);
         return items;
+    };
+    const auto isAccepted = [&](const Items& items) {
+        return std::ranges::any_of(accepted, [&](const Items& one) { return items == sorted(one); });
     };
     const Items now = sorted(Session().SavedBook());
     if (!accepted.empty() && now == sorted(accepted.front()))
         return {Kind::AsAsked, "saved"};
     if (now == sorted(OldBook()))
         return {accepted.empty() ? Kind::AsAsked : Kind::Less, "book as it was"};
-    if (std::ranges::any_of(accepted, [&](const Items& items) { return now == sorted(items); }))
+    if (isAccepted(now))
         return {Kind::Less, "saved in part"};
-    if (copied)
-        return {Kind::Less, "book in the kept copy"};
+    // What could not be read is kept beside what took its place: as it was, or as an earlier save of the session left
+    // it.
+    const std::filesystem::path file = Session().PhoneBookFile();
+    for (const auto& entry : std::filesystem::directory_iterator(file.parent_path())) {
+        const std::wstring name = entry.path().filename().wstring();
+        if (!name.starts_with(file.filename().wstring()) || !name.ends_with(L".bak"))
+            continue;
+        const Items copy = sorted(SavedIn(entry.path()));
+        if (copy == sorted(OldBook()) || isAccepted(copy))
+            return {Kind::Less, "book in the kept copy"};
+    }
     return {Kind::Wrong, "book lost: " + std::to_string(now.size()) + " items"};
 }
 

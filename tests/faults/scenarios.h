@@ -49,7 +49,6 @@ protected:
 private:
     PhoneBookSession* session_ = nullptr;
     std::vector<SavedItem> oldBook_;
-    std::string oldBytes_;
 };
 
 struct NamedScenario {

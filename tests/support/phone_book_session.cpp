@@ -62,6 +62,23 @@ std::string BookText::Text() const
            "</qxfax_phonebook></component></software></device>";
 }
 
+std::vector<SavedItem> SavedIn(const std::filesystem::path& file)
+{
+    ItemStore store;
+    std::vector<SavedItem> saved;
+    for (const PhoneBookItem* const item : LoadPhoneBookFile(file.wstring(), store).items) {
+        SavedItem& copy = saved.emplace_back();
+        copy.name = item->GetName();
+        if (const PhoneBookGroup* const group = AsGroup(item)) {
+            copy.members.assign(group->MemberIds().begin(), group->MemberIds().end());
+        } else {
+            copy.faxNumber = AsEntry(item)->FaxNumber();
+            copy.company = AsEntry(item)->Company();
+        }
+    }
+    return saved;
+}
+
 PhoneBookSession::PhoneBookSession(const BookText& book, SessionOptions options) : SendFaxSession(std::move(options))
 {
     WritePhoneBook(book.Text());
@@ -86,23 +103,6 @@ host::UiDriver& PhoneBookSession::OpenEditor()
     OpenFaxJobPage().GoToPage(1);
     Ui().Press(IDC_EDIT_PHONE_BOOK);
     return Ui();
-}
-
-std::vector<SavedItem> PhoneBookSession::SavedBook() const
-{
-    ItemStore store;
-    std::vector<SavedItem> saved;
-    for (const PhoneBookItem* const item : LoadPhoneBookFile(PhoneBookFile().wstring(), store).items) {
-        SavedItem& copy = saved.emplace_back();
-        copy.name = item->GetName();
-        if (const PhoneBookGroup* const group = AsGroup(item)) {
-            copy.members.assign(group->MemberIds().begin(), group->MemberIds().end());
-        } else {
-            copy.faxNumber = AsEntry(item)->FaxNumber();
-            copy.company = AsEntry(item)->Company();
-        }
-    }
-    return saved;
 }
 
 std::vector<std::wstring> PhoneBookSession::SavedNames() const

@@ -31,6 +31,9 @@ struct SavedItem {
     bool operator==(const SavedItem&) const = default;
 };
 
+// What a phone book file holds, in its order.
+std::vector<SavedItem> SavedIn(const std::filesystem::path& file);
+
 class PhoneBookSession : public SendFaxSession {
 public:
     explicit PhoneBookSession(const BookText& book, SessionOptions options = {});
@@ -40,8 +43,7 @@ public:
     host::UiDriver& OpenPicker();
     host::UiDriver& OpenEditor(); // by way of the Setup page
 
-    // What the file holds now, in its order.
-    std::vector<SavedItem> SavedBook() const;
+    std::vector<SavedItem> SavedBook() const { return SavedIn(PhoneBookFile()); }
     std::vector<std::wstring> SavedNames() const;
 };
 
