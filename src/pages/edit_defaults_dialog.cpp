@@ -44,7 +44,9 @@ void ShowDefaults(EditDefaultsDialog& state)
     // Kept: the Setup page only hides its group box.
     if (!state.settings.previewOffered)
         EnableControl(state.dialog, IDC_PREVIEW_GROUP, false);
-    CheckDlgButton(state.dialog, IDC_APPLY_DEFAULTS, defaults.ApplyDefaults != 0 ? BST_CHECKED : BST_UNCHECKED);
+    // What is not shown would be stored as off.
+    if (!CheckDlgButton(state.dialog, IDC_APPLY_DEFAULTS, defaults.ApplyDefaults != 0 ? BST_CHECKED : BST_UNCHECKED))
+        throw std::runtime_error("the dialog cannot show the defaults");
     // The administrator's lock of the cover page does not reach here: it binds jobs, not what the user prefers.
     if (IsSpoolerThunkHost())
         ForbidCoverPage(state.coverPage);

@@ -9,6 +9,8 @@
 #include "res/bitmaps_ids.h"
 
 #include <algorithm>
+#include <memory>
+#include <stdexcept>
 #include <string>
 
 namespace qx {
@@ -145,8 +147,14 @@ LRESULT CALLBACK ListProcedure(HWND list, UINT message, WPARAM w, LPARAM l) noex
 void AnswerKeys(HWND list, ListKeys keys)
 {
     const auto previous = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(list, GWLP_WNDPROC));
-    SetWindowLongPtrW(list, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(new ListSubclass{keys, previous}));
-    SetWindowLongPtrW(list, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(ListProcedure));
+    auto subclass = std::make_unique<ListSubclass>(ListSubclass{keys, previous});
+    const auto data = reinterpret_cast<LONG_PTR>(subclass.get());
+    SetWindowLongPtrW(list, GWLP_USERDATA, data);
+    // The procedure relies on the data.
+    if (GetWindowLongPtrW(list, GWLP_USERDATA) != data ||
+        SetWindowLongPtrW(list, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(ListProcedure)) == 0)
+        throw std::runtime_error("the list cannot be hooked");
+    static_cast<void>(subclass.release()); // the list's, until it is destroyed
 }
 
 } // namespace
