@@ -278,22 +278,20 @@ protected:
         const Items saved = Session().SavedBook();
         const bool known = std::ranges::all_of(
             saved, [&](const SavedItem& item) { return std::ranges::find(may, item) != may.end(); });
+        const auto sorted = [](Items items) {
+            std::ranges::sort(items, {}, &SavedItem::name);
+            return items;
+        };
+        if (sorted(saved) == sorted(wanted))
+            return {Kind::AsAsked, "saved"}; // also where the list could not show all of it
         std::vector<std::wstring> names;
         for (const SavedItem& item : saved)
             names.push_back(item.name);
-        if (shown_)
-            std::ranges::sort(names);
+        std::ranges::sort(names);
         std::vector<std::wstring> shown = shown_.value_or(std::vector<std::wstring>{});
         std::ranges::sort(shown);
-        if (shown_ && known && names == shown) {
-            const auto sorted = [](Items items) {
-                std::ranges::sort(items, {}, &SavedItem::name);
-                return items;
-            };
-            if (sorted(saved) == sorted(wanted))
-                return {Kind::AsAsked, "saved"};
+        if (shown_ && known && names == shown)
             return {Kind::Less, "saved as shown"};
-        }
         Verdict verdict = JudgeBook({});
         if (verdict.kind == Kind::AsAsked)
             verdict.kind = Kind::Less;
