@@ -50,7 +50,7 @@ HWND ControlOf(const EntryDialogContext& entry, int id) noexcept
 
 std::wstring TypedText(const EntryDialogContext& entry, int id)
 {
-    return WindowText(ControlOf(entry, id), kNameLimit);
+    return FieldText(ControlOf(entry, id), kNameLimit);
 }
 
 // ---- start-up -----------------------------------------------------------------------------------------------------
@@ -64,9 +64,9 @@ void MakeEntry(EntryDialogContext& context)
 
 void ShowEntry(EntryDialogContext& context)
 {
-    SetWindowTextW(ControlOf(context, IDC_ENTRY_NAME), ToShown(context.entry->Name()));
+    SetFieldText(ControlOf(context, IDC_ENTRY_NAME), ToShown(context.entry->Name()));
     SetFilteredText(context.faxNumber, ControlOf(context, IDC_ENTRY_FAX_NUMBER), context.entry->FaxNumber());
-    SetWindowTextW(ControlOf(context, IDC_ENTRY_COMPANY), ToShown(context.entry->Company()));
+    SetFieldText(ControlOf(context, IDC_ENTRY_COMPANY), ToShown(context.entry->Company()));
 }
 
 // ---- commands -----------------------------------------------------------------------------------------------------

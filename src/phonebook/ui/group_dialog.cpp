@@ -135,7 +135,7 @@ void StoreMembers(GroupDialogContext& group)
 void Accept(GroupDialogContext& group)
 {
     const HWND name = GetDlgItem(group.dialog, IDC_GROUP_NAME);
-    group.working->SetName(ToStored(WindowText(name, kStoredNameUnits)).c_str());
+    group.working->SetName(ToStored(FieldText(name, kStoredNameUnits)).c_str());
     if (HoldsSameGroup(group.book, *group.working)) {
         ShowFaxMessage(group, kDuplicate, group.dialog);
         return;
