@@ -21,7 +21,7 @@ struct FaxJobPage : SheetPage {
     RecipientFields fields;
     RecipientList recipients;
     CoverPage coverPage;
-    NumberFilter billingCode{AllowedInBillingCode, L""};
+    NumberFilter billingCode{.allowed = AllowedInBillingCode, .accepted = {}};
     PictureButton phoneBookButton;
     bool coverPageIsOld = false; // the fields do not show the job's cover page, which is the newer one
 };

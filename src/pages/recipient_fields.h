@@ -23,7 +23,7 @@ struct RecipientFields {
     const TextOwner* texts = nullptr;
     HWND dialog = nullptr;
     TypeAheadState nameBox;
-    NumberFilter faxNumber{AllowedInFaxNumber, L""};
+    NumberFilter faxNumber{.allowed = AllowedInFaxNumber, .accepted = {}};
     // The group that stands in the fields, or null. It belongs to the recent list.
     const PhoneBookGroup* group = nullptr;
     // The fields as the name box last refilled them, until the user changes number or company.
