@@ -37,8 +37,13 @@ class Symbols:
         lines = subprocess.run(
             [BINUTILS + "addr2line", "-f", "-C", "-i", "-e", self.path, hex(self.base + offset)],
             check=True, capture_output=True, text=True).stdout.splitlines()
-        return [(function, os.path.normpath(re.sub(r" \(discriminator \d+\)$", "", place)))
-                for function, place in zip(lines[::2], lines[1::2])]
+        return [(function, self._from_the_top(place)) for function, place in zip(lines[::2], lines[1::2])]
+
+    @staticmethod
+    def _from_the_top(place):
+        """The place as addr2line names it, without what leads from the build folder to the sources."""
+        path = os.path.normpath(re.sub(r" \(discriminator \d+\)$", "", place))
+        return re.sub(r"^(\.\./)+", "", path)
 
     def belong_to(self, module):
         """False when the module of a dump is another build. A dump without a build id has the time of the build."""
