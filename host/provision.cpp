@@ -20,7 +20,7 @@ constexpr wchar_t kDriver[] = L"QXFAXDRV.DLL";
 constexpr wchar_t kModule[] = L"qxfaxui.dll";
 constexpr wchar_t kTextLibrary[] = L"QXTEXT64.DLL";
 // The module takes the names of its help files from this one's.
-constexpr wchar_t kHelp[] = L"QXZHLF1.CHM";
+constexpr wchar_t kHelp[] = L"QXZHL" QX_HELP_ENDING L".CHM";
 constexpr wchar_t kSettingsRoot[] = L"Software\\Quillmarsh\\";
 constexpr wchar_t kDeviceKey[] = L"QXBIDIInfo";
 

@@ -37,7 +37,7 @@ struct PrinterSetup {
     std::optional<std::wstring> spoolerName; // "DsSpooler" "PrinterName"; the printer's own name unless given
     std::optional<DWORD> version;            // of the phone book; missing before the first session
     std::optional<std::wstring> helpCabinet = L"QXFAXHLP.CAB";
-    std::optional<std::wstring> helpFile = L"QXZH_XX_F1.CHM";
+    std::optional<std::wstring> helpFile = L"QXZH_XX_" QX_HELP_ENDING L".CHM";
     std::optional<DWORD> coverPageLock = 0;
     std::optional<std::wstring> coverPagePath;
 

@@ -69,7 +69,7 @@ std::vector<Dialog> Dialogs()
 
 std::string HelpFileOf(const test::Language& language)
 {
-    return "QXZH" + language.helpCode + "F1.CHM";
+    return "QXZH" + language.helpCode + QX_HELP_ENDING ".CHM";
 }
 
 // Only controls that have a topic.
@@ -201,16 +201,17 @@ TEST_F(HelpPages, EveryTopicHasAPageInEveryLanguageAndEveryPageATopic)
 TEST_F(HelpPages, APageThatIsTakenOutIsNamedWithItsLanguage)
 {
     std::map<std::string, Files> planted = help_;
-    planted.at("QXZHDEF1.CHM").erase("15583.html");
-    EXPECT_EQ(MissingPages(planted), Problems{"QXZHDEF1.CHM has no page 15583.html"});
+    planted.at("QXZHDE" QX_HELP_ENDING ".CHM").erase("15583.html");
+    EXPECT_EQ(MissingPages(planted), Problems{"QXZHDE" QX_HELP_ENDING ".CHM has no page 15583.html"});
 }
 
 TEST_F(HelpPages, APageInTheWrongDirectionOrLanguageIsNamed)
 {
     std::map<std::string, Files> planted = help_;
-    std::swap(planted.at("QXZHHEF1.CHM").at("15583.html"), planted.at("QXZHDEF1.CHM").at("15583.html"));
-    EXPECT_EQ(PagesOfOthers(planted),
-              (Problems{"QXZHDEF1.CHM: 15583.html is in he, rtl", "QXZHHEF1.CHM: 15583.html is in de, ltr"}));
+    std::swap(planted.at("QXZHHE" QX_HELP_ENDING ".CHM").at("15583.html"),
+              planted.at("QXZHDE" QX_HELP_ENDING ".CHM").at("15583.html"));
+    EXPECT_EQ(PagesOfOthers(planted), (Problems{"QXZHDE" QX_HELP_ENDING ".CHM: 15583.html is in he, rtl",
+                                                "QXZHHE" QX_HELP_ENDING ".CHM: 15583.html is in de, ltr"}));
 }
 
 TEST_F(HelpPages, OtherPagesAreTheSameInEveryLanguage)

@@ -168,6 +168,16 @@ target_link_libraries(consumer PRIVATE qxfax::qxfaxui)
         version, = [fact for fact in facts if fact.startswith("Version: DriverVer")]
         self.assertRegex(version, rf"^Version: DriverVer \| \d\d/\d\d/20\d\d \| {re.escape(VERSION)}\.0$")
 
+    def test_help_can_have_the_number_of_its_build_in_its_names(self):
+        folder = self.folder / "build 42"
+        run("cmake", "--preset", "release", "-B", folder, "-DQX_HELP_BUILD=42", cwd=SOURCES)
+        targets = run("ninja", "-C", folder, "-t", "targets", "all")
+        for name in ("QXZHENF1B42.CHM", "QXZHLF1B42.CHM"):
+            self.assertIn(f"/{name}:", targets)
+        for place in (targets, (folder / "packaging/qxfax.inf").read_text(), (folder / "build.ninja").read_text()):
+            self.assertNotRegex(place, r"QXZH\w*F1\.CHM")
+        self.assertEqual((folder / "packaging/qxfax.inf").read_text().count("QXZHLF1B42.CHM"), 2)
+
 
 if __name__ == "__main__":
     unittest.main(argv=sys.argv[:1])

@@ -11,7 +11,7 @@ namespace qx::test {
 // The compiled help that the dependent file stands for: one that is there in every build.
 inline std::filesystem::path BuiltHelp()
 {
-    return BuiltFolder() / "QXZHLF1.CHM";
+    return BuiltFolder() / "QXZHL" QX_HELP_ENDING ".CHM";
 }
 
 inline TextOwner OwnerWithHelp()

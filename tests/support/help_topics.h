@@ -14,7 +14,7 @@ namespace qx::test {
 // The help file of this run's user.
 inline std::string UsersHelpFile()
 {
-    return "QXZH" + LanguageOfTheRun().helpCode + "F1.CHM";
+    return "QXZH" + LanguageOfTheRun().helpCode + QX_HELP_ENDING ".CHM";
 }
 
 struct HelpTopic {
