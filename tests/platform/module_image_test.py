@@ -61,6 +61,11 @@ FUNCTIONS = set("""
     TranslateMessage UnhookWindowsHookEx UnmapViewOfFile VariantClear VariantInit vfprintf VirtualAlloc VirtualFree
     VirtualProtect VirtualQuery WaitForMultipleObjects WaitForSingleObject wcslen wcstol wcstoul WideCharToMultiByte WriteFile
 """.split())
+# The C++ library of GCC 13 and later brings these: its own locks, and the messages of its errors.
+FUNCTIONS |= set("""
+    FormatMessageA GetThreadId InitializeConditionVariable LocalFree SleepConditionVariableCS strchr
+    TryEnterCriticalSection WakeAllConditionVariable WakeConditionVariable
+""".split())
 VERSION = Path(__file__).resolve().parents[2] / "include/qxfax/version.h"
 SHIPPED = ["QXTEXT64.DLL", "QXFAXDRV.DLL", "faxhost.exe", "qxfaxadm.exe"]
 MOST_BYTES = 700_000
