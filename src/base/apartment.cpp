@@ -102,6 +102,14 @@ bool DispatchNext(HWND inert, int& exitCode) noexcept
     return true;
 }
 
+// Whatever the system says to waiting.
+void Await(HANDLE end) noexcept
+{
+    while (WaitForSingleObject(end, INFINITE) != WAIT_OBJECT_0 &&
+           WaitForMultipleObjects(1, &end, FALSE, INFINITE) != WAIT_OBJECT_0)
+        Sleep(kPauseMilliseconds);
+}
+
 // True when one of ends has come, false when there may be a message.
 bool AwaitEndOrMessage(const HANDLE (&ends)[2], DWORD wakenedBy, DWORD flags) noexcept
 {
@@ -132,7 +140,7 @@ ApartmentThread::ApartmentThread() noexcept
     thread_.Reset(CreateThread(nullptr, 0, ThreadMain, &start, 0, &threadId_));
     if (!thread_)
         return;
-    WaitForSingleObject(ready.Get(), INFINITE);
+    Await(ready.Get()); // the thread refers to start
     window_ = start.window;
 }
 

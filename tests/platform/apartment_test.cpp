@@ -43,5 +43,30 @@ TEST(ApartmentThread, ReturnsFromItsWorkOnlyWhenThatIsDoneAlsoWhenWaitingIsRefus
     }
 }
 
+test::RedirectedImport<decltype(WaitForSingleObject)>* g_waitForOne = nullptr;
+
+DWORD WINAPI RefuseToWaitForOne(HANDLE handle, DWORD milliseconds)
+{
+    if (g_refusals > 0) {
+        --g_refusals;
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        return WAIT_FAILED;
+    }
+    return g_waitForOne->Original()(handle, milliseconds);
+}
+
+// The thread begins with what stands on the stack of whoever starts it.
+TEST(ApartmentThread, IsStartedOnlyWhenItHasBegunAlsoWhenWaitingIsRefused)
+{
+    test::RedirectedImport<decltype(WaitForSingleObject)> wait("WaitForSingleObject", RefuseToWaitForOne);
+    g_waitForOne = &wait;
+    for (const int refusals : {1, 1000000}) {
+        g_refusals = refusals;
+        const ApartmentThread thread;
+        EXPECT_TRUE(thread) << refusals;
+    }
+    g_refusals = 0;
+}
+
 } // namespace
 } // namespace qx
