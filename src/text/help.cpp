@@ -1,11 +1,13 @@
 #include "text/help.h"
 
+#include "base/abandoned_files.h"
 #include "base/guarded.h"
 #include "base/printer.h"
 #include "base/trace.h"
 #include "base/unique.h"
 #include "text/help_viewer.h"
 
+#include <iterator>
 #include <optional>
 #include <setupapi.h>
 
@@ -85,26 +87,49 @@ UINT CALLBACK OnCabinet(PVOID context, UINT notification, UINT_PTR first, UINT_P
     return NO_ERROR;
 }
 
-// In the target's folder, for this thread alone; empty when there is no room for the name.
-std::wstring NameBeside(std::wstring_view target)
+constexpr wchar_t kUnpackedStart[] = L"qxh";
+constexpr wchar_t kUnpackedEnding[] = L".tmp";
+
+// For this thread alone.
+std::wstring NameOfUnpacked()
 {
-    std::wstring name(target.substr(0, target.rfind(L'\\') + 1));
-    name += L"qxh" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(GetCurrentThreadId()) + L".tmp";
-    return name.size() < MAX_PATH ? name : std::wstring();
+    return kUnpackedStart + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(GetCurrentThreadId()) +
+           kUnpackedEnding;
+}
+
+bool IsNameOfUnpacked(std::wstring_view name, const void*) noexcept
+{
+    if (!name.starts_with(kUnpackedStart))
+        return false;
+    name.remove_prefix(std::size(kUnpackedStart) - 1);
+    if (!TakeNumber(name) || !name.starts_with(L'-'))
+        return false;
+    name.remove_prefix(1);
+    return TakeNumber(name) && name == kUnpackedEnding;
+}
+
+// Without this a machine that dies right after the rename may find a file of the right length and no content.
+bool FlushToDisk(const std::wstring& path) noexcept
+{
+    const UniqueFile file(
+        CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
+    return file && FlushFileBuffers(file.Get());
 }
 
 // Another session, or a viewer, must never find half of a file under the target's name: it would be taken for the help
-// ever after. So the file takes that name when it is whole.
+// ever after. So the file takes that name when it is whole, and on the disk.
 void ExtractFile(const std::wstring& cabinet, const std::wstring& wanted, const std::wstring& target)
 {
-    const std::wstring unpacked = NameBeside(target);
-    if (unpacked.empty())
+    const std::wstring folder = target.substr(0, target.rfind(L'\\') + 1);
+    RemoveAbandonedFiles(folder, std::wstring(kUnpackedStart) + L"*" + kUnpackedEnding, IsNameOfUnpacked);
+    const std::wstring unpacked = folder + NameOfUnpacked();
+    if (unpacked.size() >= MAX_PATH)
         return;
     Extraction extraction{.wanted = wanted, .target = unpacked, .bytes = std::nullopt};
     SetupIterateCabinetW(cabinet.c_str(), 0, OnCabinet, &extraction);
     const bool whole = extraction.bytes && SizeOfFile(unpacked) == *extraction.bytes;
     // What somebody else has put there meanwhile stays: it may be open already.
-    if (!whole || !MoveFileExW(unpacked.c_str(), target.c_str(), 0))
+    if (!whole || !FlushToDisk(unpacked) || !MoveFileExW(unpacked.c_str(), target.c_str(), MOVEFILE_WRITE_THROUGH))
         DeleteFileW(unpacked.c_str());
 }
 

@@ -8,6 +8,7 @@
 #include "support/patched_function.h"
 #include "text/help_viewer.h"
 
+#include <chrono>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -286,6 +287,26 @@ TEST_F(Help, AVariantThatIsThereIsNeverUnpackedAgain)
     EXPECT_EQ(Contents(folder_ / UserVariant()), "kept");
     fs::remove(cabinet_);
     EXPECT_EQ(Extract(), folder_ / UserVariant());
+}
+
+// What a program that was ended in the middle has left, and nothing else.
+TEST_F(Help, OldPartsOfAFileAreRemovedByTheNextExtraction)
+{
+    const std::vector<fs::path> strangers = {"qxh1-.tmp",    "qxh-2.tmp",  "qxh1-2.tmpx",
+                                             "qxh1-2-3.tmp", "qxhelp.tmp", "xqxh1-2.tmp"};
+    std::vector<fs::path> all = strangers;
+    all.insert(all.end(), {"qxh12-34.tmp", "qxh56-78.tmp"});
+    for (const fs::path& name : all) {
+        WriteFile(folder_ / name, "half");
+        if (name != "qxh56-78.tmp") // somebody may be writing it
+            fs::last_write_time(folder_ / name, fs::file_time_type::clock::now() - std::chrono::hours(1));
+    }
+    test::WriteCabinet(cabinet_, {{UserVariant(), "variant"}});
+    EXPECT_EQ(Extract(), folder_ / UserVariant());
+    EXPECT_FALSE(fs::exists(folder_ / "qxh12-34.tmp"));
+    EXPECT_TRUE(fs::exists(folder_ / "qxh56-78.tmp"));
+    for (const fs::path& name : strangers)
+        EXPECT_TRUE(fs::exists(folder_ / name)) << name;
 }
 
 TEST_F(Help, WithoutTheUsersVariantTheCabinetYieldsTheEnglishOne)

@@ -1,5 +1,6 @@
 #include "phonebook/file/file_replacement.h"
 
+#include "base/abandoned_files.h"
 #include "base/guarded.h"
 
 #include <algorithm>
@@ -18,9 +19,6 @@ constexpr wchar_t kNameInTemporaryFolder[] = L"qxfax-phone-book";
 constexpr LONGLONG kLongestFile = 256 << 20; // hundreds of times the largest phone book
 constexpr std::size_t kBlockBytes = 64 << 10;
 constexpr int kCopiesLookedFor = 100;
-
-// Longer than any save. Another computer that shares the folder may be in the middle of one, so a younger file stays.
-constexpr std::uint64_t kAbandonedAfter = std::uint64_t{10} * 60 * 10000000; // 10 minutes, in units of 100 ns
 
 bool Has(DWORD attributes, DWORD attribute) noexcept
 {
@@ -55,10 +53,8 @@ bool IsUniqueEnding(std::wstring_view rest, std::wstring_view ending) noexcept
         if (!rest.starts_with(L'.'))
             return false;
         rest.remove_prefix(1);
-        const std::size_t digits = std::min(rest.find_first_not_of(L"0123456789"), rest.size());
-        if (digits == 0)
+        if (!TakeNumber(rest))
             return false;
-        rest.remove_prefix(digits);
     }
     return rest == ending;
 }
@@ -181,27 +177,16 @@ std::wstring NameOfCopy(const std::wstring& path, int number)
     return number == 1 ? path + kCopyEnding : path + L'.' + std::to_wstring(number) + kCopyEnding;
 }
 
-bool HasBeenThereForLong(const WIN32_FIND_DATAW& file) noexcept
-{
-    FILETIME now;
-    GetSystemTimeAsFileTime(&now);
-    return Ticks(now) > Ticks(file.ftLastWriteTime) + kAbandonedAfter;
-}
-
 void RemoveAbandoned(const std::wstring& start)
 {
     const std::size_t nameAt = start.rfind(L'\\') + 1;
     const std::size_t nameUnits = start.size() - nameAt;
-    WIN32_FIND_DATAW found;
-    const UniqueFindFile search(FindFirstFileW((start + L".*" + kReplacementEnding).c_str(), &found));
-    if (!search)
-        return;
-    do {
-        const std::wstring_view name = found.cFileName;
-        if (name.size() > nameUnits && IsUniqueEnding(name.substr(nameUnits), kReplacementEnding) &&
-            HasBeenThereForLong(found))
-            DeleteFileW((start.substr(0, nameAt) + found.cFileName).c_str());
-    } while (FindNextFileW(search.Get(), &found));
+    const auto isOurs = [](std::wstring_view name, const void* context) {
+        const std::size_t units = *static_cast<const std::size_t*>(context);
+        return name.size() > units && IsUniqueEnding(name.substr(units), kReplacementEnding);
+    };
+    RemoveAbandonedFiles(start.substr(0, nameAt), start.substr(nameAt) + L".*" + kReplacementEnding, isOurs,
+                         &nameUnits);
 }
 
 } // namespace
