@@ -39,6 +39,7 @@ std::string_view NameOf(LoadOutcome outcome) noexcept
     case LoadOutcome::NotReadable:
         return "unreadable";
     case LoadOutcome::NotUnderstood:
+    case LoadOutcome::NotFinished:
         return "damaged";
     case LoadOutcome::Read:
         break;
@@ -55,6 +56,7 @@ std::string ProblemOf(LoadOutcome outcome, const std::wstring& path)
         return "the phone book " + Quoted(path) +
                " cannot be opened: another program has it open, or the user has no right to read it";
     case LoadOutcome::NotUnderstood:
+    case LoadOutcome::NotFinished:
         return "the phone book " + Quoted(path) +
                " is damaged; take a copy back with \"phonebook restore\", or remove the file";
     case LoadOutcome::Read:

@@ -712,6 +712,49 @@ TEST_F(BusyPhoneBook, KeepsTheItemThatADialogWorksOn)
     EXPECT_STREQ(book->GetAt(0)->GetName(), L"Ann");
 }
 
+// No book is no answer: what the lists show, and what the user works on, is better than that.
+TEST_F(BusyPhoneBook, StaysAsItIsWhenAChangeCannotBeRead)
+{
+    int failing = 0;
+    int kept = 0;
+    for (bool failed = true; failed; ++failing) {
+        WriteBook();
+        ReloadSorted(*book);
+        ASSERT_TRUE(SaveBob(false));
+        before = ReadBytes(Path());
+        {
+            FailingDom dom([failing](int call) { return call == failing; });
+            book->FollowChange(true);
+            failed = dom.Calls() > failing;
+        }
+        if (book.Names() == Names{L"Ann", L"Group"}) {
+            ++kept;
+            book->Save(2);
+            ASSERT_EQ(NamesInFile(), (Names{L"Ann", L"Group"})) << failing;
+            ASSERT_EQ(ReadBytes(Path() + L".bak"), before) << failing; // what the book does not know of
+        } else if (!failed) {
+            ASSERT_EQ(book.Names(), Names{L"Bob"});
+        }
+        SetFileAttributesW((Path() + L".bak").c_str(), FILE_ATTRIBUTE_NORMAL);
+        DeleteFileW((Path() + L".bak").c_str());
+    }
+    EXPECT_GT(kept, 10);
+}
+
+TEST_F(BusyPhoneBook, StaysAsItIsWhenThereIsNoMemoryToFollowAChange)
+{
+    WriteBook();
+    ReloadSorted(*book);
+    ASSERT_TRUE(SaveBob());
+    before = ReadBytes(Path());
+    refusals.allocateHeap = [] { return DWORD{ERROR_NOT_ENOUGH_MEMORY}; }; // of the items' texts
+    book->FollowChange(true);
+    refusals = {};
+    EXPECT_EQ(book.Names(), (Names{L"Ann", L"Group"}));
+    book->FollowChange(true); // and tries again
+    EXPECT_EQ(book.Names(), Names{L"Bob"});
+}
+
 // Ids
 
 TEST_F(FailingFiles, AnIdThatAGroupStillNamesIsNotHandedOutAgain)

@@ -62,7 +62,7 @@ BOOL PhoneBook::Load() noexcept
         const bool wasEmpty = items_.empty();
         const unsigned loadsBefore = loads_;
         const LoadedPhoneBook loaded = storage_.Load(filePath_, store_);
-        const BOOL result = loaded.outcome == LoadOutcome::Read || loaded.outcome == LoadOutcome::NotUnderstood;
+        const BOOL result = loaded.outcome != LoadOutcome::NoFile && loaded.outcome != LoadOutcome::NotReadable;
         if (loads_ != loadsBefore) { // a later load has come first
             store_.DiscardReplaced(loaded.items);
             return result;
@@ -73,6 +73,8 @@ BOOL PhoneBook::Load() noexcept
             Add(item);
         if (loaded.outcome == LoadOutcome::Read && !loaded.dropped)
             seen_ = loaded.content;
+        if (loaded.outcome == LoadOutcome::NotFinished)
+            return result;
         if (wasEmpty && result)
             stamp_ = loaded.stamp;
         ++loads_;
@@ -98,17 +100,25 @@ BOOL PhoneBook::Save(DWORD count) noexcept
 
 void PhoneBook::Reload()
 {
-    const std::vector<PhoneBookItem*> replaced = items_;
+    ReplaceItems(false);
+}
+
+void PhoneBook::ReplaceItems(bool keepUnlessLoaded)
+{
+    std::vector<PhoneBookItem*> replaced = items_;
+    const unsigned loadsBefore = loads_;
     RemoveAll();
     Load();
-    if (busy_ == 0)
+    if (keepUnlessLoaded && loads_ == loadsBefore)
+        items_ = std::move(replaced);
+    else if (busy_ == 0)
         store_.DiscardReplaced(replaced);
 }
 
 void PhoneBook::FollowChange(bool sorted)
 {
     if (!HoldsTheFile())
-        Reload();
+        ReplaceItems(true);
     if (sorted)
         Sort(TRUE);
 }

@@ -26,7 +26,8 @@ using ContentHash = std::size_t;
 enum class LoadOutcome {
     NoFile,        // not there
     NotReadable,   // there, but it could not be opened
-    NotUnderstood, // no document, no phone book in it, or one that could not be read to its end
+    NotUnderstood, // no document, or no phone book in it
+    NotFinished,   // a phone book that could not be read to its end
     Read,
 };
 

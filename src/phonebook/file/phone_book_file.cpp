@@ -358,6 +358,7 @@ LoadedPhoneBook LoadPhoneBookFile(const std::wstring& path, ItemStore& store)
     if (Reader(loaded, store).ReadItems(*document.PhoneBookNode())) {
         loaded.outcome = LoadOutcome::Read;
     } else {
+        loaded.outcome = LoadOutcome::NotFinished;
         store.DiscardReplaced(loaded.items);
         loaded.items.clear();
     }
