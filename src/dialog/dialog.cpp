@@ -38,6 +38,22 @@ void SetFieldText(HWND control, const wchar_t* text)
         throw std::runtime_error("a field cannot be filled");
 }
 
+bool IsChecked(HWND dialog, int box)
+{
+    // Asked in two ways: cleared is also what a question that has failed answers.
+    const HWND window = GetDlgItem(dialog, box);
+    const bool checked = IsDlgButtonChecked(dialog, box) == BST_CHECKED;
+    if (window == nullptr || checked != (SendMessageW(window, BM_GETCHECK, 0, 0) == BST_CHECKED))
+        throw std::runtime_error("a check box cannot be read");
+    return checked;
+}
+
+void SetChecked(HWND dialog, int button, bool checked)
+{
+    if (!CheckDlgButton(dialog, button, checked ? BST_CHECKED : BST_UNCHECKED))
+        throw std::runtime_error("a button cannot be checked");
+}
+
 namespace {
 
 // The dialog manager of a page is the sheet's.

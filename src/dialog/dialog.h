@@ -201,6 +201,11 @@ std::wstring FieldText(HWND edit, std::size_t units = static_cast<std::size_t>(-
 // Throws when the control does not take the text, or is not there.
 void SetFieldText(HWND control, const wchar_t* text);
 
+// Whether a check box is checked, for what is going to be sent or stored. Throws when that cannot be told.
+bool IsChecked(HWND dialog, int box);
+// Of a check box or a radio button. Throws when it cannot be shown.
+void SetChecked(HWND dialog, int button, bool checked);
+
 // Moves the keyboard focus as the Tab key would: the default button, which is the sheet's for a page, follows.
 void FocusControl(HWND dialog, int control) noexcept;
 

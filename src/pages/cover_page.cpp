@@ -30,11 +30,6 @@ void EnableFields(HWND dialog, bool enabled) noexcept
     EnableImage(dialog, enabled);
 }
 
-bool IsOn(HWND dialog) noexcept
-{
-    return IsDlgButtonChecked(dialog, IDC_COVER_PAGE) == BST_CHECKED;
-}
-
 bool CanBeRead(const std::wstring& path) noexcept
 {
     const UniqueFile file(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
@@ -42,11 +37,15 @@ bool CanBeRead(const std::wstring& path) noexcept
     return static_cast<bool>(file);
 }
 
-// Enables the fields as the check box says.
+void SwitchFields(CoverPage& page, bool on) noexcept
+{
+    page.checkImage = on;
+    EnableFields(page.dialog, on);
+}
+
 void OnCoverPageToggled(CoverPage& page)
 {
-    page.checkImage = IsOn(page.dialog);
-    EnableFields(page.dialog, page.checkImage);
+    SwitchFields(page, IsChecked(page.dialog, IDC_COVER_PAGE));
 }
 
 void BrowseForOverlayImage(CoverPage& page)
@@ -77,13 +76,13 @@ void LoadCoverPageFields(CoverPage& page, const FaxJobData& record)
     SetFieldText(GetDlgItem(dialog, IDC_NOTES), record.CoverPageNotes);
     SetFieldText(GetDlgItem(dialog, IDC_SUBJECT), record.CoverPageSubject);
     SetFieldText(GetDlgItem(dialog, IDC_IMAGE), record.OverlayPath);
-    CheckDlgButton(dialog, IDC_COVER_PAGE, record.AddCoverPage != 0 ? BST_CHECKED : BST_UNCHECKED);
-    OnCoverPageToggled(page);
+    SetChecked(dialog, IDC_COVER_PAGE, record.AddCoverPage != 0);
+    SwitchFields(page, record.AddCoverPage != 0);
 }
 
 void LockCoverPageToOverlay(CoverPage& page)
 {
-    CheckDlgButton(page.dialog, IDC_COVER_PAGE, BST_CHECKED);
+    SetChecked(page.dialog, IDC_COVER_PAGE, true);
     EnableControl(page.dialog, IDC_COVER_PAGE, false);
     EnableTexts(page.dialog, true);
     EnableImage(page.dialog, false);
@@ -92,7 +91,7 @@ void LockCoverPageToOverlay(CoverPage& page)
 
 void ForbidCoverPage(CoverPage& page)
 {
-    CheckDlgButton(page.dialog, IDC_COVER_PAGE, BST_UNCHECKED);
+    SetChecked(page.dialog, IDC_COVER_PAGE, false);
     EnableControl(page.dialog, IDC_COVER_PAGE, false);
     EnableFields(page.dialog, false);
     page.checkImage = false;
@@ -114,7 +113,7 @@ void SaveCoverPageFields(const CoverPage& page, FaxJobData& record)
 {
     const HWND dialog = page.dialog;
     const HWND notes = GetDlgItem(dialog, IDC_NOTES);
-    const bool on = IsOn(dialog);
+    const bool on = IsChecked(dialog, IDC_COVER_PAGE);
     // The fields can be used exactly when the box is checked: another answer is none.
     if (on != (IsWindowEnabled(notes) != FALSE))
         throw std::runtime_error("the cover page cannot be read");

@@ -36,7 +36,8 @@ constexpr std::array<Control, 9> CoverPageControls(Text notes) noexcept
     }};
 }
 
-// Shows the record's cover page; the fields can be used when it is on.
+// Shows the record's cover page; the fields can be used when it is on. This and the next two throw when something
+// cannot be shown.
 void LoadCoverPageFields(CoverPage& page, const FaxJobData& record);
 
 // The administrator's own image is forced on: notes and subject are free, everything else is fixed.

@@ -32,7 +32,7 @@ void LoadDefaults(EditDefaultsDialog& state)
     FaxJobData& defaults = *state.defaults;
     defaults.PrinterHandle = state.printer;
     // The first defaults that the user stores are applied to the job in any case.
-    defaults.DefaultsSaved = LoadFaxDefaults(defaults) ? 0 : 1;
+    defaults.DefaultsSaved = LoadFaxDefaults(defaults, UnreadDefaults::Refused) ? 0 : 1;
 }
 
 void ShowDefaults(EditDefaultsDialog& state)
@@ -44,9 +44,7 @@ void ShowDefaults(EditDefaultsDialog& state)
     // Kept: the Setup page only hides its group box.
     if (!state.settings.previewOffered)
         EnableControl(state.dialog, IDC_PREVIEW_GROUP, false);
-    // What is not shown would be stored as off.
-    if (!CheckDlgButton(state.dialog, IDC_APPLY_DEFAULTS, defaults.ApplyDefaults != 0 ? BST_CHECKED : BST_UNCHECKED))
-        throw std::runtime_error("the dialog cannot show the defaults");
+    SetChecked(state.dialog, IDC_APPLY_DEFAULTS, defaults.ApplyDefaults != 0);
     // The administrator's lock of the cover page does not reach here: it binds jobs, not what the user prefers.
     if (IsSpoolerThunkHost())
         ForbidCoverPage(state.coverPage);
@@ -79,10 +77,12 @@ void Store(const EditDefaultsDialog& state)
     SaveSendSettings(state.settings, chosen.Get());
     SaveCoverPageFields(state.coverPage, chosen.Get());
 
+    const bool apply = IsChecked(state.dialog, IDC_APPLY_DEFAULTS);
+
     FaxJobData& defaults = *state.defaults;
     ExchangeSendSettings(defaults, chosen.Get());
     ExchangeCoverPage(defaults, chosen.Get());
-    defaults.ApplyDefaults = IsDlgButtonChecked(state.dialog, IDC_APPLY_DEFAULTS) == BST_CHECKED ? 1 : 0;
+    defaults.ApplyDefaults = apply ? 1 : 0;
     SaveFaxDefaults(defaults);
 }
 

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <new>
+#include <stdexcept>
 #include <string>
 
 namespace qx {
@@ -50,12 +51,12 @@ void TakeAway(HWND dialog, int control) noexcept
 }
 
 // A value that no button stands for leaves the buttons and the value chosen before as they are.
-void Choose(HWND dialog, std::span<const Choice> choices, DWORD value, DWORD& chosen) noexcept
+void Choose(HWND dialog, std::span<const Choice> choices, DWORD value, DWORD& chosen)
 {
     if (std::ranges::find(choices, value, &Choice::value) == choices.end())
         return;
     for (const Choice& choice : choices)
-        CheckDlgButton(dialog, choice.control, choice.value == value ? BST_CHECKED : BST_UNCHECKED);
+        SetChecked(dialog, choice.control, choice.value == value);
     chosen = value;
 }
 
@@ -78,7 +79,7 @@ void LoadMethod(SendSettings& settings, const FaxJobData& record)
 }
 
 // The address is not shown, and what the empty field says is what is saved.
-void OfferPrintOnly(SendSettings& settings) noexcept
+void OfferPrintOnly(SendSettings& settings)
 {
     EnableControl(settings.dialog, IDC_NOTIFY_EMAIL, false);
     EnableControl(settings.dialog, IDC_EMAIL, false);
@@ -159,7 +160,7 @@ void LoadPreview(SendSettings& settings, HANDLE printer, const FaxJobData& recor
 {
     settings.previewOffered = IsLocalPrinter(printer);
     settings.showPreview = settings.previewOffered && record.ShowPreview != 0 ? 1 : 0;
-    CheckDlgButton(settings.dialog, IDC_PREVIEW, settings.showPreview != 0 ? BST_CHECKED : BST_UNCHECKED);
+    SetChecked(settings.dialog, IDC_PREVIEW, settings.showPreview != 0);
     if (settings.previewOffered)
         return;
     TakeAway(settings.dialog, IDC_PREVIEW);
@@ -168,12 +169,12 @@ void LoadPreview(SendSettings& settings, HANDLE printer, const FaxJobData& recor
 
 void TogglePreview(SendSettings& settings)
 {
-    settings.showPreview = IsDlgButtonChecked(settings.dialog, IDC_PREVIEW) == BST_CHECKED ? 1 : 0;
+    settings.showPreview = IsChecked(settings.dialog, IDC_PREVIEW) ? 1 : 0;
 }
 
 std::optional<SendProblem> CheckEmail(const SendSettings& settings, const FaxJobData& record)
 {
-    if (record.EmailServiceOperational == 0 || IsDlgButtonChecked(settings.dialog, IDC_NOTIFY_EMAIL) != BST_CHECKED)
+    if (record.EmailServiceOperational == 0 || !IsChecked(settings.dialog, IDC_NOTIFY_EMAIL))
         return {};
     return CheckEmailAddress(Field(settings.dialog, IDC_EMAIL, kEmailLimit + 1));
 }
@@ -181,6 +182,9 @@ std::optional<SendProblem> CheckEmail(const SendSettings& settings, const FaxJob
 void SaveSendSettings(const SendSettings& settings, FaxJobData& record)
 {
     const HWND dialog = settings.dialog;
+    // What the box shows was not taken over when it was clicked.
+    if (IsChecked(dialog, IDC_PREVIEW) != (settings.showPreview != 0))
+        throw std::runtime_error("the preview's check box was not read");
     SetSenderName(record, Field(dialog, IDC_SENDER_NAME, kTextUnits).c_str());
     SetSenderFaxNo(record, Field(dialog, IDC_SENDER_FAX, kTextUnits).c_str());
     SetSenderCompany(record, Field(dialog, IDC_SENDER_COMPANY, kTextUnits).c_str());

@@ -70,13 +70,15 @@ constexpr std::array<Control, 26> SendSettingsControls(BuiltInTexts texts, Text 
     return controls;
 }
 
-// Shows the record's sender, quality and notification. What the device cannot do is hidden or disabled.
+// Shows the record's sender, quality and notification. What the device cannot do is hidden or disabled. Throws when
+// something cannot be shown.
 void LoadSendSettings(SendSettings& settings, const FaxJobData& record);
 
-// Shows whether to preview; a printer of a print server offers no preview, and hides it.
+// Shows whether to preview; a printer of a print server offers no preview, and hides it. Throws
+// when it cannot be shown.
 void LoadPreview(SendSettings& settings, HANDLE printer, const FaxJobData& record);
 
-// As the check box says.
+// As the check box says. Throws when that cannot be told.
 void TogglePreview(SendSettings& settings);
 
 // What is wrong with the address, if notification by e-mail is chosen and the device has it. Throws when the field

@@ -38,6 +38,14 @@ void LoadSetupPage(SetupPage& page)
         FitSendButtonToText(page);
 }
 
+// Noted before, since the fields may not take it.
+void ReloadSetupPage(SetupPage& page)
+{
+    page.settingsAreOld = true;
+    LoadSetupPage(page);
+    page.settingsAreOld = false;
+}
+
 // The device's flags decide in the defaults dialog, too, what can be chosen.
 void LoadWorkingDefaults(SetupPage& page)
 {
@@ -76,7 +84,7 @@ void EditDefaults(SetupPage& page)
 {
     if (ShowModal<kEditDefaultsDialog>(page.dialog, page.defaultsDialog) == IDOK &&
         TakeDefaults(*page.job, page.defaults.Get()))
-        LoadSetupPage(page);
+        ReloadSetupPage(page);
 }
 
 // The book in memory holds what a cancelled edit left behind: it is read again either way.
@@ -99,6 +107,10 @@ bool ValidateSetupPage(SetupPage& page)
 
 bool PrepareSetupPage(SetupPage& page)
 {
+    if (page.settingsAreOld) {
+        ReloadSetupPage(page);
+        return false; // the user has not seen them yet
+    }
     FaxJobData& draft = page.draft.emplace().Get();
     SaveSendSettings(page.settings, draft);
     if (draft.NotifyOn == 0)

@@ -22,6 +22,7 @@ struct SetupPage : SheetPage {
     HANDLE printer = nullptr; // set before the page is created; not owned
 
     SendSettings settings;
+    bool settingsAreOld = false; // the job has others, which the page could not show
     SendButtonGrowth sendButtonGrowth;
     OwnedFaxJobData defaults; // the working copy of the user's defaults, with the device's state
     KeySet defaultsKeys{defaults.Get()};

@@ -9,6 +9,8 @@
 
 #include <algorithm>
 #include <iterator>
+#include <new>
+#include <stdexcept>
 #include <string>
 
 namespace qx {
@@ -62,6 +64,8 @@ void TakeOver(FaxJobData& record, const StoredText& text, std::wstring stored)
     if (text.isNumber && !std::ranges::all_of(stored, AllowedInVoiceNumber))
         return;
     text.set(record, std::wstring(Cut(stored, text.limit)).c_str());
+    if (record.*text.field == nullptr)
+        throw std::bad_alloc();
 }
 
 void TakeOver(FaxJobData& record, const StoredNumber& number, DWORD stored)
@@ -69,17 +73,26 @@ void TakeOver(FaxJobData& record, const StoredNumber& number, DWORD stored)
     record.*number.field = stored >= number.least && stored <= number.most ? stored : number.otherwise;
 }
 
-void LoadText(FaxJobData& record, const StoredText& text)
+// A value that is missing, or longer than what it stands for, is none; everything else is a failure.
+bool IsRead(LSTATUS status, UnreadDefaults unread)
+{
+    if (unread == UnreadDefaults::Refused && status != ERROR_SUCCESS && status != ERROR_FILE_NOT_FOUND &&
+        status != ERROR_MORE_DATA)
+        throw std::runtime_error("the defaults cannot be read");
+    return status == ERROR_SUCCESS;
+}
+
+void LoadText(FaxJobData& record, const StoredText& text, UnreadDefaults unread)
 {
     std::wstring stored;
-    if (ReadString(record.hDefaultKey, text.name, stored))
+    if (IsRead(QueryString(record.hDefaultKey, text.name, stored), unread))
         TakeOver(record, text, std::move(stored));
 }
 
-bool LoadNumber(FaxJobData& record, const StoredNumber& number)
+bool LoadNumber(FaxJobData& record, const StoredNumber& number, UnreadDefaults unread)
 {
     DWORD stored = 0;
-    if (!ReadDword(record.hDefaultKey, number.name, stored))
+    if (!IsRead(QueryDword(record.hDefaultKey, number.name, stored), unread))
         return false;
     TakeOver(record, number, stored);
     return true;
@@ -92,14 +105,18 @@ void SaveNumber(const FaxJobData& record, const StoredNumber& number)
 
 } // namespace
 
-bool LoadFaxDefaults(FaxJobData& record)
+bool LoadFaxDefaults(FaxJobData& record, UnreadDefaults unread)
 {
     OpenKeys(KeySetOf(record));
+    // A printer without a subtree has no defaults; one whose key cannot be opened may have some.
+    if (record.hDefaultKey == nullptr &&
+        !(unread == UnreadDefaults::Refused && RestrictedUserGuid(record.PrinterHandle)))
+        return false;
     for (const StoredText& text : kTexts)
-        LoadText(record, text);
+        LoadText(record, text, unread);
     for (const StoredNumber& number : kNumbers)
-        LoadNumber(record, number);
-    return LoadNumber(record, kApplyDefaults);
+        LoadNumber(record, number, unread);
+    return LoadNumber(record, kApplyDefaults, unread);
 }
 
 void SaveFaxDefaults(FaxJobData& record)

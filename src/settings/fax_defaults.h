@@ -9,9 +9,14 @@
 
 namespace qx {
 
+// What becomes of a stored setting that is there and cannot be read. Refused: the load throws std::runtime_error; for
+// what is going to be stored again.
+enum class UnreadDefaults { LeftOut, Refused };
+
 // Reads the stored settings of record.PrinterHandle into the record. What is missing, or not acceptable, leaves its
 // field as it was. The record's keys are opened for it and stay open. True when the user has stored defaults before.
-bool LoadFaxDefaults(FaxJobData& record);
+// Throws std::bad_alloc when there is no memory for one.
+bool LoadFaxDefaults(FaxJobData& record, UnreadDefaults unread = UnreadDefaults::LeftOut);
 
 // Writes the record's settings. One that cannot be written does not stop the others; without a subtree of the
 // printer nothing is written.

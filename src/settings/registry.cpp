@@ -26,30 +26,45 @@ std::size_t ListUnits(const wchar_t* list) noexcept
 
 } // namespace
 
-bool ReadString(HKEY key, const wchar_t* name, std::wstring& out)
+LSTATUS QueryString(HKEY key, const wchar_t* name, std::wstring& out)
 {
+    if (key == nullptr)
+        return ERROR_INVALID_HANDLE;
     DWORD bytes = 0;
-    if (key == nullptr || RegQueryValueExW(key, name, nullptr, nullptr, nullptr, &bytes) != ERROR_SUCCESS)
-        return false;
+    if (const LSTATUS status = RegQueryValueExW(key, name, nullptr, nullptr, nullptr, &bytes); status != ERROR_SUCCESS)
+        return status;
     // An odd byte at the end falls into the spare units and reads as part of no character of the text.
     std::wstring buffer(bytes / sizeof(wchar_t) + kSpareUnits, L'\0');
-    if (RegQueryValueExW(key, name, nullptr, nullptr, reinterpret_cast<BYTE*>(buffer.data()), &bytes) != ERROR_SUCCESS)
-        return false;
+    const LSTATUS status =
+        RegQueryValueExW(key, name, nullptr, nullptr, reinterpret_cast<BYTE*>(buffer.data()), &bytes);
+    if (status != ERROR_SUCCESS)
+        return status;
     if (bytes % sizeof(wchar_t) != 0)
         buffer[bytes / sizeof(wchar_t)] = L'\0';
     out = std::move(buffer);
-    return true;
+    return ERROR_SUCCESS;
+}
+
+bool ReadString(HKEY key, const wchar_t* name, std::wstring& out)
+{
+    return QueryString(key, name, out) == ERROR_SUCCESS;
+}
+
+LSTATUS QueryDword(HKEY key, const wchar_t* name, DWORD& out) noexcept
+{
+    if (key == nullptr)
+        return ERROR_INVALID_HANDLE;
+    DWORD value = 0;
+    DWORD bytes = sizeof value;
+    const LSTATUS status = RegQueryValueExW(key, name, nullptr, nullptr, reinterpret_cast<BYTE*>(&value), &bytes);
+    if (status == ERROR_SUCCESS)
+        out = value;
+    return status;
 }
 
 bool ReadDword(HKEY key, const wchar_t* name, DWORD& out) noexcept
 {
-    DWORD value = 0;
-    DWORD bytes = sizeof value;
-    if (key == nullptr ||
-        RegQueryValueExW(key, name, nullptr, nullptr, reinterpret_cast<BYTE*>(&value), &bytes) != ERROR_SUCCESS)
-        return false;
-    out = value;
-    return true;
+    return QueryDword(key, name, out) == ERROR_SUCCESS;
 }
 
 DWORD ValueType(HKEY key, const wchar_t* name) noexcept

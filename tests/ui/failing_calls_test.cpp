@@ -3,6 +3,7 @@
 #include "support/failing_calls.h"
 
 #include "res/cover_page_ids.h"
+#include "res/edit_defaults_ids.h"
 #include "res/fax_job_page_ids.h"
 #include "res/setup_page_ids.h"
 #include "support/send_fax_session.h"
@@ -304,6 +305,151 @@ TEST_F(FailingCallsTest, APageThatCannotBeFilledEndsTheSheetAsCancelled)
         }
         EXPECT_EQ(session_.End().Cancelled, 1u) << field;
         EXPECT_EQ(session_.Recipients(), Recipients{}) << field;
+    }
+}
+
+TEST_F(FailingCallsTest, APageThatCannotShowAChoiceEndsTheSheetAsCancelled)
+{
+    for (const int control : {IDC_COVER_PAGE, IDC_STANDARD, IDC_NOTIFY_NEVER, IDC_NOTIFY_PRINT, IDC_PREVIEW}) {
+        const auto ofControl = [control](HWND, int id, UINT) { return id == control; };
+        FailingCalls<decltype(CheckDlgButton), struct ChoiceCalls> calls(Module(), "CheckDlgButton", FALSE,
+                                                                         ERROR_CONTROL_ID_NOT_FOUND, ofControl);
+        calls.FailFrom(1);
+        session_.Start();
+        Ui().Settle();
+        if (!Ui().Finished()) // where pages are created when they are first shown
+            Ui().GoToPage(kSetupPage);
+        EXPECT_EQ(session_.End().Cancelled, 1u) << control;
+        EXPECT_TRUE(calls.HasFailed()) << control;
+    }
+}
+
+TEST_F(FailingCallsTest, ACheckBoxThatCannotBeReadIsNotTakenForCleared)
+{
+    int box = IDC_COVER_PAGE;
+    FailingCalls<decltype(IsDlgButtonChecked), struct UnreadBoxCalls> calls(
+        Module(), "IsDlgButtonChecked", 0, ERROR_CONTROL_ID_NOT_FOUND, [&box](HWND, int id) { return id == box; });
+    session_.SetDefault(L"ShowPreview", 0u);
+    session_.Start();
+    Ui().WaitForControl(IDC_FAX_NUMBER);
+    Fill(kBob);
+    Ui().Paste(IDC_BILLING_CODE, L"0042");
+    calls.FailFrom(1);
+    Ui().Check(IDC_COVER_PAGE, true);
+    PressSend();
+    ASSERT_FALSE(Ui().Finished()); // the cover page would be missing
+    calls.FailNone();
+    Ui().Check(IDC_COVER_PAGE, false);
+    Ui().Check(IDC_COVER_PAGE, true);
+    Ui().GoToPage(kSetupPage);
+    Ui().WaitForControl(IDC_PREVIEW);
+    box = IDC_PREVIEW;
+    calls.FailFrom(1);
+    Ui().Check(IDC_PREVIEW, true);
+    PressSend();
+    ASSERT_FALSE(Ui().Finished()); // without a preview
+    calls.FailNone();
+    Ui().Check(IDC_PREVIEW, false);
+    Ui().Check(IDC_PREVIEW, true);
+    const FaxJobData& job = session_.Send();
+    EXPECT_EQ(job.AddCoverPage, 1u);
+    EXPECT_EQ(job.ShowPreview, 1u);
+}
+
+// ---- the user's defaults
+
+class FailingDefaultsTest : public FailingCallsTest {
+protected:
+    FailingDefaultsTest()
+    {
+        session_.SetDefault(L"SenderName", L"Old name");
+        session_.SetDefault(L"SenderCompany", L"Old company");
+        session_.SetDefault(L"Resolution", 2u);
+    }
+
+    void OpenSetupPage()
+    {
+        session_.Start();
+        Ui().WaitForControl(IDC_FAX_NUMBER);
+        Ui().GoToPage(kSetupPage);
+        Ui().WaitForControl(IDC_EDIT_DEFAULTS);
+    }
+
+    // The dialog's own, since the page has fields of the same numbers.
+    bool DefaultsDialogIsOpen() { return Ui().HasControl(IDC_APPLY_DEFAULTS); }
+};
+
+TEST_F(FailingDefaultsTest, DefaultsThatCannotBeReadAreNotOfferedAsEmptyOnes)
+{
+    FailingCalls<decltype(RegQueryValueExW), struct ReadCalls> reads(Module(), "RegQueryValueExW", ERROR_ACCESS_DENIED);
+    FailingCalls<decltype(RegCreateKeyExW), struct OpenCalls> keys(Module(), "RegCreateKeyExW", ERROR_ACCESS_DENIED);
+    FailingCalls<decltype(HeapAlloc), struct TextMemoryCalls> memory(Module(), "HeapAlloc", nullptr);
+    OpenSetupPage();
+    const auto expectNoDialog = [this](const char* what) {
+        Ui().Press(IDC_EDIT_DEFAULTS);
+        Ui().Settle();
+        EXPECT_FALSE(DefaultsDialogIsOpen()) << what;
+        if (DefaultsDialogIsOpen())
+            Ui().Press(IDCANCEL);
+    };
+    for (const long call : {1, 2, 3, 16}) { // sizes, contents, the last one of all
+        reads.FailFrom(call);
+        expectNoDialog("a value that cannot be read");
+    }
+    reads.FailNone();
+    keys.FailFrom(1);
+    expectNoDialog("a key that cannot be opened");
+    keys.FailNone();
+    for (long call = 1; call <= 2; ++call) { // the name, the company
+        memory.FailOnly(call);
+        expectNoDialog("a text for which there is no memory");
+        EXPECT_TRUE(memory.HasFailed());
+    }
+    memory.FailNone();
+    Ui().Press(IDC_EDIT_DEFAULTS);
+    Ui().WaitForControl(IDC_APPLY_DEFAULTS);
+    EXPECT_EQ(Ui().Text(IDC_SENDER_NAME), L"Old name");
+    EXPECT_EQ(Ui().Text(IDC_SENDER_COMPANY), L"Old company");
+    Ui().Press(IDCANCEL);
+    session_.Cancel();
+}
+
+TEST_F(FailingDefaultsTest, DefaultsThatThePageCouldNotShowAreShownBeforeTheyAreSent)
+{
+    for (const int control : {IDC_SENDER_COMPANY, IDC_STANDARD}) {
+        session_.SetDefault(L"Resolution", 2u);
+        OpenSetupPage();
+        const HWND page = GetParent(Ui().Control(IDC_EDIT_DEFAULTS));
+        Ui().Press(IDC_EDIT_DEFAULTS);
+        Ui().WaitForControl(IDC_APPLY_DEFAULTS);
+        Ui().Paste(IDC_SENDER_NAME, L"New name");
+        Ui().Paste(IDC_SENDER_COMPANY, L"New company");
+        Ui().Choose(IDC_STANDARD);
+        Ui().Check(IDC_APPLY_DEFAULTS, true);
+        const auto text = [&](HWND window, const wchar_t*) {
+            return GetDlgCtrlID(window) == control && GetParent(window) == page;
+        };
+        const auto choice = [&](HWND dialog, int id, UINT) { return id == control && dialog == page; };
+        FailingCalls<decltype(SetWindowTextW), struct PageTextCalls> texts(Module(), "SetWindowTextW", FALSE, 0, text);
+        FailingCalls<decltype(CheckDlgButton), struct PageChoiceCalls> choices(Module(), "CheckDlgButton", FALSE, 0,
+                                                                               choice);
+        texts.FailFrom(1);
+        choices.FailFrom(1);
+        Ui().Press(IDOK);
+        Ui().Settle();
+        EXPECT_TRUE(texts.HasFailed() || choices.HasFailed());
+        texts.FailNone();
+        choices.FailNone();
+        Ui().GoToPage(0);
+        Ui().WaitForControl(IDC_FAX_NUMBER);
+        Fill(kBob);
+        Ui().Paste(IDC_BILLING_CODE, L"0042");
+        PressSend();
+        ASSERT_FALSE(Ui().Finished()) << control; // the user has not seen them yet
+        const FaxJobData& job = session_.Send();
+        EXPECT_STREQ(job.SenderName, L"New name");
+        EXPECT_STREQ(job.SenderCompany, L"New company");
+        EXPECT_EQ(job.Resolution, 0u);
     }
 }
 
