@@ -1,5 +1,7 @@
 #include "support/resource_count.h"
 
+#include <ostream>
+#include <vector>
 #include <windows.h>
 
 namespace qx::test {
@@ -42,6 +44,22 @@ std::size_t CountWindows()
     return count;
 }
 
+std::size_t CountMenusAndIcons()
+{
+    std::size_t count = 0;
+    for (ULONG_PTR index = 0x20; index < kHandleLimit; index += 2) {
+        ICONINFO icon{};
+        if (IsMenu(reinterpret_cast<HMENU>(index))) {
+            ++count;
+        } else if (GetIconInfo(reinterpret_cast<HICON>(index), &icon)) {
+            ++count;
+            DeleteObject(icon.hbmColor);
+            DeleteObject(icon.hbmMask);
+        }
+    }
+    return count;
+}
+
 std::size_t CountKernelHandles()
 {
     std::size_t count = 0;
@@ -66,6 +84,18 @@ void CountHeap(ResourceCount& count)
     HeapUnlock(heap);
 }
 
+std::size_t CountPrivateBytes()
+{
+    std::size_t bytes = 0;
+    MEMORY_BASIC_INFORMATION region{};
+    for (const std::byte* place = nullptr; VirtualQuery(place, &region, sizeof region) != 0;
+         place = static_cast<const std::byte*>(region.BaseAddress) + region.RegionSize) {
+        if (region.State == MEM_COMMIT && region.Type == MEM_PRIVATE)
+            bytes += region.RegionSize;
+    }
+    return bytes;
+}
+
 } // namespace
 
 ResourceCount CountResources()
@@ -73,9 +103,41 @@ ResourceCount CountResources()
     ResourceCount count;
     count.gdiObjects = CountGdiObjects();
     count.windows = CountWindows();
+    count.menusAndIcons = CountMenusAndIcons();
     count.kernelHandles = CountKernelHandles();
     CountHeap(count);
+    count.privateBytes = CountPrivateBytes();
     return count;
+}
+
+ResourceCount Growth(const ResourceCount& before, const ResourceCount& after)
+{
+    const auto grown = [&](std::size_t ResourceCount::* kind) {
+        return after.*kind > before.*kind ? after.*kind - before.*kind : 0;
+    };
+    using Kind = ResourceCount;
+    return {grown(&Kind::gdiObjects), grown(&Kind::windows),   grown(&Kind::menusAndIcons), grown(&Kind::kernelHandles),
+            grown(&Kind::heapBlocks), grown(&Kind::heapBytes), grown(&Kind::privateBytes)};
+}
+
+std::ostream& operator<<(std::ostream& out, const ResourceCount& count)
+{
+    return out << "GDI objects " << count.gdiObjects << ", windows " << count.windows << ", menus and icons "
+               << count.menusAndIcons << ", kernel handles " << count.kernelHandles << ", heap blocks "
+               << count.heapBlocks << ", heap bytes " << count.heapBytes << ", private bytes " << count.privateBytes;
+}
+
+bool WalkSeesEveryBlock()
+{
+    constexpr std::size_t kBlocks = 1000;
+    const std::size_t before = CountResources().heapBlocks;
+    std::vector<void*> blocks(kBlocks);
+    for (void*& block : blocks)
+        block = HeapAlloc(GetProcessHeap(), 0, 30);
+    const std::size_t after = CountResources().heapBlocks;
+    for (void* const block : blocks)
+        HeapFree(GetProcessHeap(), 0, block);
+    return after >= before + kBlocks;
 }
 
 } // namespace qx::test

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <iosfwd>
 #include <windows.h>
 
 namespace qx::test {
@@ -9,12 +10,21 @@ namespace qx::test {
 struct ResourceCount {
     std::size_t gdiObjects = 0;
     std::size_t windows = 0;
+    std::size_t menusAndIcons = 0; // cursors are icons
     std::size_t kernelHandles = 0;
     std::size_t heapBlocks = 0; // of the process heap
     std::size_t heapBytes = 0;
+    std::size_t privateBytes = 0; // committed, and shared with no other process
 };
 
 ResourceCount CountResources();
+// Of each kind by how much it has grown; 0 for one that has shrunk.
+ResourceCount Growth(const ResourceCount& before, const ResourceCount& after);
+// Later heaps hand out small blocks from groups, and a walk over the heap sees the group: what the system loses with a
+// sheet then counts by how many groups it is spread over, which the blocks of others in between decide.
+bool WalkSeesEveryBlock();
+// One line.
+std::ostream& operator<<(std::ostream& out, const ResourceCount& count);
 
 // Of all blocks of the process heap in use.
 inline std::size_t HeapBytesInUse()

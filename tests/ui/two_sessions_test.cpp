@@ -1,27 +1,31 @@
 // Two sessions at a time, on two threads of one process, as a print host has them that serves several programs.
 #include "host/utf8.h"
 #include "res/fax_job_page_ids.h"
+#include "support/bare_sheet.h"
+#include "support/resource_count.h"
 #include "support/send_fax_session.h"
 #include "support/text_layout_lock.h"
+#include "support/thorough.h"
 
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cwchar>
 #include <gtest/gtest.h>
+#include <iostream>
 #include <prsht.h>
 
 namespace qx::test {
 namespace {
 
-constexpr int kSessions = 50;  // on each thread
-constexpr int kSaveEvery = 10; // sessions until one adds its recipient to the phone book
+constexpr unsigned kSessions = 50; // on each thread
+constexpr int kSaveEvery = 10;     // sessions until one adds its recipient to the phone book
 constexpr UINT kPatienceMilliseconds = 20000;
 
 // One program: its thread, which calls the module, and its user, on another thread.
 class Program {
 public:
-    explicit Program(wchar_t letter, int sessions = kSessions) : letter_(letter), sessions_(sessions)
+    Program(wchar_t letter, int sessions) : letter_(letter), sessions_(sessions)
     {
         session_.SetDefault(L"ApplyDefaults", 1u); // the sheet opens on the Fax Job page
     }
@@ -208,7 +212,41 @@ private:
     std::thread user_;
 };
 
-TEST(TwoSessions, AtATimeDoNotDisturbEachOther)
+void SendFromTwoPrograms(int sessions)
+{
+    Program first(L'A', sessions), second(L'B', sessions);
+    first.Start();
+    second.Start();
+    first.Join();
+    second.Join();
+    EXPECT_EQ(first.Problems(), std::vector<std::string>());
+    EXPECT_EQ(second.Problems(), std::vector<std::string>());
+    EXPECT_EQ(first.SentAsTyped(), sessions);
+    EXPECT_EQ(second.SentAsTyped(), sessions);
+}
+
+void ShowTwoBareSheetsAtATime(int rounds)
+{
+    const auto show = [rounds] {
+        for (int i = 0; i < rounds; ++i)
+            ShowBareSheet();
+    };
+    std::thread other(show);
+    show();
+    other.join();
+}
+
+template <class Rounds> ResourceCount GrowthOf(const char* what, int warmUp, Rounds rounds)
+{
+    rounds(warmUp);
+    const ResourceCount before = CountResources();
+    rounds(static_cast<int>(kSessions));
+    const ResourceCount grown = Growth(before, CountResources());
+    std::cout << kSessions << ' ' << what << " on each of two threads: " << grown << '\n';
+    return grown;
+}
+
+TEST(TwoSessions, AtATimeDoNotDisturbEachOtherAndLeaveNothingBehind)
 {
     LockTextLayout();
     {
@@ -220,15 +258,20 @@ TEST(TwoSessions, AtATimeDoNotDisturbEachOther)
         warmUp.Join();
         ASSERT_EQ(warmUp.SentAsTyped(), 1);
     }
-    Program first(L'A'), second(L'B');
-    first.Start();
-    second.Start();
-    first.Join();
-    second.Join();
-    EXPECT_EQ(first.Problems(), std::vector<std::string>());
-    EXPECT_EQ(second.Problems(), std::vector<std::string>());
-    EXPECT_EQ(first.SentAsTyped(), kSessions);
-    EXPECT_EQ(second.SentAsTyped(), kSessions);
+    const SendFaxSession keepsTheModule;
+    const ResourceCount bare = GrowthOf("bare sheets", Rounds(10, 70), ShowTwoBareSheetsAtATime);
+    const ResourceCount grown = GrowthOf("sessions", Rounds(10, 170), SendFromTwoPrograms);
+
+    // Caches of the system may settle by some, and the fewer rounds went before the more; a leak per session would be
+    // twice kSessions.
+    EXPECT_LE(grown.gdiObjects, bare.gdiObjects + 30);
+    EXPECT_LE(grown.windows, bare.windows + 2);
+    EXPECT_LE(grown.menusAndIcons, bare.menusAndIcons + 2);
+    EXPECT_LE(grown.kernelHandles, bare.kernelHandles + 20);
+    const std::size_t spread = WalkSeesEveryBlock() ? 1 : 2;
+    EXPECT_LE(grown.heapBlocks, spread * bare.heapBlocks + kSessions);
+    EXPECT_LE(grown.heapBytes, spread * bare.heapBytes + kSessions * 200);
+    EXPECT_LE(grown.privateBytes, 2 * bare.privateBytes + (8u << 20));
 }
 
 } // namespace
