@@ -80,7 +80,7 @@ void TakeBack(const std::wstring& path, const std::wstring& copy)
     if (!replacement)
         throw Refusal("there is no room for a new file beside the phone book " + Quoted(path));
     WriteFileOrRefuse(replacement.Path(), bytes, true);
-    if (!replacement.TakePlace())
+    if (!replacement.TakePlace([&path] { return KeepCopy(path); })) // what another machine saves meanwhile is kept, too
         throw Refusal("the phone book " + Quoted(path) + " is in use, and is as it was");
 }
 

@@ -233,6 +233,102 @@ TEST_F(FailingFiles, ABookThatSomebodyElseSavedUnnoticedIsKeptBeforeItIsReplaced
     EXPECT_EQ(documents.Files(), (Names{L"qxfaxab.xml", L"qxfaxab.xml.bak"}));
 }
 
+// On another machine, which shares the file and no guard.
+class SavedElsewhere : public FailingFiles {
+protected:
+    void SetUp() override
+    {
+        WriteBook();
+        book->Reload();
+    }
+
+    void SaveElsewhere(const std::string& content)
+    {
+        SetFileAttributesW(Path().c_str(), FILE_ATTRIBUTE_NORMAL);
+        WriteBytes(Path(), content);
+    }
+
+    // With the calls of that number, counted from 1.
+    std::function<DWORD()> AtCall(int number, std::string content, DWORD error = ERROR_SUCCESS)
+    {
+        return [this, number, content, error, calls = 0]() mutable -> DWORD {
+            if (++calls != number)
+                return ERROR_SUCCESS;
+            SaveElsewhere(content);
+            return error;
+        };
+    }
+
+    std::string Kept(const wchar_t* ending) const { return ReadBytes(Path() + ending); }
+
+    const std::string theirs = "<theirs/>", theirNext = "<next/>";
+};
+
+TEST_F(SavedElsewhere, WhileTheNewContentIsMadeItIsKept)
+{
+    refusals.flush = AtCall(1, theirs);
+    book->Save(1);
+    EXPECT_EQ(Kept(L".bak"), theirs);
+    EXPECT_EQ(NamesInFile(), Names{L"Ann"});
+}
+
+TEST_F(SavedElsewhere, WhileThatIsKeptItIsKeptAsWell)
+{
+    SaveElsewhere(theirs);
+    refusals.flush = AtCall(1, theirNext); // of the copy
+    book->Save(1);
+    EXPECT_EQ(Kept(L".bak"), theirs);
+    EXPECT_EQ(Kept(L".2.bak"), theirNext);
+    EXPECT_EQ(NamesInFile(), Names{L"Ann"});
+}
+
+TEST_F(SavedElsewhere, WhileTheRenameWaitsItIsKept)
+{
+    refusals.move = AtCall(1, theirs, ERROR_SHARING_VIOLATION);
+    book->Save(1);
+    EXPECT_EQ(Kept(L".bak"), theirs);
+    EXPECT_EQ(NamesInFile(), Names{L"Ann"});
+}
+
+TEST_F(SavedElsewhere, WhenItCannotBeKeptItStays)
+{
+    refusals.flush = AtCall(1, theirs);
+    refusals.copy = Always(ERROR_DISK_FULL);
+    book->Save(1);
+    EXPECT_EQ(ReadBytes(Path()), theirs);
+    EXPECT_EQ(documents.Files(), Names{L"qxfaxab.xml"});
+}
+
+TEST_F(SavedElsewhere, BeforeItIsWrittenOverInPlaceItIsKept)
+{
+    TakeNoSecondFile(ERROR_ACCESS_DENIED);
+    refusals.flush = [this, save = AtCall(1, theirs)]() -> DWORD {
+        const DWORD error = save();
+        refusals.open = nullptr; // where a second file fits all of a sudden the copy can lie
+        return error;
+    };
+    book->Save(1);
+    EXPECT_EQ(Kept(L".bak"), theirs);
+    EXPECT_EQ(NamesInFile(), Names{L"Ann"});
+}
+
+TEST_F(SavedElsewhere, RightAfterARenameItIsNotTakenForSeen)
+{
+    bool renamed = false;
+    refusals.move = [&renamed]() -> DWORD {
+        renamed = true;
+        return ERROR_SUCCESS;
+    };
+    refusals.open = [&, saved = false](const std::wstring& path, DWORD, DWORD) mutable -> DWORD {
+        if (renamed && path == Path() && !std::exchange(saved, true))
+            SaveElsewhere(theirs);
+        return ERROR_SUCCESS;
+    };
+    book->Save(1);
+    book->Save(1);
+    EXPECT_EQ(Kept(L".bak"), theirs);
+}
+
 TEST_F(FailingFiles, ABookOfWhichALoadDropsSomethingIsKeptBeforeItIsReplaced)
 {
     for (const char* const item :

@@ -21,11 +21,12 @@ const int kSessions = Rounds(60, 1000);
 // Proves the counters: a test that cannot see a leak would always pass.
 TEST(ResourceCount, SeesEachKindOfLeak)
 {
+    const HICON shared = LoadIconW(nullptr, IDI_APPLICATION);
     const ResourceCount before = CountResources();
     const HBRUSH brush = CreateSolidBrush(RGB(1, 2, 3));
     const HWND window = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
     const HMENU menu = CreateMenu();
-    const HICON icon = CopyIcon(LoadIconW(nullptr, IDI_APPLICATION));
+    const HICON icon = CopyIcon(shared);
     const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
     constexpr std::size_t kRegion = 1 << 20;
     void* const region = VirtualAlloc(nullptr, kRegion, MEM_COMMIT, PAGE_READWRITE);

@@ -229,18 +229,22 @@ Replacement::~Replacement()
         DeleteFileW(temporary_.c_str());
 }
 
-bool Replacement::TakePlace()
+bool Replacement::TakePlace(const MayGo& mayGo)
 {
-    return FlushToDisk(temporary_) && (beside_ ? Rename() : Overwrite());
+    return FlushToDisk(temporary_) && (beside_ ? Rename(mayGo) : Overwrite(mayGo));
 }
 
-bool Replacement::Rename()
+bool Replacement::Rename(const MayGo& mayGo)
 {
     CopySecurity(path_, temporary_);
     const DWORD attributes = GetFileAttributesW(path_.c_str());
     const DWORD kept = attributes == INVALID_FILE_ATTRIBUTES ? 0 : attributes & ~DWORD{FILE_ATTRIBUTE_NORMAL};
     SetFileAttributesW(temporary_.c_str(), kept | FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_HIDDEN);
     const bool moved = RetryWhileInUse([&] {
+        if (!mayGo()) {
+            SetLastError(ERROR_CANCELLED);
+            return false;
+        }
         return MoveFileExW(temporary_.c_str(), path_.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) !=
                FALSE;
     });
@@ -249,9 +253,11 @@ bool Replacement::Rename()
     return moved;
 }
 
-bool Replacement::Overwrite()
+bool Replacement::Overwrite(const MayGo& mayGo)
 {
     RemoveAbandoned(StartInTemporaryFolder());
+    if (!mayGo())
+        return false;
     std::string oldContent;
     std::string newContent;
     if (ReadWholeFile(path_, oldContent) != ERROR_SUCCESS || ReadWholeFile(temporary_, newContent) != ERROR_SUCCESS)

@@ -4,6 +4,7 @@
 #include "base/unique.h"
 #include "phonebook/book/phone_book_storage.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -48,16 +49,19 @@ public:
     explicit operator bool() const noexcept { return !temporary_.empty(); }
     const std::wstring& Path() const noexcept { return temporary_; }
 
+    // Asked right before the old content goes, each time that is tried: it stays when the answer is false.
+    using MayGo = std::function<bool()>;
+
     // Puts the new content, once it is safely on the disk, where the old one was: in one step when it lies beside it.
     // Otherwise it is written over the old one, of which a copy lies in the temporary folder until that is done; when
     // it fails the old content is put back, and the copy stays unless that succeeded. The file keeps its security and
     // its attributes and is hidden. False: the old content is there.
-    bool TakePlace();
+    bool TakePlace(const MayGo& mayGo);
 
 private:
     bool Create(const std::wstring& start);
-    bool Rename();
-    bool Overwrite();
+    bool Rename(const MayGo& mayGo);
+    bool Overwrite(const MayGo& mayGo);
 
     const std::wstring path_;
     std::wstring temporary_;

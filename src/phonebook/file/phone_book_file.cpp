@@ -306,12 +306,6 @@ bool MakeWritable(const std::wstring& path)
     return opened;
 }
 
-bool Store(PhoneBookDocument& document, const std::wstring& path)
-{
-    Replacement replacement(path);
-    return replacement && document.Save(replacement.Path()) && replacement.TakePlace();
-}
-
 ContentHash HashOf(std::string_view bytes) noexcept
 {
     return std::hash<std::string_view>()(bytes);
@@ -325,6 +319,40 @@ std::optional<ContentHash> ContentOf(const std::wstring& path)
         return std::nullopt;
     return HashOf(bytes);
 }
+
+// What may be in a file, to be replaced: what was seen, and what a copy has been kept of. Another machine that shares
+// the file knows nothing of the guard: it may save at any moment, also while a copy is made.
+class OldContent {
+public:
+    // Without seen, and unless it is to be kept, nobody asks for it.
+    OldContent(const std::wstring& path, bool keep, const std::optional<ContentHash>* seen)
+        : path_(path), matters_(keep || seen != nullptr), known_(keep || seen == nullptr ? std::nullopt : *seen)
+    {
+    }
+
+    // Keeps a copy when there is another content by now. False when there is no copy of it.
+    bool MayGo()
+    {
+        for (int saves = 0; matters_ && saves < kMostSavesWaitedFor; ++saves) {
+            const std::optional<ContentHash> content = ContentOf(path_);
+            if (content && content == known_)
+                return true;
+            if (!KeepCopy(path_))
+                return false;
+            if (!content)
+                return true; // it can be copied and not read
+            known_ = content;
+        }
+        return true;
+    }
+
+private:
+    static constexpr int kMostSavesWaitedFor = 20;
+
+    const std::wstring& path_;
+    const bool matters_;
+    std::optional<ContentHash> known_;
+};
 
 DWORD ReadGuarded(const std::wstring& path, std::string& bytes, std::optional<FileStamp>& stamp)
 {
@@ -375,8 +403,8 @@ bool SavePhoneBookFile(const std::wstring& path, std::span<PhoneBookItem* const>
     // The copy comes after: what was not there before is there now, and nothing can appear unseen in between.
     if (!MakeWritable(real))
         return false;
-    const bool unseen = keepOld || (seen != nullptr && ContentOf(real) != *seen);
-    if (unseen && !KeepCopy(real))
+    OldContent old(real, keepOld, seen);
+    if (!old.MayGo())
         return false;
     PhoneBookDocument document;
     if (!document.Begin())
@@ -386,10 +414,15 @@ bool SavePhoneBookFile(const std::wstring& path, std::span<PhoneBookItem* const>
         if (!writer.WriteItem(*item))
             return false;
     }
-    const bool stored = Store(document, real);
+    Replacement replacement(real);
+    if (!replacement || !document.Save(replacement.Path()))
+        return false;
+    // Looked at before it is where others save as well.
+    const std::optional<ContentHash> saved = ContentOf(replacement.Path());
+    const bool stored = replacement.TakePlace([&old] { return old.MayGo(); });
     RemoveAbandonedReplacements(real);
     if (stored && seen != nullptr)
-        *seen = ContentOf(real);
+        *seen = saved;
     return stored;
 }
 
