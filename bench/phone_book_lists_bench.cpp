@@ -1,5 +1,6 @@
 // The phone book dialogs on long phone books, against what the list view itself needs for the same rows.
 #include "base/activation_context.h"
+#include "base/no_copy.h"
 #include "dialog/dialog.h"
 #include "phonebook/ui/edit_phone_book_dialog.h"
 #include "phonebook/ui/phone_book_list.h"
@@ -44,7 +45,7 @@ std::unique_ptr<TestBook> LongBook(DWORD count)
 
 // ---- the list view alone -------------------------------------------------------------------------------------------
 
-class BareList {
+class BareList : NoCopy {
 public:
     BareList()
     {
@@ -56,8 +57,6 @@ public:
             Send(LVM_INSERTCOLUMNW, static_cast<WPARAM>(column.iSubItem), &column);
     }
     ~BareList() { DestroyWindow(parent_); }
-    BareList(const BareList&) = delete;
-    BareList& operator=(const BareList&) = delete;
 
     HWND Window() const { return list_; }
     HWND Parent() const { return parent_; }

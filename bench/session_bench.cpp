@@ -1,6 +1,7 @@
 // What the user waits for: from the driver's call until the first page is painted, and from Send until the call
 // returns. Beside it a bare property sheet with the same pages and captions, and the load of the phone book.
 #include "base/activation_context.h"
+#include "base/no_copy.h"
 #include "host/provision.h"
 #include "pages/fax_job_page.h"
 #include "pages/setup_page.h"
@@ -41,7 +42,7 @@ struct Sitting {
 };
 
 // Hears of the first sheet that becomes active, by a message that its loop dispatches: then it is laid out and shown.
-class Watcher {
+class Watcher : NoCopy {
 public:
     Watcher() : window_(CreateWindowExW(0, L"Static", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr))
     {
@@ -55,8 +56,6 @@ public:
         DestroyWindow(window_);
         watcher_ = nullptr;
     }
-    Watcher(const Watcher&) = delete;
-    Watcher& operator=(const Watcher&) = delete;
 
     template <class Show> Sitting Watch(Show show)
     {
@@ -144,7 +143,7 @@ void ShowBareSheet(const TextOwner& texts)
     PropertySheetW(&header);
 }
 
-class Driver {
+class Driver : NoCopy {
 public:
     Driver()
     {
@@ -173,8 +172,6 @@ public:
         host::RemovePrinter(setup_.printer);
         host::RemoveUserSettings(*setup_.guid);
     }
-    Driver(const Driver&) = delete;
-    Driver& operator=(const Driver&) = delete;
 
     // Of that many entries; 0: there is none.
     void WritePhoneBook(DWORD entries) const

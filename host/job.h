@@ -1,6 +1,7 @@
 // A fax job as a driver keeps it: prepared before the call, read and released after it.
 #pragma once
 
+#include "base/no_copy.h"
 #include "base/unique.h"
 
 #include <filesystem>
@@ -11,12 +12,10 @@
 namespace qx::host {
 
 // A job record that is ready for the module, and releases what the module stored into it.
-class FaxJob {
+class FaxJob : NoCopy {
 public:
     FaxJob() { QxFaxInitJob(&record_); }
     ~FaxJob() { QxFaxReleaseJob(&record_); }
-    FaxJob(const FaxJob&) = delete;
-    FaxJob& operator=(const FaxJob&) = delete;
 
     FaxJobData& Record() { return record_; }
     bool Sent() const { return record_.Cancelled == 0; }

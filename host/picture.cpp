@@ -1,5 +1,6 @@
 #include "host/picture.h"
 
+#include "base/no_copy.h"
 #include "base/unique.h"
 #include "host/utf8.h"
 
@@ -20,7 +21,7 @@ namespace {
 
 constexpr CLSID kPngEncoder = {0x557CF406, 0x1A04, 0x11D3, {0x9A, 0x73, 0x00, 0x00, 0xF8, 0x1E, 0xF3, 0x2E}};
 
-class GdiPlus {
+class GdiPlus : NoCopy {
 public:
     GdiPlus()
     {
@@ -29,14 +30,12 @@ public:
             throw std::runtime_error("GDI+ does not start");
     }
     ~GdiPlus() { Gdiplus::GdiplusShutdown(token_); }
-    GdiPlus(const GdiPlus&) = delete;
-    GdiPlus& operator=(const GdiPlus&) = delete;
 
 private:
     ULONG_PTR token_ = 0;
 };
 
-class ScreenDc {
+class ScreenDc : NoCopy {
 public:
     ScreenDc() noexcept : dc_(GetDC(nullptr)), memory_(CreateCompatibleDC(dc_)) {}
     ~ScreenDc()
@@ -44,8 +43,6 @@ public:
         DeleteDC(memory_);
         ReleaseDC(nullptr, dc_);
     }
-    ScreenDc(const ScreenDc&) = delete;
-    ScreenDc& operator=(const ScreenDc&) = delete;
 
     UniqueBitmap Copy(const RECT& area) const
     {

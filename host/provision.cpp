@@ -1,5 +1,6 @@
 #include "host/provision.h"
 
+#include "base/no_copy.h"
 #include "base/printer.h"
 #include "base/unique.h"
 #include "host/utf8.h"
@@ -132,7 +133,7 @@ bool IsUpToDate(const PrinterSetup& setup)
 }
 
 // A folder with exactly the files of the driver, for the spooler to copy from.
-class Staging {
+class Staging : NoCopy {
 public:
     explicit Staging(const PrinterSetup& setup)
         : folder_(fs::temp_directory_path() / (L"qxfax-driver-" + std::to_wstring(GetCurrentProcessId())))
@@ -148,8 +149,6 @@ public:
         std::error_code ignored;
         fs::remove_all(folder_, ignored);
     }
-    Staging(const Staging&) = delete;
-    Staging& operator=(const Staging&) = delete;
 
     const std::vector<std::wstring>& Files() const { return files_; } // the driver first
 

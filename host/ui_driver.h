@@ -10,6 +10,8 @@
 // kHelpButton). A step that a user could not do (no such control, disabled, hidden) throws UiFailure.
 #pragma once
 
+#include "base/no_copy.h"
+
 #include <chrono>
 #include <filesystem>
 #include <functional>
@@ -37,14 +39,12 @@ struct BoxContents {
     std::vector<int> buttons; // IDOK, IDYES, ...
 };
 
-class UiDriver {
+class UiDriver : NoCopy {
 public:
     // uiThread shows the dialogs; finished (not owned) is set when it shows no more. One driver per process at a time;
     // all calls from one thread, never from the UI thread.
     UiDriver(DWORD uiThread, HANDLE finished);
     ~UiDriver();
-    UiDriver(const UiDriver&) = delete;
-    UiDriver& operator=(const UiDriver&) = delete;
 
     // How long a window may take to appear, and an action to be carried out. 20 seconds unless set.
     void SetPatience(std::chrono::milliseconds patience) { patience_ = patience; }

@@ -2,17 +2,17 @@
 // program uses.
 #pragma once
 
+#include "base/no_copy.h"
+
 #include <windows.h>
 
 namespace qx {
 
 // The module's context is active on this thread while the object lives. Without a manifest nothing happens.
-class ActivationScope {
+class ActivationScope : NoCopy {
 public:
     ActivationScope() noexcept;
     ~ActivationScope();
-    ActivationScope(const ActivationScope&) = delete;
-    ActivationScope& operator=(const ActivationScope&) = delete;
 
 private:
     ULONG_PTR cookie_ = 0;

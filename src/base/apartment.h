@@ -2,6 +2,7 @@
 // are in the multithreaded one.
 #pragma once
 
+#include "base/no_copy.h"
 #include "base/unique.h"
 
 #include <functional>
@@ -10,7 +11,7 @@
 namespace qx {
 
 // The calling thread's single-threaded apartment. Declare it before the pointers that live in it.
-class ComApartment {
+class ComApartment : NoCopy {
 public:
     ComApartment() noexcept : ours_(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED) == S_OK) {}
     // Only a first initialisation is undone. That somebody else was first, in either mode, is no obstacle: whoever
@@ -20,8 +21,6 @@ public:
         if (ours_)
             CoUninitialize();
     }
-    ComApartment(const ComApartment&) = delete;
-    ComApartment& operator=(const ComApartment&) = delete;
 
 private:
     bool ours_;
@@ -32,13 +31,11 @@ bool IsInMultithreadedApartment() noexcept;
 
 // A thread with a single-threaded apartment and a message loop. It runs as a guest, as the module does on its caller's
 // thread. Windows that it has made live until it ends.
-class ApartmentThread {
+class ApartmentThread : NoCopy {
 public:
     ApartmentThread() noexcept;
     // Ends the thread. When what it is doing cannot be ended within some seconds, it ends later, by itself.
     ~ApartmentThread();
-    ApartmentThread(const ApartmentThread&) = delete;
-    ApartmentThread& operator=(const ApartmentThread&) = delete;
 
     explicit operator bool() const noexcept { return window_ != nullptr; }
 

@@ -1,6 +1,8 @@
 // The module is a guest in somebody else's process: what it needs to be different while it works is put back.
 #pragma once
 
+#include "base/no_copy.h"
+
 #include <cfenv>
 #include <windows.h>
 
@@ -11,12 +13,10 @@ namespace qx {
 // - an empty drive in a path does not raise a box of the system;
 // - floating-point exceptions, which some programs unmask, stay quiet.
 // At the end these and the cursor are what they were before.
-class GuestScope {
+class GuestScope : NoCopy {
 public:
     GuestScope() noexcept;
     ~GuestScope();
-    GuestScope(const GuestScope&) = delete;
-    GuestScope& operator=(const GuestScope&) = delete;
 
 private:
     std::fenv_t floatingPoint_;

@@ -2,16 +2,16 @@
 // library is needed for it, and it takes no start-up code.
 #pragma once
 
+#include "base/no_copy.h"
+
 #include <windows.h>
 
 namespace qx {
 
 // Not recursive. Code that runs under it calls no window and no code of others.
-class Lock {
+class Lock : NoCopy {
 public:
     constexpr Lock() noexcept = default;
-    Lock(const Lock&) = delete;
-    Lock& operator=(const Lock&) = delete;
 
 private:
     friend class Locked;
@@ -19,12 +19,10 @@ private:
 };
 
 // Holds the lock while it lives.
-class Locked {
+class Locked : NoCopy {
 public:
     explicit Locked(Lock& lock) noexcept : lock_(lock.lock_) { AcquireSRWLockExclusive(&lock_); }
     ~Locked() { ReleaseSRWLockExclusive(&lock_); }
-    Locked(const Locked&) = delete;
-    Locked& operator=(const Locked&) = delete;
 
 private:
     SRWLOCK& lock_;

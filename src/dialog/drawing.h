@@ -1,6 +1,7 @@
 // Owners for drawing: what a device context is and holds only for a while.
 #pragma once
 
+#include "base/no_copy.h"
 #include "base/unique.h"
 
 namespace qx {
@@ -8,12 +9,10 @@ namespace qx {
 using UniqueMemoryDc = Unique<NullEmpty<HDC, DeleteDC>>;
 
 // The device context of a window's client area.
-class WindowDc {
+class WindowDc : NoCopy {
 public:
     explicit WindowDc(HWND window) noexcept : window_(window), dc_(GetDC(window)) {}
     ~WindowDc() { ReleaseDC(window_, dc_); }
-    WindowDc(const WindowDc&) = delete;
-    WindowDc& operator=(const WindowDc&) = delete;
 
     HDC Get() const noexcept { return dc_; }
 
@@ -23,12 +22,10 @@ private:
 };
 
 // The object is selected into the device context while this lives.
-class SelectedObject {
+class SelectedObject : NoCopy {
 public:
     SelectedObject(HDC dc, HGDIOBJ object) noexcept : dc_(dc), previous_(SelectObject(dc, object)) {}
     ~SelectedObject() { SelectObject(dc_, previous_); }
-    SelectedObject(const SelectedObject&) = delete;
-    SelectedObject& operator=(const SelectedObject&) = delete;
 
 private:
     HDC dc_;
@@ -40,7 +37,7 @@ private:
 enum class DrawsChanges { WhenTold, ByItself };
 
 // A list is filled while this lives: row by row into one that redraws takes a hundred times as long.
-class RedrawOff {
+class RedrawOff : NoCopy {
 public:
     explicit RedrawOff(HWND list, DrawsChanges drawsChanges = DrawsChanges::WhenTold) noexcept
         : list_(list), drawsChanges_(drawsChanges)
@@ -53,8 +50,6 @@ public:
         if (drawsChanges_ == DrawsChanges::WhenTold)
             InvalidateRect(list_, nullptr, TRUE);
     }
-    RedrawOff(const RedrawOff&) = delete;
-    RedrawOff& operator=(const RedrawOff&) = delete;
 
 private:
     HWND list_;

@@ -3,6 +3,7 @@
 #include "base/activation_context.h"
 #include "base/apartment.h"
 #include "base/guarded.h"
+#include "base/no_copy.h"
 
 #include <string>
 
@@ -19,7 +20,7 @@ std::wstring CurrentDirectory()
 }
 
 // Not for longer than a dialog: it is the whole program's, which may move it on purpose while the sheet is open.
-class CurrentDirectoryKept {
+class CurrentDirectoryKept : NoCopy {
 public:
     CurrentDirectoryKept() noexcept
     {
@@ -30,8 +31,6 @@ public:
         if (!directory_.empty())
             SetCurrentDirectoryW(directory_.c_str());
     }
-    CurrentDirectoryKept(const CurrentDirectoryKept&) = delete;
-    CurrentDirectoryKept& operator=(const CurrentDirectoryKept&) = delete;
 
 private:
     std::wstring directory_;

@@ -1,6 +1,7 @@
 // The parts of the completing combo box, towards each other: type_ahead_rows, _edit, _list and _combo.
 #pragma once
 
+#include "base/no_copy.h"
 #include "dialog/type_ahead_combo.h"
 
 #include <string>
@@ -13,15 +14,13 @@ inline constexpr int kNoRow = -1;
 inline constexpr WPARAM kNothing = static_cast<WPARAM>(-1);
 
 // Who writes the edit while this lives.
-class Writing {
+class Writing : NoCopy {
 public:
     Writing(TypeAheadState& state, EditWriter writer) noexcept
         : state_(state), before_(std::exchange(state.writer, writer))
     {
     }
     ~Writing() { state_.writer = before_; }
-    Writing(const Writing&) = delete;
-    Writing& operator=(const Writing&) = delete;
 
 private:
     TypeAheadState& state_;

@@ -21,10 +21,6 @@ struct FaxSheetContent {
 
 class FaxSheet final : public PageHost {
 public:
-    FaxSheet() = default;
-    FaxSheet(const FaxSheet&) = delete;
-    FaxSheet& operator=(const FaxSheet&) = delete;
-
     // Shows the sheet until the user sends or cancels; the pages write the outcome into the job record. Without memory
     // for its description there is no sheet, and the record stays as it is.
     void Run(const FaxSheetContent& content);

@@ -1,6 +1,7 @@
 // One send session: from the driver's call of DisplayFaxUI to its return.
 #pragma once
 
+#include "base/no_copy.h"
 #include "base/unique.h"
 #include "entry/fax_sheet.h"
 #include "pages/fax_job_page.h"
@@ -22,12 +23,10 @@ struct PhoneBookDestroyer {
 
 // Members are torn down from the last to the first: the book before the string library, the library before the recent
 // recipients, and the store that owns all items at the very end.
-class SendSession : public TextOwner {
+class SendSession : public TextOwner, NoCopy {
 public:
     SendSession(HANDLE printer, FaxJobData& record);
     ~SendSession();
-    SendSession(const SendSession&) = delete;
-    SendSession& operator=(const SendSession&) = delete;
 
     // Prepares the record, shows the sheet and returns when it is closed.
     void Run();

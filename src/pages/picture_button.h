@@ -2,6 +2,7 @@
 // the focus, it looks pressed, hot, focused and default when it is, it has a tooltip and an access key.
 #pragma once
 
+#include "base/no_copy.h"
 #include "base/unique.h"
 
 #include <array>
@@ -9,12 +10,8 @@
 
 namespace qx {
 
-class PictureButton {
+class PictureButton : NoCopy {
 public:
-    PictureButton() = default;
-    PictureButton(const PictureButton&) = delete;
-    PictureButton& operator=(const PictureButton&) = delete;
-
     // button is owner-drawn, its window data are free, and it does not outlive this object. bitmap is a resource of the
     // module with 16 colours; how they follow the system's is said where it is drawn. Throws when button is not there,
     // or does not let itself be hooked.

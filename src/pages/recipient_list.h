@@ -1,6 +1,7 @@
 // The job's recipients and the list that shows them: row i is recipient i, since both change only here.
 #pragma once
 
+#include "base/no_copy.h"
 #include "phonebook/book/items.h"
 #include "record/fax_job_data.h"
 #include "text/localized_text.h"
@@ -10,12 +11,8 @@
 
 namespace qx {
 
-class RecipientList {
+class RecipientList : NoCopy {
 public:
-    RecipientList() = default;
-    RecipientList(const RecipientList&) = delete;
-    RecipientList& operator=(const RecipientList&) = delete;
-
     // Sets up an empty list view and fills it. It outlives this object's use, and so does the job.
     void Attach(const TextOwner& texts, HWND list, FaxJobData& job);
 

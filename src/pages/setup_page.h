@@ -15,10 +15,6 @@
 namespace qx {
 
 struct SetupPage : SheetPage {
-    SetupPage() = default;
-    SetupPage(const SetupPage&) = delete;
-    SetupPage& operator=(const SetupPage&) = delete;
-
     HANDLE printer = nullptr; // set before the page is created; not owned
 
     SendSettings settings;

@@ -1,6 +1,7 @@
 // What the pages of the sheet have in common towards it.
 #pragma once
 
+#include "base/no_copy.h"
 #include "dialog/dialog.h"
 #include "record/fax_job_data.h"
 #include "text/localized_text.h"
@@ -47,7 +48,7 @@ private:
 };
 
 // The sheet as its pages see it.
-class PageHost {
+class PageHost : NoCopy {
 public:
     // The page is filled. False: the sheet cannot be used.
     virtual bool PageCreated(HWND sheet) = 0;

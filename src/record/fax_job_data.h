@@ -1,6 +1,7 @@
 // Writing the driver's job record. Everything stored lives on the process heap and belongs to the record.
 #pragma once
 
+#include "base/no_copy.h"
 #include "base/unique.h"
 
 #include <qxfax/send_fax.h>
@@ -57,12 +58,10 @@ void RestartStrings(FaxJobData& record) noexcept;
 BOOL AppendString(FaxJobData& record, INT32 id, const wchar_t* text) noexcept;
 
 // A record of the module's own, such as the user's defaults while they are edited. Frees all that it holds.
-class OwnedFaxJobData {
+class OwnedFaxJobData : NoCopy {
 public:
     OwnedFaxJobData() noexcept { QxFaxInitJob(&record_); }
     ~OwnedFaxJobData() { QxFaxReleaseJob(&record_); }
-    OwnedFaxJobData(const OwnedFaxJobData&) = delete;
-    OwnedFaxJobData& operator=(const OwnedFaxJobData&) = delete;
 
     FaxJobData& Get() noexcept { return record_; }
     const FaxJobData& Get() const noexcept { return record_; }

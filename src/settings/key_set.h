@@ -1,6 +1,8 @@
 // The registry keys of the current user that belong to a printer: its subtree's, and the device-status software's.
 #pragma once
 
+#include "base/no_copy.h"
+
 #include <optional>
 #include <qxfax/send_fax.h>
 #include <string>
@@ -33,13 +35,11 @@ void OpenDeviceStateKey(RegistryKeySet& set);
 void CloseKeys(RegistryKeySet& set) noexcept;
 
 // The owner of a set, its own or the one at the head of a job record: closes the keys at its end.
-class KeySet {
+class KeySet : NoCopy {
 public:
     explicit KeySet(HANDLE printer = nullptr) noexcept : own_{.PrinterHandle = printer}, set_(own_) {}
     explicit KeySet(FaxJobData& record) noexcept : set_(KeySetOf(record)) {} // the record lives longer
     ~KeySet() { CloseKeys(set_); }
-    KeySet(const KeySet&) = delete;
-    KeySet& operator=(const KeySet&) = delete;
 
     RegistryKeySet& operator*() noexcept { return set_; }
     RegistryKeySet* operator->() noexcept { return &set_; }

@@ -3,6 +3,8 @@
 // closed.
 #pragma once
 
+#include "base/no_copy.h"
+
 #include <chrono>
 #include <filesystem>
 #include <functional>
@@ -13,15 +15,13 @@
 
 namespace qx::test {
 
-class ScriptedUser {
+class ScriptedUser : NoCopy {
 public:
     using Step = std::function<void(ScriptedUser&)>;
 
     // Of the calling thread, which is to show the dialogs.
     explicit ScriptedUser(std::vector<Step> steps);
     ~ScriptedUser();
-    ScriptedUser(const ScriptedUser&) = delete;
-    ScriptedUser& operator=(const ScriptedUser&) = delete;
 
     // ---- for steps; what a user could not do throws
     HWND Dialog() const { return dialog_; }

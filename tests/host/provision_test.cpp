@@ -1,4 +1,5 @@
 // Installing and removing beside another driver that has the same files.
+#include "base/no_copy.h"
 #include "host/provision.h"
 
 #include "support/send_fax_session.h"
@@ -32,7 +33,7 @@ void RemoveDriversOfTests()
 }
 
 // A driver of somebody else, whose files lie in the driver folder already.
-class OtherDriver {
+class OtherDriver : NoCopy {
 public:
     OtherDriver(const wchar_t* file, const std::vector<std::wstring>& dependentFiles)
         : driverFile_((host::DriverFolder() / file).native())
@@ -48,8 +49,6 @@ public:
         EXPECT_TRUE(AddPrinterDriverW(nullptr, 3, reinterpret_cast<BYTE*>(&info))) << GetLastError();
     }
     ~OtherDriver() { DeletePrinterDriverExW(nullptr, environment_.data(), name_.data(), 0, 0); }
-    OtherDriver(const OtherDriver&) = delete;
-    OtherDriver& operator=(const OtherDriver&) = delete;
 
 private:
     std::wstring name_ = Own(L"other driver");

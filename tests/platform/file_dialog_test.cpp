@@ -1,4 +1,5 @@
 // What surrounds the system's file dialogs. The dialog itself is played by the test.
+#include "base/no_copy.h"
 #include "dialog/file_dialog.h"
 
 #include "base/apartment.h"
@@ -54,7 +55,7 @@ template <class Body> void OnThread(DWORD comMode, Body body)
 }
 
 // A window with a child, and the messages that were dispatched to either.
-class Owner {
+class Owner : NoCopy {
 public:
     Owner()
         : window_(CreateWindowExW(0, L"Static", L"", WS_POPUP, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr)),
@@ -66,8 +67,6 @@ public:
         }
     }
     ~Owner() { DestroyWindow(window_); }
-    Owner(const Owner&) = delete;
-    Owner& operator=(const Owner&) = delete;
 
     HWND Window() const { return window_; }
     HWND Child() const { return child_; }

@@ -1,4 +1,5 @@
 // Phone book files that nobody should write: none may crash, hang, fill the memory, or reach outside itself.
+#include "base/no_copy.h"
 #include "phonebook/file/phone_book_file.h"
 
 #include "phonebook/file/com.h"
@@ -197,7 +198,7 @@ TEST_F(HostilePhoneBookFile, NeverFetchesAFileOfTheSystem)
     EXPECT_EQ(included.items.size(), 1u);
 }
 
-class LocalServer {
+class LocalServer : NoCopy {
 public:
     LocalServer()
     {
@@ -218,8 +219,6 @@ public:
         closesocket(socket_);
         WSACleanup();
     }
-    LocalServer(const LocalServer&) = delete;
-    LocalServer& operator=(const LocalServer&) = delete;
 
     const std::string& Address() const noexcept { return address_; }
     SOCKET Socket() const noexcept { return socket_; }

@@ -6,6 +6,7 @@
 //   - combo boxes do what windows_combo_box.h says.
 #pragma once
 
+#include "base/no_copy.h"
 #include "support/windows_combo_box.h"
 
 #include <memory>
@@ -13,12 +14,10 @@
 
 namespace qx::test {
 
-class DocumentedControls {
+class DocumentedControls : NoCopy {
 public:
     DocumentedControls(); // for the calling thread
     ~DocumentedControls();
-    DocumentedControls(const DocumentedControls&) = delete;
-    DocumentedControls& operator=(const DocumentedControls&) = delete;
 
     // For the run of a test program that asks for it (environment variable QX_DOCUMENTED_CONTROLS); else null.
     static std::unique_ptr<DocumentedControls> WhenAsked();

@@ -1,6 +1,7 @@
 // A user of the test's own: an empty documents folder and an empty registry, for this process only.
 #pragma once
 
+#include "base/no_copy.h"
 #include "base/unique.h"
 #include "support/temporary_folder.h"
 
@@ -9,12 +10,10 @@
 
 namespace qx::test {
 
-class DocumentsFolder {
+class DocumentsFolder : NoCopy {
 public:
     DocumentsFolder();  // throws std::runtime_error
     ~DocumentsFolder(); // removes the folder with all that is in it, and the registry
-    DocumentsFolder(const DocumentsFolder&) = delete;
-    DocumentsFolder& operator=(const DocumentsFolder&) = delete;
 
     std::wstring Path() const { return folder_.Path().wstring(); } // without a backslash at its end
     std::wstring File(const std::wstring& name) const { return (folder_ / name).wstring(); }

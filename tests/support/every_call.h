@@ -9,6 +9,7 @@
 // the XML DOM count as one function.
 #pragma once
 
+#include "base/no_copy.h"
 #include "support/failing_dom.h"
 
 #include <array>
@@ -34,13 +35,11 @@ enum class Held { Memory, Handles, Keys, Views, Searches, Libraries, Hooks, Devi
 using HeldCounts = std::array<long, static_cast<std::size_t>(Held::Count)>;
 const char* NameOf(Held kind);
 
-class EveryCall {
+class EveryCall : NoCopy {
 public:
     // One at a time per process. Not on the thread of the sessions, whose apartment is watched.
     explicit EveryCall(HMODULE module);
     ~EveryCall();
-    EveryCall(const EveryCall&) = delete;
-    EveryCall& operator=(const EveryCall&) = delete;
 
     // Each starts the numbers again.
     void Count();

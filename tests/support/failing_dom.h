@@ -2,6 +2,7 @@
 // the one of a chosen number answers a failure without doing anything. Calls that the DOM makes of itself do not count.
 #pragma once
 
+#include "base/no_copy.h"
 #include "phonebook/file/com.h"
 #include "support/redirected_import.h"
 
@@ -12,7 +13,7 @@
 
 namespace qx::test {
 
-class FailingDom {
+class FailingDom : NoCopy {
 public:
     // Every call whose number (from 0) the function wants fails with that.
     explicit FailingDom(std::function<bool(int)> wanted, HRESULT failure = E_FAIL)
@@ -51,8 +52,6 @@ public:
         }
         current_ = nullptr;
     }
-    FailingDom(const FailingDom&) = delete;
-    FailingDom& operator=(const FailingDom&) = delete;
 
     int Calls() const noexcept { return calls_; }
 

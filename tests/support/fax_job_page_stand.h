@@ -26,8 +26,6 @@ class FaxJobPageStand : private PageHost {
 public:
     FaxJobPageStand();
     ~FaxJobPageStand();
-    FaxJobPageStand(const FaxJobPageStand&) = delete;
-    FaxJobPageStand& operator=(const FaxJobPageStand&) = delete;
 
     // Its combo box behaves as on Windows. Before Show; in a run with documented controls it does anyway.
     void UseWindowsComboBox() { windowsComboBoxes_.emplace(); }

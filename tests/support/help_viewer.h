@@ -1,6 +1,7 @@
 // The help viewer in the system folder of the test's own Windows, taken away or replaced for a while.
 #pragma once
 
+#include "base/no_copy.h"
 #include "help_request.h"
 
 #include <vector>
@@ -8,12 +9,10 @@
 namespace qx::test {
 
 // While it lives, the system folder has no help viewer. Only for a process that has not loaded the viewer.
-class HiddenHelpViewer {
+class HiddenHelpViewer : NoCopy {
 public:
     HiddenHelpViewer();
     ~HiddenHelpViewer();
-    HiddenHelpViewer(const HiddenHelpViewer&) = delete;
-    HiddenHelpViewer& operator=(const HiddenHelpViewer&) = delete;
 };
 
 // A viewer that only takes notes, in the system's place from the first use to the end of the program. (Once loaded, a

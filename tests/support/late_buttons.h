@@ -2,18 +2,18 @@
 // the documentation of property sheets promises nothing.
 #pragma once
 
+#include "base/no_copy.h"
+
 #include <windows.h>
 
 namespace qx::test {
 
 // For sheets that thread shows while it lives: the Send button gets place and size for the last time right before the
 // sheet is shown. One at a time.
-class LateButtons {
+class LateButtons : NoCopy {
 public:
     explicit LateButtons(DWORD thread); // of this process
     ~LateButtons();
-    LateButtons(const LateButtons&) = delete;
-    LateButtons& operator=(const LateButtons&) = delete;
 
 private:
     HHOOK hook_;

@@ -1,18 +1,18 @@
 // Answers the message boxes of the test's own thread, and notes what they said.
 #pragma once
 
+#include "base/no_copy.h"
+
 #include <string>
 #include <vector>
 #include <windows.h>
 
 namespace qx::test {
 
-class MessageBoxes { // one at a time per thread
+class MessageBoxes : NoCopy { // one at a time per thread
 public:
     explicit MessageBoxes(int answer = IDOK);
     ~MessageBoxes();
-    MessageBoxes(const MessageBoxes&) = delete;
-    MessageBoxes& operator=(const MessageBoxes&) = delete;
 
     struct Box {
         std::wstring title;

@@ -1,6 +1,8 @@
 // How many blocks of memory a module itself holds, told apart from those of the system's libraries that work for it.
 #pragma once
 
+#include "base/no_copy.h"
+
 #include <cstddef>
 #include <initializer_list>
 #include <vector>
@@ -10,12 +12,10 @@ namespace qx::test {
 
 // Counts, while this lives, what the given modules take from the C library and from the heap, and what they give back.
 // A block that one of them takes may be given back by another. One at a time per process.
-class OwnBlocks {
+class OwnBlocks : NoCopy {
 public:
     explicit OwnBlocks(std::initializer_list<HMODULE> modules);
     ~OwnBlocks();
-    OwnBlocks(const OwnBlocks&) = delete;
-    OwnBlocks& operator=(const OwnBlocks&) = delete;
 
     // Taken and not given back; below zero when older blocks were given back.
     long Held() const noexcept;

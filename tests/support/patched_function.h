@@ -1,6 +1,8 @@
 // A function of Windows that behaves as a test wants it, for all of the process: the module's DLL included.
 #pragma once
 
+#include "base/no_copy.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -12,7 +14,7 @@
 namespace qx::test {
 
 // While it lives, calls of the function go to replacement (same signature).
-class PatchedFunction {
+class PatchedFunction : NoCopy {
 public:
     template <class Function> PatchedFunction(const wchar_t* library, const char* name, Function* replacement)
     {
@@ -27,8 +29,6 @@ public:
         Write(jump_);
     }
     ~PatchedFunction() { Write(original_); }
-    PatchedFunction(const PatchedFunction&) = delete;
-    PatchedFunction& operator=(const PatchedFunction&) = delete;
 
     // Runs call with the function as it was. Only while no other thread is near the function.
     template <class Call> auto WithOriginal(Call call)

@@ -2,6 +2,8 @@
 // fail as documented.
 #pragma once
 
+#include "base/no_copy.h"
+
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -41,7 +43,7 @@ inline void WritePointer(void** place, void* pointer)
 
 // As long as it lives, calls that this program (or module) makes of the function go to the stand-in. Those of other
 // modules do not. Throws std::runtime_error when there is no such import.
-template <class Function> class RedirectedImport {
+template <class Function> class RedirectedImport : NoCopy {
 public:
     RedirectedImport(const char* name, Function* standIn, HMODULE module = nullptr)
         : place_(FindImport(name, module)), original_(reinterpret_cast<Function*>(*place_))
@@ -49,8 +51,6 @@ public:
         WritePointer(place_, reinterpret_cast<void*>(standIn));
     }
     ~RedirectedImport() { WritePointer(place_, reinterpret_cast<void*>(original_)); }
-    RedirectedImport(const RedirectedImport&) = delete;
-    RedirectedImport& operator=(const RedirectedImport&) = delete;
 
     Function* Original() const noexcept { return original_; }
 

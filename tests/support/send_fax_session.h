@@ -12,6 +12,7 @@
 // have the display and the driver folder to themselves.
 #pragma once
 
+#include "base/no_copy.h"
 #include "host/provision.h"
 #include "host/ui_driver.h"
 #include "record/recipient.h"
@@ -39,12 +40,10 @@ SessionOptions WithDevice(std::wstring name, std::variant<DWORD, std::wstring> v
 // The options of a session without the text library: all texts are the built-in ones.
 SessionOptions WithoutTextLibrary();
 
-class SendFaxSession {
+class SendFaxSession : NoCopy {
 public:
     explicit SendFaxSession(SessionOptions options = {});
     ~SendFaxSession();
-    SendFaxSession(const SendFaxSession&) = delete;
-    SendFaxSession& operator=(const SendFaxSession&) = delete;
 
     // ---- before Start
     void SetDefault(const std::wstring& name, const std::variant<DWORD, std::wstring>& value); // of "QX-FAX\Default"

@@ -1,6 +1,8 @@
 // The built string library, read from outside: all its texts, by language.
 #pragma once
 
+#include "base/no_copy.h"
+
 #include <map>
 #include <string>
 #include <vector>
@@ -10,13 +12,11 @@ namespace qx::test {
 
 using TextTable = std::map<unsigned, std::wstring>; // by text id
 
-class StringLibrary {
+class StringLibrary : NoCopy {
 public:
     // Loads the library as the module does; throws when it is not there.
     StringLibrary();
     ~StringLibrary();
-    StringLibrary(const StringLibrary&) = delete;
-    StringLibrary& operator=(const StringLibrary&) = delete;
 
     HMODULE Module() const { return module_; }
     const std::map<LANGID, TextTable>& Languages() const { return languages_; }

@@ -1,6 +1,8 @@
 // A folder that ends, with all that is in it, with its test; and files as plain bytes.
 #pragma once
 
+#include "base/no_copy.h"
+
 #include <atomic>
 #include <filesystem>
 #include <fstream>
@@ -12,7 +14,7 @@
 
 namespace qx::test {
 
-class TemporaryFolder {
+class TemporaryFolder : NoCopy {
 public:
     TemporaryFolder()
     {
@@ -23,8 +25,6 @@ public:
         std::filesystem::create_directories(path_);
     }
     ~TemporaryFolder();
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
     const std::filesystem::path& Path() const { return path_; }
     std::filesystem::path operator/(const std::wstring& name) const { return path_ / name; }

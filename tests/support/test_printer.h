@@ -1,6 +1,7 @@
 // A real printer of the real spooler with a settings subtree of its own, both gone when the test is over.
 #pragma once
 
+#include "base/no_copy.h"
 #include "base/unique.h"
 
 #include <string>
@@ -8,14 +9,12 @@
 
 namespace qx::test {
 
-class TestPrinter {
+class TestPrinter : NoCopy {
 public:
     enum class Subtree { Named, Unnamed }; // whether the printer's data names one
 
     explicit TestPrinter(Subtree subtree = Subtree::Named); // throws std::runtime_error when the spooler refuses
     ~TestPrinter();                                         // removes the printer and the subtree
-    TestPrinter(const TestPrinter&) = delete;
-    TestPrinter& operator=(const TestPrinter&) = delete;
 
     HANDLE Handle() const noexcept { return printer_.Get(); } // with all access
     const std::wstring& Name() const noexcept { return name_; }

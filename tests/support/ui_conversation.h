@@ -5,6 +5,7 @@
 //     conversation.End();
 #pragma once
 
+#include "base/no_copy.h"
 #include "host/ui_driver.h"
 
 #include <functional>
@@ -13,12 +14,10 @@
 
 namespace qx::test {
 
-class UiConversation {
+class UiConversation : NoCopy {
 public:
     explicit UiConversation(std::function<void()> show);
     ~UiConversation(); // cancels what is still open
-    UiConversation(const UiConversation&) = delete;
-    UiConversation& operator=(const UiConversation&) = delete;
 
     host::UiDriver& Ui() { return *ui_; }
     void End(); // waits until show has returned

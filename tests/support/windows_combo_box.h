@@ -5,17 +5,17 @@
 //     writes it into the edit, without CBN_SELCHANGE.
 #pragma once
 
+#include "base/no_copy.h"
+
 #include <windows.h>
 
 namespace qx::test {
 
 // While it lives, for the combo boxes that this thread creates. A second one adds nothing.
-class WindowsComboBoxes {
+class WindowsComboBoxes : NoCopy {
 public:
     WindowsComboBoxes();
     ~WindowsComboBoxes();
-    WindowsComboBoxes(const WindowsComboBoxes&) = delete;
-    WindowsComboBoxes& operator=(const WindowsComboBoxes&) = delete;
 
 private:
     HHOOK hook_ = nullptr;

@@ -1,4 +1,5 @@
 // The Fax Job page in whole sessions of the module, driven as a user would.
+#include "base/no_copy.h"
 #include "phonebook/book/phone_book.h"
 #include "phonebook/file/phone_book_file.h"
 #include "phonebook/recent/recent_list.h"
@@ -416,7 +417,7 @@ TEST_F(FaxJobSession, ASendThatTheSetupPageRefusesLeavesNothingBehindWhenTheProg
 }
 
 // A sheet that asks its pages from the last to the first, while this lives. Nothing says in which order one does.
-class AskedBackwards {
+class AskedBackwards : NoCopy {
 public:
     AskedBackwards(HWND faxJobPage, HWND setupPage) : pages_{{faxJobPage}, {setupPage}}
     {
@@ -429,8 +430,6 @@ public:
         for (const Page& page : pages_)
             Exchange(page.window, page.before);
     }
-    AskedBackwards(const AskedBackwards&) = delete;
-    AskedBackwards& operator=(const AskedBackwards&) = delete;
 
 private:
     struct Page {

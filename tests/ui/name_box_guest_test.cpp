@@ -1,4 +1,5 @@
 // The completing combo box beside others: on several threads, and under procedures of somebody else.
+#include "base/no_copy.h"
 #include "dialog/type_ahead_combo.h"
 
 #include <algorithm>
@@ -11,7 +12,7 @@ namespace qx::test {
 namespace {
 
 // A bare combo box of the calling thread.
-class Combo {
+class Combo : NoCopy {
 public:
     Combo()
         : owner_(CreateWindowExW(0, WC_STATICW, L"", WS_POPUP, 0, 0, 400, 400, nullptr, nullptr, nullptr, nullptr)),
@@ -20,8 +21,6 @@ public:
     {
     }
     ~Combo() { DestroyWindow(owner_); }
-    Combo(const Combo&) = delete;
-    Combo& operator=(const Combo&) = delete;
 
     HWND Owner() const { return owner_; }
     HWND Window() const { return window_; }

@@ -1,4 +1,5 @@
 // The phone book button of the Fax Job page: a picture, and otherwise a button like any other.
+#include "base/no_copy.h"
 #include "dialog/access_key.h"
 #include "dialog/dialog.h"
 #include "res/add_recipients_ids.h"
@@ -206,7 +207,7 @@ TEST_F(PhoneBookButton, LooksDifferentWhenHotPressedOrFocused)
 }
 
 // The system's colours, put back in the end.
-class SystemColors {
+class SystemColors : NoCopy {
 public:
     explicit SystemColors(std::vector<std::pair<int, COLORREF>> colors)
     {
@@ -217,8 +218,6 @@ public:
         }
     }
     ~SystemColors() { SetSysColors(static_cast<int>(indexes_.size()), indexes_.data(), before_.data()); }
-    SystemColors(const SystemColors&) = delete;
-    SystemColors& operator=(const SystemColors&) = delete;
 
 private:
     std::vector<int> indexes_;

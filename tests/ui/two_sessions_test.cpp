@@ -1,4 +1,5 @@
 // Two sessions at a time, on two threads of one process, as a print host has them that serves several programs.
+#include "base/no_copy.h"
 #include "host/utf8.h"
 #include "res/fax_job_page_ids.h"
 #include "support/bare_sheet.h"
@@ -23,7 +24,7 @@ constexpr int kSaveEvery = 10;     // sessions until one adds its recipient to t
 constexpr UINT kPatienceMilliseconds = 20000;
 
 // One program: its thread, which calls the module, and its user, on another thread.
-class Program {
+class Program : NoCopy {
 public:
     Program(wchar_t letter, int sessions) : letter_(letter), sessions_(sessions)
     {
@@ -39,8 +40,6 @@ public:
         for (const HANDLE event : {called_, returned_, checked_})
             CloseHandle(event);
     }
-    Program(const Program&) = delete;
-    Program& operator=(const Program&) = delete;
 
     void Join()
     {

@@ -1,6 +1,7 @@
 // Phone book items: entries and groups, and the one owner of all of them.
 #pragma once
 
+#include "base/no_copy.h"
 #include "base/number_text.h"
 #include "base/process_heap.h"
 #include "record/recipient.h"
@@ -18,14 +19,13 @@ inline constexpr DWORD kNoId = 0xFFFFFFFF;
 
 // Base of an entry and a group. There is no virtual destructor, since the driver reads entries as plain records whose
 // first member is the table of operations: whoever deletes an item uses DestroyItem.
-class PhoneBookItem : public OnProcessHeap {
+class PhoneBookItem : public OnProcessHeap, NoCopy {
 public:
     virtual BOOL IsGroup() const noexcept = 0;
     virtual const wchar_t* GetName() const noexcept = 0; // never null
     virtual DWORD GetId() const noexcept = 0;            // one id space for entries and groups
 
 protected:
-    PhoneBookItem() = default;
     ~PhoneBookItem() = default;
 };
 
@@ -34,8 +34,6 @@ class PhoneBookEntry final : public PhoneBookItem {
 public:
     PhoneBookEntry() noexcept = default;
     ~PhoneBookEntry();
-    PhoneBookEntry(const PhoneBookEntry&) = delete;
-    PhoneBookEntry& operator=(const PhoneBookEntry&) = delete;
 
     BOOL IsGroup() const noexcept override { return FALSE; }
     const wchar_t* GetName() const noexcept override;
@@ -72,8 +70,6 @@ class PhoneBookGroup final : public PhoneBookItem {
 public:
     PhoneBookGroup() = default;
     ~PhoneBookGroup();
-    PhoneBookGroup(const PhoneBookGroup&) = delete;
-    PhoneBookGroup& operator=(const PhoneBookGroup&) = delete;
 
     BOOL IsGroup() const noexcept override { return TRUE; }
     const wchar_t* GetName() const noexcept override;
@@ -137,12 +133,10 @@ const PhoneBookEntry* AsEntry(const FaxRecipient* recipient) noexcept;
 
 // Owns every item made during a session, until it is discarded or the session ends: the book, the lists and the dialogs
 // only point.
-class ItemStore {
+class ItemStore : NoCopy {
 public:
     ItemStore() = default;
     ~ItemStore();
-    ItemStore(const ItemStore&) = delete;
-    ItemStore& operator=(const ItemStore&) = delete;
 
     PhoneBookEntry* NewEntry(); // throws std::bad_alloc
     PhoneBookGroup* NewGroup();
@@ -162,12 +156,10 @@ private:
 
 // Keeps an item of the book for a dialog that works on it, while the book may be reloaded beneath. Throws
 // std::bad_alloc.
-class KeptItem {
+class KeptItem : NoCopy {
 public:
     KeptItem(ItemStore& store, PhoneBookItem* item);
     ~KeptItem();
-    KeptItem(const KeptItem&) = delete;
-    KeptItem& operator=(const KeptItem&) = delete;
 
     // The item is in the book again, although a reload had replaced it.
     void TakenBack() noexcept;

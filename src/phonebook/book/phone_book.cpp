@@ -41,12 +41,10 @@ void PhoneBook::SetPrinter(HANDLE printer) noexcept
 
 // While a load or a save is under way, items that a reload replaces are not freed: messages that are answered meanwhile
 // may reload the book whose items are being written.
-class PhoneBook::Busy {
+class PhoneBook::Busy : NoCopy {
 public:
     explicit Busy(PhoneBook& book) noexcept : book_(book) { ++book_.busy_; }
     ~Busy() { --book_.busy_; }
-    Busy(const Busy&) = delete;
-    Busy& operator=(const Busy&) = delete;
 
 private:
     PhoneBook& book_;

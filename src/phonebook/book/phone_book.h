@@ -2,6 +2,7 @@
 #pragma once
 
 #include "base/limits.h"
+#include "base/no_copy.h"
 #include "phonebook/book/item_places.h"
 #include "phonebook/book/phone_book_storage.h"
 
@@ -13,11 +14,9 @@ namespace qx {
 
 // Holds item pointers and never frees an item: the store given to it owns them all. It has no limit; whoever adds items
 // keeps to kMaxPhoneBookItems.
-class PhoneBook final {
+class PhoneBook final : NoCopy {
 public:
     PhoneBook(ItemStore& store, const PhoneBookStorage& storage) noexcept; // both outlive the book
-    PhoneBook(const PhoneBook&) = delete;
-    PhoneBook& operator=(const PhoneBook&) = delete;
 
     virtual void Reserved() noexcept; // keeps its slot
     virtual void SetPrinter(HANDLE printer) noexcept;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "base/apartment.h"
+#include "base/no_copy.h"
 #include "base/unique.h"
 
 #include <algorithm>
@@ -37,7 +38,7 @@ inline std::wstring_view View(const UniqueBstr& text) noexcept
     return {text.Get(), SysStringLen(text.Get())};
 }
 
-class Variant {
+class Variant : NoCopy {
 public:
     Variant() noexcept { VariantInit(&value_); }
     explicit Variant(INT number) noexcept : Variant()
@@ -56,8 +57,6 @@ public:
         std::copy(bytes.begin(), bytes.end(), static_cast<char*>(array->pvData));
     }
     ~Variant() { VariantClear(&value_); }
-    Variant(const Variant&) = delete;
-    Variant& operator=(const Variant&) = delete;
 
     // Calls take a VARIANT by value; what it holds stays this object's.
     const VARIANT& Get() const noexcept { return value_; }

@@ -1,6 +1,7 @@
 // One process at a time reads or writes a phone book file.
 #pragma once
 
+#include "base/no_copy.h"
 #include "base/unique.h"
 
 #include <string>
@@ -9,12 +10,10 @@ namespace qx {
 
 // Waits a moment for the other processes to finish. Goes on without the guard when that takes too long, or when there
 // is none to be had: no lock may keep a user from his phone book. A process that died with the guard does not count.
-class FileGuard {
+class FileGuard : NoCopy {
 public:
     explicit FileGuard(const std::wstring& path);
     ~FileGuard();
-    FileGuard(const FileGuard&) = delete;
-    FileGuard& operator=(const FileGuard&) = delete;
 
 private:
     UniqueKernelHandle mutex_;

@@ -1,6 +1,7 @@
 // Replacing a file in one step, and keeping copies beside it.
 #pragma once
 
+#include "base/no_copy.h"
 #include "base/unique.h"
 #include "phonebook/book/phone_book_storage.h"
 
@@ -39,12 +40,10 @@ template <class Attempt> bool RetryWhileInUse(Attempt attempt)
 // A new, empty file that is to take the place of path, which exists and is no link. It lies beside path, or in the
 // temporary folder when the folder of path takes no second file; there is none when it can lie nowhere. It is hidden
 // only when it takes the place: a hidden one could not be saved over. It is removed again unless it took the place.
-class Replacement {
+class Replacement : NoCopy {
 public:
     explicit Replacement(const std::wstring& path);
     ~Replacement();
-    Replacement(const Replacement&) = delete;
-    Replacement& operator=(const Replacement&) = delete;
 
     explicit operator bool() const noexcept { return !temporary_.empty(); }
     const std::wstring& Path() const noexcept { return temporary_; }

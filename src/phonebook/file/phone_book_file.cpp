@@ -1,5 +1,6 @@
 #include "phonebook/file/phone_book_file.h"
 
+#include "base/no_copy.h"
 #include "base/text.h"
 #include "phonebook/book/item_id.h"
 #include "phonebook/file/file_guard.h"
@@ -270,7 +271,7 @@ private:
 };
 
 // However a save ends, it leaves the file hidden.
-class HiddenAfterwards {
+class HiddenAfterwards : NoCopy {
 public:
     explicit HiddenAfterwards(const std::wstring& path) noexcept : path_(path) {}
     ~HiddenAfterwards()
@@ -279,8 +280,6 @@ public:
         if (attributes != INVALID_FILE_ATTRIBUTES)
             SetFileAttributesW(path_.c_str(), attributes | FILE_ATTRIBUTE_HIDDEN);
     }
-    HiddenAfterwards(const HiddenAfterwards&) = delete;
-    HiddenAfterwards& operator=(const HiddenAfterwards&) = delete;
 
 private:
     const std::wstring& path_;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "base/limits.h"
+#include "base/no_copy.h"
 #include "phonebook/book/items.h"
 #include "settings/key_set.h"
 
@@ -12,12 +13,10 @@ namespace qx {
 
 class PhoneBook;
 
-class RecentRecipientList {
+class RecentRecipientList : NoCopy {
 public:
     RecentRecipientList() = default;
     ~RecentRecipientList(); // frees the items and closes the keys
-    RecentRecipientList(const RecentRecipientList&) = delete;
-    RecentRecipientList& operator=(const RecentRecipientList&) = delete;
 
     // Opens the registry keys of the printer and remembers the list key.
     void Open(HANDLE printer);

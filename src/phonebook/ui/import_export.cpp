@@ -1,5 +1,6 @@
 #include "phonebook/ui/import_export.h"
 
+#include "base/no_copy.h"
 #include "base/text_template.h"
 #include "dialog/file_dialog.h"
 #include "phonebook/csv/csv_table.h"
@@ -44,12 +45,10 @@ bool AskForFile(BOOL(WINAPI* ask)(OPENFILENAMEW*), DWORD flags, HWND owner, Impo
 
 // ---- while working ---------------------------------------------------------------------------------------------
 
-class ShownCursor {
+class ShownCursor : NoCopy {
 public:
     explicit ShownCursor(HCURSOR cursor) noexcept : previous_(SetCursor(cursor)) {}
     ~ShownCursor() { SetCursor(previous_); }
-    ShownCursor(const ShownCursor&) = delete;
-    ShownCursor& operator=(const ShownCursor&) = delete;
 
     HCURSOR Previous() const noexcept { return previous_; }
 
@@ -62,7 +61,7 @@ struct WaitCursor : ShownCursor {
 };
 
 // Clears the attributes that would keep a file from being replaced, and puts them back at the end.
-class ReplaceableFile {
+class ReplaceableFile : NoCopy {
 public:
     explicit ReplaceableFile(const std::wstring& path) noexcept
         : path_(path), attributes_(GetFileAttributesW(path.c_str()))
@@ -75,8 +74,6 @@ public:
         if (MustBeCleared())
             SetFileAttributesW(path_.c_str(), attributes_);
     }
-    ReplaceableFile(const ReplaceableFile&) = delete;
-    ReplaceableFile& operator=(const ReplaceableFile&) = delete;
 
 private:
     // The attributes of a file that does not exist yet, all bits, have this one as well.
