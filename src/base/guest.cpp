@@ -1,12 +1,14 @@
 #include "base/guest.h"
 
+#include "base/module.h"
+
 #include <xmmintrin.h>
 
 namespace qx {
 
 namespace {
 
-using SetThreadDpiAwarenessContextFunction = HANDLE(WINAPI*)(HANDLE);
+using SetThreadDpiAwarenessContextFunction = HANDLE WINAPI(HANDLE);
 
 // Values of DPI_AWARENESS_CONTEXT, which the oldest supported systems lack.
 HANDLE UnawareWithSharpText() noexcept
@@ -18,17 +20,8 @@ HANDLE Unaware() noexcept
     return reinterpret_cast<HANDLE>(static_cast<INT_PTR>(-1));
 }
 
-SetThreadDpiAwarenessContextFunction FindSetThreadDpiAwarenessContext() noexcept
-{
-    const HMODULE user32 = GetModuleHandleW(L"user32.dll");
-    if (user32 == nullptr)
-        return nullptr;
-    return reinterpret_cast<SetThreadDpiAwarenessContextFunction>(
-        reinterpret_cast<void*>(GetProcAddress(user32, "SetThreadDpiAwarenessContext")));
-}
-
 // The mode before, or null when the system has none to change.
-HANDLE EnterSystemScaledMode(SetThreadDpiAwarenessContextFunction setContext) noexcept
+HANDLE EnterSystemScaledMode(SetThreadDpiAwarenessContextFunction* setContext) noexcept
 {
     if (setContext == nullptr)
         return nullptr;
@@ -44,7 +37,7 @@ GuestScope::GuestScope() noexcept : vectorFloatingPoint_(_mm_getcsr()), cursor_(
     std::fegetenv(&floatingPoint_);
     std::fesetenv(FE_DFL_ENV);
     _mm_setcsr(_MM_MASK_MASK);
-    setDpiContext_ = FindSetThreadDpiAwarenessContext();
+    setDpiContext_ = SystemFunction<SetThreadDpiAwarenessContextFunction>(L"user32", "SetThreadDpiAwarenessContext");
     dpiContext_ = EnterSystemScaledMode(setDpiContext_);
     SetThreadErrorMode(GetThreadErrorMode() | SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &errorMode_);
 }

@@ -51,16 +51,10 @@ template <class H, auto CloseFunction> struct NullEmpty {
     static void Close(Handle handle) noexcept { CloseFunction(handle); }
 };
 
-struct FileTraits {
+template <auto CloseFunction> struct InvalidEmpty {
     using Handle = HANDLE;
     static Handle Empty() noexcept { return INVALID_HANDLE_VALUE; }
-    static void Close(Handle handle) noexcept { CloseHandle(handle); }
-};
-
-struct FindFileTraits {
-    using Handle = HANDLE;
-    static Handle Empty() noexcept { return INVALID_HANDLE_VALUE; }
-    static void Close(Handle handle) noexcept { FindClose(handle); }
+    static void Close(Handle handle) noexcept { CloseFunction(handle); }
 };
 
 using UniqueKey = Unique<NullEmpty<HKEY, RegCloseKey>>;
@@ -69,7 +63,7 @@ using UniquePrinter = Unique<NullEmpty<HANDLE, ClosePrinter>>;
 using UniqueModule = Unique<NullEmpty<HMODULE, FreeLibrary>>;
 using UniqueBitmap = Unique<NullEmpty<HBITMAP, DeleteObject>>;
 using UniqueKernelHandle = Unique<NullEmpty<HANDLE, CloseHandle>>; // mappings, mutexes, events
-using UniqueFile = Unique<FileTraits>;
-using UniqueFindFile = Unique<FindFileTraits>;
+using UniqueFile = Unique<InvalidEmpty<CloseHandle>>;
+using UniqueFindFile = Unique<InvalidEmpty<FindClose>>;
 
 } // namespace qx

@@ -1,5 +1,6 @@
 #include "dialog/controls.h"
 
+#include "dialog/dialog.h"
 #include "text/help.h"
 
 #include <imm.h>
@@ -7,18 +8,6 @@
 namespace qx {
 
 namespace {
-
-bool IsOfClass(HWND control, const wchar_t* wanted) noexcept
-{
-    wchar_t name[16] = L"";
-    GetClassNameW(control, name, 16);
-    return lstrcmpiW(name, wanted) == 0;
-}
-
-bool IsComboBox(HWND control) noexcept
-{
-    return IsOfClass(control, L"ComboBox");
-}
 
 bool IsGroupBox(HWND control) noexcept
 {
@@ -93,7 +82,8 @@ void SetUpControls(const TextOwner& owner, HWND dialog, std::span<const Control>
         if (row.noInputMethod)
             ImmAssociateContext(control, nullptr);
         if (row.limit != 0)
-            SendMessageW(control, IsComboBox(control) ? CB_LIMITTEXT : EM_LIMITTEXT, static_cast<WPARAM>(row.limit), 0);
+            SendMessageW(control, IsOfClass(control, L"ComboBox") ? CB_LIMITTEXT : EM_LIMITTEXT,
+                         static_cast<WPARAM>(row.limit), 0);
     }
 }
 

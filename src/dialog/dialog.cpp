@@ -73,17 +73,10 @@ void HandFocusOn(HWND dialog, HWND control) noexcept
         MoveFocus(dialog, next);
 }
 
-bool IsEdit(HWND window) noexcept
-{
-    wchar_t name[8] = L"";
-    GetClassNameW(window, name, 8);
-    return lstrcmpiW(name, L"Edit") == 0;
-}
-
 // Only edit fields that cannot be edited ask a dialog this way.
 INT_PTR ColorLockedField(HDC dc, HWND field) noexcept
 {
-    if (!IsEdit(field))
+    if (!IsOfClass(field, L"Edit"))
         return FALSE;
     SetTextColor(dc, GetSysColor(IsWindowEnabled(field) ? COLOR_BTNTEXT : COLOR_GRAYTEXT));
     SetBkColor(dc, GetSysColor(COLOR_BTNFACE));
@@ -91,6 +84,13 @@ INT_PTR ColorLockedField(HDC dc, HWND field) noexcept
 }
 
 } // namespace
+
+bool IsOfClass(HWND window, const wchar_t* name) noexcept
+{
+    wchar_t actual[16] = L"";
+    GetClassNameW(window, actual, 16);
+    return lstrcmpiW(actual, name) == 0;
+}
 
 void FocusControl(HWND dialog, int control) noexcept
 {

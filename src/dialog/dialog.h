@@ -206,6 +206,9 @@ bool IsChecked(HWND dialog, int box);
 // Of a check box or a radio button. Throws when it cannot be shown.
 void SetChecked(HWND dialog, int button, bool checked);
 
+// Whether a window is of one of the system's classes ("Edit"), in any letter case.
+bool IsOfClass(HWND window, const wchar_t* name) noexcept;
+
 // Moves the keyboard focus as the Tab key would: the default button, which is the sheet's for a page, follows.
 void FocusControl(HWND dialog, int control) noexcept;
 

@@ -420,13 +420,7 @@ void CouldNotBeFilled(FaxJobPage& page) noexcept
 } // namespace
 
 constexpr Dialog<FaxJobPage> kFaxJobPage{
-    .ids = {IDD_FAX_JOB_PAGE, IDD_FAX_JOB_PAGE_RTL},
-    .controls = kControls,
-    .routes = kRoutes,
-    .fill = Fill,
-    .other = AnswerOther,
-    .couldNotBeFilled = CouldNotBeFilled,
-};
+    {IDD_FAX_JOB_PAGE, IDD_FAX_JOB_PAGE_RTL}, {}, kControls, kRoutes, Fill, AnswerOther, CouldNotBeFilled};
 
 void RefreshNameBoxList(FaxJobPage& page)
 {
@@ -439,7 +433,7 @@ void RefreshNameBoxList(FaxJobPage& page)
 const PhoneBookEntry* SaveFaxJobPage(FaxJobPage& page) noexcept
 {
     FaxJobData& job = *page.job;
-    FaxJobData& draft = page.draft->Get();
+    FaxJobData& draft = page.draft->Get(); // NOLINT(bugprone-unchecked-optional-access): the page has accepted
     const PhoneBookEntry* const typed = page.recipients.Send();
     // The user's defaults may just have replaced the job's cover page: the fields are then the older ones.
     if (job.CoverPageFromDefaults == 0)

@@ -158,13 +158,7 @@ void Fill(SetupPage& page)
 } // namespace
 
 constexpr Dialog<SetupPage> kSetupPage{
-    .ids = {IDD_SETUP_PAGE, IDD_SETUP_PAGE_RTL},
-    .controls = kControls,
-    .routes = kRoutes,
-    .fill = Fill,
-    .other = AnswerOther,
-    .couldNotBeFilled = [](SetupPage& page) noexcept { EndAsCancelled(page); },
-};
+    {IDD_SETUP_PAGE, IDD_SETUP_PAGE_RTL}, {}, kControls, kRoutes, Fill, AnswerOther, EndAsCancelled<SetupPage>};
 
 // ---- interface ----
 
@@ -176,7 +170,8 @@ void FitSendButtonOfSheet(SetupPage& page)
 
 void SaveSetupPage(SetupPage& page) noexcept
 {
-    ExchangeSendSettings(*page.job, page.draft->Get());
+    ExchangeSendSettings(*page.job,
+                         page.draft->Get()); // NOLINT(bugprone-unchecked-optional-access): the page has accepted
     page.draft.reset();
     page.job->Cancelled = 0;
 }

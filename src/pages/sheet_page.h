@@ -149,7 +149,7 @@ inline void HookSheet(SheetPage& page)
 
 // For a page that could not be filled: it would show what is not so, and answer no button. Posted, since the sheet is
 // not complete yet.
-inline void EndAsCancelled(SheetPage& page) noexcept
+template <class Page> void EndAsCancelled(Page& page) noexcept
 {
     page.job->Cancelled = 1;
     PostMessageW(GetParent(page.dialog), PSM_PRESSBUTTON, PSBTN_CANCEL, 0);

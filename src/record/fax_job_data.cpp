@@ -13,14 +13,6 @@ namespace {
 
 constexpr INT32 kFirstStringCapacity = 10;
 
-void ReplaceText(wchar_t*& field, const wchar_t* text) noexcept
-{
-    // The new copy first: the text may be the field's own.
-    wchar_t* const copy = HeapText(text);
-    HeapRelease(field);
-    field = copy;
-}
-
 FaxRecipient** AllocateRecipients(INT32 capacity) noexcept
 {
     return static_cast<FaxRecipient**>(HeapAllocate(static_cast<std::size_t>(capacity) * sizeof(FaxRecipient*)));
@@ -49,7 +41,7 @@ void FreeStrings(FaxString* items, INT32 count) noexcept
 // Stores the identifier only when it is nonzero, and a copy of the text.
 bool SetString(FaxString& item, INT32 id, const wchar_t* text) noexcept
 {
-    ReplaceText(item.Text, text);
+    ReplaceOwnedText(item.Text, text);
     if (id == 0)
         return false;
     item.Id = id;
@@ -77,45 +69,12 @@ bool GrowStrings(FaxStringTable& table) noexcept
 
 } // namespace
 
-void SetSenderName(FaxJobData& record, const wchar_t* text) noexcept
+void ReplaceOwnedText(wchar_t*& field, const wchar_t* text) noexcept
 {
-    ReplaceText(record.SenderName, text);
-}
-void SetSenderCompany(FaxJobData& record, const wchar_t* text) noexcept
-{
-    ReplaceText(record.SenderCompany, text);
-}
-void SetSenderFaxNo(FaxJobData& record, const wchar_t* text) noexcept
-{
-    ReplaceText(record.SenderFaxNo, text);
-}
-void SetSenderVoiceNo(FaxJobData& record, const wchar_t* text) noexcept
-{
-    ReplaceText(record.SenderVoiceNo, text);
-}
-void SetNotifyEmail(FaxJobData& record, const wchar_t* text) noexcept
-{
-    ReplaceText(record.NotifyEmail, text);
-}
-void SetCoverPageNotes(FaxJobData& record, const wchar_t* text) noexcept
-{
-    ReplaceText(record.CoverPageNotes, text);
-}
-void SetCoverPageSubject(FaxJobData& record, const wchar_t* text) noexcept
-{
-    ReplaceText(record.CoverPageSubject, text);
-}
-void SetBillingCode(FaxJobData& record, const wchar_t* text) noexcept
-{
-    ReplaceText(record.BillingCode, text);
-}
-void SetDefaultOverlayPath(FaxJobData& record, const wchar_t* text) noexcept
-{
-    ReplaceText(record.DefaultOverlayPath, text);
-}
-void SetTitle(FaxJobData& record, const wchar_t* text) noexcept
-{
-    ReplaceText(record.Title, text);
+    // The new copy first: the text may be the field's own.
+    wchar_t* const copy = HeapText(text);
+    HeapRelease(field);
+    field = copy;
 }
 
 void SetOverlayPath(FaxJobData& record, const wchar_t* text) noexcept

@@ -9,18 +9,25 @@
 
 namespace qx {
 
-// One setter per text field: the old text is freed and a copy of the new one stored. A null text is stored as an
-// empty one. When memory is short the field stays null.
-void SetSenderName(FaxJobData& record, const wchar_t* text) noexcept;
-void SetSenderCompany(FaxJobData& record, const wchar_t* text) noexcept;
-void SetSenderFaxNo(FaxJobData& record, const wchar_t* text) noexcept;
-void SetSenderVoiceNo(FaxJobData& record, const wchar_t* text) noexcept;
-void SetNotifyEmail(FaxJobData& record, const wchar_t* text) noexcept;
-void SetCoverPageNotes(FaxJobData& record, const wchar_t* text) noexcept;
-void SetCoverPageSubject(FaxJobData& record, const wchar_t* text) noexcept;
-void SetBillingCode(FaxJobData& record, const wchar_t* text) noexcept;
-void SetDefaultOverlayPath(FaxJobData& record, const wchar_t* text) noexcept;
-void SetTitle(FaxJobData& record, const wchar_t* text) noexcept;
+// Frees the text and stores a copy of the new one. A null text is stored as an empty one. When memory is short the
+// field stays null.
+void ReplaceOwnedText(wchar_t*& field, const wchar_t* text) noexcept;
+template <wchar_t* FaxJobData::* kField> void SetTextOf(FaxJobData& record, const wchar_t* text) noexcept
+{
+    ReplaceOwnedText(record.*kField, text);
+}
+
+// One setter per text field.
+inline constexpr auto SetSenderName = SetTextOf<&FaxJobData::SenderName>;
+inline constexpr auto SetSenderCompany = SetTextOf<&FaxJobData::SenderCompany>;
+inline constexpr auto SetSenderFaxNo = SetTextOf<&FaxJobData::SenderFaxNo>;
+inline constexpr auto SetSenderVoiceNo = SetTextOf<&FaxJobData::SenderVoiceNo>;
+inline constexpr auto SetNotifyEmail = SetTextOf<&FaxJobData::NotifyEmail>;
+inline constexpr auto SetCoverPageNotes = SetTextOf<&FaxJobData::CoverPageNotes>;
+inline constexpr auto SetCoverPageSubject = SetTextOf<&FaxJobData::CoverPageSubject>;
+inline constexpr auto SetBillingCode = SetTextOf<&FaxJobData::BillingCode>;
+inline constexpr auto SetDefaultOverlayPath = SetTextOf<&FaxJobData::DefaultOverlayPath>;
+inline constexpr auto SetTitle = SetTextOf<&FaxJobData::Title>;
 
 // The field is one buffer of 260 units, made on first use and kept; at most 258 units of the text are stored.
 void SetOverlayPath(FaxJobData& record, const wchar_t* text) noexcept;
@@ -67,7 +74,7 @@ public:
     const FaxJobData& Get() const noexcept { return record_; }
 
 private:
-    FaxJobData record_;
+    FaxJobData record_{};
 };
 
 } // namespace qx

@@ -1,6 +1,7 @@
 #include "settings/device_state.h"
 
 #include "base/limits.h"
+#include "base/module.h"
 #include "base/number_text.h"
 #include "base/printer.h"
 #include "base/text.h"
@@ -78,10 +79,7 @@ void TraceCoverPageLock(DWORD lock) noexcept
 // GetNativeSystemInfo is looked up by name: a 32-bit program on the oldest systems finds only the other.
 WORD NativeProcessorArchitecture() noexcept
 {
-    using GetSystemInfoFunction = void(WINAPI*)(SYSTEM_INFO*);
-    const HMODULE kernel = GetModuleHandleW(L"kernel32");
-    const auto getNative = reinterpret_cast<GetSystemInfoFunction>(
-        reinterpret_cast<void*>(kernel != nullptr ? GetProcAddress(kernel, "GetNativeSystemInfo") : nullptr));
+    const auto getNative = SystemFunction<decltype(GetSystemInfo)>(L"kernel32", "GetNativeSystemInfo");
     SYSTEM_INFO info{};
     (getNative != nullptr ? getNative : GetSystemInfo)(&info);
     return info.wProcessorArchitecture;

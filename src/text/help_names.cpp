@@ -13,52 +13,18 @@ constexpr std::uint16_t kAnySubLanguage = 0xFFFF;
 
 struct LanguageCode {
     std::uint16_t primary;
-    std::uint16_t sub;
     const wchar_t* code;
+    std::uint16_t sub = kAnySubLanguage;
 };
 
 // The first row that matches counts. The codes are this program's own and name files in the field: they are not to be
 // replaced by those of a standard.
 constexpr LanguageCode kLanguageCodes[] = {
-    {1, kAnySubLanguage, L"AR"},
-    {2, kAnySubLanguage, L"BG"},
-    {3, kAnySubLanguage, L"CA"},
-    {4, 1, L"HT"},
-    {4, kAnySubLanguage, L"HC"},
-    {5, kAnySubLanguage, L"CS"},
-    {6, kAnySubLanguage, L"DA"},
-    {7, kAnySubLanguage, L"DE"},
-    {8, kAnySubLanguage, L"EL"},
-    {9, kAnySubLanguage, L"EN"},
-    {10, kAnySubLanguage, L"ES"},
-    {11, kAnySubLanguage, L"FI"},
-    {12, kAnySubLanguage, L"FR"},
-    {13, kAnySubLanguage, L"HE"},
-    {14, kAnySubLanguage, L"HU"},
-    {16, kAnySubLanguage, L"IT"},
-    {17, kAnySubLanguage, L"JA"},
-    {18, kAnySubLanguage, L"KO"},
-    {19, kAnySubLanguage, L"NL"},
-    {20, kAnySubLanguage, L"NO"},
-    {21, kAnySubLanguage, L"PL"},
-    {22, kAnySubLanguage, L"PT"},
-    {24, kAnySubLanguage, L"RO"},
-    {25, kAnySubLanguage, L"RU"},
-    {26, 1, L"HR"},
-    {26, kAnySubLanguage, L"SR"},
-    {27, kAnySubLanguage, L"SK"},
-    {29, kAnySubLanguage, L"SV"},
-    {30, kAnySubLanguage, L"TH"},
-    {31, kAnySubLanguage, L"TR"},
-    {33, kAnySubLanguage, L"ID"},
-    {34, kAnySubLanguage, L"UK"},
-    {36, kAnySubLanguage, L"SL"},
-    {37, kAnySubLanguage, L"ET"},
-    {38, kAnySubLanguage, L"LV"},
-    {39, kAnySubLanguage, L"LT"},
-    {42, kAnySubLanguage, L"VI"},
-    {63, kAnySubLanguage, L"KK"},
-};
+    {1, L"AR"},     {2, L"BG"},  {3, L"CA"},  {4, L"HT", 1}, {4, L"HC"},  {5, L"CS"},  {6, L"DA"},  {7, L"DE"},
+    {8, L"EL"},     {9, L"EN"},  {10, L"ES"}, {11, L"FI"},   {12, L"FR"}, {13, L"HE"}, {14, L"HU"}, {16, L"IT"},
+    {17, L"JA"},    {18, L"KO"}, {19, L"NL"}, {20, L"NO"},   {21, L"PL"}, {22, L"PT"}, {24, L"RO"}, {25, L"RU"},
+    {26, L"HR", 1}, {26, L"SR"}, {27, L"SK"}, {29, L"SV"},   {30, L"TH"}, {31, L"TR"}, {33, L"ID"}, {34, L"UK"},
+    {36, L"SL"},    {37, L"ET"}, {38, L"LV"}, {39, L"LT"},   {42, L"VI"}, {63, L"KK"}};
 
 constexpr std::wstring_view kHelpFileMark = L"QXZHL";
 constexpr std::wstring_view kExtension = L".CHM";

@@ -1,7 +1,6 @@
 #include "phonebook/ui/entry_dialog.h"
 
 #include "phonebook/book/phone_book.h"
-#include "phonebook/ui/stand_in_text.h"
 #include "res/entry_ids.h"
 
 namespace qx {

@@ -3,7 +3,6 @@
 
 #include "base/number_text.h"
 #include "dialog/number_filter.h"
-#include "phonebook/ui/made_item.h"
 #include "phonebook/ui/phone_book_dialog.h"
 
 #include <windows.h>

@@ -4,7 +4,6 @@
 #include "phonebook/ui/button_rules.h"
 #include "phonebook/ui/details_dialogs.h"
 #include "phonebook/ui/group_members.h"
-#include "phonebook/ui/stand_in_text.h"
 #include "res/group_ids.h"
 
 namespace qx {

@@ -1,7 +1,6 @@
 // Adds a group to the phone book or edits one: its name, and its members among the book's entries.
 #pragma once
 
-#include "phonebook/ui/made_item.h"
 #include "phonebook/ui/phone_book_dialog.h"
 #include "phonebook/ui/phone_book_list.h"
 

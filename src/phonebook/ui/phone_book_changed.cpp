@@ -1,5 +1,7 @@
 #include "phonebook/ui/phone_book_changed.h"
 
+#include "base/module.h"
+
 #include <atomic>
 
 namespace qx {
@@ -8,7 +10,7 @@ namespace {
 
 constexpr UINT kPatienceMilliseconds = 500; // with each window
 
-using ChangeFilter = BOOL(WINAPI*)(HWND, UINT, DWORD, void*);
+using ChangeFilter = BOOL WINAPI(HWND, UINT, DWORD, void*);
 constexpr DWORD kAllow = 1; // MSGFLT_ALLOW
 
 } // namespace
@@ -24,8 +26,7 @@ UINT PhoneBookChangedMessage() noexcept
 void ListenForPhoneBookChanged(HWND window) noexcept
 {
     // Systems that lack the function have no such filter for a single window.
-    const auto changeFilter = reinterpret_cast<ChangeFilter>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"user32.dll"), "ChangeWindowMessageFilterEx")));
+    const auto changeFilter = SystemFunction<ChangeFilter>(L"user32", "ChangeWindowMessageFilterEx");
     if (changeFilter != nullptr)
         changeFilter(window, PhoneBookChangedMessage(), kAllow, nullptr);
 }

@@ -1,7 +1,11 @@
-// What the phone book's dialogs start from.
+// What the phone book's dialogs share.
 #pragma once
 
 #include "dialog/dialog.h"
+#include "phonebook/book/items.h"
+
+#include <memory>
+#include <string>
 
 namespace qx {
 
@@ -17,6 +21,26 @@ struct PhoneBookDialog : TextOwner {
     PhoneBook& book;
     HWND dialog = nullptr;
 };
+
+struct DiscardFromStore {
+    ItemStore* store = nullptr;
+    void operator()(PhoneBookItem* item) const noexcept { store->Discard(item); }
+};
+// An item that a dialog has made for the phone book and that may still be given up: release() leaves it with its store,
+// for the book to point at; otherwise it is discarded with its owner.
+template <class Item> using MadeItem = std::unique_ptr<Item, DiscardFromStore>;
+
+// In the phone book a single blank stands for a name or a company that the user left empty.
+inline constexpr std::wstring_view kStandIn = L" ";
+inline std::wstring ToStored(std::wstring typed)
+{
+    return typed.empty() ? std::wstring(kStandIn) : std::move(typed);
+}
+// What an edit field shows of a stored text, which may be null.
+inline const wchar_t* ToShown(const wchar_t* stored) noexcept
+{
+    return OrEmpty(stored) == kStandIn ? L"" : OrEmpty(stored);
+}
 
 inline constexpr Message kTooManyRecipients{
     {5265, L"The maximum number of fax numbers has been entered."}, MB_OK | MB_ICONSTOP, MessageTitle::Error};
