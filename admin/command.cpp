@@ -6,37 +6,6 @@
 
 namespace qx::admin {
 
-CLI::Option* AddText(CLI::App& command, const std::string& name, std::wstring& value, const std::string& help)
-{
-    return command
-        .add_option_function<std::string>(
-            name, [&value](const std::string& text) { value = Wide(text); }, help)
-        ->type_name("TEXT");
-}
-
-CLI::Option* AddText(CLI::App& command, const std::string& name, std::optional<std::wstring>& value,
-                     const std::string& help)
-{
-    return command
-        .add_option_function<std::string>(
-            name, [&value](const std::string& text) { value = Wide(text); }, help)
-        ->type_name("TEXT");
-}
-
-CLI::Option* AddTexts(CLI::App& command, const std::string& name, std::vector<std::wstring>& values,
-                      const std::string& help)
-{
-    return command
-        .add_option_function<std::vector<std::string>>(
-            name,
-            [&values](const std::vector<std::string>& texts) {
-                for (const std::string& text : texts)
-                    values.push_back(Wide(text));
-            },
-            help)
-        ->type_name("TEXT");
-}
-
 std::string Quoted(std::wstring_view text)
 {
     return '"' + Utf8(text) + '"';

@@ -4,6 +4,7 @@
 #include "admin/report.h"
 #include "base/printer.h"
 #include "base/unique.h"
+#include "host/options.h"
 #include "host/utf8.h"
 
 #include <CLI/CLI.hpp>
@@ -14,6 +15,8 @@
 
 namespace qx::admin {
 
+using host::AddText;
+using host::AddTexts;
 using host::Utf8;
 using host::Wide;
 
@@ -31,15 +34,6 @@ void AddDefaultsCommands(CLI::App& app, Invocation& invocation);
 void AddDoctorCommand(CLI::App& app, Invocation& invocation);
 void AddPhoneBookCommands(CLI::App& app, Invocation& invocation);
 void AddTracesCommands(CLI::App& app, Invocation& invocation);
-
-// ---- options -------------------------------------------------------------------------------------------------------
-
-// Options come as UTF-8; Windows wants UTF-16. Given nothing, value stays as it is.
-CLI::Option* AddText(CLI::App& command, const std::string& name, std::wstring& value, const std::string& help);
-CLI::Option* AddText(CLI::App& command, const std::string& name, std::optional<std::wstring>& value,
-                     const std::string& help);
-CLI::Option* AddTexts(CLI::App& command, const std::string& name, std::vector<std::wstring>& values,
-                      const std::string& help);
 
 // In double quotes, as UTF-8.
 std::string Quoted(std::wstring_view text);

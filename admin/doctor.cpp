@@ -126,18 +126,18 @@ private:
 
     void LookAtHelp()
     {
-        const auto cabinetName = PrinterText(Printer(), kDriverData, kHelpCabinetValue);
-        const auto helpFile = PrinterText(Printer(), kDriverData, kHelpFileValue);
+        const std::wstring cabinetName = PrinterText(Printer(), kDriverData, kHelpCabinetValue).value_or(L"");
+        const std::wstring helpFile = PrinterText(Printer(), kDriverData, kHelpFileValue).value_or(L"");
         for (const auto& [value, name] : {std::pair(cabinetName, kHelpCabinetValue), {helpFile, kHelpFileValue}}) {
-            if (value.value_or(std::wstring()).empty())
+            if (value.empty())
                 return Problem("help",
                                "the printer has no " + Utf8(name) + ", so there is no help: set it with \"configure\"");
         }
-        const HelpNames names = HelpNamesOf(Printer(), *helpFile);
-        const std::string why = WhyHelpNamesFail(names, *helpFile);
+        const HelpNames names = HelpNamesOf(Printer(), helpFile);
+        const std::string why = WhyHelpNamesFail(names, helpFile);
         if (!why.empty())
             return Problem("help", why);
-        const std::wstring cabinet = BuildDriverFilePath(Printer(), *cabinetName);
+        const std::wstring cabinet = BuildDriverFilePath(Printer(), cabinetName);
         if (!FileIsThere(cabinet))
             return Problem("help", "there is no cabinet " + Quoted(cabinet) + ", so there is no help: copy it there");
         const auto files = FilesInCabinet(cabinet);

@@ -1,6 +1,7 @@
 #include "admin/registry_files.h"
 
 #include "admin/contacts/text_encoding.h"
+#include "host/utf8.h"
 
 namespace qx::admin {
 
@@ -30,37 +31,9 @@ std::wstring Escaped(const std::wstring& text)
     return escaped;
 }
 
-std::string XmlEscaped(const std::wstring& text)
+std::string InAttribute(const std::wstring& text)
 {
-    std::wstring escaped;
-    for (const wchar_t c : text) {
-        switch (c) {
-        case L'&':
-            escaped += L"&amp;";
-            break;
-        case L'<':
-            escaped += L"&lt;";
-            break;
-        case L'>':
-            escaped += L"&gt;";
-            break;
-        case L'"':
-            escaped += L"&quot;";
-            break;
-        case L'\r':
-            escaped += L"&#13;";
-            break;
-        case L'\n':
-            escaped += L"&#10;";
-            break;
-        case L'\t':
-            escaped += L"&#9;";
-            break;
-        default:
-            escaped += c;
-        }
-    }
-    return EncodeUtf8(escaped);
+    return EncodeUtf8(host::XmlEscaped(text));
 }
 
 // Of what the item is about, so that an item that is written again replaces itself.
@@ -104,16 +77,16 @@ std::string GroupPolicyFile(const std::vector<RegistrySetting>& settings)
     std::string file = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n"
                        "<RegistrySettings clsid=\"{A3CCFC41-DFDB-43a5-8D26-0FE8B954DA51}\">\r\n";
     for (const RegistrySetting& setting : settings) {
-        const std::string name = XmlEscaped(setting.name);
+        const std::string name = InAttribute(setting.name);
         file += "  <Registry clsid=\"{9CD4B2F4-923D-47f5-A062-E897DD1DAD50}\" name=\"" + name + "\" status=\"" + name +
                 "\" image=\"" + (setting.remove ? "8" : "7") + "\" changed=\"2000-01-01 00:00:00\" uid=\"" +
                 UniqueId(setting) + "\">\r\n    <Properties action=\"" + (setting.remove ? "D" : "U") +
                 "\" displayDecimal=\"1\" default=\"0\" hive=\"" + EncodeUtf8(NameOf(setting.hive)) + "\" key=\"" +
-                XmlEscaped(setting.key) + "\" name=\"" + name + "\"";
+                InAttribute(setting.key) + "\" name=\"" + name + "\"";
         if (const auto* const number = std::get_if<std::uint32_t>(&setting.value))
             file += " type=\"REG_DWORD\" value=\"" + EncodeUtf8(Hex(*number, 8)) + "\"";
         else
-            file += " type=\"REG_SZ\" value=\"" + XmlEscaped(std::get<std::wstring>(setting.value)) + "\"";
+            file += " type=\"REG_SZ\" value=\"" + InAttribute(std::get<std::wstring>(setting.value)) + "\"";
         file += "/>\r\n  </Registry>\r\n";
     }
     return file + "</RegistrySettings>\r\n";

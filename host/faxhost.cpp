@@ -1,11 +1,11 @@
 // A stand-in for the printer driver: installs a fax printer, hands a job to the module and prints what came back.
 #include "host/job.h"
+#include "host/options.h"
 #include "host/provision.h"
 #include "host/script.h"
 #include "host/ui_driver.h"
 #include "host/utf8.h"
 
-#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <fcntl.h>
 #include <fstream>
@@ -30,30 +30,9 @@ fs::path OwnFolder()
 
 // ---- options -------------------------------------------------------------------------------------------------------
 
-// Options come as UTF-8; Windows wants UTF-16.
-CLI::Option* AddText(CLI::App& command, const std::string& name, std::wstring& value, const std::string& help)
-{
-    return command
-        .add_option_function<std::string>(
-            name, [&value](const std::string& text) { value = Wide(text); }, help)
-        ->type_name("TEXT");
-}
-
-CLI::Option* AddText(CLI::App& command, const std::string& name, std::optional<std::wstring>& value,
-                     const std::string& help)
-{
-    return command
-        .add_option_function<std::string>(
-            name, [&value](const std::string& text) { value = Wide(text); }, help)
-        ->type_name("TEXT");
-}
-
 CLI::Option* AddPath(CLI::App& command, const std::string& name, fs::path& value, const std::string& help)
 {
-    return command
-        .add_option_function<std::string>(
-            name, [&value](const std::string& text) { value = Wide(text); }, help)
-        ->type_name("PATH");
+    return AddText(command, name, value, help)->type_name("PATH");
 }
 
 void AddDeviceNumber(CLI::App& command, PrinterSetup& setup, const std::string& option, const wchar_t* value,

@@ -2,6 +2,7 @@
 
 #include "host/picture.h"
 #include "host/utf8.h"
+#include "host/window_query.h"
 
 #include <algorithm>
 #include <atomic>
@@ -18,9 +19,6 @@ using Clock = std::chrono::steady_clock;
 constexpr auto kPollInterval = std::chrono::milliseconds(5);
 // How often a marker goes round while other messages still wait behind it.
 constexpr LPARAM kMarkerRounds = 100;
-// Controls that belong to Windows' own windows.
-constexpr int kSheetTabs = 0x3020;
-constexpr int kFileNameCombo = 1148, kFileNameEdit = 1152;
 
 // ---- the UI thread's side ------------------------------------------------------------------------------------------
 
@@ -114,18 +112,6 @@ void RegisterExecutorClass()
 
 // ---- windows -------------------------------------------------------------------------------------------------------
 
-std::wstring ClassOf(HWND window)
-{
-    wchar_t name[64] = L"";
-    GetClassNameW(window, name, static_cast<int>(std::size(name)));
-    return name;
-}
-
-bool IsOfClass(HWND window, const wchar_t* name)
-{
-    return _wcsicmp(ClassOf(window).c_str(), name) == 0;
-}
-
 bool IsDialog(HWND window)
 {
     return IsOfClass(window, L"#32770");
@@ -136,30 +122,10 @@ bool IsSheet(HWND dialog)
     return GetDlgItem(dialog, kSheetTabs) != nullptr;
 }
 
-std::vector<HWND> ChildrenOf(HWND parent)
-{
-    std::vector<HWND> children;
-    EnumChildWindows(
-        parent,
-        [](HWND child, LPARAM list) -> BOOL {
-            reinterpret_cast<std::vector<HWND>*>(list)->push_back(child);
-            return TRUE;
-        },
-        reinterpret_cast<LPARAM>(&children));
-    return children;
-}
-
 std::vector<HWND> DialogsOf(DWORD thread)
 {
-    std::vector<HWND> dialogs;
-    EnumThreadWindows(
-        thread,
-        [](HWND window, LPARAM list) -> BOOL {
-            if (IsDialog(window) && IsWindowVisible(window))
-                reinterpret_cast<std::vector<HWND>*>(list)->push_back(window);
-            return TRUE;
-        },
-        reinterpret_cast<LPARAM>(&dialogs));
+    std::vector<HWND> dialogs = WindowsOf(thread);
+    std::erase_if(dialogs, [](HWND window) { return !IsDialog(window) || !IsWindowVisible(window); });
     return dialogs;
 }
 
@@ -444,11 +410,6 @@ std::vector<std::wstring> UiDriver::ComboItems(int id)
             static_cast<std::size_t>(Ask(combo, CB_GETLBTEXT, i, reinterpret_cast<LPARAM>(items[i].data()))));
     }
     return items;
-}
-
-int UiDriver::ComboSelection(int id)
-{
-    return static_cast<int>(Ask(Control(id), CB_GETCURSEL));
 }
 
 int UiDriver::RowCount(int id)

@@ -72,8 +72,7 @@ public:
     bool IsChecked(int id);
     int FocusedControl(); // id, a combo box standing for its edit field; 0 when nothing has the focus
     std::vector<std::wstring> ComboItems(int id);
-    int ComboSelection(int id); // -1: none
-    int RowCount(int id);       // of a list view
+    int RowCount(int id); // of a list view
     int ColumnCount(int id);
     std::wstring ColumnTitle(int id, int column);
     std::wstring CellText(int id, int row, int column);

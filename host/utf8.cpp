@@ -1,5 +1,7 @@
 #include "host/utf8.h"
 
+#include <algorithm>
+#include <utility>
 #include <windows.h>
 
 namespace qx::host {
@@ -20,6 +22,19 @@ std::wstring Wide(std::string_view text)
     std::wstring wide(static_cast<std::size_t>(units), L'\0');
     MultiByteToWideChar(CP_UTF8, 0, text.data(), bytes, wide.data(), units);
     return wide;
+}
+
+std::wstring XmlEscaped(std::wstring_view text)
+{
+    constexpr std::pair<wchar_t, std::wstring_view> kEscapes[] = {
+        {L'&', L"&amp;"},  {L'<', L"&lt;"},   {L'>', L"&gt;"}, {L'"', L"&quot;"},
+        {L'\r', L"&#13;"}, {L'\n', L"&#10;"}, {L'\t', L"&#9;"}};
+    std::wstring escaped;
+    for (const wchar_t& c : text) {
+        const auto* const escape = std::ranges::find(kEscapes, c, &std::pair<wchar_t, std::wstring_view>::first);
+        escaped += escape != std::end(kEscapes) ? escape->second : std::wstring_view(&c, 1);
+    }
+    return escaped;
 }
 
 std::string SystemError(std::string_view what, unsigned long error)

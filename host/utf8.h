@@ -9,6 +9,9 @@ namespace qx::host {
 std::string Utf8(std::wstring_view text);
 std::wstring Wide(std::string_view text);
 
+// The text as it stands in an attribute of an XML document.
+std::wstring XmlEscaped(std::wstring_view text);
+
 // "what: " and the system's text for a Windows error number.
 std::string SystemError(std::string_view what, unsigned long error);
 
