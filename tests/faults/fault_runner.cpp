@@ -10,6 +10,7 @@
 #include "base/apartment.h"
 #include "base/unique.h"
 #include "host/utf8.h"
+#include "host/window_query.h"
 #include "scenarios.h"
 #include "support/every_call.h"
 
@@ -72,16 +73,10 @@ HostState StateOfHost()
     state.apartment = CoGetApartmentType(&type, &qualifier);
     if (GetCurrentActCtx(&state.context) && state.context != nullptr)
         ReleaseActCtx(state.context);
-    EnumThreadWindows(
-        GetCurrentThreadId(),
-        [](HWND window, LPARAM classes) -> BOOL {
-            wchar_t name[64] = L"";
-            GetClassNameW(window, name, 64);
-            if (lstrcmpiW(name, L"IME") != 0 && lstrcmpiW(name, L"OleMainThreadWndClass") != 0) // the system's own
-                *reinterpret_cast<std::wstring*>(classes) += std::wstring(L" ") + name;
-            return TRUE;
-        },
-        reinterpret_cast<LPARAM>(&state.windows));
+    for (const HWND window : host::WindowsOf(GetCurrentThreadId())) {
+        if (!host::IsOfClass(window, L"IME") && !host::IsOfClass(window, L"OleMainThreadWndClass")) // the system's own
+            state.windows += L" " + host::ClassOf(window);
+    }
     MSG message;
     state.endsItsLoop = PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE) != FALSE;
     state.hasCapture = GetCapture() != nullptr;

@@ -422,8 +422,6 @@ class Export : public Editing {
 
 // ---- the user's own settings
 
-using Values = std::map<std::wstring, std::variant<DWORD, std::wstring>>;
-
 class EditDefaults : public Scenario {
     void Prepare() override
     {
@@ -449,12 +447,12 @@ class EditDefaults : public Scenario {
     {
         if (record.Cancelled == 0)
             return {Kind::Wrong, "sent"};
-        Values wanted = Old();
+        UserDefaults wanted = Old();
         wanted[L"SenderName"] = L"New Name";
         wanted[L"SenderCompany"] = L"New Company";
         wanted[L"CoverPageSubject"] = L"New Subject";
         wanted[L"Resolution"] = 2u;
-        const Values now = Stored();
+        const UserDefaults now = Session().StoredDefaults();
         if (now == wanted)
             return {Kind::AsAsked, "stored"};
         if (now == Old())
@@ -466,7 +464,7 @@ class EditDefaults : public Scenario {
         return {now.size() == wanted.size() ? Kind::Less : Kind::Wrong, "stored in part"};
     }
 
-    static Values Old()
+    static UserDefaults Old()
     {
         return {{L"SenderName", L"Old Name"},
                 {L"SenderCompany", L"Old Company"},
@@ -482,26 +480,6 @@ class EditDefaults : public Scenario {
                 {L"AddCoverPage", 1u},
                 {L"ShowPreview", 0u},
                 {L"ApplyDefaults", 1u}};
-    }
-
-    Values Stored() const
-    {
-        Values values;
-        const std::wstring key = Session().SettingsKey() + L"\\QX-FAX\\Default";
-        for (const auto& [name, old] : Old()) {
-            wchar_t text[512] = L"";
-            DWORD number = 0, bytes = sizeof text;
-            if (std::holds_alternative<DWORD>(old)) {
-                bytes = sizeof number;
-                if (RegGetValueW(HKEY_CURRENT_USER, key.c_str(), name.c_str(), RRF_RT_REG_DWORD, nullptr, &number,
-                                 &bytes) == ERROR_SUCCESS)
-                    values[name] = number;
-            } else if (RegGetValueW(HKEY_CURRENT_USER, key.c_str(), name.c_str(), RRF_RT_REG_SZ, nullptr, text,
-                                    &bytes) == ERROR_SUCCESS) {
-                values[name] = std::wstring(text);
-            }
-        }
-        return values;
     }
 };
 

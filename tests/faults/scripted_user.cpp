@@ -1,5 +1,7 @@
 #include "scripted_user.h"
 
+#include "host/window_query.h"
+
 #include <algorithm>
 #include <commctrl.h>
 #include <prsht.h>
@@ -15,42 +17,20 @@ constexpr UINT_PTR kTimer = 1;
 constexpr UINT kTickMilliseconds = 10; // a timer's message comes when all others are done
 constexpr int kTries = 4;
 constexpr int kMostBoxes = 12;
-constexpr int kSheetTabs = 0x3020;
-constexpr int kFileNameCombo = 1148, kFileNameEdit = 1152;
 
-bool IsOfClass(HWND window, const wchar_t* name)
-{
-    wchar_t actual[64] = L"";
-    GetClassNameW(window, actual, 64);
-    return lstrcmpiW(actual, name) == 0;
-}
+using host::ChildrenOf;
+using host::IsOfClass;
+using host::kFileNameCombo;
+using host::kFileNameEdit;
+using host::kSheetTabs;
 
 HWND TopDialog()
 {
-    HWND found = nullptr;
-    EnumThreadWindows(
-        GetCurrentThreadId(),
-        [](HWND window, LPARAM result) -> BOOL {
-            if (!IsOfClass(window, L"#32770") || !IsWindowVisible(window) || !IsWindowEnabled(window))
-                return TRUE;
-            *reinterpret_cast<HWND*>(result) = window;
-            return FALSE;
-        },
-        reinterpret_cast<LPARAM>(&found));
-    return found;
-}
-
-std::vector<HWND> ChildrenOf(HWND parent)
-{
-    std::vector<HWND> children;
-    EnumChildWindows(
-        parent,
-        [](HWND child, LPARAM list) -> BOOL {
-            reinterpret_cast<std::vector<HWND>*>(list)->push_back(child);
-            return TRUE;
-        },
-        reinterpret_cast<LPARAM>(&children));
-    return children;
+    for (const HWND window : host::WindowsOf(GetCurrentThreadId())) {
+        if (IsOfClass(window, L"#32770") && IsWindowVisible(window) && IsWindowEnabled(window))
+            return window;
+    }
+    return nullptr;
 }
 
 // A message box has nothing but a text, an icon and buttons of the standard answers.

@@ -1,11 +1,9 @@
 // The driver of the dialogs against a dialog of the test's own.
-#include "host/ui_driver.h"
+#include "support/dialog_thread.h"
 
 #include <commctrl.h>
 #include <fstream>
-#include <future>
 #include <gtest/gtest.h>
-#include <thread>
 
 namespace qx::host {
 namespace {
@@ -107,33 +105,16 @@ INT_PTR ShowSample(SampleDialog& sample, HWND owner)
 
 class UiDriverTest : public testing::Test {
 protected:
-    UiDriverTest()
-    {
-        InitCommonControls();
-        std::promise<DWORD> id;
-        thread_ = std::thread([this, &id] {
-            id.set_value(GetCurrentThreadId());
-            result = ShowSample(sample, nullptr);
-            SetEvent(finished_);
-        });
-        driver_ = std::make_unique<UiDriver>(id.get_future().get(), finished_);
-    }
-    ~UiDriverTest() override
-    {
-        driver_->CloseEverything();
-        thread_.join();
-        CloseHandle(finished_);
-    }
-
-    UiDriver& Ui() { return *driver_; }
+    UiDriver& Ui() { return thread_.Ui(); }
 
     SampleDialog sample;
     INT_PTR result = 0;
 
 private:
-    HANDLE finished_ = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    std::thread thread_;
-    std::unique_ptr<UiDriver> driver_;
+    test::DialogThread thread_{[this] {
+        InitCommonControls();
+        result = ShowSample(sample, nullptr);
+    }};
 };
 
 TEST_F(UiDriverTest, TypesKeyByKey)

@@ -3,6 +3,7 @@
 #include "record/fax_job_data.h"
 #include "settings/key_set.h"
 #include "support/test_printer.h"
+#include "support/user_defaults.h"
 
 #include <gtest/gtest.h>
 
@@ -45,60 +46,15 @@ TEST_F(FaxDefaults, TheStoredApplyDefaultsTellsThatThereAreDefaultsWhateverItsVa
 
 TEST_F(FaxDefaults, AreStoredAsFourteenValuesWithTheirTypes)
 {
-    SetSenderName(record(), L"Ann Lee");
-    SetSenderCompany(record(), L"Acme");
-    SetSenderFaxNo(record(), L"(555)1");
-    SetSenderVoiceNo(record(), L"555-2");
-    SetCoverPageNotes(record(), L"line 1\r\nline 2");
-    SetCoverPageSubject(record(), L"Offer");
-    SetOverlayPath(record(), L"C:\\logo.bmp");
-    SetNotifyEmail(record(), L"ann@example.com");
-    record().Resolution = 2;
-    record().NotifyOn = 1;
-    record().NotifyMethod = 2;
-    record().AddCoverPage = 1;
-    record().ShowPreview = 1;
-    record().ApplyDefaults = 1;
+    SetDefaultsOf(record(), SampleDefaults());
     SaveFaxDefaults(record());
-
-    const UniqueKey key = Stored();
-    EXPECT_EQ(GetStored(key.Get(), L"SenderName"), AsStored(L"Ann Lee"));
-    EXPECT_EQ(GetStored(key.Get(), L"SenderCompany"), AsStored(L"Acme"));
-    EXPECT_EQ(GetStored(key.Get(), L"SenderFaxNo"), AsStored(L"(555)1"));
-    EXPECT_EQ(GetStored(key.Get(), L"SenderVoiceNo"), AsStored(L"555-2"));
-    EXPECT_EQ(GetStored(key.Get(), L"CoverPageNotes"), AsStored(L"line 1\r\nline 2"));
-    EXPECT_EQ(GetStored(key.Get(), L"CoverPageSubject"), AsStored(L"Offer"));
-    EXPECT_EQ(GetStored(key.Get(), L"OverlayPath"), AsStored(L"C:\\logo.bmp"));
-    EXPECT_EQ(GetStored(key.Get(), L"NotifyEmail"), AsStored(L"ann@example.com"));
-    EXPECT_EQ(GetStored(key.Get(), L"Resolution"), AsStored(2));
-    EXPECT_EQ(GetStored(key.Get(), L"NotifyOn"), AsStored(1));
-    EXPECT_EQ(GetStored(key.Get(), L"NotifyMethod"), AsStored(2));
-    EXPECT_EQ(GetStored(key.Get(), L"AddCoverPage"), AsStored(1));
-    EXPECT_EQ(GetStored(key.Get(), L"ShowPreview"), AsStored(1));
-    EXPECT_EQ(GetStored(key.Get(), L"ApplyDefaults"), AsStored(1));
-    DWORD values = 0;
-    RegQueryInfoKeyW(key.Get(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, &values, nullptr, nullptr,
-                     nullptr, nullptr);
-    EXPECT_EQ(values, 14u);
+    EXPECT_EQ(DefaultsIn(Stored().Get()), SampleDefaults());
 
     OwnedFaxJobData again;
     const KeySet againKeys{again.Get()};
     again.Get().PrinterHandle = printer.Handle();
     EXPECT_TRUE(LoadFaxDefaults(again.Get()));
-    EXPECT_STREQ(again.Get().SenderName, L"Ann Lee");
-    EXPECT_STREQ(again.Get().SenderCompany, L"Acme");
-    EXPECT_STREQ(again.Get().SenderFaxNo, L"(555)1");
-    EXPECT_STREQ(again.Get().SenderVoiceNo, L"555-2");
-    EXPECT_STREQ(again.Get().CoverPageNotes, L"line 1\r\nline 2");
-    EXPECT_STREQ(again.Get().CoverPageSubject, L"Offer");
-    EXPECT_STREQ(again.Get().OverlayPath, L"C:\\logo.bmp");
-    EXPECT_STREQ(again.Get().NotifyEmail, L"ann@example.com");
-    EXPECT_EQ(again.Get().Resolution, 2u);
-    EXPECT_EQ(again.Get().NotifyOn, 1u);
-    EXPECT_EQ(again.Get().NotifyMethod, 2u);
-    EXPECT_EQ(again.Get().AddCoverPage, 1u);
-    EXPECT_EQ(again.Get().ShowPreview, 1u);
-    EXPECT_EQ(again.Get().ApplyDefaults, 1u);
+    EXPECT_EQ(DefaultsOf(again.Get()), SampleDefaults());
 }
 
 TEST_F(FaxDefaults, TextsThatWereNeverSetAreStoredEmpty)
@@ -223,39 +179,14 @@ TEST(CopiedFaxDefaults, AreAllButWhetherToApplyThem)
     OwnedFaxJobData defaults;
     OwnedFaxJobData job;
     FaxJobData& from = defaults.Get();
-    SetSenderName(from, L"Ann Lee");
-    SetSenderFaxNo(from, L"555-1");
-    SetSenderVoiceNo(from, L"555-2");
-    SetSenderCompany(from, L"Acme");
-    SetNotifyEmail(from, L"ann@example.com");
-    SetCoverPageNotes(from, L"notes");
-    SetCoverPageSubject(from, L"Offer");
-    SetOverlayPath(from, L"C:\\logo.bmp");
-    from.Resolution = 2;
-    from.NotifyOn = 1;
-    from.NotifyMethod = 2;
-    from.AddCoverPage = 1;
-    from.ShowPreview = 1;
-    from.ApplyDefaults = 1;
+    SetDefaultsOf(from, SampleDefaults());
     from.BillingCodeMinLength = 4; // the device's, not the user's
     CopyFaxDefaults(from, job.Get());
-    const FaxJobData& to = job.Get();
-    EXPECT_STREQ(to.SenderName, L"Ann Lee");
-    EXPECT_STREQ(to.SenderFaxNo, L"555-1");
-    EXPECT_STREQ(to.SenderVoiceNo, L"555-2");
-    EXPECT_STREQ(to.SenderCompany, L"Acme");
-    EXPECT_STREQ(to.NotifyEmail, L"ann@example.com");
-    EXPECT_STREQ(to.CoverPageNotes, L"notes");
-    EXPECT_STREQ(to.CoverPageSubject, L"Offer");
-    EXPECT_STREQ(to.OverlayPath, L"C:\\logo.bmp");
-    EXPECT_NE(to.SenderName, from.SenderName); // copies: each record frees its own
-    EXPECT_EQ(to.Resolution, 2u);
-    EXPECT_EQ(to.NotifyOn, 1u);
-    EXPECT_EQ(to.NotifyMethod, 2u);
-    EXPECT_EQ(to.AddCoverPage, 1u);
-    EXPECT_EQ(to.ShowPreview, 1u);
-    EXPECT_EQ(to.ApplyDefaults, 0u);
-    EXPECT_EQ(to.BillingCodeMinLength, 0u);
+    UserDefaults expected = SampleDefaults();
+    expected[L"ApplyDefaults"] = 0u;
+    EXPECT_EQ(DefaultsOf(job.Get()), expected);
+    EXPECT_NE(job.Get().SenderName, from.SenderName); // copies: each record frees its own
+    EXPECT_EQ(job.Get().BillingCodeMinLength, 0u);
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include "support/help_topics.h"
 #include "support/help_viewer.h"
 #include "support/patched_function.h"
+#include "support/resource_count.h"
 #include "text/help_viewer.h"
 
 #include <chrono>
@@ -457,13 +458,10 @@ TEST_F(Help, ManyAttemptsLeaveNoHandleOpen)
         BuildDriverFilePath(nullptr, kCabinet);
     };
     attempt();
-    DWORD before = 0;
-    DWORD after = 0;
-    ASSERT_TRUE(GetProcessHandleCount(GetCurrentProcess(), &before));
+    const std::size_t before = test::NextHandle();
     for (int i = 0; i < 50; ++i)
         attempt();
-    ASSERT_TRUE(GetProcessHandleCount(GetCurrentProcess(), &after));
-    EXPECT_EQ(after, before);
+    EXPECT_EQ(test::NextHandle(), before);
 }
 
 // ---- the path that dialogs keep ------------------------------------------------------------------------------------

@@ -39,23 +39,11 @@ const DialogCase kDialogs[] = {
     Case("MapCustomFields", kMapCustomFieldsDialog),
 };
 
-std::wstring ClassOf(HWND window)
-{
-    wchar_t name[64] = L"";
-    GetClassNameW(window, name, 64);
-    return name;
-}
-
 } // namespace
 
 std::span<const DialogCase> AllDialogs()
 {
     return kDialogs;
-}
-
-bool Is(HWND window, const wchar_t* className)
-{
-    return window != nullptr && lstrcmpiW(ClassOf(window).c_str(), className) == 0;
 }
 
 } // namespace qx::test

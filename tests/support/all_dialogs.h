@@ -24,7 +24,4 @@ inline void PrintTo(const DialogCase& dialog, std::ostream* out)
     *out << dialog.name;
 }
 
-// Whether window is of that class.
-bool Is(HWND window, const wchar_t* className);
-
 } // namespace qx::test

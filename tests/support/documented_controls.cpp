@@ -1,5 +1,7 @@
 #include "support/documented_controls.h"
 
+#include "host/window_query.h"
+
 #include <commctrl.h>
 #include <cstdlib>
 
@@ -9,12 +11,7 @@ namespace {
 
 constexpr const wchar_t* kRedrawIsOff = L"qx redraw is off";
 
-bool IsOfClass(HWND window, const wchar_t* wanted)
-{
-    wchar_t name[32] = L"";
-    GetClassNameW(window, name, 32);
-    return lstrcmpiW(name, wanted) == 0;
-}
+using host::IsOfClass;
 
 bool IsAutoRadioButton(HWND window)
 {

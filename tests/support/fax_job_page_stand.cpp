@@ -19,7 +19,7 @@ FaxJobPageStand::FaxJobPageStand()
 {
     MakeRoomForRecipients(Job()); // as the session does
     page_.job = &Job();
-    page_.book = book_;
+    page_.book = &Book();
     page_.recent = &recent_;
     page_.sheet = this;
 }
@@ -27,30 +27,16 @@ FaxJobPageStand::FaxJobPageStand()
 FaxJobPageStand::~FaxJobPageStand()
 {
     DestroyWindow(sheet_);
-    book_->Destroy();
-}
-
-PhoneBookEntry* FaxJobPageStand::NewEntry(const wchar_t* name, const wchar_t* faxNumber, const wchar_t* company)
-{
-    PhoneBookEntry* const entry = store_.NewEntry();
-    entry->SetTexts({name, faxNumber, company});
-    return entry;
 }
 
 void FaxJobPageStand::AddRecentEntry(const wchar_t* name, const wchar_t* faxNumber, const wchar_t* company)
 {
-    recent_.AddRecent(NewEntry(name, faxNumber, company), book_);
+    recent_.AddRecent(book_.NewEntry({name, faxNumber, company}), &Book());
 }
 
 void FaxJobPageStand::AddRecentGroup(const wchar_t* name, int members)
 {
-    PhoneBookGroup* const group = store_.NewGroup();
-    group->SetName(name);
-    for (int i = 1; i <= members; ++i) {
-        const std::wstring number = std::to_wstring(i);
-        group->AddMember(MakeRecipient({name + (L" " + number), L"900" + number, L""}).release());
-    }
-    recent_.AddRecent(group, book_);
+    recent_.AddRecent(book_.NewGroup(name, members), &Book());
 }
 
 void FaxJobPageStand::Show(Sheet sheet)

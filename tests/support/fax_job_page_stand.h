@@ -2,12 +2,11 @@
 #pragma once
 
 #include "pages/fax_job_page.h"
-#include "phonebook/book/phone_book.h"
-#include "phonebook/file/phone_book_file.h"
 #include "phonebook/recent/recent_list.h"
 #include "record/fax_job_data.h"
 #include "support/documented_controls.h"
 #include "support/message_boxes.h"
+#include "support/phone_book.h"
 #include "support/windows_combo_box.h"
 
 #include <optional>
@@ -33,7 +32,10 @@ public:
     // ---- before Show: what the session has (the last one given becomes the most recent)
     FaxJobData& Job() { return job_.Get(); }
     PhoneBook& Book() { return *book_; }
-    PhoneBookEntry* NewEntry(const wchar_t* name, const wchar_t* faxNumber, const wchar_t* company = L"");
+    void AddBookEntry(const wchar_t* name, const wchar_t* faxNumber)
+    {
+        book_->Add(book_.NewEntry({name, faxNumber, L""}));
+    }
     void AddRecentEntry(const wchar_t* name, const wchar_t* faxNumber, const wchar_t* company = L"");
     void AddRecentGroup(const wchar_t* name, int members); // named "name 1", "name 2", ...
 
@@ -78,8 +80,7 @@ private:
     SendRound round_;
     bool otherPageRefuses_ = false;
     std::optional<WindowsComboBoxes> windowsComboBoxes_;
-    ItemStore store_;
-    PhoneBook* book_ = new PhoneBook(store_, PhoneBookFiles()); // frees itself in Destroy
+    TestBook book_;
     RecentRecipientList recent_;
     OwnedFaxJobData job_;
     FaxJobPage page_;

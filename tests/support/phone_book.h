@@ -50,6 +50,25 @@ struct TestBook {
         return group;
     }
 
+    // Not in the book: for the list of recent recipients.
+    PhoneBookEntry* NewEntry(const Recipient& texts)
+    {
+        PhoneBookEntry* const entry = store.NewEntry();
+        entry->SetTexts(texts);
+        return entry;
+    }
+    // Its members are copies of its own: "name 1" with the number 9001, "name 2" with 9002, and so on.
+    PhoneBookGroup* NewGroup(const std::wstring& name, int members)
+    {
+        PhoneBookGroup* const group = store.NewGroup();
+        group->SetName(name.c_str());
+        for (int i = 1; i <= members; ++i) {
+            const std::wstring number = std::to_wstring(i);
+            group->AddMember(MakeRecipient({name + L" " + number, L"900" + number, L""}).release());
+        }
+        return group;
+    }
+
     std::vector<std::wstring> Names() const
     {
         std::vector<std::wstring> names;

@@ -14,18 +14,7 @@ namespace {
 
 std::string Quoted(std::wstring_view text)
 {
-    std::wstring escaped;
-    for (const wchar_t c : text) {
-        if (c == L'&')
-            escaped += L"&amp;";
-        else if (c == L'<')
-            escaped += L"&lt;";
-        else if (c == L'"')
-            escaped += L"&quot;";
-        else
-            escaped += c;
-    }
-    return "\"" + host::Utf8(escaped) + "\"";
+    return "\"" + host::Utf8(host::XmlEscaped(text)) + "\"";
 }
 
 } // namespace

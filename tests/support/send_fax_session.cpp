@@ -1,12 +1,11 @@
 #include "support/send_fax_session.h"
 
+#include "base/unique.h"
 #include "host/utf8.h"
-#include "support/documented_controls.h"
 
 #include <atomic>
 #include <cstdio>
 #include <fstream>
-#include <future>
 #include <winspool.h>
 
 namespace qx::test {
@@ -15,7 +14,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-using DisplayFaxUiFunction = decltype(&DisplayFaxUI);
+constexpr wchar_t kDefaultsKey[] = L"\\QX-FAX\\Default";
 
 // Test programs may run at the same time, and sessions follow each other in one.
 std::wstring FreshName()
@@ -66,9 +65,7 @@ bool AllSelected(host::UiDriver& ui, int edit)
     return LOWORD(selection) == 0 && HIWORD(selection) == ui.Text(edit).size();
 }
 
-SendFaxSession::SendFaxSession(SessionOptions options)
-    : options_(OfItsOwn(std::move(options))), start_(CreateEventW(nullptr, FALSE, FALSE, nullptr)),
-      finished_(CreateEventW(nullptr, TRUE, TRUE, nullptr))
+SendFaxSession::SendFaxSession(SessionOptions options) : options_(OfItsOwn(std::move(options)))
 {
     QxFaxInitJob(&record_);
     ForgetUser(); // a process of that number may have been ended in the middle
@@ -78,33 +75,12 @@ SendFaxSession::SendFaxSession(SessionOptions options)
         throw std::runtime_error(host::SystemError("cannot load the module", GetLastError()));
     PRINTER_DEFAULTSW access{nullptr, nullptr, PRINTER_ALL_ACCESS};
     OpenPrinterW(options_.printer.printer.data(), &printer_, &access);
-
-    std::promise<DWORD> threadId;
-    uiThread_ = std::thread([this, &threadId] {
-        threadId.set_value(GetCurrentThreadId());
-        RunCalls();
-    });
-    uiThreadId_ = threadId.get_future().get();
-    ui_ = std::make_unique<host::UiDriver>(uiThreadId_, finished_);
+    ui_.emplace();
 }
 
 SendFaxSession::~SendFaxSession()
 {
-    try {
-        ui_->CloseEverything();
-    } catch (const host::UiFailure& failure) {
-        // The module's thread cannot be ended from here: better no more tests than tests beside a stuck dialog.
-        std::fprintf(stderr, "%s\n", failure.what());
-        std::fflush(nullptr);
-        TerminateProcess(GetCurrentProcess(), 1);
-    }
-    ui_.reset();
-    leaving_ = true;
-    SetEvent(start_);
-    uiThread_.join();
-    CloseHandle(start_);
-    CloseHandle(finished_);
-
+    ui_.reset(); // no more calls
     QxFaxReleaseJob(&record_);
     FreeLibrary(module_);
     ClosePrinter(printer_);
@@ -124,20 +100,22 @@ void SendFaxSession::ForgetUser() const
         host::RemoveUserSettings(*options_.printer.guid);
 }
 
-void SendFaxSession::RunCalls()
+void SendFaxSession::SetDefault(const std::wstring& name, const DefaultValue& value)
 {
-    const auto display =
-        reinterpret_cast<DisplayFaxUiFunction>(reinterpret_cast<void*>(GetProcAddress(module_, "DisplayFaxUI")));
-    const auto controls = DocumentedControls::WhenAsked();
-    while (WaitForSingleObject(start_, INFINITE) == WAIT_OBJECT_0 && !leaving_) {
-        display(printer_, &record_);
-        SetEvent(finished_);
-    }
+    host::SetUserValue(SettingsKey() + kDefaultsKey, {name, value});
 }
 
-void SendFaxSession::SetDefault(const std::wstring& name, const std::variant<DWORD, std::wstring>& value)
+void SendFaxSession::SetDefaults(const UserDefaults& defaults)
 {
-    host::SetUserValue(SettingsKey() + L"\\QX-FAX\\Default", {name, value});
+    for (const auto& [name, value] : defaults)
+        SetDefault(name, value);
+}
+
+UserDefaults SendFaxSession::StoredDefaults() const
+{
+    UniqueKey key;
+    RegOpenKeyExW(HKEY_CURRENT_USER, (SettingsKey() + kDefaultsKey).c_str(), 0, KEY_READ, key.Receive());
+    return DefaultsIn(key.Get());
 }
 
 void SendFaxSession::WritePhoneBook(std::string_view xml) const
@@ -145,30 +123,36 @@ void SendFaxSession::WritePhoneBook(std::string_view xml) const
     std::ofstream(PhoneBookFile(), std::ios::binary) << xml;
 }
 
-void SendFaxSession::Start()
+void SendFaxSession::Start(std::function<void()> program)
 {
     QxFaxReleaseJob(&record_);
     if (options_.prepare)
         options_.prepare(record_);
-    ResetEvent(finished_);
-    SetEvent(start_);
+    ui_->Show(std::move(program));
+}
+
+void SendFaxSession::Call()
+{
+    const auto display =
+        reinterpret_cast<decltype(&DisplayFaxUI)>(reinterpret_cast<void*>(GetProcAddress(module_, "DisplayFaxUI")));
+    display(printer_, &record_);
 }
 
 const FaxJobData& SendFaxSession::Send()
 {
-    ui_->Press(IDOK);
+    Ui().Press(IDOK);
     return End();
 }
 
 const FaxJobData& SendFaxSession::Cancel()
 {
-    ui_->Press(IDCANCEL);
+    Ui().Press(IDCANCEL);
     return End();
 }
 
 const FaxJobData& SendFaxSession::End()
 {
-    ui_->WaitForEnd();
+    ui_->End();
     return record_;
 }
 

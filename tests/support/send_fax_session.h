@@ -14,16 +14,16 @@
 
 #include "base/no_copy.h"
 #include "host/provision.h"
-#include "host/ui_driver.h"
 #include "record/recipient.h"
 #include "support/built.h"
+#include "support/dialog_thread.h"
+#include "support/user_defaults.h"
 
 #include <filesystem>
 #include <functional>
-#include <memory>
+#include <optional>
 #include <qxfax/send_fax.h>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace qx::test {
@@ -46,12 +46,18 @@ public:
     ~SendFaxSession();
 
     // ---- before Start
-    void SetDefault(const std::wstring& name, const std::variant<DWORD, std::wstring>& value); // of "QX-FAX\Default"
+    void SetDefault(const std::wstring& name, const DefaultValue& value);
+    void SetDefaults(const UserDefaults& defaults);
     void WritePhoneBook(std::string_view xml) const;
 
     // ---- the call
-    void Start(); // returns at once; may be called again after the end
-    host::UiDriver& Ui() { return *ui_; }
+    void Start() // returns at once; may be called again after the end
+    {
+        Start([this] { Call(); });
+    }
+    void Start(std::function<void()> program); // one that makes the call itself, between other things
+    void Call();                               // on the program's thread, and returns after the session
+    host::UiDriver& Ui() { return ui_->Ui(); }
     const FaxJobData& Send(); // presses Send and waits for the end of the call
     const FaxJobData& Cancel();
     const FaxJobData& End(); // waits for the end of the call
@@ -59,6 +65,7 @@ public:
     // ---- what came out
     FaxJobData& Record() { return record_; }
     std::vector<Recipient> Recipients() const;
+    UserDefaults StoredDefaults() const;
 
     // ---- where things are
     const std::wstring& Printer() const { return options_.printer.printer; }
@@ -67,22 +74,16 @@ public:
     std::wstring SettingsKey() const; // "Software\Quillmarsh\" and the GUID, below HKEY_CURRENT_USER
     std::filesystem::path PhoneBookFile() const;
     HMODULE Module() const { return module_; }
-    DWORD UiThread() const { return uiThreadId_; }
+    DWORD UiThread() const { return ui_->Id(); }
 
 private:
-    void RunCalls();
     void ForgetUser() const;
 
     SessionOptions options_;
     HANDLE printer_ = nullptr;
     HMODULE module_ = nullptr;
     FaxJobData record_{};
-    HANDLE start_;
-    HANDLE finished_;
-    bool leaving_ = false;
-    DWORD uiThreadId_ = 0;
-    std::thread uiThread_;
-    std::unique_ptr<host::UiDriver> ui_;
+    std::optional<DialogThread> ui_;
 };
 
 // The user's documents folder.

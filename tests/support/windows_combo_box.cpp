@@ -1,5 +1,7 @@
 #include "support/windows_combo_box.h"
 
+#include "host/window_query.h"
+
 #include <cwchar>
 #include <string>
 #include <unordered_map>
@@ -8,6 +10,8 @@
 namespace qx::test {
 
 namespace {
+
+using host::IsOfClass;
 
 constexpr WPARAM kNothing = static_cast<WPARAM>(-1);
 
@@ -123,13 +127,6 @@ LRESULT CALLBACK EditProcedure(HWND edit, UINT message, WPARAM w, LPARAM l)
         return 0;
     }
     return Before(edit, message, w, l);
-}
-
-bool IsOfClass(HWND window, const wchar_t* name)
-{
-    wchar_t found[32] = L"";
-    GetClassNameW(window, found, 32);
-    return _wcsicmp(found, name) == 0;
 }
 
 // Before the window's first message: whoever replaces its procedure later stands before this one.

@@ -1,5 +1,6 @@
 // Every dialog as a screen reader meets it: is there a name for everything that can have the keyboard focus?
 #include "dialog/dialog.h"
+#include "host/window_query.h"
 #include "support/all_dialogs.h"
 #include "support/languages.h"
 #include "support/string_library.h"
@@ -52,14 +53,14 @@ bool AreAtTheSamePlace(HWND a, HWND b)
 std::wstring LabelBefore(HWND control)
 {
     HWND before = GetWindow(control, GW_HWNDPREV);
-    if (Is(before, L"Edit") && AreAtTheSamePlace(before, control))
+    if (host::IsOfClass(before, L"Edit") && AreAtTheSamePlace(before, control))
         before = GetWindow(before, GW_HWNDPREV);
-    return Is(before, L"Static") ? WindowText(before) : std::wstring();
+    return host::IsOfClass(before, L"Static") ? WindowText(before) : std::wstring();
 }
 
 bool IsRadioButton(HWND control)
 {
-    return Is(control, L"Button") &&
+    return host::IsOfClass(control, L"Button") &&
            (GetWindowLongPtrW(control, GWL_STYLE) & BS_TYPEMASK) == static_cast<LONG_PTR>(BS_AUTORADIOBUTTON);
 }
 
@@ -131,7 +132,8 @@ TEST_P(AccessibleNames, EverythingThatCanHaveTheFocusHasOne)
     for (const HWND control : FocusableControls()) {
         const int id = GetDlgCtrlID(control);
         // For combo boxes and lists not every system computes the name, but all take the label before.
-        if (Is(control, L"ComboBox") || Is(control, WC_LISTVIEWW) || Is(control, L"Edit")) {
+        if (host::IsOfClass(control, L"ComboBox") || host::IsOfClass(control, WC_LISTVIEWW) ||
+            host::IsOfClass(control, L"Edit")) {
             EXPECT_NE(LabelBefore(control), L"") << id;
         } else {
             EXPECT_NE(AnnouncedName(control), L"") << id;
@@ -142,7 +144,7 @@ TEST_P(AccessibleNames, EverythingThatCanHaveTheFocusHasOne)
 TEST_P(AccessibleNames, AFieldIsAnnouncedByTheLabelBeforeIt)
 {
     for (const HWND control : FocusableControls()) {
-        if (!Is(control, L"Edit") || !Is(GetWindow(control, GW_HWNDPREV), L"Static"))
+        if (!host::IsOfClass(control, L"Edit") || !host::IsOfClass(GetWindow(control, GW_HWNDPREV), L"Static"))
             continue;
         std::wstring label = LabelBefore(control);
         std::erase(label, L'&');

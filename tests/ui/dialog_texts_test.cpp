@@ -2,6 +2,7 @@
 // its own, and is there room for its text?
 #include "dialog/button_width.h"
 #include "dialog/dialog.h"
+#include "host/window_query.h"
 #include "res/edit_phone_book_ids.h"
 #include "support/all_dialogs.h"
 #include "support/languages.h"
@@ -32,12 +33,12 @@ LONG ButtonType(HWND button)
 
 bool IsGroupBox(HWND window)
 {
-    return Is(window, L"Button") && ButtonType(window) == BS_GROUPBOX;
+    return host::IsOfClass(window, L"Button") && ButtonType(window) == BS_GROUPBOX;
 }
 
 bool IsPicture(HWND window)
 {
-    return Is(window, L"Button") && ButtonType(window) == BS_OWNERDRAW;
+    return host::IsOfClass(window, L"Button") && ButtonType(window) == BS_OWNERDRAW;
 }
 
 bool IsChoice(HWND window)
@@ -48,12 +49,13 @@ bool IsChoice(HWND window)
 
 bool IsField(HWND window)
 {
-    return Is(window, L"Edit") || Is(window, L"ComboBox") || Is(window, WC_LISTVIEWW);
+    return host::IsOfClass(window, L"Edit") || host::IsOfClass(window, L"ComboBox") ||
+           host::IsOfClass(window, WC_LISTVIEWW);
 }
 
 bool IsLabelOfAField(HWND window)
 {
-    return Is(window, L"Static") && IsField(GetWindow(window, GW_HWNDNEXT));
+    return host::IsOfClass(window, L"Static") && IsField(GetWindow(window, GW_HWNDNEXT));
 }
 
 std::string Utf8(const std::wstring& text)
@@ -85,7 +87,7 @@ struct Room {
         constexpr int kSpare = 15;
         GetClientRect(of, &available);
         const auto style = static_cast<DWORD>(GetWindowLongPtrW(of, GWL_STYLE));
-        if (Is(of, L"Static")) {
+        if (host::IsOfClass(of, L"Static")) {
             wrap = DT_WORDBREAK;
         } else if (IsGroupBox(of)) {
             available.right -= kGroupBoxCorners;
@@ -163,7 +165,8 @@ protected:
         std::vector<HWND> controls;
         for (HWND child = GetWindow(dialog_, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
             const bool isSeen = (GetWindowLongPtrW(child, GWL_STYLE) & WS_VISIBLE) != 0 && !IsPicture(child);
-            if ((Is(child, L"Button") || Is(child, L"Static")) && isSeen && !WindowText(child).empty())
+            if ((host::IsOfClass(child, L"Button") || host::IsOfClass(child, L"Static")) && isSeen &&
+                !WindowText(child).empty())
                 controls.push_back(child);
         }
         return controls;
@@ -208,8 +211,9 @@ protected:
             const bool hasLetter = Mnemonic(WindowText(control)) != 0;
             const int id = GetDlgCtrlID(control);
             const bool hasAKeyOfItsOwn = id == IDOK || id == IDCANCEL;
-            const bool leadsSomewhere = Is(control, L"Button") ? !IsGroupBox(control) && !hasAKeyOfItsOwn
-                                                               : IsLabelOfAField(control) && !IsPrinted(control);
+            const bool leadsSomewhere = host::IsOfClass(control, L"Button")
+                                            ? !IsGroupBox(control) && !hasAKeyOfItsOwn
+                                            : IsLabelOfAField(control) && !IsPrinted(control);
             if (hasLetter != leadsSomewhere)
                 problems.push_back(NameOf(control) +
                                    (hasLetter ? " has a letter that leads nowhere" : " has no letter"));
@@ -361,7 +365,7 @@ TEST_P(Layout, NothingOverlapsOrLiesOutside)
     const std::vector<HWND> controls = Controls();
     for (auto a = controls.begin(); a != controls.end(); ++a) {
         RECT place = PlaceOf(*a), common{};
-        if (Is(*a, L"ComboBox"))
+        if (host::IsOfClass(*a, L"ComboBox"))
             place.bottom = place.top + 1; // its list lies over the others
         EXPECT_TRUE(UnionRect(&common, &inside, &place) && EqualRect(&common, &inside)) << GetDlgCtrlID(*a);
         for (auto b = std::next(a); b != controls.end(); ++b) {

@@ -3,8 +3,8 @@
 #include "res/edit_defaults_ids.h"
 #include "settings/device_state.h"
 #include "settings/key_set.h"
+#include "support/dialog_thread.h"
 #include "support/test_printer.h"
-#include "support/ui_conversation.h"
 
 #include <gtest/gtest.h>
 #include <optional>
@@ -44,7 +44,7 @@ protected:
     KeySet keys{defaults.Get()};
     EditDefaultsDialog dialog;
     INT_PTR answer = 0;
-    std::optional<UiConversation> conversation;
+    std::optional<DialogThread> conversation;
 };
 
 TEST_F(EditDefaultsDialogTest, OkOnAFirstUseTellsThatTheseAreTheFirstDefaults)

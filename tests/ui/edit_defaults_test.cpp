@@ -4,7 +4,6 @@
 #include "support/print_host.h"
 #include "support/send_fax_session.h"
 #include "support/temporary_folder.h"
-#include "support/test_printer.h"
 
 #include <gtest/gtest.h>
 
@@ -39,21 +38,6 @@ UiDriver& InEditDefaultsAgain(SendFaxSession& session)
     return ui;
 }
 
-UniqueKey StoredDefaults(const SendFaxSession& session)
-{
-    HKEY key = nullptr;
-    RegOpenKeyExW(HKEY_CURRENT_USER, (session.SettingsKey() + L"\\QX-FAX\\Default").c_str(), 0, KEY_READ, &key);
-    return UniqueKey(key);
-}
-
-DWORD StoredValues(const SendFaxSession& session)
-{
-    DWORD values = 0;
-    RegQueryInfoKeyW(StoredDefaults(session).Get(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, &values,
-                     nullptr, nullptr, nullptr, nullptr);
-    return values;
-}
-
 // ---- load and store -------------------------------------------------------------------------------------------------
 
 TEST(EditDefaults, StoresEveryValueWithItsType)
@@ -63,8 +47,8 @@ TEST(EditDefaults, StoresEveryValueWithItsType)
     SendFaxSession session;
     UiDriver& ui = InEditDefaults(session);
     ui.Type(IDC_SENDER_NAME, L"Ann Lee");
-    ui.Type(IDC_SENDER_FAX, L"(555)1");
-    ui.Type(IDC_SENDER_COMPANY, L"Acme");
+    ui.Type(IDC_SENDER_FAX, L"(555)1*#,-");
+    ui.Type(IDC_SENDER_COMPANY, L"\u00c4rzte & S\u00f6hne");
     ui.Type(IDC_SENDER_VOICE, L"555-2");
     ui.Choose(IDC_SUPERFINE);
     ui.Choose(IDC_NOTIFY_THIS_JOB);
@@ -76,49 +60,26 @@ TEST(EditDefaults, StoresEveryValueWithItsType)
     ui.Paste(IDC_IMAGE, image);
     ui.Check(IDC_PREVIEW, true);
     ui.Check(IDC_APPLY_DEFAULTS, true);
-    EXPECT_EQ(StoredValues(session), 0u); // nothing before OK
+    EXPECT_EQ(session.StoredDefaults(), UserDefaults()); // nothing before OK
     ui.Press(IDOK);
     ui.WaitForControl(IDC_EDIT_DEFAULTS);
-
-    const UniqueKey key = StoredDefaults(session);
-    EXPECT_EQ(StoredValues(session), 14u);
-    EXPECT_EQ(GetStored(key.Get(), L"SenderName"), AsStored(L"Ann Lee"));
-    EXPECT_EQ(GetStored(key.Get(), L"SenderCompany"), AsStored(L"Acme"));
-    EXPECT_EQ(GetStored(key.Get(), L"SenderFaxNo"), AsStored(L"(555)1"));
-    EXPECT_EQ(GetStored(key.Get(), L"SenderVoiceNo"), AsStored(L"555-2"));
-    EXPECT_EQ(GetStored(key.Get(), L"CoverPageNotes"), AsStored(L"line 1\r\nline 2"));
-    EXPECT_EQ(GetStored(key.Get(), L"CoverPageSubject"), AsStored(L"Offer"));
-    EXPECT_EQ(GetStored(key.Get(), L"OverlayPath"), AsStored(image));
-    EXPECT_EQ(GetStored(key.Get(), L"NotifyEmail"), AsStored(L"ann@example.com"));
-    EXPECT_EQ(GetStored(key.Get(), L"Resolution"), AsStored(2));
-    EXPECT_EQ(GetStored(key.Get(), L"NotifyOn"), AsStored(1));
-    EXPECT_EQ(GetStored(key.Get(), L"NotifyMethod"), AsStored(2));
-    EXPECT_EQ(GetStored(key.Get(), L"AddCoverPage"), AsStored(1));
-    EXPECT_EQ(GetStored(key.Get(), L"ShowPreview"), AsStored(1));
-    EXPECT_EQ(GetStored(key.Get(), L"ApplyDefaults"), AsStored(1));
+    UserDefaults expected = SampleDefaults();
+    expected[L"OverlayPath"] = image;
+    EXPECT_EQ(session.StoredDefaults(), expected);
     session.Cancel();
 }
 
 TEST(EditDefaults, ShowsWhatIsStored)
 {
     SendFaxSession session;
-    session.SetDefault(L"SenderName", L"Ann Lee");
-    session.SetDefault(L"SenderFaxNo", L"(555)1");
-    session.SetDefault(L"SenderCompany", L"Acme");
-    session.SetDefault(L"SenderVoiceNo", L"555-2");
-    session.SetDefault(L"CoverPageNotes", L"line 1\r\nline 2");
-    session.SetDefault(L"CoverPageSubject", L"Offer");
-    session.SetDefault(L"OverlayPath", L"C:\\logo.bmp");
-    session.SetDefault(L"NotifyEmail", L"ann@example.com");
-    session.SetDefault(L"Resolution", 1u);
-    session.SetDefault(L"NotifyOn", 2u);
-    session.SetDefault(L"NotifyMethod", 2u);
-    session.SetDefault(L"AddCoverPage", 1u);
-    session.SetDefault(L"ShowPreview", 1u);
+    UserDefaults stored = SampleDefaults();
+    stored[L"Resolution"] = 1u;
+    stored[L"NotifyOn"] = 2u;
+    session.SetDefaults(stored);
     UiDriver& ui = InEditDefaultsAgain(session);
     EXPECT_EQ(ui.Text(IDC_SENDER_NAME), L"Ann Lee");
-    EXPECT_EQ(ui.Text(IDC_SENDER_FAX), L"(555)1");
-    EXPECT_EQ(ui.Text(IDC_SENDER_COMPANY), L"Acme");
+    EXPECT_EQ(ui.Text(IDC_SENDER_FAX), L"(555)1*#,-");
+    EXPECT_EQ(ui.Text(IDC_SENDER_COMPANY), L"\u00c4rzte & S\u00f6hne");
     EXPECT_EQ(ui.Text(IDC_SENDER_VOICE), L"555-2");
     EXPECT_EQ(ui.Text(IDC_NOTES), L"line 1\r\nline 2");
     EXPECT_EQ(ui.Text(IDC_SUBJECT), L"Offer");
@@ -136,20 +97,13 @@ TEST(EditDefaults, ShowsWhatIsStored)
 TEST(EditDefaults, OkWithoutAChangeStoresTheSameValuesAgain)
 {
     SendFaxSession session;
-    session.SetDefault(L"SenderName", L"Ann Lee");
-    session.SetDefault(L"Resolution", 2u);
-    session.SetDefault(L"NotifyOn", 1u);
-    session.SetDefault(L"NotifyMethod", 1u);
-    session.SetDefault(L"ShowPreview", 1u);
+    UserDefaults stored = SampleDefaults();
+    stored[L"ApplyDefaults"] = 0u;
+    stored[L"AddCoverPage"] = 0u; // there is no such image
+    session.SetDefaults(stored);
     InEditDefaultsAgain(session).Press(IDOK);
     session.Ui().WaitForControl(IDC_EDIT_DEFAULTS);
-    const UniqueKey key = StoredDefaults(session);
-    EXPECT_EQ(GetStored(key.Get(), L"SenderName"), AsStored(L"Ann Lee"));
-    EXPECT_EQ(GetStored(key.Get(), L"Resolution"), AsStored(2));
-    EXPECT_EQ(GetStored(key.Get(), L"NotifyOn"), AsStored(1));
-    EXPECT_EQ(GetStored(key.Get(), L"NotifyMethod"), AsStored(1));
-    EXPECT_EQ(GetStored(key.Get(), L"ShowPreview"), AsStored(1));
-    EXPECT_EQ(GetStored(key.Get(), L"ApplyDefaults"), AsStored(0));
+    EXPECT_EQ(session.StoredDefaults(), stored);
     session.Cancel();
 }
 
@@ -160,7 +114,7 @@ TEST(EditDefaults, CancelStoresNothing)
     ui.Type(IDC_SENDER_NAME, L"Ann Lee");
     ui.Press(IDCANCEL);
     ui.WaitForControl(IDC_EDIT_DEFAULTS);
-    EXPECT_EQ(StoredValues(session), 0u);
+    EXPECT_EQ(session.StoredDefaults(), UserDefaults());
     ui.Press(IDC_EDIT_DEFAULTS);
     EXPECT_EQ(ui.Text(IDC_SENDER_NAME), L""); // and nothing is kept for the next time
 }
@@ -211,8 +165,8 @@ TEST(EditDefaults, WithoutNotificationItsControlsAreGone)
         EXPECT_FALSE(ui.IsVisible(control)) << control;
     ui.Press(IDOK);
     ui.WaitForControl(IDC_EDIT_DEFAULTS);
-    EXPECT_EQ(GetStored(StoredDefaults(session).Get(), L"NotifyOn"), AsStored(0));
-    EXPECT_EQ(GetStored(StoredDefaults(session).Get(), L"NotifyMethod"), AsStored(0));
+    EXPECT_EQ(session.StoredDefaults()[L"NotifyOn"], DefaultValue(0u));
+    EXPECT_EQ(session.StoredDefaults()[L"NotifyMethod"], DefaultValue(0u));
     session.Cancel();
 }
 
@@ -227,8 +181,8 @@ TEST(EditDefaults, WithoutTheEmailServiceOnlyPrintIsOffered)
     EXPECT_TRUE(ui.IsChecked(IDC_NOTIFY_PRINT));
     ui.Press(IDOK);
     ui.WaitForControl(IDC_EDIT_DEFAULTS);
-    EXPECT_EQ(GetStored(StoredDefaults(session).Get(), L"NotifyMethod"), AsStored(1));
-    EXPECT_EQ(GetStored(StoredDefaults(session).Get(), L"NotifyEmail"), AsStored(L"")); // what its field shows
+    EXPECT_EQ(session.StoredDefaults()[L"NotifyMethod"], DefaultValue(1u));
+    EXPECT_EQ(session.StoredDefaults()[L"NotifyEmail"], DefaultValue(L"")); // what its field shows
     session.Cancel();
 }
 
@@ -240,7 +194,7 @@ TEST(EditDefaults, TheMethodIsStoredAlsoWhenThereIsNothingToNotifyOf)
     ui.Choose(IDC_NOTIFY_PRINT);
     ui.Press(IDOK);
     ui.WaitForControl(IDC_EDIT_DEFAULTS);
-    EXPECT_EQ(GetStored(StoredDefaults(session).Get(), L"NotifyMethod"), AsStored(1));
+    EXPECT_EQ(session.StoredDefaults()[L"NotifyMethod"], DefaultValue(1u));
     session.Cancel();
 }
 
@@ -328,7 +282,7 @@ TEST(EditDefaults, ABadAddressAndAMissingImageGiveOnlyTheMessageAboutTheAddress)
     EXPECT_EQ(error.icon, static_cast<UINT>(MB_ICONERROR));
     EXPECT_EQ(ui.FocusedControl(), IDC_IMAGE);
     EXPECT_TRUE(AllSelected(ui, IDC_IMAGE));
-    EXPECT_EQ(StoredValues(session), 0u); // nothing until all checks pass
+    EXPECT_EQ(session.StoredDefaults(), UserDefaults()); // nothing until all checks pass
 }
 
 TEST(EditDefaults, AMissingAddressIsAnErrorOnlyWithNotificationByEmail)
@@ -342,7 +296,7 @@ TEST(EditDefaults, AMissingAddressIsAnErrorOnlyWithNotificationByEmail)
     ui.Choose(IDC_NOTIFY_PRINT);
     ui.Press(IDOK);
     ui.WaitForControl(IDC_EDIT_DEFAULTS);
-    EXPECT_EQ(StoredValues(session), 14u);
+    EXPECT_EQ(session.StoredDefaults().size(), 14u);
     session.Cancel();
 }
 
@@ -360,7 +314,7 @@ TEST(EditDefaults, AnImageMustBeNamedAsABitmap)
     ui.Paste(IDC_IMAGE, upper);
     ui.Press(IDOK);
     ui.WaitForControl(IDC_EDIT_DEFAULTS);
-    EXPECT_EQ(GetStored(StoredDefaults(session).Get(), L"OverlayPath"), AsStored(upper));
+    EXPECT_EQ(session.StoredDefaults()[L"OverlayPath"], DefaultValue(upper));
     session.Cancel();
 }
 
@@ -371,7 +325,7 @@ TEST(EditDefaults, TheImageIsNotCheckedWithoutACoverPage)
     UiDriver& ui = InEditDefaultsAgain(session);
     ui.Press(IDOK);
     ui.WaitForControl(IDC_EDIT_DEFAULTS);
-    EXPECT_EQ(GetStored(StoredDefaults(session).Get(), L"OverlayPath"), AsStored(L"C:\\missing.bmp"));
+    EXPECT_EQ(session.StoredDefaults()[L"OverlayPath"], DefaultValue(L"C:\\missing.bmp"));
     session.Cancel();
 }
 

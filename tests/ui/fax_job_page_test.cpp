@@ -328,7 +328,7 @@ TEST_F(FaxJobPageTest, TheListTakesTheRoomOfABillingCodeThatIsNotAskedFor)
 TEST_F(FaxJobPageTest, AFullPhoneBookTakesNoMore)
 {
     for (DWORD i = 0; i < 10000; ++i)
-        stand.Book().Add(stand.NewEntry(std::to_wstring(i).c_str(), L"1"));
+        stand.AddBookEntry(std::to_wstring(i).c_str(), L"1");
     stand.Show();
     Fill(L"Anna", L"111");
     stand.Press(IDC_ADD_TO_PHONE_BOOK);
@@ -340,7 +340,7 @@ TEST_F(FaxJobPageTest, AFullPhoneBookTakesNoMore)
 
 TEST_F(FaxJobPageTest, ARefusedDuplicateLeavesAGapInTheIds)
 {
-    stand.Book().Add(stand.NewEntry(L"Anna", L"111"));
+    stand.AddBookEntry(L"Anna", L"111");
     stand.Show();
     Fill(L"ANNA", L"111", L"Elsewhere");
     const DWORD before = stand.Book().NextId();

@@ -1,12 +1,12 @@
 // The Fax Job page in whole sessions of the module, driven as a user would.
 #include "base/no_copy.h"
-#include "phonebook/book/phone_book.h"
-#include "phonebook/file/phone_book_file.h"
+#include "host/window_query.h"
 #include "phonebook/recent/recent_list.h"
 #include "res/add_recipients_ids.h"
 #include "res/edit_defaults_ids.h"
 #include "res/fax_job_page_ids.h"
 #include "res/setup_page_ids.h"
+#include "support/phone_book.h"
 #include "support/send_fax_session.h"
 #include "support/temporary_folder.h"
 
@@ -21,9 +21,9 @@ namespace fs = std::filesystem;
 using Recipients = std::vector<Recipient>;
 using Texts = std::vector<std::wstring>;
 
-constexpr const wchar_t* kTooMany = L"The maximum number of fax numbers has been entered.";
+using host::kSheetTabs;
 
-constexpr int kSheetTabs = 0x3020; // the tab control of every property sheet
+constexpr const wchar_t* kTooMany = L"The maximum number of fax numbers has been entered.";
 
 class FaxJobSession : public ::testing::Test {
 protected:
@@ -38,9 +38,9 @@ protected:
     // Before Open. The last one is the most recent.
     void RecentEntry(std::wstring name, std::wstring faxNumber, std::wstring company = L"")
     {
-        recent_.push_back({std::move(name), std::move(faxNumber), std::move(company), 0});
+        recent_.push_back(book_.NewEntry({std::move(name), std::move(faxNumber), std::move(company)}));
     }
-    void RecentGroup(std::wstring name, int members) { recent_.push_back({std::move(name), L"", L"", members}); }
+    void RecentGroup(const std::wstring& name, int members) { recent_.push_back(book_.NewGroup(name, members)); }
 
     SendFaxSession& Session() { return *session_; }
     host::UiDriver& Ui() { return session_->Ui(); }
@@ -87,46 +87,17 @@ protected:
     }
 
 private:
-    struct RecentItem {
-        std::wstring name, faxNumber, company;
-        int members;
-    };
-
     void FillRecentList()
     {
-        ItemStore store;
-        PhoneBook* const book = new PhoneBook(store, PhoneBookFiles());
-        {
-            RecentRecipientList list;
-            list.Open(session_->PrinterHandle());
-            for (const RecentItem& item : recent_) {
-                if (item.members > 0)
-                    list.AddRecent(NewGroup(store, item), book);
-                else
-                    list.AddRecent(NewEntry(store, item), book);
-            }
-            list.Save();
-        }
-        book->Destroy();
-    }
-    static PhoneBookItem* NewEntry(ItemStore& store, const RecentItem& item)
-    {
-        PhoneBookEntry* const entry = store.NewEntry();
-        entry->SetTexts({item.name, item.faxNumber, item.company});
-        return entry;
-    }
-    static PhoneBookItem* NewGroup(ItemStore& store, const RecentItem& item)
-    {
-        PhoneBookGroup* const group = store.NewGroup();
-        group->SetName(item.name.c_str());
-        for (int i = 1; i <= item.members; ++i) {
-            const std::wstring number = std::to_wstring(i);
-            group->AddMember(MakeRecipient({item.name + L" " + number, number, L"Works"}).release());
-        }
-        return group;
+        RecentRecipientList list;
+        list.Open(session_->PrinterHandle());
+        for (const PhoneBookItem* const item : recent_)
+            list.AddRecent(item, &*book_);
+        list.Save();
     }
 
-    std::vector<RecentItem> recent_;
+    TestBook book_;
+    std::vector<const PhoneBookItem*> recent_;
     std::unique_ptr<SendFaxSession> session_;
 };
 
@@ -167,7 +138,7 @@ TEST_F(FaxJobSession, RefusesAGroupThatWouldPassTheLimitAndTakesItWholeBelow)
     EXPECT_EQ(Ui().RowCount(IDC_RECIPIENTS), 100);
     Session().Send();
     EXPECT_EQ(Session().Recipients().size(), 100u);
-    EXPECT_EQ(Session().Recipients().back(), (Recipient{L"Five 5", L"5", L"Works"}));
+    EXPECT_EQ(Session().Recipients().back(), (Recipient{L"Five 5", L"9005", L""}));
 }
 
 TEST_F(FaxJobSession, DropsATypedPlusAndBlankAndPutsTheOldNumberBackAfterAPasteWithThem)

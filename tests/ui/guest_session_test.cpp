@@ -53,41 +53,14 @@ HostState Snapshot()
 // A printing program's thread, with COM in a mode of its choice, that calls the module while the test drives the sheet.
 class PrintingProgram {
 public:
-    explicit PrintingProgram(DWORD comMode) : comMode_(comMode)
-    {
-        session_.SetDefault(L"ApplyDefaults", 1u);
-        const auto display = reinterpret_cast<decltype(&DisplayFaxUI)>(
-            reinterpret_cast<void*>(GetProcAddress(session_.Module(), "DisplayFaxUI")));
-        thread_ = std::thread([this, display, comMode] {
-            threadId_ = GetCurrentThreadId();
-            SetEvent(ready_);
-            WaitForSingleObject(go_, INFINITE);
-            const bool initialised = comMode != kNoCom && SUCCEEDED(CoInitializeEx(nullptr, comMode));
-            _mm_setcsr(_mm_getcsr() & ~static_cast<unsigned>(_MM_MASK_DIV_ZERO));
-            SetCursor(LoadCursorW(nullptr, IDC_CROSS));
-            before_ = Snapshot();
-            display(session_.PrinterHandle(), &session_.Record());
-            after_ = Snapshot();
-            if (initialised)
-                CoUninitialize();
-            SetEvent(finished_);
-        });
-        WaitForSingleObject(ready_, INFINITE);
-    }
-
-    ~PrintingProgram()
-    {
-        thread_.join();
-        for (const HANDLE event : {ready_, go_, finished_})
-            CloseHandle(event);
-    }
+    explicit PrintingProgram(DWORD comMode) : comMode_(comMode) { session_.SetDefault(L"ApplyDefaults", 1u); }
 
     static constexpr DWORD kNoCom = 0xFFFFFFFF;
 
     void SendOneFax()
     {
-        host::UiDriver ui(threadId_, finished_);
-        SetEvent(go_);
+        session_.Start([this] { Print(); });
+        host::UiDriver& ui = session_.Ui();
         ui.WaitForControl(IDC_FAX_NUMBER);
         ui.Type(IDC_NAME_BOX, L"Ann");
         ui.Type(IDC_FAX_NUMBER, L"5550100");
@@ -99,7 +72,7 @@ public:
         EXPECT_EQ(ui.Text(IDC_IMAGE), image_.native());
         EXPECT_EQ(std::filesystem::current_path(), directory_);
         ui.Press(IDOK);
-        ui.WaitForEnd();
+        session_.End();
     }
 
     void ExpectSentAndUntouched()
@@ -116,6 +89,18 @@ public:
     }
 
 private:
+    void Print()
+    {
+        const bool initialised = comMode_ != kNoCom && SUCCEEDED(CoInitializeEx(nullptr, comMode_));
+        _mm_setcsr(_mm_getcsr() & ~static_cast<unsigned>(_MM_MASK_DIV_ZERO));
+        SetCursor(LoadCursorW(nullptr, IDC_CROSS));
+        before_ = Snapshot();
+        session_.Call();
+        after_ = Snapshot();
+        if (initialised)
+            CoUninitialize();
+    }
+
     // The file dialog belongs to the thread that shows the sheet, or to one beside it.
     HWND WaitForFileDialog(HWND sheet)
     {
@@ -135,7 +120,7 @@ private:
         EXPECT_FALSE(IsWindowEnabled(sheet));
         DWORD_PTR ignored = 0;
         EXPECT_TRUE(SendMessageTimeoutW(sheet, WM_NULL, 0, 0, SMTO_NORMAL, 10000, &ignored)) << "the sheet hangs";
-        if (thread == threadId_) {
+        if (thread == session_.UiThread()) {
             EXPECT_NE(comMode_, static_cast<DWORD>(COINIT_MULTITHREADED));
             ui.AnswerFileDialog(image_);
         } else {
@@ -148,17 +133,12 @@ private:
         EXPECT_EQ(GetForegroundWindow(), sheet);
     }
 
-    SendFaxSession session_;
-    HANDLE ready_ = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    HANDLE go_ = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    HANDLE finished_ = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     DWORD comMode_;
-    DWORD threadId_ = 0;
     const std::filesystem::path directory_ = std::filesystem::current_path();
     const TemporaryFolder folder_;
     const std::filesystem::path image_ = folder_.NewFile(L"logo.bmp");
     HostState before_, after_;
-    std::thread thread_;
+    SendFaxSession session_; // ends before what its thread uses
 };
 
 class GuestSession : public testing::TestWithParam<DWORD> {};

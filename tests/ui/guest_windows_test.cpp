@@ -2,6 +2,7 @@
 #include "phonebook/ui/phone_book_changed.h"
 #include "res/add_recipients_ids.h"
 #include "res/fax_job_page_ids.h"
+#include "support/foreign_procedure.h"
 #include "support/patched_function.h"
 #include "support/send_fax_session.h"
 
@@ -12,42 +13,17 @@
 namespace qx::test {
 namespace {
 
-class GuestWindows : public testing::Test {
-protected:
-    GuestWindows()
-    {
-        session_.SetDefault(L"ApplyDefaults", 1u);
-        session_.Start();
-        session_.Ui().Dialog();
-    }
-
-    SendFaxSession session_;
-};
-
-// ---- a procedure of the program's in front of ours
-
-WNDPROC g_ours;
-std::vector<UINT> g_seen;
-
-LRESULT CALLBACK ProgramsProcedure(HWND window, UINT message, WPARAM w, LPARAM l)
+TEST(GuestWindows, AProcedureThatTheProgramPutsOverTheSheetsStays)
 {
-    g_seen.push_back(message);
-    return CallWindowProcW(g_ours, window, message, w, l);
-}
-
-TEST_F(GuestWindows, AProcedureThatTheProgramPutsOverTheSheetsStays)
-{
-    g_seen.clear();
-    const HWND sheet = session_.Ui().Dialog();
-    session_.Ui().Do([sheet] {
-        g_ours = reinterpret_cast<WNDPROC>(
-            SetWindowLongPtrW(sheet, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(ProgramsProcedure)));
-    });
-    session_.Cancel();
+    SendFaxSession session;
+    session.SetDefault(L"ApplyDefaults", 1u);
+    session.Start();
+    const HWND sheet = session.Ui().Dialog();
+    session.Ui().Do([sheet] { ForeignProcedure::PutOver(sheet); });
+    session.Cancel();
     EXPECT_FALSE(IsWindow(sheet));
-    ASSERT_FALSE(g_seen.empty());
-    EXPECT_EQ(g_seen.back(), static_cast<UINT>(WM_NCDESTROY)); // to the very end
-    EXPECT_EQ(std::ranges::count(g_seen, static_cast<UINT>(WM_DESTROY)), 1);
+    EXPECT_EQ(ForeignProcedure::LastSeen(), static_cast<UINT>(WM_NCDESTROY)); // to the very end
+    EXPECT_EQ(ForeignProcedure::TimesSeen(WM_DESTROY), 1);
 }
 
 // ---- messages from less privileged programs

@@ -3,9 +3,9 @@
 #include "base/unique.h"
 #include "res/map_custom_fields_ids.h"
 #include "support/built.h"
+#include "support/dialog_thread.h"
 #include "support/phone_book.h"
 #include "support/temporary_folder.h"
-#include "support/ui_conversation.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
@@ -98,7 +98,7 @@ protected:
     TextOwner texts_;
     ImportExportResult result_;
     HCURSOR cursorAtTheEnd_ = nullptr;
-    std::optional<UiConversation> conversation_;
+    std::optional<DialogThread> conversation_;
 };
 using CsvImportDialog = ImportExport;
 using CsvExportDialog = ImportExport;

@@ -3,7 +3,7 @@
 #include "base/unique.h"
 #include "res/map_custom_fields_ids.h"
 #include "support/built.h"
-#include "support/ui_conversation.h"
+#include "support/dialog_thread.h"
 
 #include <commctrl.h>
 #include <cstdlib>
@@ -80,7 +80,7 @@ protected:
     UniqueModule library_;
     MapCustomFieldsContext context_;
     INT_PTR answer_ = -1;
-    std::optional<test::UiConversation> conversation_;
+    std::optional<test::DialogThread> conversation_;
 };
 
 using Texts = std::vector<std::wstring>;

@@ -1,12 +1,11 @@
 // The completing combo box beside others: on several threads, and under procedures of somebody else.
 #include "base/no_copy.h"
 #include "dialog/type_ahead_combo.h"
+#include "support/foreign_procedure.h"
 
-#include <algorithm>
 #include <commctrl.h>
 #include <gtest/gtest.h>
 #include <thread>
-#include <vector>
 
 namespace qx::test {
 namespace {
@@ -50,33 +49,21 @@ TEST(NameBoxGuest, ThreadsAttachAndDetachAtTheSameTime)
     EXPECT_EQ(here + there, 0);
 }
 
-WNDPROC g_below;
-std::vector<UINT> g_seen;
-
-LRESULT CALLBACK Above(HWND window, UINT message, WPARAM w, LPARAM l)
-{
-    g_seen.push_back(message);
-    return CallWindowProcW(g_below, window, message, w, l);
-}
-
 TEST(NameBoxGuest, AProcedureThatSomebodyPutsOverOursStays)
 {
-    g_seen.clear();
     {
         const Combo combo;
         TypeAheadState state;
         AttachTypeAhead(state, combo.Window(), combo.Owner());
-        g_below = reinterpret_cast<WNDPROC>(
-            SetWindowLongPtrW(combo.Window(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(Above)));
+        ForeignProcedure::PutOver(combo.Window());
         DetachTypeAhead(state);
-        g_seen.clear();
         EXPECT_GT(SendMessageW(combo.Window(), CB_GETITEMHEIGHT, 0, 0), 0); // still a combo box below
         EXPECT_EQ(SendMessageW(combo.Window(), CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(L"Anna")), 0);
         EXPECT_EQ(SendMessageW(combo.Window(), CB_GETCOUNT, 0, 0), 1);
     }
-    ASSERT_GE(g_seen.size(), 3u);
-    EXPECT_EQ(std::ranges::count(g_seen, static_cast<UINT>(CB_ADDSTRING)), 1);
-    EXPECT_EQ(g_seen.back(), static_cast<UINT>(WM_NCDESTROY));
+    EXPECT_EQ(ForeignProcedure::TimesSeen(CB_GETITEMHEIGHT), 1);
+    EXPECT_EQ(ForeignProcedure::TimesSeen(CB_ADDSTRING), 1);
+    EXPECT_EQ(ForeignProcedure::LastSeen(), static_cast<UINT>(WM_NCDESTROY));
 }
 
 TEST(NameBoxGuest, ABoxThatIsLeftIsWhatItWas)

@@ -10,7 +10,7 @@
 #include "res/edit_phone_book_ids.h"
 #include "res/entry_ids.h"
 #include "res/fax_job_page_ids.h"
-#include "support/ui_conversation.h"
+#include "support/dialog_thread.h"
 
 #include <iostream>
 #include <qxfax/send_fax.h>
@@ -59,7 +59,7 @@ int Run(const std::wstring& printerName)
     FaxJobData job;
     QxFaxInitJob(&job);
     {
-        UiConversation conversation([&] { display(printer, &job); });
+        DialogThread conversation([&] { display(printer, &job); });
         conversation.Ui().WaitForControl(IDC_PHONE_BOOK);
         conversation.Ui().Press(IDC_PHONE_BOOK);
         std::cout << "ready" << std::endl;

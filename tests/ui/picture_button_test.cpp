@@ -2,6 +2,7 @@
 #include "base/no_copy.h"
 #include "dialog/access_key.h"
 #include "dialog/dialog.h"
+#include "host/window_query.h"
 #include "res/add_recipients_ids.h"
 #include "res/fax_job_page_ids.h"
 #include "res/setup_page_ids.h"
@@ -54,26 +55,16 @@ protected:
     // The tooltip of the button's page, or null.
     HWND Tooltip()
     {
-        struct Search {
-            HWND tooltip, page, button;
-        } search{nullptr, Ui().Page(), Button()};
-        EnumThreadWindows(
-            session->UiThread(),
-            [](HWND window, LPARAM l) -> BOOL {
-                auto& wanted = *reinterpret_cast<Search*>(l);
-                wchar_t name[32] = L"";
-                GetClassNameW(window, name, 32);
-                TTTOOLINFOW tool{};
-                tool.cbSize = TTTOOLINFOW_V2_SIZE;
-                tool.hwnd = wanted.page;
-                tool.uId = reinterpret_cast<UINT_PTR>(wanted.button);
-                if (lstrcmpiW(name, TOOLTIPS_CLASSW) == 0 &&
-                    SendMessageW(window, TTM_GETTOOLINFOW, 0, reinterpret_cast<LPARAM>(&tool)))
-                    wanted.tooltip = window;
-                return TRUE;
-            },
-            reinterpret_cast<LPARAM>(&search));
-        return search.tooltip;
+        TTTOOLINFOW tool{};
+        tool.cbSize = TTTOOLINFOW_V2_SIZE;
+        tool.hwnd = Ui().Page();
+        tool.uId = reinterpret_cast<UINT_PTR>(Button());
+        for (const HWND window : host::WindowsOf(session->UiThread())) {
+            if (host::IsOfClass(window, TOOLTIPS_CLASSW) &&
+                SendMessageW(window, TTM_GETTOOLINFOW, 0, reinterpret_cast<LPARAM>(&tool)))
+                return window;
+        }
+        return nullptr;
     }
     std::wstring TooltipText()
     {

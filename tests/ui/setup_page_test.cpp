@@ -50,15 +50,9 @@ bool Same(const RECT& a, const RECT& b)
 TEST(SetupPage, ShowsTheStoredDefaultsAndSendsThem)
 {
     SendFaxSession session;
-    session.SetDefault(L"SenderName", L"Ann Lee");
-    session.SetDefault(L"SenderCompany", L"\u00c4rzte & S\u00f6hne");
-    session.SetDefault(L"SenderFaxNo", L"(555)1*#,-");
-    session.SetDefault(L"SenderVoiceNo", L"555-2");
-    session.SetDefault(L"Resolution", 2u);
-    session.SetDefault(L"NotifyOn", 1u);
-    session.SetDefault(L"NotifyMethod", 2u);
-    session.SetDefault(L"NotifyEmail", L"ann@example.com");
-    session.SetDefault(L"ShowPreview", 1u);
+    UserDefaults stored = SampleDefaults();
+    stored[L"AddCoverPage"] = 0u; // there is no such image
+    session.SetDefaults(stored);
     UiDriver& ui = OnSetupPage(session);
     EXPECT_EQ(ui.Text(IDC_SENDER_NAME), L"Ann Lee");
     EXPECT_EQ(ui.Text(IDC_SENDER_COMPANY), L"\u00c4rzte & S\u00f6hne");
@@ -73,15 +67,7 @@ TEST(SetupPage, ShowsTheStoredDefaultsAndSendsThem)
 
     const FaxJobData& job = session.Send();
     EXPECT_EQ(job.Cancelled, 0u);
-    EXPECT_STREQ(job.SenderName, L"Ann Lee");
-    EXPECT_STREQ(job.SenderCompany, L"\u00c4rzte & S\u00f6hne");
-    EXPECT_STREQ(job.SenderFaxNo, L"(555)1*#,-");
-    EXPECT_STREQ(job.SenderVoiceNo, L"555-2");
-    EXPECT_EQ(job.Resolution, 2u);
-    EXPECT_EQ(job.NotifyOn, 1u);
-    EXPECT_EQ(job.NotifyMethod, 2u);
-    EXPECT_STREQ(job.NotifyEmail, L"ann@example.com");
-    EXPECT_EQ(job.ShowPreview, 1u);
+    EXPECT_EQ(DefaultsOf(job), stored);
 }
 
 TEST(SetupPage, SendsWhatTheUserChanged)
