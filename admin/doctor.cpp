@@ -98,7 +98,7 @@ private:
 
     void LookAtTexts()
     {
-        const std::wstring path = StringLibraryPath(Printer());
+        const std::wstring path = StringLibraryPath(PrinterDriver(Printer()));
         if (!FileIsThere(path))
             return Problem("texts", "there is no text library " + Quoted(path) +
                                         ", so the dialogs show their built-in English texts: copy it there");
@@ -157,7 +157,7 @@ private:
 
     void LookAtUnpackedHelp(const std::wstring& cabinet, const std::wstring& name)
     {
-        const std::wstring path(HelpChmPath(BuildHelpFilePath(Printer())));
+        const std::wstring path(HelpChmPath(BuildHelpFilePath(PrinterDriver(Printer()))));
         if (!FileIsThere(path))
             return Good("help", "the next fax unpacks it to " + Quoted(path));
         std::string unpacked;

@@ -1,6 +1,7 @@
 #include "admin/help_names_check.h"
 
 #include "admin/command.h"
+#include "base/printer.h"
 #include "settings/names.h"
 #include "text/help.h"
 
@@ -8,7 +9,7 @@ namespace qx::admin {
 
 HelpNames HelpNamesOf(HANDLE printer, const std::wstring& helpFile)
 {
-    const std::wstring path = BuildHelpFilePath(printer);
+    const std::wstring path = BuildHelpFilePath(PrinterDriver(printer));
     return {.unpacked = BuildLocalizedHelpName(helpFile, GetUserDefaultUILanguage()),
             .shown = std::wstring(BaseName(HelpChmPath(path)))};
 }

@@ -46,9 +46,7 @@ SendSession::~SendSession()
 void SendSession::Run()
 {
     PrepareRecord();
-    LoadStringLibrary();
-    FillStrings();
-    FindHelp();
+    FindTextsAndHelp();
     WarnWhenNotOperational();
     RunSheet();
 }
@@ -80,9 +78,18 @@ void SendSession::PrepareRecord()
     ReadCoverPageLock(record_);
 }
 
-void SendSession::LoadStringLibrary()
+// The spooler is asked once for the driver that both lie beside.
+void SendSession::FindTextsAndHelp()
 {
-    const std::wstring path = StringLibraryPath(printer_);
+    const PrinterDriver driver(printer_);
+    LoadStringLibrary(driver);
+    FillStrings();
+    FindHelp(driver);
+}
+
+void SendSession::LoadStringLibrary(const PrinterDriver& driver)
+{
+    const std::wstring path = StringLibraryPath(driver);
     if (path.empty())
         return;
     const ActivationScope context;
@@ -100,13 +107,13 @@ void SendSession::FillStrings()
     }
 }
 
-void SendSession::FindHelp()
+void SendSession::FindHelp(const PrinterDriver& driver)
 {
     const std::wstring cabinet = HelpName(printer_, kHelpCabinetValue);
     const std::wstring help = HelpName(printer_, kHelpFileValue);
     if (!cabinet.empty() && !help.empty())
-        ExtractHelpFromCabinet(printer_, cabinet, help); // only has to be there: dialogs ask by the path built next
-    const std::wstring path = BuildHelpFilePath(printer_);
+        ExtractHelpFromCabinet(driver, cabinet, help); // only has to be there: dialogs ask by the path built next
+    const std::wstring path = BuildHelpFilePath(driver);
     CopyText(HelpFilePath, path.c_str());
 }
 

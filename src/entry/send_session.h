@@ -33,15 +33,17 @@ public:
 
 private:
     void PrepareRecord();
-    void LoadStringLibrary();
+    void FindTextsAndHelp();
+    void LoadStringLibrary(const PrinterDriver& driver);
     void FillStrings();
-    void FindHelp();
+    void FindHelp(const PrinterDriver& driver);
     void WarnWhenNotOperational() const;
     void PreparePages();
     void RunSheet();
 
     HANDLE printer_;     // the driver's
     FaxJobData& record_; // the driver's
+    KeptSubtreeName subtree_{printer_};
     KeySet keys_{record_};
     ItemStore items_;
     FaxJobPage faxJobPage_;

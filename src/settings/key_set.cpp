@@ -1,12 +1,14 @@
 #include "settings/key_set.h"
 
 #include "base/limits.h"
+#include "base/lock.h"
 #include "base/printer.h"
 #include "base/text.h"
 #include "base/unique.h"
 #include "settings/names.h"
 
 #include <cstddef>
+#include <utility>
 
 namespace qx {
 
@@ -33,6 +35,10 @@ void CloseKey(HKEY& key) noexcept
     key = nullptr;
 }
 
+// Of this process, one per running session.
+Lock g_keptLock;
+KeptSubtreeName* g_kept = nullptr;
+
 // The name follows the vendor's directly, as it stands.
 std::optional<std::wstring> SubtreePath(HANDLE printer, const std::wstring& below)
 {
@@ -51,7 +57,38 @@ RegistryKeySet& KeySetOf(FaxJobData& record) noexcept
 
 std::optional<std::wstring> RestrictedUserGuid(HANDLE printer)
 {
-    return ReadPrinterText(printer, kPresetData, kRestrictedUserGuidValue, kPrinterTextUnits);
+    const auto keeper = [printer] {
+        KeptSubtreeName* kept = g_kept;
+        while (kept != nullptr && kept->printer_ != printer)
+            kept = kept->next_;
+        return kept;
+    };
+    {
+        const Locked locked(g_keptLock);
+        if (const KeptSubtreeName* const kept = keeper(); kept != nullptr && kept->name_)
+            return kept->name_;
+    }
+    std::optional<std::wstring> name =
+        ReadPrinterText(printer, kPresetData, kRestrictedUserGuidValue, kPrinterTextUnits);
+    const Locked locked(g_keptLock);
+    if (KeptSubtreeName* const kept = keeper(); kept != nullptr && name)
+        kept->name_ = name;
+    return name;
+}
+
+KeptSubtreeName::KeptSubtreeName(HANDLE printer) noexcept : printer_(printer)
+{
+    const Locked locked(g_keptLock);
+    next_ = std::exchange(g_kept, this);
+}
+
+KeptSubtreeName::~KeptSubtreeName()
+{
+    const Locked locked(g_keptLock);
+    KeptSubtreeName** link = &g_kept;
+    while (*link != this)
+        link = &(*link)->next_;
+    *link = next_;
 }
 
 void OpenKeys(RegistryKeySet& set)

@@ -25,6 +25,23 @@ RegistryKeySet& KeySetOf(FaxJobData& record) noexcept;
 // The name that the printer's data gives to the user's subtree, at most 259 units; none when it cannot be read.
 std::optional<std::wstring> RestrictedUserGuid(HANDLE printer);
 
+// While one lives, that name is asked for once: each question may go to a server, and a session needs the answer half a
+// dozen times. Only an answer is kept: after a failure the next one who needs the name asks again.
+class KeptSubtreeName {
+public:
+    explicit KeptSubtreeName(HANDLE printer) noexcept; // not owned
+    ~KeptSubtreeName();
+    KeptSubtreeName(const KeptSubtreeName&) = delete;
+    KeptSubtreeName& operator=(const KeptSubtreeName&) = delete;
+
+private:
+    friend std::optional<std::wstring> RestrictedUserGuid(HANDLE printer);
+
+    const HANDLE printer_;
+    std::optional<std::wstring> name_;
+    KeptSubtreeName* next_;
+};
+
 // Opens, creating what is missing, the four settings keys of the set's printer. Without a subtree name, or on a
 // failure, what could not be opened stays as it was, and later reads find nothing.
 void OpenKeys(RegistryKeySet& set);

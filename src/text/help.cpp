@@ -133,7 +133,8 @@ void ExtractFile(const std::wstring& cabinet, const std::wstring& wanted, const 
         DeleteFileW(unpacked.c_str());
 }
 
-std::wstring ExtractVariant(HANDLE printer, std::wstring_view cabinetName, std::wstring_view helpName, LANGID language)
+std::wstring ExtractVariant(const PrinterDriver& driver, std::wstring_view cabinetName, std::wstring_view helpName,
+                            LANGID language)
 {
     const std::wstring name = BuildLocalizedHelpName(helpName, language);
     const std::wstring folder = TemporaryFolder();
@@ -142,7 +143,7 @@ std::wstring ExtractVariant(HANDLE printer, std::wstring_view cabinetName, std::
         return {};
     if (FileExists(target))
         return target;
-    const std::wstring cabinet = BuildDriverFilePath(printer, cabinetName);
+    const std::wstring cabinet = driver.FileBeside(cabinetName);
     if (cabinet.empty())
         return {};
     ExtractFile(cabinet, name, target);
@@ -201,15 +202,15 @@ std::wstring BuildDriverFilePath(HANDLE printer, std::wstring_view name)
     return PrinterDriver(printer).FileBeside(name);
 }
 
-std::wstring ExtractHelpFromCabinet(HANDLE printer, std::wstring_view cabinetName, std::wstring_view helpName)
+std::wstring ExtractHelpFromCabinet(const PrinterDriver& driver, std::wstring_view cabinetName,
+                                    std::wstring_view helpName)
 {
-    std::wstring path = ExtractVariant(printer, cabinetName, helpName, CurrentTextLanguage());
-    return !path.empty() ? path : ExtractVariant(printer, cabinetName, helpName, kEnglishUnitedStates);
+    std::wstring path = ExtractVariant(driver, cabinetName, helpName, CurrentTextLanguage());
+    return !path.empty() ? path : ExtractVariant(driver, cabinetName, helpName, kEnglishUnitedStates);
 }
 
-std::wstring BuildHelpFilePath(HANDLE printer)
+std::wstring BuildHelpFilePath(const PrinterDriver& driver)
 {
-    const PrinterDriver driver(printer);
     const std::wstring folder = TemporaryFolder();
     if (!driver || folder.empty())
         return {};

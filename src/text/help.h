@@ -24,11 +24,12 @@ std::wstring BuildDriverFilePath(HANDLE printer, std::wstring_view name);
 
 // Makes sure that the variant for the current text language, or else the English one, is in the temporary folder, and
 // gives its path (less than 260 units). What is there already is used as it is.
-std::wstring ExtractHelpFromCabinet(HANDLE printer, std::wstring_view cabinetName, std::wstring_view helpName);
+std::wstring ExtractHelpFromCabinet(const PrinterDriver& driver, std::wstring_view cabinetName,
+                                    std::wstring_view helpName);
 
 // The path that dialogs keep (TextOwner::HelpFilePath, at most 255 units): the variant for the user's UI language in
 // the temporary folder, with "::/qxhelp.txt" behind it. Whether the file is there is asked when a page is shown.
-std::wstring BuildHelpFilePath(HANDLE printer);
+std::wstring BuildHelpFilePath(const PrinterDriver& driver);
 
 // Opens a page of the compiled help file in the HTML Help viewer, owned by owner. A help file that is not there opens
 // nothing: the viewer would complain to the user.

@@ -89,9 +89,9 @@ TextOwner::TextOwner(HMODULE strings, const wchar_t* helpFilePath) noexcept : Te
     CopyText(HelpFilePath, OrEmpty(helpFilePath));
 }
 
-std::wstring StringLibraryPath(HANDLE printer)
+std::wstring StringLibraryPath(const PrinterDriver& driver)
 {
-    return PrinterDriver(printer).FileBeside(kStringLibraryName);
+    return driver.FileBeside(kStringLibraryName);
 }
 
 LANGID CurrentTextLanguage() noexcept

@@ -11,6 +11,8 @@
 
 namespace qx {
 
+class PrinterDriver;
+
 // Common head of the session and of every dialog's state: where texts and help come from. Neither is owned.
 struct TextOwner {
     // Records the user's default UI language as the current text language.
@@ -22,7 +24,7 @@ struct TextOwner {
 };
 
 // The string library's file, beside the driver's; empty when the spooler does not say where that is.
-std::wstring StringLibraryPath(HANDLE printer);
+std::wstring StringLibraryPath(const PrinterDriver& driver);
 
 // A text: its id in the string library, and the built-in one, shown exactly as written. A leading dash of a built-in
 // text stays: it marks, on screen, a text that did not come from the library.

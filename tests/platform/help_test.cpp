@@ -1,5 +1,6 @@
 #include "text/help.h"
 
+#include "base/printer.h"
 #include "base/unique.h"
 #include "support/built.h"
 #include "support/cabinet.h"
@@ -154,7 +155,7 @@ protected:
 
     fs::path Extract(std::wstring_view helpName = kHelpName) const
     {
-        return ExtractHelpFromCabinet(printer_.Handle(), kCabinet, helpName);
+        return ExtractHelpFromCabinet(PrinterDriver(printer_.Handle()), kCabinet, helpName);
     }
 
     fs::path original_ = fs::temp_directory_path();
@@ -445,7 +446,7 @@ TEST_F(Help, ATemporaryFolderTooLongForAFileBelowItGivesNoHelp)
     fs::create_directories(folder);
     SetTemporaryFolder(folder);
     EXPECT_EQ(Extract(), "");
-    EXPECT_EQ(BuildHelpFilePath(printer_.Handle()), L"");
+    EXPECT_EQ(BuildHelpFilePath(PrinterDriver(printer_.Handle())), L"");
     EXPECT_TRUE(fs::is_empty(folder));
 }
 
@@ -454,7 +455,7 @@ TEST_F(Help, ManyAttemptsLeaveNoHandleOpen)
     test::WriteCabinet(cabinet_, {{"..\\" + UserVariant(), "1"}, {"OTHER.CHM", "2"}});
     const auto attempt = [&] {
         Extract();
-        BuildHelpFilePath(printer_.Handle());
+        BuildHelpFilePath(PrinterDriver(printer_.Handle()));
         BuildDriverFilePath(nullptr, kCabinet);
     };
     attempt();
@@ -471,7 +472,7 @@ protected:
     std::wstring Of(const std::vector<std::wstring>& dependentFiles)
     {
         const Printer printer(dependentFiles);
-        const std::wstring path = BuildHelpFilePath(printer.Handle());
+        const std::wstring path = BuildHelpFilePath(PrinterDriver(printer.Handle()));
         const std::wstring folder = folder_.native() + L"\\";
         EXPECT_TRUE(path.empty() || path.starts_with(folder)) << fs::path(path).string();
         return path.empty() ? path : path.substr(folder.size());
@@ -507,8 +508,8 @@ TEST_F(HelpFilePath, WithoutSuchADependentFileThereIsNone)
 
 TEST_F(HelpFilePath, ABadPrinterHasNone)
 {
-    EXPECT_EQ(BuildHelpFilePath(nullptr), L"");
-    EXPECT_EQ(BuildHelpFilePath(INVALID_HANDLE_VALUE), L"");
+    EXPECT_EQ(BuildHelpFilePath(PrinterDriver(nullptr)), L"");
+    EXPECT_EQ(BuildHelpFilePath(PrinterDriver(INVALID_HANDLE_VALUE)), L"");
 }
 
 // ---- showing a page ------------------------------------------------------------------------------------------------
@@ -622,7 +623,7 @@ TEST_F(HelpPage, FollowsFromPrinterAndCabinetAsInASession)
 {
     test::WriteCabinet(cabinet_, {{UserVariant(), "variant"}});
     Extract();
-    ShowHelp(TextOwner(nullptr, BuildHelpFilePath(printer_.Handle()).c_str()), nullptr, 15619);
+    ShowHelp(TextOwner(nullptr, BuildHelpFilePath(PrinterDriver(printer_.Handle())).c_str()), nullptr, 15619);
     const auto requests = viewer_.TakeRequests();
     ASSERT_EQ(requests.size(), 1u);
     EXPECT_EQ(requests[0].page, (folder_ / UserVariant()).native() + L"::/15619.html");

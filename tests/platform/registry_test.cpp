@@ -88,6 +88,28 @@ TEST_F(Registry, AGuidWithoutTerminatorEndsWithItsData)
     EXPECT_TRUE(IsKey(set.hDefaultKey, printer, L"QX-FAX\\Default"));
 }
 
+TEST_F(Registry, AKeptSubtreeNameIsTheFirstOneThatCouldBeRead)
+{
+    const TestPrinter other;
+    const TestPrinter unnamed(TestPrinter::Subtree::Unnamed);
+    const std::wstring guid = printer.Guid();
+    const auto rename = [](const TestPrinter& renamed, const std::wstring& name) {
+        renamed.SetText(L"QXPresetRoot", L"QXRestrictedUserGuid", name);
+    };
+    {
+        const KeptSubtreeName kept(printer.Handle());
+        const KeptSubtreeName keptOfUnnamed(unnamed.Handle());
+        EXPECT_EQ(RestrictedUserGuid(printer.Handle()), guid);
+        EXPECT_EQ(RestrictedUserGuid(unnamed.Handle()), std::nullopt);
+        rename(printer, L"{another}");
+        rename(unnamed, L"{late}");
+        EXPECT_EQ(RestrictedUserGuid(printer.Handle()), guid);
+        EXPECT_EQ(RestrictedUserGuid(unnamed.Handle()), L"{late}");
+        EXPECT_EQ(RestrictedUserGuid(other.Handle()), other.Guid());
+    }
+    EXPECT_EQ(RestrictedUserGuid(printer.Handle()), L"{another}");
+}
+
 TEST_F(Registry, OpeningTheSetTwiceLeavesTheFirstJobDataAndRecentListHandlesOpen)
 {
     OpenKeys(set);

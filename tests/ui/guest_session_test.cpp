@@ -129,6 +129,8 @@ private:
             CloseHandle(ended);
         }
         ui.WaitForControl(IDC_IMAGE);
+        for (int i = 0; i < 1000 && ui.Text(IDC_IMAGE).empty(); ++i) // the thread beside it hands the name over
+            Sleep(10);
         EXPECT_TRUE(IsWindowEnabled(sheet));
         EXPECT_EQ(GetForegroundWindow(), sheet);
     }

@@ -1,4 +1,5 @@
 #include "res/fax_job_page_ids.h"
+#include "support/patched_function.h"
 #include "support/send_fax_session.h"
 
 #include <atomic>
@@ -6,6 +7,8 @@
 #include <future>
 #include <gtest/gtest.h>
 #include <thread>
+#include <windows.h>
+#include <winspool.h>
 
 namespace qx::test {
 namespace {
@@ -103,6 +106,43 @@ TEST(SendSession, TheDriversEscapeDataOutlivesIt)
     EXPECT_TRUE(fetch(nullptr, &size));
     EXPECT_EQ(size, 7u);
     EXPECT_FALSE(fetch(&to, &size));
+}
+
+// ---- what the spooler is asked: with a server's printer each question is a round over the network
+
+PatchedFunction* g_patch = nullptr;
+int g_questions = 0;
+
+BOOL WINAPI CountedGetPrinterDriver(HANDLE printer, wchar_t* environment, DWORD level, BYTE* data, DWORD bytes,
+                                    DWORD* needed)
+{
+    ++g_questions;
+    return g_patch->WithOriginal([&] { return GetPrinterDriverW(printer, environment, level, data, bytes, needed); });
+}
+
+DWORD WINAPI CountedGetPrinterDataEx(HANDLE printer, const wchar_t* key, const wchar_t* name, DWORD* type, BYTE* data,
+                                     DWORD bytes, DWORD* needed)
+{
+    if (wcscmp(name, L"QXRestrictedUserGuid") == 0)
+        ++g_questions;
+    return g_patch->WithOriginal([&] { return GetPrinterDataExW(printer, key, name, type, data, bytes, needed); });
+}
+
+template <class Function> int QuestionsOfASession(const char* name, Function* counted)
+{
+    SendFaxSession session;
+    PatchedFunction patch(L"winspool.drv", name, counted);
+    g_patch = &patch;
+    g_questions = 0;
+    OnFaxJobPage(session).Ui().GoToPage(1);
+    session.Cancel();
+    return g_questions;
+}
+
+TEST(SendSession, AsksTheSpoolerOnceForTheDriverAndOnceForTheUsersSubtree)
+{
+    EXPECT_EQ(QuestionsOfASession("GetPrinterDriverW", CountedGetPrinterDriver), 1);
+    EXPECT_EQ(QuestionsOfASession("GetPrinterDataExW", CountedGetPrinterDataEx), 1);
 }
 
 TEST(SendSession, ADeviceThatIsNotOperationalIsWarnedOfExactlyOnce)
