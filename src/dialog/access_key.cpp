@@ -56,11 +56,11 @@ wchar_t AccessKeyOf(std::wstring_view caption) noexcept
     return 0;
 }
 
-std::wstring AccessKeysIn(HWND window, HWND except)
+std::wstring AccessKeysIn(HWND window)
 {
     std::wstring keys;
     for (HWND child = GetWindow(window, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
-        if (child == except || !HasAccessKey(child))
+        if (!HasAccessKey(child))
             continue;
         if (const wchar_t key = AccessKeyOf(WindowText(child)))
             keys += key;

@@ -10,9 +10,8 @@ namespace qx {
 // The marked letter in upper case, or 0.
 wchar_t AccessKeyOf(std::wstring_view caption) noexcept;
 
-// The marked letters of the buttons and labels directly in window, one after the other; those of hidden ones, too. The
-// caption of except does not count.
-std::wstring AccessKeysIn(HWND window, HWND except);
+// The marked letters of the buttons and labels directly in window, one after the other; those of hidden ones, too.
+std::wstring AccessKeysIn(HWND window);
 
 // The text with a letter marked that taken does not hold, best the first one of a word. A text of which no letter is
 // free, or none can be typed with one key, gets a letter of the alphabet behind it, in parentheses, as is the custom

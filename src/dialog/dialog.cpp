@@ -100,6 +100,8 @@ void FocusControl(HWND dialog, int control) noexcept
 void EnableControl(HWND dialog, int control, bool enabled) noexcept
 {
     const HWND window = GetDlgItem(dialog, control);
+    if ((IsWindowEnabled(window) != FALSE) == enabled) // as a rule: buttons follow every keystroke
+        return;
     if (!enabled)
         HandFocusOn(dialog, window);
     EnableWindow(window, enabled);
@@ -108,15 +110,21 @@ void EnableControl(HWND dialog, int control, bool enabled) noexcept
 void ShowControl(HWND dialog, int control, bool shown) noexcept
 {
     const HWND window = GetDlgItem(dialog, control);
+    if (IsShown(window) == shown)
+        return;
     if (!shown)
         HandFocusOn(dialog, window);
     ShowWindow(window, shown ? SW_SHOWNA : SW_HIDE);
 }
 
+bool IsShown(HWND control) noexcept
+{
+    return (GetWindowLongPtrW(control, GWL_STYLE) & WS_VISIBLE) != 0;
+}
+
 bool CanTakeFocus(HWND control) noexcept
 {
-    const LONG_PTR style = GetWindowLongPtrW(control, GWL_STYLE);
-    return (style & WS_VISIBLE) != 0 && (style & WS_DISABLED) == 0;
+    return IsShown(control) && IsWindowEnabled(control);
 }
 
 RECT PlaceOf(HWND control) noexcept

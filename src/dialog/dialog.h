@@ -114,6 +114,9 @@ INT_PTR DispatchDialogMessage(const Dialog<State>& description, HWND dialog, UIN
         const auto& header = *reinterpret_cast<const NMHDR*>(l);
         if (RunRoute(description.routes, *state, static_cast<int>(header.idFrom), header.code))
             return TRUE;
+        // Nobody wants to hear of each of ten thousand rows that a list gives up.
+        if (header.code == static_cast<UINT>(LVN_DELETEALLITEMS))
+            return Answer(dialog, TRUE);
     }
     if (description.other != nullptr) {
         if (const INT_PTR answer = description.other(*state, message, w, l))
@@ -216,6 +219,9 @@ void FocusControl(HWND dialog, int control) noexcept;
 // keyboard focus first hands it on to the next one, while the dialog manager can still tell where it was.
 void EnableControl(HWND dialog, int control, bool enabled) noexcept;
 void ShowControl(HWND dialog, int control, bool shown) noexcept;
+
+// As far as its dialog decides, also while the dialog, a page of the sheet say, is hidden.
+bool IsShown(HWND control) noexcept;
 
 // Whether the keyboard focus may go to a control: it is enabled, and shown as far as its dialog decides.
 bool CanTakeFocus(HWND control) noexcept;

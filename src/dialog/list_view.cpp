@@ -1,6 +1,7 @@
 #include "dialog/list_view.h"
 
 #include "dialog/dialog.h"
+#include "dialog/drawing.h"
 
 #include <limits>
 #include <string>
@@ -25,6 +26,14 @@ bool InsertColumns(const TextOwner& texts, HWND list, std::span<const ListColumn
     return true;
 }
 
+// As SendMessage does on the list's own thread, without its rounds: rows come by the ten thousand, and nobody else
+// needs to hear of each.
+LRESULT Tell(HWND list, UINT message, WPARAM w, LVITEMW& item) noexcept
+{
+    const auto procedure = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(list, GWLP_WNDPROC));
+    return CallWindowProcW(procedure, list, message, w, reinterpret_cast<LPARAM>(&item));
+}
+
 // False for a text that the marks would cut.
 bool MarkLeftToRight(const wchar_t* text, std::span<wchar_t> marked) noexcept
 {
@@ -37,6 +46,7 @@ bool MarkLeftToRight(const wchar_t* text, std::span<wchar_t> marked) noexcept
 
 bool SetUpListView(const TextOwner& texts, HWND list, std::span<const ListColumn> columns)
 {
+    const RedrawOff redrawOff(list); // else each column lays the header out anew, several times
     if (!InsertColumns(texts, list, columns))
         return false;
     SetWindowLongPtrW(list, GWL_STYLE, GetWindowLongPtrW(list, GWL_STYLE) | LVS_SHOWSELALWAYS);
@@ -53,7 +63,7 @@ bool AppendRow(HWND list, std::initializer_list<Cell> cells, LPARAM data, int im
     line.pszText = const_cast<wchar_t*>(OrEmpty(cells.begin()->text)); // only read
     line.iImage = image;
     line.lParam = data;
-    const int row = ListView_InsertItem(list, &line);
+    const auto row = static_cast<int>(Tell(list, LVM_INSERTITEMW, 0, line));
     bool whole = row >= 0;
     for (std::size_t column = 1; column < cells.size() && whole; ++column) {
         const Cell& cell = cells.begin()[column];
@@ -71,7 +81,7 @@ bool SetCell(HWND list, int row, int column, Cell cell) noexcept
     LVITEMW item{};
     item.iSubItem = column;
     item.pszText = const_cast<wchar_t*>(isMarked ? marked : text); // only read
-    return SendMessageW(list, LVM_SETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item)) != FALSE;
+    return Tell(list, LVM_SETITEMTEXTW, static_cast<WPARAM>(row), item) != FALSE;
 }
 
 int RowCount(HWND list) noexcept

@@ -223,18 +223,19 @@ void ReloadCoverPage(FaxJobPage& page)
 // The room of the hidden billing code: the list takes it, and what lies between them moves down.
 void GiveRoomToRecipients(HWND dialog)
 {
-    const auto control = [dialog](int id) { return GetDlgItem(dialog, id); };
-    const LONG room = PlaceOf(control(IDC_BILLING_GROUP)).bottom - PlaceOf(control(IDC_COVER_PAGE_GROUP)).bottom;
-    for (const int id : {IDC_FAX_TO_GROUP, IDC_RECIPIENTS}) {
-        RECT place = PlaceOf(control(id));
-        place.bottom += room;
-        SetPlace(control(id), place);
-    }
-    for (const Control& row : CoverPageControls({})) {
-        RECT place = PlaceOf(control(row.id));
-        OffsetRect(&place, 0, room);
-        SetPlace(control(row.id), place);
-    }
+    const auto bottomOf = [dialog](int id) { return PlaceOf(GetDlgItem(dialog, id)).bottom; };
+    const LONG room = bottomOf(IDC_BILLING_GROUP) - bottomOf(IDC_COVER_PAGE_GROUP);
+    const auto move = [dialog](int id, LONG top, LONG bottom) {
+        const HWND control = GetDlgItem(dialog, id);
+        RECT place = PlaceOf(control);
+        place.top += top;
+        place.bottom += bottom;
+        SetPlace(control, place);
+    };
+    for (const int id : {IDC_FAX_TO_GROUP, IDC_RECIPIENTS})
+        move(id, 0, room);
+    for (const Control& row : CoverPageControls({}))
+        move(row.id, room, room);
 }
 
 void LoadBillingCode(FaxJobPage& page)
@@ -389,11 +390,14 @@ INT_PTR AnswerOther(FaxJobPage& page, UINT message, WPARAM w, LPARAM l)
 // Its text is a dialog's title as well, in which no letter is marked: a letter that nothing else has is marked here.
 void GivePhoneBookButtonAKey(FaxJobPage& page)
 {
-    const HWND button = GetDlgItem(page.dialog, IDC_PHONE_BOOK);
-    std::wstring taken = AccessKeysIn(page.dialog, button) + AccessKeysIn(GetParent(page.dialog), button);
+    std::wstring taken = AccessKeysIn(GetParent(page.dialog));
     for (const Text& caption : {kSendText, kPreviewAndSendText}) // the button has the one or the other
         taken += AccessKeyOf(LocalizedText(page, caption));
-    const std::wstring text = WindowText(button);
+    for (const Control& control : kControls) {
+        if (control.text != 0 && control.id != IDC_PHONE_BOOK)
+            taken += AccessKeyOf(LocalizedText(page, {control.text, control.fallback}));
+    }
+    const std::wstring text = WindowText(GetDlgItem(page.dialog, IDC_PHONE_BOOK));
     page.phoneBookButton.Name(text, WithAccessKey(text, taken));
 }
 

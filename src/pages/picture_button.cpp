@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <commctrl.h>
 #include <stdexcept>
+#include <utility>
 
 namespace qx {
 
@@ -97,11 +98,16 @@ void PictureButton::Name(const std::wstring& text, const std::wstring& caption)
 {
     SetWindowTextW(button_, caption.c_str());
     const wchar_t key = AccessKeyOf(caption);
-    ShowTooltip(key != 0 ? text + L" (Alt+" + key + L")" : text);
+    tip_ = key != 0 ? text + L" (Alt+" + key + L")" : text;
 }
 
-void PictureButton::ShowTooltip(std::wstring text)
+// Once, when the pointer first comes: a window of its own would be felt when the page opens. move is that message,
+// which the tooltip counts from.
+void PictureButton::GiveTooltip(const MSG& move)
 {
+    if (tip_.empty())
+        return;
+    std::wstring text = std::exchange(tip_, {});
     // Goes with the page.
     const HWND tooltip = CreateWindowExW(0, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX, 0, 0, 0,
                                          0, GetParent(button_), nullptr, ModuleInstance(), nullptr);
@@ -112,6 +118,7 @@ void PictureButton::ShowTooltip(std::wstring text)
     tool.uId = reinterpret_cast<UINT_PTR>(button_);
     tool.lpszText = text.data();
     SendMessageW(tooltip, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
+    SendMessageW(tooltip, TTM_RELAYEVENT, 0, reinterpret_cast<LPARAM>(&move));
 }
 
 // ---- drawing --------------------------------------------------------------------------------------------------------
@@ -197,6 +204,7 @@ LRESULT PictureButton::Handle(UINT message, WPARAM w, LPARAM l)
         return 0;
     case WM_MOUSEMOVE:
         SetHot(true);
+        GiveTooltip({.hwnd = button_, .message = message, .wParam = w, .lParam = l, .time = 0, .pt = {}});
         break;
     case WM_MOUSELEAVE:
         SetHot(false);

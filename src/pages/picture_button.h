@@ -32,13 +32,14 @@ private:
     LRESULT CallPrevious(UINT message, WPARAM w, LPARAM l) const noexcept;
     void SetHot(bool hot) noexcept;
     void SetDefault(bool isDefault) noexcept;
-    void ShowTooltip(std::wstring text);
+    void GiveTooltip(const MSG& move);
     void DrawPicture(HDC dc, const RECT& place) const noexcept;
 
     HWND button_ = nullptr;
     WNDPROC previous_ = nullptr;
     UniqueBitmap picture_;
-    Colors colors_{}; // of the picture, as it was drawn
+    Colors colors_{};  // of the picture, as it was drawn
+    std::wstring tip_; // of the tooltip, until there is one
     bool isHot_ = false;
     bool isDefault_ = false; // the button that Enter presses
 };

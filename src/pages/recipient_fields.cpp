@@ -42,19 +42,13 @@ bool Holds(const RecipientFields& fields, int id) noexcept
     return HasText(ControlOf(fields, id));
 }
 
-// As the page decides, also while another page of the sheet is shown.
-bool IsShown(const RecipientFields& fields, int id) noexcept
-{
-    return (GetWindowLongPtrW(ControlOf(fields, id), GWL_STYLE) & WS_VISIBLE) != 0;
-}
-
 // ---- what the fields show -------------------------------------------------------------------------------------------
 
 // The fax number and the text of a group share a place: the other one is hidden and disabled. The one that is shown
 // stands right behind the label, which thus names it to a screen reader.
 void ShowGroupText(const RecipientFields& fields, bool group) noexcept
 {
-    if (IsShown(fields, IDC_GROUP_TEXT) == group && IsShown(fields, IDC_FAX_NUMBER) != group)
+    if (IsShown(ControlOf(fields, IDC_GROUP_TEXT)) == group && IsShown(ControlOf(fields, IDC_FAX_NUMBER)) != group)
         return;
     const bool hadFocus = GetFocus() == ControlOf(fields, group ? IDC_FAX_NUMBER : IDC_GROUP_TEXT);
     for (const int id : {IDC_FAX_NUMBER, IDC_GROUP_TEXT}) {

@@ -41,7 +41,8 @@ constexpr DeviceNumber kDeviceNumbers[] = {
 DWORD DeviceValue(HKEY key, const wchar_t* name) noexcept
 {
     DWORD value = 0;
-    return ValueType(key, name) == REG_DWORD && ReadDword(key, name, value) ? value : 0;
+    DWORD type = REG_NONE;
+    return ReadDword(key, name, value, &type) && type == REG_DWORD ? value : 0;
 }
 
 void ReadBillingCode(FaxJobData& record)

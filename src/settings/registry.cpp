@@ -50,21 +50,21 @@ bool ReadString(HKEY key, const wchar_t* name, std::wstring& out)
     return QueryString(key, name, out) == ERROR_SUCCESS;
 }
 
-LSTATUS QueryDword(HKEY key, const wchar_t* name, DWORD& out) noexcept
+LSTATUS QueryDword(HKEY key, const wchar_t* name, DWORD& out, DWORD* type) noexcept
 {
     if (key == nullptr)
         return ERROR_INVALID_HANDLE;
     DWORD value = 0;
     DWORD bytes = sizeof value;
-    const LSTATUS status = RegQueryValueExW(key, name, nullptr, nullptr, reinterpret_cast<BYTE*>(&value), &bytes);
+    const LSTATUS status = RegQueryValueExW(key, name, nullptr, type, reinterpret_cast<BYTE*>(&value), &bytes);
     if (status == ERROR_SUCCESS)
         out = value;
     return status;
 }
 
-bool ReadDword(HKEY key, const wchar_t* name, DWORD& out) noexcept
+bool ReadDword(HKEY key, const wchar_t* name, DWORD& out, DWORD* type) noexcept
 {
-    return QueryDword(key, name, out) == ERROR_SUCCESS;
+    return QueryDword(key, name, out, type) == ERROR_SUCCESS;
 }
 
 DWORD ValueType(HKEY key, const wchar_t* name) noexcept

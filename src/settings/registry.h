@@ -10,9 +10,9 @@ namespace qx {
 // one that was stored without a terminator ends all the same. Use out.c_str() for the first string.
 bool ReadString(HKEY key, const wchar_t* name, std::wstring& out);
 LSTATUS QueryString(HKEY key, const wchar_t* name, std::wstring& out); // with the system's answer
-// Any value of at most four bytes; its type is not checked.
-bool ReadDword(HKEY key, const wchar_t* name, DWORD& out) noexcept;
-LSTATUS QueryDword(HKEY key, const wchar_t* name, DWORD& out) noexcept; // likewise
+// Any value of at most four bytes; its type is not checked, and told when asked for.
+bool ReadDword(HKEY key, const wchar_t* name, DWORD& out, DWORD* type = nullptr) noexcept;
+LSTATUS QueryDword(HKEY key, const wchar_t* name, DWORD& out, DWORD* type = nullptr) noexcept; // likewise
 // REG_...; REG_NONE when there is no such value.
 DWORD ValueType(HKEY key, const wchar_t* name) noexcept;
 // type is REG_SZ or REG_MULTI_SZ (text is then a list that ends with an empty string). Any other type writes nothing

@@ -151,6 +151,17 @@ TEST_F(DialogTest, ExceptionOfACommandStopsAtTheProcedure)
     EXPECT_EQ(probe.accepted, 1);
 }
 
+TEST_F(DialogTest, AListThatIsEmptiedDoesNotTellOfEachRow)
+{
+    Probe probe;
+    Create(&probe);
+    const HWND list = CreateWindowExW(0, WC_LISTVIEWW, L"", WS_CHILD | LVS_REPORT, 0, 0, 90, 90, dialog, nullptr,
+                                      ModuleInstance(), nullptr);
+    NMLISTVIEW emptied{};
+    emptied.hdr = {.hwndFrom = list, .idFrom = 0, .code = static_cast<UINT>(LVN_DELETEALLITEMS)};
+    EXPECT_EQ(SendMessageW(dialog, WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&emptied)), TRUE);
+}
+
 TEST_F(DialogTest, FocusThatStartUpSetsIsKept)
 {
     Probe probe;

@@ -162,6 +162,9 @@ TEST_F(PhoneBookButton, IsTheDefaultButtonWhileItHasTheFocus)
 TEST_F(PhoneBookButton, HasATooltipWithItsTextAndItsKey)
 {
     const std::wstring caption = Open().Text(IDC_PHONE_BOOK);
+    EXPECT_EQ(Tooltip(), nullptr); // opening the sheet does not wait for it
+    Tell(WM_MOUSEMOVE, 0, MAKELPARAM(5, 5));
+    Tell(WM_MOUSEMOVE, 0, MAKELPARAM(6, 5));
     ASSERT_NE(Tooltip(), nullptr);
     std::wstring text = caption;
     std::erase(text, L'&');
