@@ -26,14 +26,6 @@ bool InsertColumns(const TextOwner& texts, HWND list, std::span<const ListColumn
     return true;
 }
 
-// As SendMessage does on the list's own thread, without its rounds: rows come by the ten thousand, and nobody else
-// needs to hear of each.
-LRESULT Tell(HWND list, UINT message, WPARAM w, LVITEMW& item) noexcept
-{
-    const auto procedure = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(list, GWLP_WNDPROC));
-    return CallWindowProcW(procedure, list, message, w, reinterpret_cast<LPARAM>(&item));
-}
-
 // False for a text that the marks would cut.
 bool MarkLeftToRight(const wchar_t* text, std::span<wchar_t> marked) noexcept
 {
@@ -63,7 +55,7 @@ bool AppendRow(HWND list, std::initializer_list<Cell> cells, LPARAM data, int im
     line.pszText = const_cast<wchar_t*>(OrEmpty(cells.begin()->text)); // only read
     line.iImage = image;
     line.lParam = data;
-    const auto row = static_cast<int>(Tell(list, LVM_INSERTITEMW, 0, line));
+    const int row = ListView_InsertItem(list, &line);
     bool whole = row >= 0;
     for (std::size_t column = 1; column < cells.size() && whole; ++column) {
         const Cell& cell = cells.begin()[column];
@@ -81,7 +73,7 @@ bool SetCell(HWND list, int row, int column, Cell cell) noexcept
     LVITEMW item{};
     item.iSubItem = column;
     item.pszText = const_cast<wchar_t*>(isMarked ? marked : text); // only read
-    return Tell(list, LVM_SETITEMTEXTW, static_cast<WPARAM>(row), item) != FALSE;
+    return SendMessageW(list, LVM_SETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item)) != FALSE;
 }
 
 int RowCount(HWND list) noexcept

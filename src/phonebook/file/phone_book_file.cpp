@@ -128,26 +128,27 @@ private:
     void ReadEntry(IXMLDOMNode& element)
     {
         DWORD id = kNoId;
-        Recipient texts;
+        for (std::wstring* const text : {&texts_.name, &texts_.faxNumber, &texts_.company})
+            text->clear();
         walk_.ForEachAttribute(element, [&](std::wstring_view name, const wchar_t* text) {
             if (name == xml::kId)
                 id = ParseId(text);
             else if (name == xml::kName)
-                texts.name = text;
+                texts_.name = text;
             else if (name == xml::kFaxNumber)
-                texts.faxNumber = text;
+                texts_.faxNumber = text;
             else if (name == xml::kCompany)
-                texts.company = text;
+                texts_.company = text;
         });
         // An entry that is dropped for its number has its id all the same: it is not handed out again.
         NoteId(id);
-        if (id == kNoId || !IsValidFaxNumber(texts.faxNumber)) {
+        if (id == kNoId || !IsValidFaxNumber(texts_.faxNumber)) {
             loaded_.dropped = true;
             return;
         }
         PhoneBookEntry* const entry = store_.NewEntry();
         entry->SetId(id);
-        entry->SetTexts(texts);
+        entry->SetTexts(texts_);
         loaded_.items.push_back(entry);
     }
 
@@ -198,6 +199,7 @@ private:
     LoadedPhoneBook& loaded_;
     ItemStore& store_;
     Walk walk_;
+    Recipient texts_; // of the entry being read: its buffers serve them all
     bool membersComplete_ = true;
 };
 

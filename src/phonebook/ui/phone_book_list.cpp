@@ -171,20 +171,19 @@ void FillPhoneBookList(PhoneBookList& list, const PhoneBook& book, ListedItems l
         GiveGroupIcon(list);
     std::vector<const PhoneBookItem*> rows;
     rows.reserve(book.GetCount());
-    list.names.clear();
-    list.names.reserve(book.GetCount());
+    list.names.Clear();
     for (const PhoneBookItem* const item : book.Items()) {
         if (listed == ListedItems::EntriesOnly && item->IsGroup())
             continue;
         rows.push_back(item);
-        list.names.emplace_back(Cut(item->GetName(), kComparedNameUnits));
+        list.names.Append(Cut(item->GetName(), kComparedNameUnits));
     }
     ReplaceRows(list.window, rows);
 }
 
 void ShowRow(const PhoneBookList& list, std::size_t row)
 {
-    if (row < list.names.size())
+    if (row < list.names.Count())
         SendMessageW(list.window, LVM_ENSUREVISIBLE, row, FALSE);
 }
 
@@ -216,8 +215,8 @@ void FollowTypedName(const PhoneBookList& list, HWND edit)
     if (typed.empty())
         return;
     // The names, not the rows: asking the list view for 10000 texts would be felt with every keystroke.
-    for (std::size_t row = 0; row < list.names.size(); ++row) {
-        if (MatchesTypedPrefix(list.names[row], typed)) {
+    for (std::size_t row = 0; row < list.names.Count(); ++row) {
+        if (MatchesTypedPrefix(list.names.Of(row), typed)) {
             ScrollItemToTop(list.window, static_cast<int>(row));
             return;
         }

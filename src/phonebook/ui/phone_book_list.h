@@ -3,7 +3,9 @@
 
 #include "dialog/list_view.h"
 
+#include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace qx {
@@ -12,11 +14,36 @@ class PhoneBook;
 class PhoneBookEntry;
 class PhoneBookItem;
 
+// Texts one behind the other in one block: ten thousand blocks would be felt when the list is filled.
+class RowTexts {
+public:
+    void Clear() noexcept
+    {
+        all_.clear();
+        ends_.clear();
+    }
+    void Append(std::wstring_view text)
+    {
+        all_ += text;
+        ends_.push_back(all_.size());
+    }
+    std::size_t Count() const noexcept { return ends_.size(); }
+    std::wstring_view Of(std::size_t row) const noexcept
+    {
+        const std::size_t start = row == 0 ? 0 : ends_[row - 1];
+        return std::wstring_view(all_).substr(start, ends_[row] - start);
+    }
+
+private:
+    std::wstring all_;
+    std::vector<std::size_t> ends_;
+};
+
 // A list view that shows items of the phone book.
 struct PhoneBookList {
     HWND window = nullptr;
-    std::vector<std::wstring> names; // of the rows: the items themselves may be gone with the next reload
-    bool hasIcon = false;            // the group icon; the list view owns its image list
+    RowTexts names = {};  // of the rows: the items themselves may be gone with the next reload
+    bool hasIcon = false; // the group icon; the list view owns its image list
 };
 
 enum class ListedItems { All, EntriesOnly };
