@@ -21,11 +21,21 @@ struct Range {
 constexpr Range kDecided[] = {
     {0x0020, 0x007E}, // ASCII
     {0x00C0, 0x024F}, // Latin with accents
+    {0x0386, 0x0386}, // Greek letters with and without accents
+    {0x0388, 0x038A}, // Greek letters
+    {0x038C, 0x038C}, // Greek letters
+    {0x038E, 0x03A1}, // Greek letters
+    {0x03A3, 0x03CE}, // Greek letters
     {0x0400, 0x0481}, // Cyrillic
     {0x048A, 0x04FF}, // Cyrillic
+    {0x0531, 0x0556}, // Armenian
+    {0x0561, 0x0586}, // Armenian
     {0x05D0, 0x05EA}, // Hebrew letters
     {0x0621, 0x063A}, // Arabic letters
     {0x0641, 0x064A}, // Arabic letters
+    {0x10D0, 0x10F5}, // Georgian
+    {0x1E00, 0x1E99}, // Latin with several accents
+    {0x1EA0, 0x1EF9}, // Latin with several accents
     {0x3041, 0x3096}, // kana
     {0x30A1, 0x30FA}, // kana
     {0x4E00, 0x9FA5}, // Han

@@ -14,7 +14,7 @@ public:
     UserTextKeys();
 
     // Whether keys decide for text: it holds only characters whose keys are known to agree with CompareUserText, in
-    // order and in equality. Other texts (combining marks, presentation forms, Greek, ...) must be compared themselves.
+    // order and in equality. Other texts (combining marks, presentation forms, ...) must be compared themselves.
     static bool Decide(std::wstring_view text) noexcept;
     // Whether keys decide at least if text equals another of this kind: that holds for many more scripts.
     static bool DecideEquality(std::wstring_view text) noexcept;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <random>
 #include <vector>
 
@@ -40,11 +41,11 @@ TEST(UserTextKeys, DecideForOrdinaryTextsOnly)
 {
     EXPECT_TRUE(UserTextKeys::Decide(L""));
     EXPECT_TRUE(UserTextKeys::Decide(L"Ann-Marie O'Neill, 555-0100"));
-    EXPECT_TRUE(UserTextKeys::Decide(L"Müller Łódź אבג Анна 漢字かなカナ 한국"));
+    EXPECT_TRUE(UserTextKeys::Decide(L"Müller Łódź Nguyễn Αθήνα Հայկ თამარ אבג Анна 漢字かなカナ 한국"));
     EXPECT_FALSE(UserTextKeys::Decide(L"soft\xADhyphen"));
     EXPECT_FALSE(UserTextKeys::Decide(L"combi\x0301ning"));
     EXPECT_FALSE(UserTextKeys::Decide(L"tatwee\x0640l"));
-    EXPECT_FALSE(UserTextKeys::Decide(L"Αθήνα"));
+    EXPECT_FALSE(UserTextKeys::Decide(L"สมชาย"));
     EXPECT_FALSE(UserTextKeys::Decide(L"tab\t"));
 }
 
@@ -59,12 +60,39 @@ TEST(UserTextKeys, EveryCharacterThatTheyDecideOrdersAsTheComparisonDoes)
     }
 }
 
+// Of the scripts with few letters every pair, alone and beside letters that might combine with them.
+TEST(UserTextKeys, EveryPairOfLettersOfAScriptOrdersAsTheComparisonDoes)
+{
+    struct Script {
+        wchar_t first, last;
+        std::size_t letters;
+    };
+    constexpr Script kScripts[] = {{0x0370, 0x03FF, 69}, {0x0530, 0x058F, 76}, {0x10A0, 0x10FF, 38}};
+    const UserTextKeys keys;
+    std::vector<wchar_t> decided = CharactersThatKeysDecide();
+    for (const Script& script : kScripts) {
+        std::vector<wchar_t> letters;
+        std::ranges::copy_if(decided, std::back_inserter(letters),
+                             [&](wchar_t c) { return script.first <= c && c <= script.last; });
+        EXPECT_EQ(letters.size(), script.letters);
+        for (const std::wstring beside : {L"", L"a", L"\u03b1", L"\u00e9"}) {
+            for (const wchar_t a : letters) {
+                for (const wchar_t b : letters) {
+                    ASSERT_NO_FATAL_FAILURE(ExpectAgreement(keys, beside + a, beside + b));
+                    ASSERT_NO_FATAL_FAILURE(ExpectAgreement(keys, a + beside, b + beside));
+                }
+            }
+        }
+    }
+}
+
 TEST(UserTextKeys, RandomTextsOrderAsTheComparisonDoes)
 {
     const UserTextKeys keys;
     const std::vector<wchar_t> all = CharactersThatKeysDecide();
     const std::vector<wchar_t> plain(all.begin(), all.begin() + 95);
-    const std::vector<wchar_t> letters(all.begin(), all.begin() + 1000);
+    std::vector<wchar_t> letters;
+    std::ranges::copy_if(all, std::back_inserter(letters), [](wchar_t c) { return c < 0x3000; });
     std::mt19937 random(7);
     for (const auto& characters : {plain, letters, all}) {
         const auto one = [&] { return characters[random() % characters.size()]; };
@@ -184,11 +212,11 @@ TEST(UserTextKeys, AreMadeOnRequestOnlyOfTextsForWhichTheyDecide)
 {
     const UserTextKeys keys;
     std::string any;
-    EXPECT_TRUE(keys.Append(any, L"Αθήνα"));
+    EXPECT_TRUE(keys.Append(any, L"สมชาย"));
     std::string deciding;
-    EXPECT_FALSE(keys.AppendDeciding(deciding, L"Αθήνα"));
+    EXPECT_FALSE(keys.AppendDeciding(deciding, L"สมชาย"));
     EXPECT_EQ(deciding, "");
-    for (const wchar_t* const text : {L"Ann", L"Änn", L""}) {
+    for (const wchar_t* const text : {L"Ann", L"Änn", L"Άννα", L""}) {
         deciding.clear();
         any.clear();
         EXPECT_TRUE(keys.AppendDeciding(deciding, text) && keys.Append(any, text));
