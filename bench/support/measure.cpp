@@ -4,7 +4,9 @@
 #include <chrono>
 #include <cstdio>
 #include <fstream>
+#include <iterator>
 #include <string_view>
+#include <windows.h>
 
 namespace qx::bench {
 
@@ -21,7 +23,31 @@ double Time(const Work& work)
     return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
 }
 
+std::string AsText(double number, const char* format)
+{
+    char text[64];
+    std::snprintf(text, sizeof text, format, number);
+    return text;
+}
+
 } // namespace
+
+std::size_t HeapBytes()
+{
+    HANDLE heaps[64];
+    const DWORD count = std::min<DWORD>(GetProcessHeaps(static_cast<DWORD>(std::size(heaps)), heaps), 64);
+    std::size_t bytes = 0;
+    for (DWORD i = 0; i < count; ++i) {
+        PROCESS_HEAP_ENTRY entry{};
+        HeapLock(heaps[i]);
+        while (HeapWalk(heaps[i], &entry)) {
+            if ((entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0)
+                bytes += entry.cbData + entry.cbOverhead;
+        }
+        HeapUnlock(heaps[i]);
+    }
+    return bytes;
+}
 
 void Benchmark::Compare(const Work& work, const Work& unavoidable, double allowed)
 {
@@ -31,18 +57,30 @@ void Benchmark::Compare(const Work& work, const Work& unavoidable, double allowe
         fastest = std::min(fastest, Time(work));
         fastestUnavoidable = std::min(fastestUnavoidable, Time(unavoidable));
     }
-    comparisons_.push_back({work.name, unavoidable.name, fastest, fastestUnavoidable, allowed});
+    Comparison comparison{work.name, unavoidable.name, fastest, fastestUnavoidable, allowed};
+    if (work.bytesPerEntry)
+        comparison.bytesPerEntry = work.bytesPerEntry();
+    comparisons_.push_back(std::move(comparison));
+}
+
+void Benchmark::CompareBytes(const std::string& after, double bytesAfter, const std::string& before, double bytesBefore,
+                             double allowed)
+{
+    constexpr double kKilobyte = 1024;
+    comparisons_.push_back({after, before, bytesAfter / kKilobyte, bytesBefore / kKilobyte, allowed, "KB"});
 }
 
 int Benchmark::Report(int count, char** arguments) const
 {
-    std::printf("%-46s %10s  %-46s %10s %7s %8s\n", "work", "ms", "compared with", "ms", "ratio", "allowed");
+    std::printf("%-46s %13s  %-46s %13s %7s %8s %11s\n", "work", "", "compared with", "", "ratio", "allowed",
+                "bytes/entry");
     bool good = true;
     for (const Comparison& row : comparisons_) {
         const bool withinLimit = row.Ratio() <= row.allowed;
         good = good && withinLimit;
-        std::printf("%-46s %10.3f  %-46s %10.3f %7.2f %8.2f%s\n", row.work.c_str(), row.milliseconds,
-                    row.unavoidable.c_str(), row.unavoidableMilliseconds, row.Ratio(), row.allowed,
+        std::printf("%-46s %10.3f %s  %-46s %10.3f %s %7.2f %8.2f %11s%s\n", row.work.c_str(), row.measured,
+                    row.unit.c_str(), row.unavoidable.c_str(), row.unavoidableMeasured, row.unit.c_str(), row.Ratio(),
+                    row.allowed, row.bytesPerEntry ? AsText(*row.bytesPerEntry, "%.0f").c_str() : "",
                     withinLimit ? "" : "  OVER");
     }
     for (int i = 1; i + 1 < count; ++i) {
@@ -57,9 +95,11 @@ void Benchmark::WriteJson(const char* file, const std::vector<Comparison>& compa
     std::ofstream out(file);
     out << "[\n";
     for (const Comparison& row : comparisons) {
-        out << "  {\"work\": \"" << row.work << "\", \"milliseconds\": " << row.milliseconds << ", \"unavoidable\": \""
-            << row.unavoidable << "\", \"unavoidableMilliseconds\": " << row.unavoidableMilliseconds
-            << ", \"ratio\": " << row.Ratio() << ", \"allowed\": " << row.allowed << "}"
+        out << "  {\"work\": \"" << row.work << "\", \"measured\": " << row.measured << ", \"unavoidable\": \""
+            << row.unavoidable << "\", \"unavoidableMeasured\": " << row.unavoidableMeasured << ", \"unit\": \""
+            << row.unit << "\", \"ratio\": " << row.Ratio()
+            << ", \"allowed\": " << (row.allowed == kAnything ? "null" : AsText(row.allowed, "%g"))
+            << ", \"bytesPerEntry\": " << (row.bytesPerEntry ? AsText(*row.bytesPerEntry, "%.0f") : "null") << "}"
             << (&row == &comparisons.back() ? "\n" : ",\n");
     }
     out << "]\n";
