@@ -62,13 +62,34 @@ void MoveFocus(HWND dialog, HWND control) noexcept
     SendMessageW(GetAncestor(dialog, GA_ROOT), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(control), TRUE);
 }
 
-// Within the dialog: from the last control of a page the Tab key would go on to the button that sends.
+bool IsButton(HWND control) noexcept
+{
+    return (SendMessageW(control, WM_GETDLGCODE, 0, 0) & DLGC_BUTTON) != 0;
+}
+
+// The nearest field or list before a control, round the dialog; null when there is none.
+HWND FieldBefore(HWND dialog, HWND control) noexcept
+{
+    const HWND first = GetNextDlgTabItem(dialog, control, TRUE);
+    HWND found = first;
+    while (found != nullptr && found != control && IsButton(found)) {
+        found = GetNextDlgTabItem(dialog, found, TRUE);
+        if (found == first)
+            return nullptr;
+    }
+    return found != control ? found : nullptr;
+}
+
+// Within the dialog: from the last control of a page the Tab key would go on to the button that sends. Not to a button
+// if there is a field: the Enter or Space that was meant for a button that has just gone off would press another one,
+// which may clear what was typed, or end the dialog.
 void HandFocusOn(HWND dialog, HWND control) noexcept
 {
     const HWND focus = GetFocus();
     if (control == nullptr || focus == nullptr || (focus != control && !IsChild(control, focus)))
         return;
-    const HWND next = GetNextDlgTabItem(dialog, control, FALSE);
+    const HWND field = FieldBefore(dialog, control);
+    const HWND next = field != nullptr ? field : GetNextDlgTabItem(dialog, control, FALSE);
     if (next != nullptr && next != control)
         MoveFocus(dialog, next);
 }

@@ -216,7 +216,8 @@ bool IsOfClass(HWND window, const wchar_t* name) noexcept;
 void FocusControl(HWND dialog, int control) noexcept;
 
 // The only way in which a dialog switches its controls off and on, or hides and shows them: a control that has the
-// keyboard focus first hands it on to the next one, while the dialog manager can still tell where it was.
+// keyboard focus first hands it on to the field or list before it, where no key presses anything, while the dialog
+// manager can still tell where it was; to the next button only where there is no field.
 void EnableControl(HWND dialog, int control, bool enabled) noexcept;
 void ShowControl(HWND dialog, int control, bool shown) noexcept;
 

@@ -66,8 +66,7 @@ void ShowRecipientCount(const FaxJobPage& page)
         SetWindowTextW(label, count.c_str());
 }
 
-// After every change of the fields, the list or its selection. First the button that the user goes on with: one that
-// goes off hands the focus to the next that is on.
+// After every change of the fields, the list or its selection.
 void UpdateRecipientButtons(FaxJobPage& page)
 {
     ShowRecipientCount(page);

@@ -183,9 +183,9 @@ TEST_F(DialogTest, DisabledControlHandsTheFocusOn)
     Create(&probe);
     FocusControl(dialog, IDC_ENTRY_COMPANY);
     EnableControl(dialog, IDC_ENTRY_COMPANY, false);
-    EXPECT_EQ(GetDlgCtrlID(GetFocus()), IDOK);
+    EXPECT_EQ(GetDlgCtrlID(GetFocus()), IDC_ENTRY_FAX_NUMBER);
     EnableControl(dialog, IDC_ENTRY_COMPANY, true);
-    EXPECT_EQ(GetDlgCtrlID(GetFocus()), IDOK);
+    EXPECT_EQ(GetDlgCtrlID(GetFocus()), IDC_ENTRY_FAX_NUMBER);
 }
 
 TEST_F(DialogTest, HiddenControlHandsTheFocusOn)
@@ -194,19 +194,43 @@ TEST_F(DialogTest, HiddenControlHandsTheFocusOn)
     Create(&probe);
     FocusControl(dialog, IDC_ENTRY_COMPANY);
     ShowControl(dialog, IDC_ENTRY_COMPANY, false);
-    EXPECT_EQ(GetDlgCtrlID(GetFocus()), IDOK);
+    EXPECT_EQ(GetDlgCtrlID(GetFocus()), IDC_ENTRY_FAX_NUMBER);
     EXPECT_FALSE(IsWindowVisible(GetDlgItem(dialog, IDC_ENTRY_COMPANY)));
     ShowControl(dialog, IDC_ENTRY_COMPANY, true);
     EXPECT_TRUE(IsWindowVisible(GetDlgItem(dialog, IDC_ENTRY_COMPANY)));
 }
 
-TEST_F(DialogTest, TheLastControlHandsTheFocusOnToTheFirst)
+TEST_F(DialogTest, TheFirstFieldHandsTheFocusOnToTheLast)
 {
     Probe probe;
     Create(&probe);
-    FocusControl(dialog, IDCANCEL);
-    EnableControl(dialog, IDCANCEL, false);
-    EXPECT_EQ(GetDlgCtrlID(GetFocus()), IDC_ENTRY_NAME);
+    FocusControl(dialog, IDC_ENTRY_NAME);
+    EnableControl(dialog, IDC_ENTRY_NAME, false);
+    EXPECT_EQ(GetDlgCtrlID(GetFocus()), IDC_ENTRY_COMPANY);
+}
+
+// Where a key that comes too late presses nothing.
+TEST_F(DialogTest, AButtonHandsTheFocusOnToTheFieldBeforeItAndNotToTheNextButton)
+{
+    Probe probe;
+    Create(&probe);
+    for (const int button : {IDOK, IDCANCEL}) {
+        FocusControl(dialog, button);
+        EnableControl(dialog, button, false);
+        EXPECT_EQ(GetDlgCtrlID(GetFocus()), IDC_ENTRY_COMPANY);
+        EnableControl(dialog, button, true);
+    }
+}
+
+TEST_F(DialogTest, WithoutAnyFieldTheNextButtonTakesTheFocus)
+{
+    Probe probe;
+    Create(&probe);
+    for (const int field : {IDC_ENTRY_NAME, IDC_ENTRY_FAX_NUMBER, IDC_ENTRY_COMPANY})
+        EnableControl(dialog, field, false);
+    FocusControl(dialog, IDOK);
+    EnableControl(dialog, IDOK, false);
+    EXPECT_EQ(GetDlgCtrlID(GetFocus()), IDCANCEL);
 }
 
 TEST_F(DialogTest, ButtonThatIsDisabledWithTheFocusIsNoLongerTheDefaultButton)

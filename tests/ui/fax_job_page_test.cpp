@@ -508,7 +508,24 @@ TEST_F(FaxJobPageTest, AButtonThatGoesOffByItselfHandsTheFocusOn)
     SetFocus(stand.Control(IDC_ADD_TO_PHONE_BOOK));
     stand.SetText(IDC_FAX_NUMBER, L"");
     EXPECT_FALSE(stand.IsEnabled(IDC_ADD_TO_PHONE_BOOK));
-    EXPECT_EQ(GetFocus(), stand.Control(IDC_CLEAR_FIELDS)); // the next one that is on
+    EXPECT_EQ(GetFocus(), stand.Control(IDC_RECIPIENTS)); // not on to the button that clears what was typed
+}
+
+// An Enter or Space that was meant for the button comes too late: it must do nothing else.
+TEST_F(FaxJobPageTest, NoButtonInheritsTheFocusOfOneThatGoesOff)
+{
+    stand.AddRecentGroup(L"Team", 2);
+    stand.Show();
+    for (const int id : {IDC_TO, IDC_ADD_TO_PHONE_BOOK, IDC_CLEAR_FIELDS, IDC_DELETE}) {
+        Fill(L"Anna", L"1");
+        stand.Press(IDC_TO);
+        Fill(L"Anna", L"1");
+        stand.SelectRows({0});
+        SetFocus(stand.Control(id));
+        ASSERT_EQ(GetFocus(), stand.Control(id));
+        EnableControl(stand.Page().dialog, id, false);
+        EXPECT_EQ(SendMessageW(GetFocus(), WM_GETDLGCODE, 0, 0) & DLGC_BUTTON, 0) << id;
+    }
 }
 
 TEST_F(CoverPageTest, AReloadThatDisablesTheFocusedFieldHandsTheFocusOn)

@@ -134,10 +134,7 @@ void DeleteChosen(AddRecipientsContext& picker)
             left.push_back(picker.ChosenRecipients[static_cast<std::size_t>(row)]);
     }
     picker.ChosenRecipients = std::move(left);
-    // Before the button goes off: the keyboard would be left with nothing.
-    if (GetFocus() == GetDlgItem(picker.dialog, IDC_PICK_DELETE))
-        FocusControl(picker.dialog, IDC_PICK_CHOSEN);
-    FillChosenList(picker);
+    FillChosenList(picker); // the button goes off, and its list has the focus
 }
 
 void ShowDetails(AddRecipientsContext& picker)
