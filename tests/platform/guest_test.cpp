@@ -1,8 +1,14 @@
 #include "base/guest.h"
 
+#include "support/redirected_import.h"
+
+#include <algorithm>
 #include <cfenv>
 #include <gtest/gtest.h>
 #include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 #include <xmmintrin.h>
 
 namespace qx {
@@ -77,6 +83,112 @@ TEST(Guest, TheDpiModeIsTheSystemsMeanwhileAndPutBack)
     }
     EXPECT_TRUE(equal(get(), before));
     set(original);
+}
+
+// A system that has only some of the modes, or none: what the module finds when it looks for the function.
+class DpiModes : public ::testing::Test {
+protected:
+    static HANDLE Mode(INT_PTR value) { return reinterpret_cast<HANDLE>(value); }
+
+    // The mode that is on; null: the system knows no modes.
+    static inline HANDLE mode = nullptr;
+    static inline std::vector<HANDLE> known;
+    static inline std::vector<HANDLE> askedFor;
+
+    void RunOn(std::vector<HANDLE> modes, HANDLE before)
+    {
+        known = std::move(modes);
+        mode = before;
+        askedFor.clear();
+    }
+
+private:
+    static HANDLE WINAPI Set(HANDLE wanted)
+    {
+        askedFor.push_back(wanted);
+        if (std::ranges::find(known, wanted) == known.end()) {
+            SetLastError(ERROR_INVALID_PARAMETER);
+            return nullptr;
+        }
+        return std::exchange(mode, wanted);
+    }
+    static FARPROC WINAPI Find(HMODULE module, LPCSTR name)
+    {
+        const bool asksForIt = HIWORD(name) != 0 && std::string_view(name) == "SetThreadDpiAwarenessContext";
+        if (!asksForIt)
+            return GetProcAddressBefore(module, name);
+        return mode != nullptr ? reinterpret_cast<FARPROC>(reinterpret_cast<void*>(Set)) : nullptr;
+    }
+    static FARPROC GetProcAddressBefore(HMODULE module, LPCSTR name)
+    {
+        return current->getProcAddress_.Original()(module, name);
+    }
+
+    static inline DpiModes* current = nullptr;
+    test::RedirectedImport<decltype(GetProcAddress)> getProcAddress_{"GetProcAddress", Find};
+
+    void SetUp() override { current = this; }
+    void TearDown() override { current = nullptr; }
+
+protected:
+    const HANDLE unaware = Mode(-1), systemAware = Mode(-2), perMonitor = Mode(-4), sharpText = Mode(-5);
+};
+
+TEST_F(DpiModes, TextIsSharpWhereTheSystemScalesItSo)
+{
+    RunOn({unaware, systemAware, perMonitor, sharpText}, perMonitor);
+    {
+        const GuestScope guest;
+        EXPECT_EQ(mode, sharpText);
+    }
+    EXPECT_EQ(mode, perMonitor);
+    EXPECT_EQ(askedFor, (std::vector<HANDLE>{sharpText, perMonitor}));
+}
+
+TEST_F(DpiModes, OtherwiseTheSystemScalesWhatIsDrawn)
+{
+    RunOn({unaware, systemAware}, systemAware);
+    {
+        const GuestScope guest;
+        EXPECT_EQ(mode, unaware);
+    }
+    EXPECT_EQ(mode, systemAware);
+    EXPECT_EQ(askedFor, (std::vector<HANDLE>{sharpText, unaware, systemAware}));
+}
+
+TEST_F(DpiModes, WhereNeitherModeIsToBeHadTheProgramsOwnStays)
+{
+    RunOn({systemAware}, systemAware);
+    {
+        const GuestScope guest;
+        EXPECT_EQ(mode, systemAware);
+    }
+    EXPECT_EQ(mode, systemAware);
+    EXPECT_EQ(askedFor, (std::vector<HANDLE>{sharpText, unaware})); // nothing to put back
+}
+
+TEST_F(DpiModes, WithoutTheFunctionNothingIsChanged)
+{
+    RunOn({}, nullptr);
+    {
+        const GuestScope guest;
+    }
+    EXPECT_EQ(askedFor, std::vector<HANDLE>());
+}
+
+TEST_F(DpiModes, EachNestedCallPutsBackItsOwn)
+{
+    RunOn({unaware, systemAware, sharpText}, systemAware);
+    {
+        const GuestScope session;
+        mode = unaware; // a dialog of the program within ours
+        {
+            const GuestScope nested;
+            EXPECT_EQ(mode, sharpText);
+        }
+        EXPECT_EQ(mode, unaware);
+    }
+    EXPECT_EQ(mode, systemAware);
 }
 
 TEST(Guest, TheCursorIsPutBack)
