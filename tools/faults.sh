@@ -2,21 +2,27 @@
 # Plays whole sessions of the module, each with one call of the system failing, and prints scenario by scenario what
 # came out: + as asked, - less (refused, or kept as it was, and whole), ! wrong.
 #
-#   tools/faults.sh [--calls] [SCENARIO...]
+#   tools/faults.sh [--calls] [--ends] [SCENARIO...]
 #
-# Without --calls one call of each place in the code fails, alone and with all later ones of its function; some minutes
-# per scenario. With it each call does, which takes hours. The plans and reports are kept in build/faults.
+# Without --calls one call of each place in the code is played, in both ways; some minutes per scenario. With it each
+# call is, which takes hours. With --ends calls do not fail, but are the last of their process, which ends before or
+# after them; and every folder that a power cut in the session may leave is judged. The plans and reports are kept in
+# build/faults.
 set -euo pipefail
 
 root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root"
 
 QX_FAULTS=places
-if [[ ${1-} == --calls ]]; then
-    QX_FAULTS=calls
+tests=every_call
+while [[ ${1-} == -* ]]; do
+    case $1 in
+        --calls) QX_FAULTS=calls ;;
+        --ends) tests=last_instant ;;
+        *) echo 'usage: tools/faults.sh [--calls] [--ends] [SCENARIO...]' >&2; exit 2 ;;
+    esac
     shift
-fi
-[[ ${1-} != -* ]] || { echo 'usage: tools/faults.sh [--calls] [SCENARIO...]' >&2; exit 2; }
+done
 filter='*'
 if [[ $# -gt 0 ]]; then
     filter=$(printf '*/%s:' "$@")
@@ -27,4 +33,4 @@ cmake --build --preset checked --target fault_tests
 rm -rf build/faults
 mkdir -p build/faults
 export QX_FAULTS QX_FAULTS_REPORT=$root/build/faults QX_SOURCE_DIR=$root QX_BINARY_DIR=$root/build/checked/bin
-tools/with-wine.sh --desk faults wine64 build/checked/bin/tests/fault_tests.exe every_call --gtest_filter="$filter"
+tools/with-wine.sh --desk faults wine64 build/checked/bin/tests/fault_tests.exe "$tests" --gtest_filter="$filter"

@@ -5,12 +5,22 @@
 //                                               ones) from the line FIRST (0: the first) on, and writes for each
 //                                               "begin LINE" and, when the process outlives it, "end LINE MARK WHAT",
 //                                               where MARK is + (as asked), - (less, whole) or ! (wrong)
+//   fault_runner SCENARIO ends PLAN FIRST REPORT
+//                                               likewise, but a call does not fail: a process that plays the session is
+//                                               ended before it (0) or after it (1), and another session follows
+//   fault_runner SCENARIO cut PLAN FIRST REPORT plays it once, and judges every folder that a power cut at any moment
+//                                               of it may leave, a line each: PLAN is not read
+//
+// and, for "ends", in the process that is ended:
+//
+//   fault_runner SCENARIO end PRINTER FOLDER FUNCTION NUMBER INSTANT
 //
 // The exit code is 0 when all has been played, whatever came out.
 #include "base/apartment.h"
 #include "base/unique.h"
 #include "host/utf8.h"
 #include "host/window_query.h"
+#include "power_cut.h"
 #include "scenarios.h"
 #include "support/every_call.h"
 
@@ -24,7 +34,7 @@
 namespace qx::test {
 namespace {
 
-constexpr DWORD kPatienceMilliseconds = 30000;
+constexpr DWORD kPatienceMilliseconds = 120000;
 constexpr UINT kHung = 4, kCrashed = 5;
 constexpr DWORD kOutcomeUnknown = 7;
 
@@ -111,17 +121,115 @@ struct Played {
     HeldCounts held{};
 };
 
+using Arm = std::function<void(EveryCall&)>; // right before the session
+
+// On a thread of its own, with a module of its own: what it does when it is first used is done, and can fail, in each
+// session. What the host has to complain about.
+std::string PlaySession(HANDLE printer, FaxJobData& record, const std::vector<ScriptedUser::Step>& steps,
+                        const Arm& arm, Played& played, std::vector<SeenCall>* seen)
+{
+    const UniqueKernelHandle finished(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    std::string difference;
+    std::thread thread([&] {
+        const std::wstring path = (BuiltFolder() / L"qxfaxui.dll").wstring();
+        const HMODULE module = LoadLibraryW(path.c_str());
+        HostState before, after;
+        {
+            EveryCall calls(module);
+            const auto display = reinterpret_cast<decltype(&DisplayFaxUI)>(
+                reinterpret_cast<void*>(GetProcAddress(module, "DisplayFaxUI")));
+            const HeldCounts held = calls.Holds();
+            before = StateOfHost();
+            {
+                ScriptedUser user(steps);
+                if (arm)
+                    arm(calls);
+                display(printer, &record);
+                played.failed = calls.HasFailed();
+                calls.Stop();
+            }
+            after = StateOfHost();
+            calls.GaveBack(BlocksOf(record));
+            played.held = calls.Holds();
+            for (std::size_t i = 0; i < held.size(); ++i)
+                played.held[i] -= held[i];
+            if (seen != nullptr)
+                *seen = calls.Seen();
+        }
+        FreeLibrary(module);
+        after.moduleIsLoaded = GetModuleHandleW(path.c_str()) != nullptr;
+        difference = after.DifferenceTo(before);
+        SetEvent(finished.Get());
+    });
+    if (WaitForSingleObject(finished.Get(), kPatienceMilliseconds) != WAIT_OBJECT_0)
+        TerminateProcess(GetCurrentProcess(), kHung);
+    thread.join();
+    return difference;
+}
+
+// The document's library stays loaded, else its patched methods would be gone with it.
+void KeepDocumentLibrary()
+{
+    static const ComApartment apartment;
+    LoadLibraryW(L"msxml3.dll");
+}
+
+// A folder for all files but the phone book, which is the one for temporary files, too.
+class FolderOfSessions {
+public:
+    FolderOfSessions()
+    {
+        std::filesystem::create_directories(Temporary());
+        for (const wchar_t* const variable : {L"TMP", L"TEMP"})
+            SetEnvironmentVariableW(variable, Temporary().c_str());
+    }
+    const std::filesystem::path& Path() const { return folder_.Path(); }
+    std::filesystem::path Temporary() const { return folder_ / L"temporary"; }
+
+private:
+    TemporaryFolder folder_;
+};
+
+// So that nobody takes it for the work of another computer that goes on.
+void MakeOld(const std::filesystem::path& path)
+{
+    constexpr ULONGLONG kHour = ULONGLONG{36000000000};
+    const UniqueFile file(CreateFileW(path.c_str(), FILE_WRITE_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                      OPEN_EXISTING, 0, nullptr));
+    FILETIME written{};
+    GetFileTime(file.Get(), nullptr, nullptr, &written);
+    const ULONGLONG old = (ULONGLONG{written.dwHighDateTime} << 32 | written.dwLowDateTime) - kHour;
+    written = {static_cast<DWORD>(old), static_cast<DWORD>(old >> 32)};
+    SetFileTime(file.Get(), nullptr, nullptr, &written);
+}
+
+DWORD RunThisProgram(const std::wstring& arguments)
+{
+    wchar_t program[MAX_PATH] = L"";
+    GetModuleFileNameW(nullptr, program, MAX_PATH);
+    std::wstring command = L"\"" + std::wstring(program) + L"\" " + arguments;
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process{};
+    if (!CreateProcessW(program, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process))
+        throw std::runtime_error("cannot start another process");
+    const UniqueKernelHandle handle(process.hProcess), thread(process.hThread);
+    WaitForSingleObject(process.hProcess, INFINITE);
+    DWORD code = 1;
+    GetExitCodeProcess(process.hProcess, &code);
+    return code;
+}
+
 class Player {
 public:
-    explicit Player(Scenario& scenario) : scenario_(scenario), session_(scenario.Book(), scenario.Options())
+    explicit Player(const char* name, Scenario& scenario)
+        : name_(name), scenario_(scenario), session_(scenario.Book(), scenario.Options())
     {
-        scenario_.Enter(session_);
-        // The document's library stays loaded, else its patched methods would be gone with it.
-        static const ComApartment apartment;
-        LoadLibraryW(L"msxml3.dll");
+        scenario_.Enter(&session_, folder_.Path());
+        KeepDocumentLibrary();
         // What is done once per process, such as registering a window class of a library, is not the module's.
         for (int i = 0; i < 2; ++i)
-            usual_ = Once(std::nullopt, nullptr);
+            usual_ = Once(nullptr, nullptr);
     }
 
     const Played& Usual() const { return usual_; }
@@ -129,24 +237,60 @@ public:
     std::vector<SeenCall> Count()
     {
         std::vector<SeenCall> seen;
-        usual_ = Once(std::nullopt, &seen);
+        usual_ = Once([](EveryCall& calls) { calls.Count(); }, &seen);
         return seen;
     }
 
     Verdict Play(const PlannedFault& fault)
     {
-        const Played first = Once(fault, nullptr);
+        const Arm arm = [&fault](EveryCall& calls) { calls.Fail(fault.call, fault.onwards); };
+        const Played first = Once(arm, nullptr);
         if (first.verdict.kind == Kind::Wrong)
             return first.verdict;
         std::optional<Held> leaked = MoreThanUsual(first.held);
         // What is kept once, for all sessions to come, is no leak.
         for (int again = 0; again < 2 && leaked; ++again)
-            leaked = MoreThanUsual(Once(fault, nullptr).held);
+            leaked = MoreThanUsual(Once(arm, nullptr).held);
         if (leaked)
             return {Kind::Wrong, std::string(NameOf(*leaked)) + " left"};
         if (!first.failed)
             return {first.verdict.kind, "not reached: " + first.verdict.what};
         return first.verdict;
+    }
+
+    // The call is the last thing that a process does, or is about to do.
+    Verdict PlayToTheEnd(const PlannedFault& fault)
+    {
+        scenario_.Reset();
+        const bool after = fault.onwards == Onwards::Yes;
+        const DWORD code = RunThisProgram(host::Wide(name_) + L" end \"" + session_.Printer() + L"\" \"" +
+                                          folder_.Path().wstring() + L"\" " + host::Wide(fault.call.function) + L" " +
+                                          std::to_wstring(fault.call.number) + (after ? L" 1" : L" 0"));
+        if (code != kEndedByCall && code != 0)
+            return {Kind::Wrong, "the process ended with " + std::to_string(code)};
+        const Verdict left = scenario_.JudgeEnded();
+        if (left.kind == Kind::Wrong)
+            return left;
+        const Verdict next = PlayNext();
+        if (next.kind == Kind::Wrong)
+            return next;
+        return {left.kind, (code == 0 ? "not reached: " : "") + left.what};
+    }
+
+    // Each folder that there may be after a power cut, and what is to be said of it.
+    std::vector<Verdict> JudgePowerCuts()
+    {
+        scenario_.Reset();
+        DiskRecording recording({folder_.Path()}, session_.PhoneBookFile());
+        PlaySteps(scenario_.Steps(),
+                  [&](EveryCall& calls) { calls.Watch([&](const WatchedCall& call) { recording.Take(call); }); });
+        std::vector<Verdict> verdicts;
+        for (const FolderState& state : recording.StatesAfterPowerCut()) {
+            recording.Restore(state);
+            verdicts.push_back(scenario_.JudgeEnded());
+        }
+        scenario_.Reset();
+        return verdicts;
     }
 
 private:
@@ -159,54 +303,24 @@ private:
         return std::nullopt;
     }
 
-    Played Once(const std::optional<PlannedFault>& fault, std::vector<SeenCall>* seen)
+    Played Once(const Arm& arm, std::vector<SeenCall>* seen)
     {
         scenario_.Reset();
+        return PlaySteps(scenario_.Steps(), arm, seen,
+                         [this](const FaxJobData& record) { return scenario_.Judge(record); });
+    }
+
+    Played PlaySteps(const std::vector<ScriptedUser::Step>& steps, const Arm& arm = nullptr,
+                     std::vector<SeenCall>* seen = nullptr,
+                     const std::function<Verdict(const FaxJobData&)>& judge = nullptr)
+    {
         Played played;
         FaxJobData record;
         QxFaxInitJob(&record);
         record.Cancelled = kOutcomeUnknown;
-        const HANDLE finished = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-        std::string difference;
-        std::thread thread([&] {
-            // A module of its own: what it does when it is first used is done, and can fail, in each session.
-            const std::wstring path = (BuiltFolder() / L"qxfaxui.dll").wstring();
-            const HMODULE module = LoadLibraryW(path.c_str());
-            HostState before, after;
-            {
-                EveryCall calls(module);
-                const auto display = reinterpret_cast<decltype(&DisplayFaxUI)>(
-                    reinterpret_cast<void*>(GetProcAddress(module, "DisplayFaxUI")));
-                const HeldCounts held = calls.Holds();
-                before = StateOfHost();
-                {
-                    ScriptedUser user(scenario_.Steps());
-                    if (fault)
-                        calls.Fail(fault->call, fault->onwards);
-                    else if (seen != nullptr)
-                        calls.Count();
-                    display(session_.PrinterHandle(), &record);
-                    played.failed = calls.HasFailed();
-                    calls.Stop();
-                }
-                after = StateOfHost();
-                calls.GaveBack(BlocksOf(record));
-                played.held = calls.Holds();
-                for (std::size_t i = 0; i < held.size(); ++i)
-                    played.held[i] -= held[i];
-                if (seen != nullptr)
-                    *seen = calls.Seen();
-            }
-            FreeLibrary(module);
-            after.moduleIsLoaded = GetModuleHandleW(path.c_str()) != nullptr;
-            difference = after.DifferenceTo(before);
-            SetEvent(finished);
-        });
-        if (WaitForSingleObject(finished, kPatienceMilliseconds) != WAIT_OBJECT_0)
-            TerminateProcess(GetCurrentProcess(), kHung);
-        thread.join();
-        CloseHandle(finished);
-        played.verdict = scenario_.Judge(record);
+        const std::string difference = PlaySession(session_.PrinterHandle(), record, steps, arm, played, seen);
+        if (judge)
+            played.verdict = judge(record);
         if (!difference.empty())
             played.verdict = {Kind::Wrong, difference};
         QxFaxReleaseJob(&record);
@@ -215,6 +329,23 @@ private:
         return played;
     }
 
+    Verdict PlayNext()
+    {
+        const std::filesystem::path file = session_.PhoneBookFile();
+        for (const auto& entry : std::filesystem::directory_iterator(file.parent_path())) {
+            if (entry.path().filename().wstring().starts_with(file.filename().wstring()))
+                MakeOld(entry.path());
+        }
+        for (const auto& entry : std::filesystem::directory_iterator(folder_.Temporary()))
+            MakeOld(entry.path());
+        const std::vector<SavedItem> items = session_.SavedBook();
+        return PlaySteps(Scenario::NextSteps(), nullptr, nullptr,
+                         [&](const FaxJobData&) { return scenario_.JudgeNext(items); })
+            .verdict;
+    }
+
+    const char* name_;
+    const FolderOfSessions folder_;
     Scenario& scenario_;
     PhoneBookSession session_;
     Played usual_;
@@ -234,26 +365,77 @@ int Count(Player& player, const char* file)
     return 0;
 }
 
-int Run(Player& player, const char* file, int first, const char* report)
+class Report {
+public:
+    explicit Report(const char* file) : file_(std::fopen(file, "a"))
+    {
+        if (file_ == nullptr)
+            throw std::runtime_error("cannot write the report");
+    }
+    ~Report() { std::fclose(file_); }
+    Report(const Report&) = delete;
+    Report& operator=(const Report&) = delete;
+
+    void Begin(int line)
+    {
+        std::fprintf(file_, "begin %d\n", line);
+        std::fflush(file_);
+    }
+    void End(int line, const Verdict& verdict)
+    {
+        constexpr char kMarks[] = {'+', '-', '!'};
+        std::fprintf(file_, "end %d %c %s\n", line, kMarks[static_cast<int>(verdict.kind)], verdict.what.c_str());
+        std::fflush(file_);
+    }
+
+private:
+    std::FILE* file_;
+};
+
+int Run(Player& player, const char* file, int first, const char* reportFile,
+        Verdict (Player::*play)(const PlannedFault&))
 {
     std::ifstream plan(file);
-    std::FILE* const out = std::fopen(report, "a");
-    if (out == nullptr)
-        return 1;
+    Report report(reportFile);
     PlannedFault fault;
-    int onwards = 0;
-    for (int line = 0; plan >> fault.call.function >> fault.call.number >> onwards; ++line) {
+    int second = 0;
+    for (int line = 0; plan >> fault.call.function >> fault.call.number >> second; ++line) {
         if (line < first)
             continue;
-        fault.onwards = onwards != 0 ? Onwards::Yes : Onwards::No;
-        std::fprintf(out, "begin %d\n", line);
-        std::fflush(out);
-        const Verdict verdict = player.Play(fault);
-        constexpr char kMarks[] = {'+', '-', '!'};
-        std::fprintf(out, "end %d %c %s\n", line, kMarks[static_cast<int>(verdict.kind)], verdict.what.c_str());
-        std::fflush(out);
+        fault.onwards = second != 0 ? Onwards::Yes : Onwards::No;
+        report.Begin(line);
+        report.End(line, (player.*play)(fault));
     }
-    std::fclose(out);
+    return 0;
+}
+
+int Cut(Player& player, const char* reportFile)
+{
+    Report report(reportFile);
+    report.Begin(0);
+    int line = 0;
+    for (const Verdict& verdict : player.JudgePowerCuts())
+        report.End(line++, verdict);
+    return 0;
+}
+
+// Comes back when the call is not reached.
+int End(Scenario& scenario, const std::vector<std::string>& arguments)
+{
+    std::wstring name = host::Wide(arguments[3]);
+    PRINTER_DEFAULTSW access{nullptr, nullptr, PRINTER_ALL_ACCESS};
+    UniquePrinter printer;
+    if (!OpenPrinterW(name.data(), printer.Receive(), &access))
+        return 1;
+    scenario.Enter(nullptr, host::Wide(arguments[4]));
+    KeepDocumentLibrary();
+    const SeenCall call{.function = arguments[5], .number = std::atol(arguments[6].c_str()), .place = 0};
+    const Instant instant = arguments[7] == "1" ? Instant::After : Instant::Before;
+    FaxJobData record;
+    QxFaxInitJob(&record);
+    Played played;
+    PlaySession(
+        printer.Get(), record, scenario.Steps(), [&](EveryCall& calls) { calls.End(call, instant); }, played, nullptr);
     return 0;
 }
 
@@ -279,13 +461,22 @@ int Main(const std::vector<std::string>& arguments)
         if (arguments.size() < 4 || arguments[1] != named.name)
             continue;
         const std::unique_ptr<Scenario> scenario = named.make();
-        Player player(*scenario);
+        if (arguments[2] == "end" && arguments.size() == 8)
+            return End(*scenario, arguments);
+        Player player(named.name, *scenario);
         if (arguments[2] == "count")
             return Count(player, arguments[3].c_str());
-        if (arguments[2] == "run" && arguments.size() == 6)
-            return Run(player, arguments[3].c_str(), std::atoi(arguments[4].c_str()), arguments[5].c_str());
+        if (arguments.size() != 6)
+            continue;
+        const int first = std::atoi(arguments[4].c_str());
+        if (arguments[2] == "run")
+            return Run(player, arguments[3].c_str(), first, arguments[5].c_str(), &Player::Play);
+        if (arguments[2] == "ends")
+            return Run(player, arguments[3].c_str(), first, arguments[5].c_str(), &Player::PlayToTheEnd);
+        if (arguments[2] == "cut")
+            return Cut(player, arguments[5].c_str());
     }
-    std::fprintf(stderr, "usage: fault_runner SCENARIO count CALLS | SCENARIO run PLAN FIRST REPORT\n");
+    std::fprintf(stderr, "usage: fault_runner SCENARIO count CALLS | SCENARIO run|ends|cut PLAN FIRST REPORT\n");
     return 2;
 }
 

@@ -1,6 +1,7 @@
 #include "scenarios.h"
 
 #include "base/unique.h"
+#include "phonebook/recent/recent_list.h"
 #include "res/add_recipients_ids.h"
 #include "res/cover_page_ids.h"
 #include "res/edit_defaults_ids.h"
@@ -10,6 +11,8 @@
 #include "res/group_ids.h"
 #include "res/map_custom_fields_ids.h"
 #include "res/setup_page_ids.h"
+#include "support/help_topics.h"
+#include "support/help_viewer.h"
 
 #include <algorithm>
 #include <commctrl.h>
@@ -30,6 +33,7 @@ constexpr DWORD kOutcomeUnknown = 7; // what the driver would find had the modul
 
 const Recipient kBob{L"Bob", L"22", L"Mill"};
 const Recipient kAnna{L"Anna", L"11", L"Orchard"};
+const Recipient kZoe{L"Zoe", L"99", L"Zoo"};
 
 std::wstring TextIn(HWND page, int id)
 {
@@ -53,6 +57,17 @@ std::vector<std::wstring> NamesShown(HWND list)
     return names;
 }
 
+DWORD ResolutionIn(HWND page)
+{
+    DWORD resolution = 0;
+    for (const int button : {IDC_STANDARD, IDC_FINE, IDC_SUPERFINE}) {
+        if (IsDlgButtonChecked(page, button) == BST_CHECKED)
+            return resolution;
+        ++resolution;
+    }
+    return resolution;
+}
+
 Job ShownIn(HWND sheet)
 {
     Job shown;
@@ -70,8 +85,10 @@ Job ShownIn(HWND sheet)
         shown.subject = TextIn(page, IDC_SUBJECT);
     }
     shown.billingCode = TextIn(page, IDC_BILLING_CODE);
-    if (const HWND setup = PropSheet_IndexToHwnd(sheet, kSetupPage); setup != nullptr)
+    if (const HWND setup = PropSheet_IndexToHwnd(sheet, kSetupPage); setup != nullptr) {
         shown.senderName = TextIn(setup, IDC_SENDER_NAME);
+        shown.resolution = ResolutionIn(setup);
+    }
     return shown;
 }
 
@@ -93,6 +110,7 @@ Job JobOf(const FaxJobData& record)
     job.subject = OrNothing(record.CoverPageSubject);
     job.billingCode = OrNothing(record.BillingCode);
     job.senderName = OrNothing(record.SenderName);
+    job.resolution = record.Resolution;
     return job;
 }
 
@@ -107,6 +125,8 @@ std::string Difference(const Job& job, const Job& shown)
         what += " billing code";
     if (job.senderName != shown.senderName)
         what += " sender";
+    if (job.resolution != shown.resolution)
+        what += " quality";
     return what;
 }
 
@@ -179,6 +199,21 @@ class TypeAndSend : public Sending {
             JudgeSending(record, {{kBob, kAnna}, true, L"\r\nline 2", L"Offer 7", L"0042", L"Carol"});
         const Verdict book = JudgeBook({});
         return book.kind == Kind::Wrong ? book : sending;
+    }
+    Verdict JudgeEnded() override
+    {
+        // Between two calls of its save a list may lack an item, but has none that nobody has used.
+        RecentRecipientList recents;
+        recents.Open(Session().PrinterHandle());
+        recents.Load();
+        for (const PhoneBookItem* const item : recents.Slots()) {
+            if (item == nullptr)
+                continue;
+            const PhoneBookEntry* const entry = AsEntry(item);
+            if (entry == nullptr || (entry->Texts() != kBob && entry->Texts() != kAnna))
+                return {Kind::Wrong, "a recent recipient who is none"};
+        }
+        return JudgeBook({});
     }
 };
 
@@ -324,7 +359,8 @@ class EditPhoneBook : public Editing {
         });
         steps.emplace_back([](ScriptedUser& user) { user.Press(IDC_BOOK_ADD_GROUP); });
         steps.emplace_back([](ScriptedUser& user) {
-            user.SelectRows(IDC_GROUP_ENTRIES, {1, 2}); // Dora, Emil
+            user.SelectRows(IDC_GROUP_ENTRIES,
+                            {RowOf(user, L"Dora", IDC_GROUP_ENTRIES), RowOf(user, L"Emil", IDC_GROUP_ENTRIES)});
             user.Press(IDC_GROUP_ADD);
             user.Paste(IDC_GROUP_NAME, L"Pair");
             user.Press(IDOK);
@@ -350,9 +386,9 @@ class EditPhoneBook : public Editing {
         return JudgeEditing(record, may, wanted);
     }
 
-    static int RowOf(const ScriptedUser& user, const wchar_t* name)
+    static int RowOf(const ScriptedUser& user, const wchar_t* name, int list = IDC_BOOK_LIST)
     {
-        const std::vector<std::wstring> names = NamesShown(user.Control(IDC_BOOK_LIST));
+        const std::vector<std::wstring> names = NamesShown(user.Control(list));
         const auto found = std::ranges::find(names, name);
         if (found == names.end())
             throw std::runtime_error("no such row");
@@ -383,11 +419,12 @@ class Import : public Editing {
     {
         Items wanted = OldBook();
         wanted.insert(wanted.end(), {{L"Ida", L"41", L"Inn", {}}, {L"Jan", L"42", L"", {}}});
-        return JudgeEditing(record, wanted, wanted);
+        Items may = wanted;
+        may.push_back({L"Ida", L"41", L"", {}}); // with a company that could not be mapped
+        return JudgeEditing(record, may, wanted);
     }
 
-    std::filesystem::path File() const { return folder_ / L"friends.csv"; }
-    TemporaryFolder folder_;
+    std::filesystem::path File() const { return Folder() / L"friends.csv"; }
 };
 
 class Export : public Editing {
@@ -415,8 +452,10 @@ class Export : public Editing {
         return {Kind::Wrong, "part of a file"};
     }
 
-    std::filesystem::path File() const { return folder_ / L"book.csv"; }
-    TemporaryFolder folder_;
+    // The file is written in place, and can be written again.
+    Verdict JudgeEnded() override { return JudgeBook({}); }
+
+    std::filesystem::path File() const { return Folder() / L"book.csv"; }
     std::string whole_;
 };
 
@@ -464,6 +503,7 @@ class EditDefaults : public Scenario {
         return {now.size() == wanted.size() ? Kind::Less : Kind::Wrong, "stored in part"};
     }
 
+public:
     static UserDefaults Old()
     {
         return {{L"SenderName", L"Old Name"},
@@ -480,6 +520,42 @@ class EditDefaults : public Scenario {
                 {L"AddCoverPage", 1u},
                 {L"ShowPreview", 0u},
                 {L"ApplyDefaults", 1u}};
+    }
+};
+
+class EditDefaultsAndSend : public Sending {
+    void Prepare() override
+    {
+        for (const auto& [name, value] : EditDefaults::Old())
+            Session().SetDefault(name, value);
+    }
+    Script Steps() override
+    {
+        Script steps{
+            [](ScriptedUser& user) { user.GoToPage(kSetupPage); },
+            [](ScriptedUser& user) { user.Press(IDC_EDIT_DEFAULTS); },
+            [](ScriptedUser& user) {
+                user.Control(IDC_APPLY_DEFAULTS);
+                user.Paste(IDC_SENDER_NAME, L"New Name");
+                user.Paste(IDC_SUBJECT, L"New Subject");
+                user.Press(IDC_SUPERFINE);
+                user.Press(IDOK);
+            },
+            [](ScriptedUser& user) {
+                user.GoToPage(kFaxJobPage);
+                Fill(user, kBob);
+                user.Paste(IDC_BILLING_CODE, L"0042");
+            },
+        };
+        AddSend(steps);
+        return steps;
+    }
+    Verdict Judge(const FaxJobData& record) override
+    {
+        const Verdict sending =
+            JudgeSending(record, {{kBob}, true, L"Old notes", L"New Subject", L"0042", L"New Name", 2});
+        const Verdict book = JudgeBook({});
+        return book.kind == Kind::Wrong ? book : sending;
     }
 };
 
@@ -503,9 +579,13 @@ class OldAddressBook : public Scenario {
     {
         if (record.Cancelled == 0)
             return {Kind::Wrong, "sent"};
-        Items all = OldBook();
-        all.insert(all.end(), {{L"Ida", L"41", L"Inn", {}}, {L"Jan", L"42", L"", {}}});
-        const Verdict book = JudgeBook({all});
+        const SavedItem ida{L"Ida", L"41", L"Inn", {}}, jan{L"Jan", L"42", L"", {}};
+        std::vector<Items> accepted;
+        for (const Items& added : {Items{ida, jan}, Items{ida}, Items{jan}}) { // a value that cannot be read is skipped
+            accepted.push_back(OldBook());
+            accepted.back().insert(accepted.back().end(), added.begin(), added.end());
+        }
+        const Verdict book = JudgeBook(accepted);
         // Kept: the version is written whatever came of the import. The old values stay where they are.
         for (const wchar_t* const value : {L"first", L"second"}) {
             if (RegGetValueW(HKEY_CURRENT_USER, Key().c_str(), value, RRF_RT_REG_MULTI_SZ, nullptr, nullptr, nullptr) !=
@@ -518,6 +598,63 @@ class OldAddressBook : public Scenario {
     std::wstring Key() const { return Session().SettingsKey() + L"\\QX-FAX\\Address Book"; }
 
     static constexpr wchar_t kData[] = L"QXPresetRoot", kVersion[] = L"Version";
+};
+
+// ---- help
+
+class Help : public Scenario {
+    void Prepare() override
+    {
+        HelpViewerStandIn::OfThisProgram().TakeRequests();
+        std::error_code ignored;
+        std::filesystem::remove(File(), ignored);
+    }
+    Script Steps() override
+    {
+        return {
+            [](ScriptedUser& user) {
+                user.GoToPage(kFaxJobPage);
+                user.AskForHelp(IDC_FAX_NUMBER);
+            },
+            [](ScriptedUser& user) { user.PressSheet(IDHELP); },
+        };
+    }
+    Verdict Judge(const FaxJobData& record) override
+    {
+        if (record.Cancelled == 0)
+            return {Kind::Wrong, "sent"};
+        const std::string help = ReadBytes(File());
+        if (whole_.empty())
+            whole_ = help; // by the first session, in which nothing fails
+        if (help != whole_ && help != "<no file>")
+            return {Kind::Wrong, "part of a help file"};
+        const std::vector<HelpRequest> shown = HelpViewerStandIn::OfThisProgram().TakeRequests();
+        for (const HelpRequest& request : shown) {
+            if (help != whole_ || !std::wstring(request.page).starts_with(File().wstring() + L"::"))
+                return {Kind::Wrong, "help that is not there"};
+        }
+        const Verdict book = JudgeBook({});
+        if (book.kind == Kind::Wrong)
+            return book;
+        if (shown.size() == 2)
+            return {Kind::AsAsked, "shown"};
+        return {Kind::Less, shown.empty() ? "no help" : "shown once"};
+    }
+    Verdict JudgeEnded() override
+    {
+        const std::string help = ReadBytes(File());
+        if (help != whole_ && help != "<no file>")
+            return {Kind::Wrong, "part of a help file"};
+        return JudgeBook({});
+    }
+    Verdict JudgeNext(const Items& items) override
+    {
+        return ReadBytes(File()) == whole_ ? Scenario::JudgeNext(items) : Verdict{Kind::Wrong, "no help any more"};
+    }
+
+    std::filesystem::path File() const { return TemporaryFiles() / UsersHelpFile(); }
+
+    std::string whole_;
 };
 
 } // namespace
@@ -543,10 +680,63 @@ BookText Scenario::Book() const
         .Group(7, L"Two", {2, 4});
 }
 
+void Scenario::Enter(PhoneBookSession* session, std::filesystem::path folder)
+{
+    session_ = session;
+    folder_ = std::move(folder);
+}
+
+std::filesystem::path Scenario::TemporaryFiles() const
+{
+    return std::filesystem::temp_directory_path();
+}
+
+Verdict Scenario::JudgeEnded()
+{
+    FaxJobData record{};
+    record.Cancelled = TRUE;
+    return Judge(record);
+}
+
+std::vector<ScriptedUser::Step> Scenario::NextSteps()
+{
+    return {[](ScriptedUser& user) {
+        user.GoToPage(kFaxJobPage);
+        Fill(user, kZoe);
+        user.Press(IDC_ADD_TO_PHONE_BOOK);
+    }};
+}
+
+Verdict Scenario::JudgeNext(const Items& items)
+{
+    Items expected = items;
+    expected.push_back({kZoe.name, kZoe.faxNumber, kZoe.company, {}});
+    const Items now = Session().SavedBook();
+    for (const SavedItem& item : expected) {
+        if (std::ranges::find(now, item) == now.end())
+            return {Kind::Wrong, "the next session lacks an item"};
+    }
+    const std::filesystem::path file = Session().PhoneBookFile();
+    for (const auto& entry : std::filesystem::directory_iterator(file.parent_path())) {
+        const std::wstring name = entry.path().filename().wstring();
+        if (name.starts_with(file.filename().wstring()) && entry.path() != file && !name.ends_with(L".bak"))
+            return {Kind::Wrong, "a file is left beside the phone book"};
+    }
+    for (const auto& entry : std::filesystem::directory_iterator(TemporaryFiles())) {
+        if (entry.path().extension() != L".CHM")
+            return {Kind::Wrong, "a temporary file is left"};
+    }
+    return {Kind::AsAsked, "the next session finds all"};
+}
+
 void Scenario::Reset()
 {
     namespace fs = std::filesystem;
     const fs::path file = Session().PhoneBookFile();
+    for (const auto& entry : fs::directory_iterator(TemporaryFiles())) {
+        if (entry.path().extension() != L".CHM")
+            fs::remove_all(entry.path());
+    }
     for (const auto& entry : fs::directory_iterator(file.parent_path())) {
         if (entry.path().filename().wstring().starts_with(file.filename().wstring())) {
             SetFileAttributesW(entry.path().c_str(), FILE_ATTRIBUTE_NORMAL);
@@ -605,11 +795,17 @@ template <class Made> std::unique_ptr<Scenario> Make()
 std::span<const NamedScenario> AllScenarios()
 {
     static constexpr NamedScenario kScenarios[] = {
-        {"type_and_send", Make<TypeAndSend>},       {"add_to_phone_book", Make<AddToPhoneBook>},
-        {"open_and_cancel", Make<OpenAndCancel>},   {"edit_phone_book", Make<EditPhoneBook>},
-        {"pick_and_send", Make<PickAndSend>},       {"import", Make<Import>},
-        {"edit_defaults", Make<EditDefaults>},      {"export", Make<Export>},
+        {"type_and_send", Make<TypeAndSend>},
+        {"add_to_phone_book", Make<AddToPhoneBook>},
+        {"open_and_cancel", Make<OpenAndCancel>},
+        {"edit_phone_book", Make<EditPhoneBook>},
+        {"pick_and_send", Make<PickAndSend>},
+        {"import", Make<Import>},
+        {"edit_defaults", Make<EditDefaults>},
+        {"export", Make<Export>},
         {"old_address_book", Make<OldAddressBook>},
+        {"help", Make<Help>},
+        {"edit_defaults_and_send", Make<EditDefaultsAndSend>},
     };
     return kScenarios;
 }

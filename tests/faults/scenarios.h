@@ -5,6 +5,7 @@
 #include "support/phone_book_session.h"
 #include "support/temporary_folder.h"
 
+#include <filesystem>
 #include <memory>
 #include <span>
 #include <string>
@@ -17,6 +18,7 @@ struct Job {
     std::vector<Recipient> recipients;
     bool coverPage = false;
     std::wstring notes, subject, billingCode, senderName;
+    DWORD resolution = 0;
     bool operator==(const Job&) const = default;
 };
 
@@ -35,12 +37,22 @@ public:
     virtual void Prepare() {}
     virtual std::vector<ScriptedUser::Step> Steps() = 0;
     virtual Verdict Judge(const FaxJobData& record) = 0;
+    // What is on the disk and in the registry after a session whose process was ended in the middle.
+    virtual Verdict JudgeEnded();
 
-    void Enter(PhoneBookSession& session) { session_ = &session; }
+    // The files of its own, and the folder for temporary files, lie in folder. Without a session it has only its steps.
+    void Enter(PhoneBookSession* session, std::filesystem::path folder);
     void Reset(); // before each session
+
+    // The session that follows one whose process was ended: its user adds somebody to the phone book. It finds whole
+    // what was there before, which items tells, and leaves no files behind.
+    static std::vector<ScriptedUser::Step> NextSteps();
+    virtual Verdict JudgeNext(const std::vector<SavedItem>& items);
 
 protected:
     PhoneBookSession& Session() const { return *session_; }
+    const std::filesystem::path& Folder() const { return folder_; }
+    std::filesystem::path TemporaryFiles() const;
     Verdict JudgeUnsent(const FaxJobData& record) const;
     // The book as it was, as one of those, or in a copy kept beside what is there now.
     Verdict JudgeBook(const std::vector<std::vector<SavedItem>>& accepted) const;
@@ -48,6 +60,7 @@ protected:
 
 private:
     PhoneBookSession* session_ = nullptr;
+    std::filesystem::path folder_;
     std::vector<SavedItem> oldBook_;
 };
 

@@ -175,6 +175,17 @@ void ScriptedUser::PressSheet(int id)
     SendMessageW(button, BM_CLICK, 0, 0);
 }
 
+void ScriptedUser::AskForHelp(int id)
+{
+    const HWND control = Usable(id);
+    HELPINFO info{};
+    info.cbSize = sizeof info;
+    info.iContextType = HELPINFO_WINDOW;
+    info.iCtrlId = id;
+    info.hItemHandle = control;
+    SendMessageW(control, WM_HELP, 0, reinterpret_cast<LPARAM>(&info));
+}
+
 void ScriptedUser::GoToPage(int index)
 {
     if (!IsSheet())

@@ -34,6 +34,7 @@ public:
     void GoToPage(int index);
     void SelectRows(int id, const std::vector<int>& rows);
     void ChooseFile(const std::filesystem::path& file);
+    void AskForHelp(int id); // F1 in a control
     bool IsSheet() const;
 
     // ---- afterwards

@@ -1,9 +1,12 @@
 #include "support/every_call.h"
 
+#include <algorithm>
 #include <commctrl.h>
+#include <cstdlib>
 #include <map>
 #include <mutex>
 #include <prsht.h>
+#include <string_view>
 #include <utility>
 
 namespace qx::test {
@@ -217,6 +220,8 @@ struct Calls {
     std::atomic<long> first{0}, last{0};
     std::atomic<bool> failed{false};
     std::array<std::atomic<long>, static_cast<std::size_t>(Held::Count)> held{};
+    std::atomic<bool> ends{false}, endsAfter{false}; // the process, instead of failing
+    std::function<void(const WatchedCall&)> watcher;
     std::mutex seenLock;
     std::vector<SeenCall> seen;
 };
@@ -237,6 +242,24 @@ unsigned PlaceOfCall()
     return static_cast<unsigned>(place ^ (place >> 32));
 }
 
+[[noreturn]] void EndProcess()
+{
+    TerminateProcess(GetCurrentProcess(), kEndedByCall);
+    std::abort();
+}
+
+constexpr const char* kTraces[] = {
+    "CreateFileW",     "CreateFileMappingW", "WriteFile",        "FlushFileBuffers", "FlushViewOfFile",
+    "SetEndOfFile",    "SetFilePointerEx",   "UnmapViewOfFile",  "CopyFileW",        "MoveFileExW",
+    "DeleteFileW",     "SetFileAttributesW", "SetFileSecurityW", "CloseHandle",      "SetupIterateCabinetW",
+    "RegCreateKeyExW", "RegSetValueExW",     "RegDeleteKeyW",    "MapViewOfFile",    "SetPrinterDataExW",
+};
+
+constexpr bool IsTrace(std::string_view name)
+{
+    return std::ranges::find(kTraces, name) != std::end(kTraces);
+}
+
 bool Fails(std::size_t function)
 {
     if (!g_calls.counting && g_calls.failing != function)
@@ -250,6 +273,8 @@ bool Fails(std::size_t function)
     if (number < g_calls.first || number > g_calls.last)
         return false;
     g_calls.failed = true;
+    if (g_calls.ends && !g_calls.endsAfter)
+        EndProcess();
     return true;
 }
 
@@ -299,6 +324,10 @@ template <std::size_t number> Argument WINAPI Stub(Argument a, Argument b, Argum
             } else {
                 fails = function.condition({a, b, c, d, e, f, g, h, i, j, k, l}, failure) && Fails(number);
             }
+            if (fails && g_calls.ends) {
+                original(a, b, c, d, e, f, g, h, i, j, k, l);
+                EndProcess();
+            }
             if (fails) {
                 SetLastError(function.error);
                 return failure;
@@ -306,7 +335,19 @@ template <std::size_t number> Argument WINAPI Stub(Argument a, Argument b, Argum
             SetLastError(before);
         }
     }
+    const auto watched = [&](Instant instant, Argument result) {
+        if constexpr (IsTrace(function.name)) {
+            if (g_calls.watcher) {
+                const DWORD error = GetLastError();
+                const Arguments arguments{a, b, c, d, e, f, g, h, i, j, k, l};
+                g_calls.watcher({function.name, instant, arguments.data(), result});
+                SetLastError(error);
+            }
+        }
+    };
+    watched(Instant::Before, 0);
     const Argument result = original(a, b, c, d, e, f, g, h, i, j, k, l);
+    watched(Instant::After, result);
     if constexpr (function.takes != Takes::Nothing)
         Keep(function, a, result, a);
     return result;
@@ -324,6 +365,8 @@ void Restart()
     g_calls.counting = false;
     g_calls.failing = kFunctionCount + 1;
     g_calls.failed = false;
+    g_calls.ends = false;
+    g_calls.watcher = nullptr;
     for (auto& number : g_calls.numbers)
         number = 0;
 }
@@ -380,8 +423,27 @@ void EveryCall::Fail(const SeenCall& call, Onwards onwards)
     }
 }
 
+void EveryCall::End(const SeenCall& call, Instant instant)
+{
+    Fail(call, Onwards::No);
+    g_calls.endsAfter = instant == Instant::After && call.function != NameOfFunction(kDom);
+    g_calls.ends = true;
+}
+
+void EveryCall::Watch(std::function<void(const WatchedCall&)> watcher)
+{
+    Restart();
+    g_calls.watcher = std::move(watcher);
+}
+
+bool EveryCall::LeavesTraces(const std::string& function)
+{
+    return IsTrace(function);
+}
+
 void EveryCall::Stop()
 {
+    g_calls.watcher = nullptr;
     g_calls.counting = false;
     g_calls.failing = kFunctionCount + 1;
 }

@@ -14,6 +14,8 @@
 
 #include <array>
 #include <atomic>
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -30,6 +32,17 @@ struct SeenCall {
 
 enum class Onwards { No, Yes }; // only that call, or that and every later one of the function
 
+enum class Instant { Before, After }; // of a call; methods of the XML DOM know no After
+constexpr UINT kEndedByCall = 14;     // exit code of a process that such an instant has ended
+
+// A call that the module makes of a file or of the registry, as it is about to be made and when it has been.
+struct WatchedCall {
+    const char* function;
+    Instant instant;
+    const std::uintptr_t* arguments;
+    std::uintptr_t result; // after it
+};
+
 // What the module takes and has to give back.
 enum class Held { Memory, Handles, Keys, Views, Searches, Libraries, Hooks, DeviceContexts, Contexts, Printers, Count };
 using HeldCounts = std::array<long, static_cast<std::size_t>(Held::Count)>;
@@ -44,10 +57,14 @@ public:
     // Each starts the numbers again.
     void Count();
     void Fail(const SeenCall& call, Onwards onwards);
+    void End(const SeenCall& call, Instant instant);             // the process, without a word to anybody
+    void Watch(std::function<void(const WatchedCall&)> watcher); // on the thread that makes the call
     void Stop();
 
     bool HasFailed() const;
     std::vector<SeenCall> Seen() const; // of the last Count, in its order
+    // Whether what the function does can be seen on a disk or in the registry.
+    static bool LeavesTraces(const std::string& function);
 
     HeldCounts Holds() const;   // since the beginning
     void GaveBack(long blocks); // memory that the module handed out and others have released

@@ -1,0 +1,186 @@
+#include "played_faults.h"
+
+#include "support/built.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <map>
+#include <set>
+#include <sstream>
+
+namespace qx::test {
+
+namespace {
+
+constexpr unsigned long kHung = 4;
+
+// Spread over all functions and sessions from the first call to the last.
+std::uint32_t MixOf(const Fault& fault)
+{
+    std::uint32_t hash = 2166136261u;
+    for (const char unit : fault.function + ' ' + std::to_string(fault.number) + (fault.second ? " 1" : " 0")) {
+        hash = (hash ^ static_cast<unsigned char>(unit)) * 16777619u;
+    }
+    return hash ^ hash >> 15;
+}
+
+} // namespace
+
+Extent ExtentAsked()
+{
+    const char* const asked = std::getenv("QX_FAULTS");
+    if (asked == nullptr)
+        return Extent::Sample;
+    return asked == std::string("calls") ? Extent::Calls : Extent::Places;
+}
+
+PlayedFaults::PlayedFaults(std::string scenario, std::string command)
+    : scenario_(std::move(scenario)), command_(std::move(command))
+{
+}
+
+std::filesystem::path PlayedFaults::File(const char* ending) const
+{
+    const char* const kept = std::getenv("QX_FAULTS_REPORT");
+    return (kept != nullptr ? std::filesystem::path(kept) : temporary_.Path()) /
+           (scenario_ + "." + command_ + "." + ending);
+}
+
+unsigned long PlayedFaults::Run(const std::string& command, const std::wstring& arguments) const
+{
+    const std::wstring program = (BuiltFolder() / L"tests" / L"fault_runner.exe").wstring();
+    const std::string words = scenario_ + " " + command;
+    std::wstring line = L"\"" + program + L"\" " + std::wstring(words.begin(), words.end()) + L" " + arguments;
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process{};
+    if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process))
+        throw std::runtime_error("cannot start fault_runner");
+    WaitForSingleObject(process.hProcess, INFINITE);
+    DWORD code = 1;
+    GetExitCodeProcess(process.hProcess, &code);
+    CloseHandle(process.hThread);
+    CloseHandle(process.hProcess);
+    return code;
+}
+
+std::vector<Fault> PlayedFaults::FaultsOf(bool everyCall, const std::function<bool(const SeenCall&)>& wanted) const
+{
+    const std::filesystem::path calls = File("calls");
+    if (Run("count", L"\"" + calls.wstring() + L"\"") != 0)
+        throw std::runtime_error("the scenario cannot be counted");
+    std::ifstream stream(calls);
+    SeenCall call;
+    std::set<std::pair<std::string, unsigned>> places;
+    std::vector<Fault> faults;
+    while (stream >> call.function >> call.number >> call.place) {
+        if (!wanted(call) || (!places.emplace(call.function, call.place).second && !everyCall))
+            continue;
+        faults.push_back({call.function, call.number, false});
+        faults.push_back({call.function, call.number, true});
+    }
+    return faults;
+}
+
+std::vector<Result> PlayedFaults::ResultsIn(int& begun) const
+{
+    std::vector<Result> results;
+    std::ifstream stream(File("report"));
+    for (std::string line; std::getline(stream, line);) {
+        std::istringstream words(line);
+        std::string word;
+        int number = 0;
+        words >> word >> number;
+        begun = number;
+        if (static_cast<int>(results.size()) <= number)
+            results.resize(static_cast<std::size_t>(number) + 1);
+        if (word == "begin")
+            continue;
+        Result& result = results[static_cast<std::size_t>(number)];
+        words >> result.mark;
+        std::getline(words >> std::ws, result.what);
+    }
+    return results;
+}
+
+std::vector<Result> PlayedFaults::Play(const std::vector<Fault>& faults) const
+{
+    const std::filesystem::path plan = File("plan"), report = File("report");
+    {
+        std::ofstream stream(plan);
+        for (const Fault& fault : faults)
+            stream << fault.function << ' ' << fault.number << ' ' << fault.second << '\n';
+    }
+    std::map<int, std::string> ended;
+    for (int first = 0; first < static_cast<int>(faults.size());) {
+        const unsigned long code =
+            Run(command_, L"\"" + plan.wstring() + L"\" " + std::to_wstring(first) + L" \"" + report.wstring() + L"\"");
+        if (code == 0)
+            break;
+        int begun = first - 1;
+        ResultsIn(begun);
+        if (begun < first)
+            throw std::runtime_error("fault_runner does not begin: " + std::to_string(code));
+        char what[40];
+        std::snprintf(what, sizeof what, code == kHung ? "hung" : "ended the program (%lx)", code);
+        ended[begun] = what;
+        first = begun + 1;
+    }
+    int begun = 0;
+    std::vector<Result> results = ResultsIn(begun);
+    results.resize(faults.size());
+    for (const auto& [number, what] : ended)
+        results[static_cast<std::size_t>(number)] = {'!', what};
+    return results;
+}
+
+std::vector<Result> PlayedFaults::Play() const
+{
+    const std::filesystem::path report = File("report");
+    if (const unsigned long code = Run(command_, L"- 0 \"" + report.wstring() + L"\""); code != 0)
+        throw std::runtime_error("fault_runner ended with " + std::to_string(code));
+    int begun = 0;
+    return ResultsIn(begun);
+}
+
+void PlayedFaults::Report(const std::vector<Fault>& faults, const std::vector<Result>& results, const char* first,
+                          const char* second) const
+{
+    for (std::size_t i = 0; i < faults.size(); ++i) {
+        const Fault& fault = faults[i];
+        EXPECT_NE(results[i].mark, '!') << fault.function << (fault.second ? second : first) << fault.number << ": "
+                                        << results[i].what;
+    }
+    Tabulate(results);
+}
+
+void PlayedFaults::Tabulate(const std::vector<Result>& results) const
+{
+    std::map<std::string, int> table;
+    for (const Result& result : results)
+        ++table[std::string(1, result.mark) + " " + result.what];
+    std::printf("%s, %s: %zu\n", scenario_.c_str(), command_.c_str(), results.size());
+    for (const auto& [what, count] : table)
+        std::printf("    %5d %s\n", count, what.c_str());
+}
+
+std::vector<Fault> SampleOf(std::vector<Fault> faults, std::size_t size)
+{
+    std::ranges::sort(faults, {}, MixOf);
+    faults.resize(std::min(faults.size(), size));
+    return faults;
+}
+
+std::vector<const NamedScenario*> Scenarios()
+{
+    std::vector<const NamedScenario*> scenarios;
+    for (const NamedScenario& named : AllScenarios())
+        scenarios.push_back(&named);
+    return scenarios;
+}
+
+} // namespace qx::test
