@@ -100,6 +100,7 @@ void RestoreBook(const std::wstring& path, std::size_t copy, Report& report)
         const std::wstring real = FollowLink(path);
         {
             const FileGuard guard(real);
+            const FolderLock lock(real);
             TakeBack(real, chosen.path);
         }
         BroadcastPhoneBookChanged();

@@ -1,5 +1,8 @@
 #include "phonebook/file/file_guard.h"
 
+#include "support/temporary_folder.h"
+
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <thread>
 
@@ -50,6 +53,65 @@ TEST(FileGuard, OfSomebodyWhoDiedIsNoObstacle)
 {
     std::thread([] { new FileGuard(SomePath()); }).join(); // never released
     EXPECT_LT(MillisecondsToPass(SomePath()), kAtOnce);
+}
+
+// ---- between computers
+
+class FolderLockTest : public testing::Test {
+protected:
+    // Another computer's program, which opens the same file.
+    static HANDLE OpenLockFile(const std::wstring& path, DWORD disposition)
+    {
+        return CreateFileW((path + L".lock").c_str(), GENERIC_WRITE, 0, nullptr, disposition, 0, nullptr);
+    }
+    bool IsLocked() const
+    {
+        const HANDLE file = OpenLockFile(Path(), OPEN_EXISTING);
+        const DWORD error = GetLastError();
+        CloseHandle(file);
+        return file == INVALID_HANDLE_VALUE && error == ERROR_SHARING_VIOLATION;
+    }
+    std::wstring Path() const { return (folder_ / L"book.xml").wstring(); }
+
+    test::TemporaryFolder folder_;
+};
+
+TEST_F(FolderLockTest, KeepsOtherComputersOutAndLeavesNothing)
+{
+    {
+        const FolderLock lock(Path());
+        EXPECT_TRUE(IsLocked());
+    }
+    EXPECT_TRUE(std::filesystem::is_empty(folder_.Path()));
+}
+
+TEST_F(FolderLockTest, TakesOverWhatAPowerCutLeft)
+{
+    CloseHandle(OpenLockFile(Path(), CREATE_NEW));
+    {
+        const FolderLock lock(Path());
+        EXPECT_TRUE(IsLocked());
+    }
+    EXPECT_TRUE(std::filesystem::is_empty(folder_.Path()));
+}
+
+TEST_F(FolderLockTest, WaitsForAnotherComputerButNotForLong)
+{
+    const HANDLE file = OpenLockFile(Path(), CREATE_NEW);
+    const ULONGLONG start = GetTickCount64();
+    {
+        const FolderLock lock(Path());
+    }
+    CloseHandle(file);
+    EXPECT_GE(GetTickCount64() - start, kAtOnce);
+    EXPECT_TRUE(std::filesystem::exists(Path() + L".lock")); // it was not ours
+}
+
+TEST_F(FolderLockTest, IsDoneWithoutWhereTheFolderTakesNone)
+{
+    const ULONGLONG start = GetTickCount64();
+    const FolderLock lock(Path() + L"\\in no folder");
+    EXPECT_LT(GetTickCount64() - start, kAtOnce);
 }
 
 } // namespace

@@ -4,8 +4,8 @@
 //
 //   phone_book_user PRINTER editor|picker|sender SECONDS LOG here|away
 //
-// To LOG it writes, line by line, "saved NAME" once an entry was there when the phone book was saved, and "deleting
-// NAME" before it deletes one of its own.
+// To LOG it writes, line by line, "saved NAME" for each of its own entries in a phone book that has taken its place,
+// and "deleting NAME" before it deletes one of them.
 #include "base/unique.h"
 #include "faults/scripted_user.h"
 #include "host/provision.h"
@@ -15,10 +15,12 @@
 #include "res/entry_ids.h"
 #include "res/fax_job_page_ids.h"
 #include "res/setup_page_ids.h"
+#include "support/phone_book_session.h"
 #include "support/redirected_import.h"
 
 #include <algorithm>
 #include <commctrl.h>
+#include <functional>
 #include <iostream>
 #include <optional>
 #include <qxfax/send_fax.h>
@@ -59,6 +61,39 @@ private:
     RedirectedImport<decltype(RegisterWindowMessageW)> message_;
 };
 
+// ---- what is saved --------------------------------------------------------------------------------------------------
+
+// Tells what was in each phone book that took its place: an entry that somebody typed is saved when that has been done,
+// and neither when the button was pressed nor when a save was given up.
+class Saves {
+public:
+    using Heard = std::function<void(const std::vector<std::wstring>& names)>;
+
+    Saves(HMODULE module, Heard heard) : move_("MoveFileExW", Move, module), heard_(std::move(heard))
+    {
+        current_ = this;
+    }
+    ~Saves() { current_ = nullptr; }
+
+private:
+    static BOOL WINAPI Move(const wchar_t* from, const wchar_t* to, DWORD flags)
+    {
+        std::vector<std::wstring> names;
+        for (const SavedItem& item : SavedIn(from))
+            names.push_back(item.name);
+        const BOOL moved = current_->move_.Original()(from, to, flags);
+        const DWORD error = GetLastError();
+        if (moved)
+            current_->heard_(names);
+        SetLastError(error);
+        return moved;
+    }
+
+    static inline Saves* current_ = nullptr;
+    RedirectedImport<decltype(MoveFileExW)> move_;
+    Heard heard_;
+};
+
 // ---- the user ------------------------------------------------------------------------------------------------------
 
 std::vector<std::wstring> NamesShown(HWND list)
@@ -81,6 +116,14 @@ public:
     {
     }
 
+    void NoteSaved(const std::vector<std::wstring>& names) const
+    {
+        for (const std::wstring& name : names) {
+            if (name.starts_with(prefix_))
+                Log(L"saved ", name);
+        }
+    }
+
     Script NextSession()
     {
         if (role_ == L"sender")
@@ -90,7 +133,7 @@ public:
         AddEntries(script, 1 + static_cast<int>(random_() % 2));
         if (random_() % 3 == 0 || own_.size() > kMostOwnEntries)
             script.emplace_back([this](ScriptedUser& user) { DeleteTheOldest(user); });
-        script.emplace_back([this](ScriptedUser& user) { SaveFromTheEditor(user); });
+        script.emplace_back([](ScriptedUser& user) { user.Press(IDOK); });
         if (picker)
             Pick(script);
         return script;
@@ -123,9 +166,7 @@ private:
         return {[this](ScriptedUser& user) {
                     user.Paste(IDC_NAME_BOX, NextName());
                     user.Paste(IDC_FAX_NUMBER, L"5550100");
-                    const std::wstring name = user.Text(IDC_NAME_BOX);
                     user.Press(IDC_ADD_TO_PHONE_BOOK);
-                    Log(L"saved ", name);
                 },
                 [](ScriptedUser& user) { user.Press(IDC_TO); }, [](ScriptedUser& user) { user.PressSheet(IDOK); }};
     }
@@ -155,18 +196,6 @@ private:
         user.SelectRows(IDC_BOOK_LIST, {static_cast<int>(std::ranges::find(names, *oldest) - names.begin())});
         own_.erase(oldest);
         user.Press(IDC_BOOK_DELETE);
-    }
-
-    // What another program has saved meanwhile may have taken the place of all that was not saved yet: what the user
-    // sees is what is saved.
-    void SaveFromTheEditor(ScriptedUser& user)
-    {
-        const std::vector<std::wstring> names = NamesShown(user.Control(IDC_BOOK_LIST));
-        user.Press(IDOK);
-        for (const std::wstring& name : names) {
-            if (name.starts_with(prefix_))
-                Log(L"saved ", name);
-        }
     }
 
     // No name begins with another: nothing is completed.
@@ -201,6 +230,7 @@ int Run(wchar_t* printerName, const std::wstring& role, ULONGLONG seconds, const
     OpenPrinterW(printerName, &printer, nullptr);
     User user(role, log, away);
     {
+        const Saves saves(module, [&user](const auto& names) { user.NoteSaved(names); });
         std::optional<OtherMachine> otherMachine;
         if (away)
             otherMachine.emplace(module);

@@ -7,6 +7,7 @@ namespace qx {
 namespace {
 
 constexpr DWORD kWaitMilliseconds = 1500;
+constexpr DWORD kPauseMilliseconds = 10;
 
 // Backslashes may not stand in the name, and a path may be longer than one.
 std::uint64_t HashOfPath(std::wstring path) noexcept
@@ -36,6 +37,18 @@ FileGuard::~FileGuard()
 {
     if (owned_)
         ReleaseMutex(mutex_.Get());
+}
+
+FolderLock::FolderLock(const std::wstring& path)
+{
+    const std::wstring name = path + L".lock";
+    for (DWORD waited = 0;; waited += kPauseMilliseconds) {
+        file_.Reset(CreateFileW(name.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
+                                FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
+        if (file_ || GetLastError() != ERROR_SHARING_VIOLATION || waited >= kWaitMilliseconds)
+            return;
+        Sleep(kPauseMilliseconds);
+    }
 }
 
 } // namespace qx

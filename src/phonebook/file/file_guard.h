@@ -1,4 +1,4 @@
-// One process at a time reads or writes a phone book file.
+// One process at a time reads or writes a phone book file, and one computer at a time replaces it.
 #pragma once
 
 #include "base/no_copy.h"
@@ -18,6 +18,17 @@ public:
 private:
     UniqueKernelHandle mutex_;
     bool owned_ = false;
+};
+
+// The same towards programs on other computers that share the folder, for those who replace the file: a file behind its
+// name that nobody else can open meanwhile, and that goes with its holder. Readers need none: they find the old file or
+// the new one. It goes on without, too.
+class FolderLock : NoCopy {
+public:
+    explicit FolderLock(const std::wstring& path);
+
+private:
+    UniqueFile file_;
 };
 
 } // namespace qx

@@ -321,8 +321,8 @@ std::optional<ContentHash> ContentOf(const std::wstring& path)
     return HashOf(bytes);
 }
 
-// What may be in a file, to be replaced: what was seen, and what a copy has been kept of. Another machine that shares
-// the file knows nothing of the guard: it may save at any moment, also while a copy is made.
+// What may be in a file, to be replaced: what was seen, and what a copy has been kept of. Where the folder takes no
+// lock, another machine may save at any moment, also while a copy is made.
 class OldContent {
 public:
     // Without seen, and unless it is to be kept, nobody asks for it.
@@ -400,6 +400,7 @@ bool SavePhoneBookFile(const std::wstring& path, std::span<PhoneBookItem* const>
     // A link stays a link, also when what it leads to is only about to be there.
     const std::wstring real = FollowLink(path, OPEN_ALWAYS);
     const FileGuard guard(real);
+    const FolderLock lock(real);
     const HiddenAfterwards hidden(real);
     // The copy comes after: what was not there before is there now, and nothing can appear unseen in between.
     if (!MakeWritable(real))
