@@ -60,7 +60,9 @@ void AddProvisionOptions(CLI::App& command, PrinterSetup& setup)
     command.add_flag_callback("--no-help", [&setup] { setup.help = false; }, "neither help files nor their names");
 
     const std::string data = "Printer data";
-    AddText(command, "--guid", setup.guid, "names the user's settings")->default_str(Utf8(*setup.guid))->group(data);
+    AddText(command, "--guid", setup.guid, "names the user's settings")
+        ->default_str(Utf8(setup.guid.value_or(L"")))
+        ->group(data);
     command.add_flag_callback("--no-guid", [&setup] { setup.guid.reset(); }, "a printer without one")->group(data);
     AddText(command, "--spooler-name", setup.spoolerName, "\"PrinterName\" of \"DsSpooler\"")
         ->default_str("the printer's name")
@@ -185,7 +187,7 @@ int Send(const SendOptions& options)
         module.DisplayFaxUi(printer.Get(), job.Record());
         user.Join();
     }
-    std::cout << job.Json() << std::endl;
+    std::cout << job.Json() << '\n';
     return job.Sent() ? kSent : kCancelled;
 }
 
