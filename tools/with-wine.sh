@@ -2,11 +2,12 @@
 # Runs a command where Windows programs run: a Wine prefix of this source tree, with a wineserver and a virtual display
 # of its own. The user's prefix and display are never touched.
 #
-#   tools/with-wine.sh [--lang LANG] [--desk NAME] [--display] COMMAND [ARGUMENT...]
+#   tools/with-wine.sh [--lang LANG] [--desk NAME] [--dpi N] [--display] COMMAND [ARGUMENT...]
 #
 #   --lang LANG  language of Windows' user interface (default: en): a code of strings/languages.toml, or one with a
 #                region, such as de-AT. The command finds it in QX_LANG
 #   --desk NAME  a prefix, wineserver and display apart from those of other desks, for runs that must not meet
+#   --dpi N      dots per inch of the screen (default: 96), on a desk of their own. The command finds them in QX_DPI
 #   --display    use the display in $DISPLAY instead of a virtual one
 #
 # The prefixes are kept in build/wine/ (one per language and desk). Commands that run at the same time share prefix, display and
@@ -14,7 +15,7 @@
 # of another language stay up until the outermost call ends.
 set -euo pipefail
 
-readonly usage='usage: tools/with-wine.sh [--lang LANG] [--desk NAME] [--display] COMMAND [ARGUMENT...]'
+readonly usage='usage: tools/with-wine.sh [--lang LANG] [--desk NAME] [--dpi N] [--display] COMMAND [ARGUMENT...]'
 root=$(cd "$(dirname "$0")/.." && pwd)
 readonly root
 readonly home=$root/build/wine
@@ -23,16 +24,20 @@ die() { echo "with-wine.sh: $*" >&2; exit 1; }
 
 lang=en
 desk=
+dpi=96
 own_display=yes
 while [[ ${1-} == --* ]]; do
     case $1 in
         --lang) lang=${2-}; shift 2 || die "$usage" ;;
         --desk) desk=-${2-}; shift 2 || die "$usage" ;;
+        --dpi) dpi=${2-}; shift 2 || die "$usage" ;;
         --display) own_display=no; shift ;;
         *) die "$usage" ;;
     esac
 done
 [[ $# -gt 0 ]] || die "$usage"
+[[ $dpi =~ ^[1-9][0-9]+$ ]] || die "--dpi needs a number"
+[[ $dpi == 96 ]] || desk+=-dpi$dpi
 
 # hhctrl.ocx: a test puts another help viewer into the system folder; without this Wine would go on using its own.
 export WINEARCH=win64 WINEDEBUG=${WINEDEBUG--all} WINEDLLOVERRIDES='mscoree,mshtml=;hhctrl.ocx=n,b'
@@ -53,7 +58,7 @@ if [[ ${QX_WINE_SESSION-} == "$dir" ]]; then exec "$@"; fi
 locale=$("$root/strings/languages.py" locale "$lang") || exit 1
 [[ $(env LC_ALL="$locale" locale charmap 2>/dev/null) == UTF-8 ]] ||
     die "the locale $locale of language '$lang' is missing: run 'tools/setup.sh $lang'"
-export LC_ALL=$locale QX_LANG=$lang
+export LC_ALL=$locale QX_LANG=$lang QX_DPI=$dpi
 unset LANGUAGE
 
 # ---- the template prefix -------------------------------------------------------------------------------------------
@@ -145,6 +150,7 @@ prepare_prefix() {
     cp -al --no-clobber "$home/template/." "$WINEPREFIX/"
     # On the user's display the window manager is there, and has its say.
     [[ $own_display == yes ]] || sed -i 's/^"Managed"="N"/"Managed"="Y"/' "$WINEPREFIX/user.reg"
+    sed -i "s/^\"LogPixels\"=dword:.*/\"LogPixels\"=dword:$(printf %08x "$dpi")/" "$WINEPREFIX/user.reg"
     touch "$WINEPREFIX/.copied"
 }
 
@@ -158,10 +164,12 @@ display_is_alive() {
 }
 
 start_display() {
+    # As large for what it shows as any: with more dots per inch there are more of them.
+    local screen=$((1280 * dpi / 96))x$((1024 * dpi / 96))x24
     rm -f "$dir/display" "$dir/xvfb.pid" "$dir/display.pipe"
     mkfifo "$dir/display.pipe"
     # The folder in -fbdir marks the server as ours. Its own session: Ctrl+C must reach only the command.
-    setsid Xvfb -displayfd 6 -screen 0 1280x1024x24 -nolisten tcp -noreset -fbdir "$dir" -ac \
+    setsid Xvfb -displayfd 6 -screen 0 "$screen" -nolisten tcp -noreset -fbdir "$dir" -ac \
         6>"$dir/display.pipe" 7>&- 8>&- 9>&- </dev/null >"$dir/xvfb.log" 2>&1 &
     local pid=$! number
     read -r -t 20 number <"$dir/display.pipe" || die "Xvfb does not start, see $dir/xvfb.log"

@@ -10,6 +10,12 @@ namespace qx {
 
 namespace {
 
+int ScaledToWindow(HWND window, int pixels) noexcept
+{
+    const WindowDc dc(window);
+    return MulDiv(pixels, GetDeviceCaps(dc.Get(), LOGPIXELSX), USER_DEFAULT_SCREEN_DPI);
+}
+
 bool InsertColumns(const TextOwner& texts, HWND list, std::span<const ListColumn> columns)
 {
     LVCOLUMNW column{};
@@ -18,7 +24,7 @@ bool InsertColumns(const TextOwner& texts, HWND list, std::span<const ListColumn
     for (const ListColumn& described : columns) {
         std::wstring heading = LocalizedText(texts, {described.heading});
         column.pszText = heading.data();
-        column.cx = described.pixels;
+        column.cx = ScaledToWindow(list, described.pixels);
         if (ListView_InsertColumn(list, column.iSubItem, &column) < 0)
             return false;
         ++column.iSubItem;

@@ -15,7 +15,7 @@ namespace qx {
 // Headings have no built-in texts: without the library they are empty.
 struct ListColumn {
     unsigned heading; // text id
-    int pixels;
+    int pixels;       // wide, at 96 dots per inch
 };
 
 inline constexpr unsigned kNameHeading = 1104;

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <commctrl.h>
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <optional>
@@ -72,6 +73,15 @@ INT_PTR CALLBACK NothingElse(HWND, UINT, WPARAM, LPARAM)
     return FALSE;
 }
 
+// Of the run: tools/with-wine.sh --dpi chooses it.
+int Scaled(int pixels)
+{
+    const HDC screen = GetDC(nullptr);
+    const int dotsPerInch = GetDeviceCaps(screen, LOGPIXELSX);
+    ReleaseDC(nullptr, screen);
+    return MulDiv(pixels, dotsPerInch, USER_DEFAULT_SCREEN_DPI);
+}
+
 // Wide enough for a text, or high enough for the lines it breaks into. A fifteenth of the width stays free: in another
 // version of the same font a text may be a little wider.
 struct Room {
@@ -81,21 +91,21 @@ struct Room {
 
     explicit Room(HWND of) : control(of)
     {
-        constexpr int kButtonMargin = 4;
-        constexpr int kCheckMark = 18;
-        constexpr int kGroupBoxCorners = 18;
+        const int buttonMargin = Scaled(4);
+        const int checkMark = Scaled(18);
+        const int groupBoxCorners = Scaled(18);
         constexpr int kSpare = 15;
         GetClientRect(of, &available);
         const auto style = static_cast<DWORD>(GetWindowLongPtrW(of, GWL_STYLE));
         if (host::IsOfClass(of, L"Static")) {
             wrap = DT_WORDBREAK;
         } else if (IsGroupBox(of)) {
-            available.right -= kGroupBoxCorners;
+            available.right -= groupBoxCorners;
         } else if (IsChoice(of)) {
-            available.right -= kCheckMark;
+            available.right -= checkMark;
             wrap = (style & BS_MULTILINE) != 0 ? DT_WORDBREAK : 0;
         } else {
-            InflateRect(&available, -kButtonMargin, -kButtonMargin / 2);
+            InflateRect(&available, -buttonMargin, -buttonMargin / 2);
             wrap = (style & BS_MULTILINE) != 0 ? DT_WORDBREAK : 0;
         }
         available.right -= (available.right - available.left) / kSpare;
@@ -271,6 +281,12 @@ TEST(SessionLanguage, IsTheOneAskedFor)
     EXPECT_TRUE(LanguageOfTheRun().Serves(GetUserDefaultUILanguage())) << std::hex << GetUserDefaultUILanguage();
 }
 
+TEST(SessionScale, IsTheOneAskedFor)
+{
+    const char* const asked = std::getenv("QX_DPI");
+    EXPECT_EQ(Scaled(USER_DEFAULT_SCREEN_DPI), asked != nullptr ? std::atoi(asked) : USER_DEFAULT_SCREEN_DPI);
+}
+
 TEST_P(DialogTexts, NoTwoControlsShareALetter)
 {
     EXPECT_EQ(SharedLetters(), Problems());
@@ -287,7 +303,7 @@ TEST_P(DialogTexts, EveryCaptionIsSeenWhole)
     EXPECT_EQ(CutCaptions(User().code == "en" ? GrownByAThird : Unchanged), Problems());
 }
 
-// The columns have fixed widths, in pixels at the usual scale.
+// The columns have fixed widths, in pixels at 96 dots per inch.
 struct ShownInColumn {
     const char* dialog;
     unsigned text;
@@ -308,7 +324,7 @@ TEST_P(FixedColumns, ShowTheirTextsWhole)
     for (const ShownInColumn& shown : kShownInColumns) {
         if (std::string_view(Dialog().name) != shown.dialog)
             continue;
-        const int missing = WidthOf(Text(shown.text)) + kMargins - shown.pixels;
+        const int missing = WidthOf(Text(shown.text)) + kMargins - Scaled(shown.pixels);
         EXPECT_LE(missing, 0) << shown.text << " \"" << Utf8(Text(shown.text)) << "\"";
     }
 }
@@ -354,8 +370,8 @@ TEST_P(Layout, FitsAScreenOf600Lines)
 {
     RECT place{};
     ASSERT_TRUE(GetWindowRect(Window(), &place));
-    EXPECT_LE(place.bottom - place.top, 560);
-    EXPECT_LE(place.right - place.left, 1024);
+    EXPECT_LE(place.bottom - place.top, Scaled(560));
+    EXPECT_LE(place.right - place.left, Scaled(1024));
 }
 
 TEST_P(Layout, NothingOverlapsOrLiesOutside)

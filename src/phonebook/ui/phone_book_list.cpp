@@ -17,16 +17,9 @@ namespace qx {
 
 namespace {
 
-constexpr int kReferenceDpi = 96;
 constexpr int kIconPixels = 16;
 constexpr COLORREF kIconBackground = RGB(255, 0, 255);
 constexpr std::size_t kComparedNameUnits = 98; // of a row, when it is compared with what was typed
-
-int ScaledToWindow(HWND window, int pixels) noexcept
-{
-    const WindowDc dc(window);
-    return MulDiv(pixels, GetDeviceCaps(dc.Get(), LOGPIXELSX), kReferenceDpi);
-}
 
 // ---- rows ---------------------------------------------------------------------------------------------------------
 
@@ -161,7 +154,7 @@ void AnswerKeys(HWND list, ListKeys keys)
 
 void SetUpPhoneBookList(const TextOwner& texts, HWND list, int columnWidth, ListKeys keys)
 {
-    SetUpListView(texts, list, RecipientColumns(ScaledToWindow(list, columnWidth)));
+    SetUpListView(texts, list, RecipientColumns(columnWidth));
     AnswerKeys(list, keys);
 }
 
