@@ -56,6 +56,20 @@ wchar_t AccessKeyOf(std::wstring_view caption) noexcept
     return 0;
 }
 
+std::wstring WithoutAccessKey(std::wstring_view caption)
+{
+    std::wstring text;
+    for (std::size_t i = 0; i < caption.size(); ++i) {
+        if (caption[i] == L'(' && i + 3 < caption.size() && caption[i + 1] == L'&' && caption[i + 3] == L')')
+            i += 4; // "(&X)"
+        else if (caption[i] == L'&' && i + 1 < caption.size())
+            ++i;
+        if (i < caption.size())
+            text += caption[i];
+    }
+    return text;
+}
+
 std::wstring AccessKeysIn(HWND window)
 {
     std::wstring keys;

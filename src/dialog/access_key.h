@@ -10,6 +10,9 @@ namespace qx {
 // The marked letter in upper case, or 0.
 wchar_t AccessKeyOf(std::wstring_view caption) noexcept;
 
+// The caption as it is read: without the mark, and without a letter that stands behind the text for its sake alone.
+std::wstring WithoutAccessKey(std::wstring_view caption);
+
 // The marked letters of the buttons and labels directly in window, one after the other; those of hidden ones, too.
 std::wstring AccessKeysIn(HWND window);
 

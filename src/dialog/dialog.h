@@ -5,6 +5,7 @@
 #include "base/activation_context.h"
 #include "base/guarded.h"
 #include "base/module.h"
+#include "dialog/announcements.h"
 #include "dialog/controls.h"
 
 #include <windows.h> // before the headers that build on it
@@ -44,6 +45,8 @@ template <class State> struct Dialog {
     INT_PTR (*other)(State&, UINT message, WPARAM, LPARAM) = nullptr;
     // Of a page: it could not be filled, and shows what is not so.
     void (*couldNotBeFilled)(State&) noexcept = nullptr;
+    // Somebody listens: what a screen reader does not find by itself, besides the labels of lists. Null: nothing.
+    void (*announce)(State&, Announcements&) = nullptr;
 };
 
 // The state of a dialog, or null with the last error ERROR_INVALID_DATA.
@@ -106,6 +109,13 @@ INT_PTR DispatchDialogMessage(const Dialog<State>& description, HWND dialog, UIN
     State* const state = StateOf<State>(dialog);
     if (state == nullptr)
         return FALSE;
+    if (FollowListeners(dialog, message)) {
+        Announcements& announcements = *Announcements::Of(dialog);
+        announcements.NameLists();
+        if (description.announce != nullptr)
+            description.announce(*state, announcements);
+        return TRUE;
+    }
     if (IsClickOfDisabledButton(dialog, message, w))
         return TRUE;
     if (message == WM_COMMAND && RunRoute(description.routes, *state, LOWORD(w), HIWORD(w)))

@@ -423,7 +423,14 @@ void CouldNotBeFilled(FaxJobPage& page) noexcept
 } // namespace
 
 constexpr Dialog<FaxJobPage> kFaxJobPage{
-    {IDD_FAX_JOB_PAGE, IDD_FAX_JOB_PAGE_RTL}, {}, kControls, kRoutes, Fill, AnswerOther, CouldNotBeFilled};
+    .ids = {IDD_FAX_JOB_PAGE, IDD_FAX_JOB_PAGE_RTL},
+    .controls = kControls,
+    .routes = kRoutes,
+    .fill = Fill,
+    .other = AnswerOther,
+    .couldNotBeFilled = CouldNotBeFilled,
+    .announce = [](FaxJobPage& page, Announcements& announcements) { AnnounceFields(page.fields, announcements); },
+};
 
 void RefreshNameBoxList(FaxJobPage& page)
 {

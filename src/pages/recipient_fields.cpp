@@ -1,7 +1,8 @@
 #include "pages/recipient_fields.h"
 
-#include "base/text_template.h"
+#include "dialog/access_key.h"
 #include "phonebook/recent/recent_list.h"
+#include "phonebook/ui/group_announcements.h"
 #include "res/fax_job_page_ids.h"
 
 #include <stdexcept>
@@ -11,9 +12,6 @@
 namespace qx {
 
 namespace {
-
-constexpr Text kOneMember{6108}; // also for none
-constexpr Text kSomeMembers{6109};
 
 constexpr std::size_t kFieldUnits = kTextUnits - 1; // read from one field
 
@@ -65,20 +63,20 @@ void ShowGroupText(const RecipientFields& fields, bool group) noexcept
     EnableControl(fields.dialog, IDC_COMPANY, !group);
 }
 
-// Empty when the library has no such text: such a group cannot be taken.
-std::wstring MemberCountText(const RecipientFields& fields, std::size_t members)
-{
-    const std::wstring text = LocalizedText(*fields.texts, members < 2 ? kOneMember : kSomeMembers);
-    return FillTemplate(text, L"", {static_cast<int>(members)});
-}
-
 void ShowGroup(RecipientFields& fields, const PhoneBookGroup& group)
 {
     fields.group = &group;
     SetText(fields, IDC_FAX_NUMBER, L"");
     SetText(fields, IDC_COMPANY, L"");
+    const bool wasShown = IsShown(fields, IDC_GROUP_TEXT);
     ShowGroupText(fields, true);
-    SetText(fields, IDC_GROUP_TEXT, MemberCountText(fields, group.Members().size()).c_str());
+    // Empty when the library has no such text: such a group cannot be taken.
+    const std::wstring count = MemberCountText(*fields.texts, group.Members().size());
+    const bool isNew = !wasShown || TextOf(fields, IDC_GROUP_TEXT) != count;
+    SetText(fields, IDC_GROUP_TEXT, count.c_str());
+    Announcements* const announcements = Announcements::Of(fields.dialog);
+    if (isNew && announcements != nullptr)
+        announcements->Say(IDC_GROUP_TEXT, count);
     fields.refill = ReadRecipient(fields);
 }
 
@@ -245,6 +243,14 @@ void SettleFields(RecipientFields& fields)
         return;
     ShowItem(fields, static_cast<const PhoneBookItem*>(found->data));
     PostMessageW(fields.dialog, kFindFocus, 0, 0); // the focus may still be on its way
+}
+
+void AnnounceFields(const RecipientFields& fields, Announcements& announcements)
+{
+    // The mark stands beside the label.
+    announcements.Name(IDC_FAX_NUMBER, WithoutAccessKey(WindowText(ControlOf(fields, IDC_FAX_NUMBER_LABEL))) + L" " +
+                                           WindowText(ControlOf(fields, IDC_REQUIRED)));
+    announcements.Name(IDC_GROUP_TEXT, WindowText(ControlOf(fields, IDC_GROUP_TEXT)));
 }
 
 void ClearFields(RecipientFields& fields)

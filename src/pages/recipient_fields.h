@@ -58,6 +58,10 @@ void FillFieldsFromNameBox(RecipientFields& fields);
 // stands there gets its own number. What the user has put into the fields stays, and so it does for an unknown name.
 void SettleFields(RecipientFields& fields);
 
+// Somebody listens: the fax number is one that is required, and the group's text is read for itself, since the label
+// before it is another's.
+void AnnounceFields(const RecipientFields& fields, Announcements& announcements);
+
 // Empties the fields, for the next recipient.
 void ClearFields(RecipientFields& fields);
 

@@ -1,8 +1,17 @@
-// Every dialog as a screen reader meets it: is there a name for everything that can have the keyboard focus?
+// Every dialog as a screen reader meets it: is there a name for everything that can have the keyboard focus, and for
+// every row that only a picture tells from the others?
+#include "base/activation_context.h"
 #include "dialog/dialog.h"
 #include "host/window_query.h"
+#include "phonebook/ui/add_recipients_dialog.h"
+#include "phonebook/ui/edit_phone_book_dialog.h"
+#include "record/fax_job_data.h"
+#include "res/add_recipients_ids.h"
+#include "res/edit_phone_book_ids.h"
 #include "support/all_dialogs.h"
 #include "support/languages.h"
+#include "support/phone_book.h"
+#include "support/screen_reader.h"
 #include "support/string_library.h"
 #include "support/ui_language.h"
 
@@ -161,6 +170,69 @@ TEST_P(AccessibleNames, AGroupOfChoicesIsAnnouncedByTheLabelBeforeItsFirst)
         }
     }
 }
+
+// The lists of the phone book, with rows.
+class AnnouncedGroups : public ::testing::TestWithParam<Language> {
+protected:
+    AnnouncedGroups()
+    {
+        book_.AddEntry(L"Ann", L"1", L"", 7);
+        book_.AddGroup(L"Sales", {7}, 9);
+        book_.AddGroup(L"Team", {7, 8}, 10);
+    }
+
+    template <const auto& kDialog, class State> void CheckRows(State& state, int listId)
+    {
+        const ScreenReader reader;
+        const ActivationScope context;
+        const HWND dialog = CreateDialogParamW(ModuleInstance(), MAKEINTRESOURCEW(kDialog.ids.Id()), nullptr,
+                                               DialogProcedure<kDialog>, reinterpret_cast<LPARAM>(&state));
+        ASSERT_NE(dialog, nullptr) << GetLastError();
+        ScreenReader::Meet(dialog);
+        const HWND list = GetDlgItem(dialog, listId);
+        EXPECT_EQ(reader.NameOf(list, 0), L"");
+        EXPECT_EQ(reader.NameOf(list, 1), L"Sales, " + Filled(6108, 1));
+        EXPECT_EQ(reader.NameOf(list, 2), L"Team, " + Filled(6109, 2));
+        EXPECT_EQ(reader.NameOf(list), Text(5244)); // "Phone Book"
+        DestroyWindow(dialog);
+    }
+
+    std::wstring Text(unsigned id) const { return LocalizedText(texts_, {id, L""}); }
+    std::wstring Filled(unsigned id, int members) const
+    {
+        std::wstring text = Text(id);
+        const std::size_t number = text.find(L"%d");
+        EXPECT_NE(number, std::wstring::npos) << id;
+        return number != std::wstring::npos ? text.replace(number, 2, std::to_wstring(members)) : text;
+    }
+
+    const StringLibrary library_;
+    const UiLanguage user_{GetParam().Id()};
+    const TextOwner texts_{library_.Module(), L""};
+    TestBook book_;
+};
+
+TEST_P(AnnouncedGroups, InThePhoneBook)
+{
+    EditPhoneBookContext editor(texts_, *book_);
+    CheckRows<kEditPhoneBookDialog>(editor, IDC_BOOK_LIST);
+}
+
+TEST_P(AnnouncedGroups, InThePicker)
+{
+    OwnedFaxJobData job;
+    AddRecipientsContext picker(texts_, job.Get(), *book_, nullptr);
+    CheckRows<kAddRecipientsDialog>(picker, IDC_PICK_LIST);
+}
+
+std::string LanguageName(const ::testing::TestParamInfo<Language>& info)
+{
+    std::string name = info.param.code;
+    std::ranges::replace(name, '-', '_'); // sr-Latn
+    return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(, AnnouncedGroups, ::testing::ValuesIn(Languages()), LanguageName);
 
 std::vector<std::optional<Language>> EveryLanguageAndNone()
 {

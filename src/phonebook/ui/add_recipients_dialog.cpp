@@ -6,6 +6,7 @@
 #include "phonebook/ui/button_rules.h"
 #include "phonebook/ui/details_dialogs.h"
 #include "phonebook/ui/edit_phone_book_dialog.h"
+#include "phonebook/ui/group_announcements.h"
 #include "phonebook/ui/phone_book_changed.h"
 #include "phonebook/ui/recipient_picks.h"
 #include "record/fax_job_data.h"
@@ -48,9 +49,21 @@ void RefreshDelete(AddRecipientsContext& picker)
     EnableControl(picker.dialog, IDC_PICK_DELETE, SelectedCount(picker.chosenList) > 0);
 }
 
+void AnnounceGroups(AddRecipientsContext& picker)
+{
+    AnnounceGroupRows(picker, picker.list);
+}
+
+void BookRowChanged(AddRecipientsContext& picker)
+{
+    AnnounceGroups(picker);
+    RefreshBookButtons(picker);
+}
+
 void FillBookList(AddRecipientsContext& picker)
 {
     FillPhoneBookList(picker.list, picker.book, ListedItems::All);
+    AnnounceGroups(picker);
     RefreshBookButtons(picker);
 }
 
@@ -88,6 +101,7 @@ void TakeRecipients(AddRecipientsContext& picker)
 void FollowTyping(AddRecipientsContext& picker)
 {
     FollowTypedName(picker.list, GetDlgItem(picker.dialog, IDC_PICK_TYPED));
+    AnnounceGroups(picker);
 }
 
 void Remember(AddRecipientsContext& picker, const std::vector<const PhoneBookItem*>& used)
@@ -160,7 +174,8 @@ void Accept(AddRecipientsContext& picker)
 
 constexpr Route<AddRecipientsContext> kRoutes[] = {
     {IDC_PICK_TYPED, EN_CHANGE, FollowTyping},
-    {IDC_PICK_LIST, static_cast<UINT>(LVN_ITEMCHANGED), RefreshBookButtons},
+    {IDC_PICK_LIST, static_cast<UINT>(LVN_ITEMCHANGED), BookRowChanged},
+    {IDC_PICK_LIST, static_cast<UINT>(LVN_ENDSCROLL), AnnounceGroups},
     {IDC_PICK_DETAILS, BN_CLICKED, ShowDetails},
     {IDC_PICK_EDIT_BOOK, BN_CLICKED, EditBook},
     {IDC_PICK_TO, BN_CLICKED, MoveToRecipients},
@@ -191,6 +206,13 @@ INT_PTR AnswerOther(AddRecipientsContext& picker, UINT message, WPARAM, LPARAM)
 } // namespace
 
 constexpr Dialog<AddRecipientsContext> kAddRecipientsDialog{
-    {IDD_ADD_RECIPIENTS, IDD_ADD_RECIPIENTS_RTL}, kTitle, kControls, kRoutes, Fill, AnswerOther};
+    .ids = {IDD_ADD_RECIPIENTS, IDD_ADD_RECIPIENTS_RTL},
+    .title = kTitle,
+    .controls = kControls,
+    .routes = kRoutes,
+    .fill = Fill,
+    .other = AnswerOther,
+    .announce = [](AddRecipientsContext& picker, Announcements&) { AnnounceGroups(picker); },
+};
 
 } // namespace qx

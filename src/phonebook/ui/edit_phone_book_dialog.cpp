@@ -5,6 +5,7 @@
 #include "phonebook/ui/button_rules.h"
 #include "phonebook/ui/details_dialogs.h"
 #include "phonebook/ui/entry_dialog.h"
+#include "phonebook/ui/group_announcements.h"
 #include "phonebook/ui/group_dialog.h"
 #include "phonebook/ui/import_export.h"
 #include "phonebook/ui/phone_book_changed.h"
@@ -56,6 +57,17 @@ void RefreshButtons(EditPhoneBookContext& editor)
     EnableControl(editor.dialog, IDC_BOOK_DELETE, on.remove);
 }
 
+void AnnounceGroups(EditPhoneBookContext& editor)
+{
+    AnnounceGroupRows(editor, editor.list);
+}
+
+void RowChanged(EditPhoneBookContext& editor)
+{
+    AnnounceGroups(editor);
+    RefreshButtons(editor);
+}
+
 // At the end of a command.
 void ReturnTo(EditPhoneBookContext& editor, int control)
 {
@@ -66,6 +78,7 @@ void ReturnTo(EditPhoneBookContext& editor, int control)
 void Refill(EditPhoneBookContext& editor)
 {
     FillPhoneBookList(editor.list, editor.book, ListedItems::All);
+    AnnounceGroups(editor);
 }
 
 void SortAndRefill(EditPhoneBookContext& editor)
@@ -270,6 +283,7 @@ void Export(EditPhoneBookContext& editor)
 void FollowTyping(EditPhoneBookContext& editor)
 {
     FollowTypedName(editor.list, GetDlgItem(editor.dialog, IDC_BOOK_TYPED));
+    AnnounceGroups(editor);
 }
 
 void Accept(EditPhoneBookContext& editor)
@@ -280,11 +294,17 @@ void Accept(EditPhoneBookContext& editor)
 }
 
 constexpr Route<EditPhoneBookContext> kRoutes[] = {
-    {IDC_BOOK_TYPED, EN_CHANGE, FollowTyping},     {IDC_BOOK_LIST, static_cast<UINT>(LVN_ITEMCHANGED), RefreshButtons},
-    {IDC_BOOK_ADD_ENTRY, BN_CLICKED, AddEntry},    {IDC_BOOK_ADD_GROUP, BN_CLICKED, AddGroup},
-    {IDC_BOOK_EDIT, BN_CLICKED, EditSelected},     {IDC_BOOK_DETAILS, BN_CLICKED, ShowDetails},
-    {IDC_BOOK_DELETE, BN_CLICKED, DeleteSelected}, {IDC_BOOK_IMPORT, BN_CLICKED, Import},
-    {IDC_BOOK_EXPORT, BN_CLICKED, Export},         {IDOK, BN_CLICKED, Accept},
+    {IDC_BOOK_TYPED, EN_CHANGE, FollowTyping},
+    {IDC_BOOK_LIST, static_cast<UINT>(LVN_ITEMCHANGED), RowChanged},
+    {IDC_BOOK_LIST, static_cast<UINT>(LVN_ENDSCROLL), AnnounceGroups},
+    {IDC_BOOK_ADD_ENTRY, BN_CLICKED, AddEntry},
+    {IDC_BOOK_ADD_GROUP, BN_CLICKED, AddGroup},
+    {IDC_BOOK_EDIT, BN_CLICKED, EditSelected},
+    {IDC_BOOK_DETAILS, BN_CLICKED, ShowDetails},
+    {IDC_BOOK_DELETE, BN_CLICKED, DeleteSelected},
+    {IDC_BOOK_IMPORT, BN_CLICKED, Import},
+    {IDC_BOOK_EXPORT, BN_CLICKED, Export},
+    {IDOK, BN_CLICKED, Accept},
 };
 
 void Fill(EditPhoneBookContext& editor)
@@ -310,6 +330,13 @@ INT_PTR AnswerOther(EditPhoneBookContext& editor, UINT message, WPARAM, LPARAM)
 } // namespace
 
 constexpr Dialog<EditPhoneBookContext> kEditPhoneBookDialog{
-    {IDD_EDIT_PHONE_BOOK, IDD_EDIT_PHONE_BOOK_RTL}, {6068, L"-Edit Phone Book"}, kControls, kRoutes, Fill, AnswerOther};
+    .ids = {IDD_EDIT_PHONE_BOOK, IDD_EDIT_PHONE_BOOK_RTL},
+    .title = {6068, L"-Edit Phone Book"},
+    .controls = kControls,
+    .routes = kRoutes,
+    .fill = Fill,
+    .other = AnswerOther,
+    .announce = [](EditPhoneBookContext& editor, Announcements&) { AnnounceGroups(editor); },
+};
 
 } // namespace qx

@@ -185,12 +185,17 @@ void FillEntryList(HWND list, const std::vector<const PhoneBookEntry*>& entries)
     ReplaceRows(list, entries);
 }
 
+PhoneBookItem* ItemOfRow(HWND list, int row, const PhoneBook& book)
+{
+    return book.FindItem(IdOfRow(list, row));
+}
+
 std::vector<PhoneBookItem*> CollectSelectedItems(HWND list, const PhoneBook& book)
 {
     std::vector<PhoneBookItem*> items;
     items.reserve(static_cast<std::size_t>(SelectedCount(list)));
     for (int row = NextSelectedRow(list, -1); row >= 0; row = NextSelectedRow(list, row)) {
-        if (PhoneBookItem* const item = book.FindItem(IdOfRow(list, row)))
+        if (PhoneBookItem* const item = ItemOfRow(list, row, book))
             items.push_back(item);
     }
     return items;

@@ -68,6 +68,8 @@ void ShowRow(const PhoneBookList& list, std::size_t row);
 // Replaces all rows by the given entries, one row each.
 void FillEntryList(HWND list, const std::vector<const PhoneBookEntry*>& entries);
 
+// The book's item with a row's id; null when there is none.
+PhoneBookItem* ItemOfRow(HWND list, int row, const PhoneBook& book);
 // The book's items behind the selected rows, in row order: for each row the first item that has the row's id. Rows
 // whose id is not in the book are left out.
 std::vector<PhoneBookItem*> CollectSelectedItems(HWND list, const PhoneBook& book);
