@@ -64,12 +64,6 @@ private:
     Unique<NullEmpty<IAccPropServices*, ReleaseServices>> services_;
 };
 
-bool Is(HWND window, const wchar_t* className) noexcept
-{
-    wchar_t name[16] = L"";
-    return GetClassNameW(window, name, 16) > 0 && lstrcmpiW(name, className) == 0;
-}
-
 Announcements* Keep(HWND dialog, std::unique_ptr<Announcements> announcements) noexcept
 {
     SetWindowLongPtrW(dialog, DWLP_USER, reinterpret_cast<LONG_PTR>(announcements.get()));
@@ -160,7 +154,7 @@ void Announcements::NameLists() noexcept
     Guarded([&] {
         auto names = names_;
         for (HWND child = GetWindow(dialog_, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
-            const std::wstring label = Is(child, WC_LISTVIEWW) ? LabelOf(child) : std::wstring();
+            const std::wstring label = IsOfClass(child, WC_LISTVIEWW) ? LabelOf(child) : std::wstring();
             if (!label.empty())
                 names[{child, CHILDID_SELF}] = label;
         }
@@ -190,7 +184,7 @@ bool FollowListeners(HWND dialog, UINT message)
 std::wstring LabelOf(HWND control)
 {
     const HWND label = GetWindow(control, GW_HWNDPREV);
-    if (!Is(label, L"Static"))
+    if (!IsOfClass(label, L"Static"))
         return {};
     const std::wstring text = WindowText(label);
     return (GetWindowLongPtrW(label, GWL_STYLE) & SS_NOPREFIX) != 0 ? text : WithoutAccessKey(text);

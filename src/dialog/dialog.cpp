@@ -178,6 +178,12 @@ bool IsClickOfDisabledButton(HWND dialog, UINT message, WPARAM w) noexcept
     return button != nullptr && !IsWindowEnabled(button);
 }
 
+void PassColorChangeOn(HWND window) noexcept
+{
+    for (HWND child = GetWindow(window, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT))
+        SendMessageW(child, WM_SYSCOLORCHANGE, 0, 0);
+}
+
 INT_PTR AnswerAsEveryDialog(const TextOwner& texts, HWND dialog, UINT message, WPARAM w, LPARAM l,
                             std::span<const Control> controls)
 {

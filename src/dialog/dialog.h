@@ -99,6 +99,9 @@ template <class State> INT_PTR InitializeDialog(const Dialog<State>& description
 // Not every system looks whether the default button is on before Enter presses it.
 bool IsClickOfDisabledButton(HWND dialog, UINT message, WPARAM w) noexcept;
 
+// Only the top-level window hears of other system colours, and lists keep those that they were made with.
+void PassColorChangeOn(HWND window) noexcept;
+
 // What a dialog does with a message that is not its own business: Cancel ends it, help is shown or ends here.
 INT_PTR AnswerAsEveryDialog(const TextOwner& texts, HWND dialog, UINT message, WPARAM w, LPARAM l,
                             std::span<const Control> controls);
@@ -116,6 +119,8 @@ INT_PTR DispatchDialogMessage(const Dialog<State>& description, HWND dialog, UIN
             description.announce(*state, announcements);
         return TRUE;
     }
+    if (message == WM_SYSCOLORCHANGE)
+        PassColorChangeOn(dialog);
     if (IsClickOfDisabledButton(dialog, message, w))
         return TRUE;
     if (message == WM_COMMAND && RunRoute(description.routes, *state, LOWORD(w), HIWORD(w)))

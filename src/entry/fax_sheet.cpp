@@ -277,6 +277,9 @@ LRESULT FaxSheet::Handle(UINT message, WPARAM w, LPARAM l)
             BeShownFirst();
         return result;
     }
+    case WM_SYSCOLORCHANGE:
+        PassColorChangeOn(window_);
+        break;
     case WM_HELP:
     case WM_CONTEXTMENU:
         // Of the sheet's own buttons alone; over the caption, say, the system menu is asked for.

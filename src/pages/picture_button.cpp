@@ -3,6 +3,7 @@
 #include "base/guarded.h"
 #include "base/module.h"
 #include "dialog/access_key.h"
+#include "dialog/contrast.h"
 #include "dialog/drawing.h"
 
 #include <windows.h> // before the headers that build on it
@@ -20,25 +21,6 @@ namespace {
 constexpr std::size_t kGround = 0;
 constexpr std::size_t kAreas[] = {kGround, 2, 3}; // everything else is drawn on them
 
-bool IsHighContrast() noexcept
-{
-    HIGHCONTRASTW contrast{};
-    contrast.cbSize = sizeof contrast;
-    return SystemParametersInfoW(SPI_GETHIGHCONTRAST, sizeof contrast, &contrast, 0) &&
-           (contrast.dwFlags & HCF_HIGHCONTRASTON) != 0;
-}
-
-int Brightness(COLORREF color) noexcept
-{
-    return 3 * GetRValue(color) + 6 * GetGValue(color) + GetBValue(color);
-}
-
-// The picture's own colours are made for a light ground.
-bool NeedsSystemColors() noexcept
-{
-    return IsHighContrast() || Brightness(GetSysColor(COLOR_BTNFACE)) < Brightness(GetSysColor(COLOR_BTNTEXT));
-}
-
 RGBQUAD Quad(int systemColor) noexcept
 {
     const COLORREF color = GetSysColor(systemColor);
@@ -48,7 +30,7 @@ RGBQUAD Quad(int systemColor) noexcept
 template <class Colors> Colors InSystemColors(const Colors& drawn) noexcept
 {
     Colors colors = drawn;
-    if (NeedsSystemColors()) {
+    if (!HasRoomForColors(COLOR_BTNTEXT, COLOR_BTNFACE)) {
         colors.fill(Quad(COLOR_BTNTEXT));
         for (const std::size_t area : kAreas)
             colors[area] = Quad(COLOR_BTNFACE);

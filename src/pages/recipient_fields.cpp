@@ -68,7 +68,7 @@ void ShowGroup(RecipientFields& fields, const PhoneBookGroup& group)
     fields.group = &group;
     SetText(fields, IDC_FAX_NUMBER, L"");
     SetText(fields, IDC_COMPANY, L"");
-    const bool wasShown = IsShown(fields, IDC_GROUP_TEXT);
+    const bool wasShown = IsShown(ControlOf(fields, IDC_GROUP_TEXT));
     ShowGroupText(fields, true);
     // Empty when the library has no such text: such a group cannot be taken.
     const std::wstring count = MemberCountText(*fields.texts, group.Members().size());

@@ -37,16 +37,17 @@ FUNCTIONS = set("""
     GetDC GetDeviceCaps GetDIBColorTable GetDlgCtrlID GetDlgItem getenv GetFileAttributesExW GetFileAttributesW
     GetFileInformationByHandle GetFileSecurityW GetFileSizeEx GetFinalPathNameByHandleW GetFocus GetGUIThreadInfo
     GetKeyState GetLastError GetLayout GetLongPathNameW GetMessagePos GetMessageW GetMonitorInfoW GetModuleFileNameW GetModuleHandleExW
-    GetModuleHandleW GetNextDlgTabItem GetObjectW GetOpenFileNameW GetParent GetPrinterDataExW GetPrinterDataW
+    GetModuleHandleW GetNextDlgTabItem GetObjectW GetOpenFileNameW GetParent GetPixel GetPrinterDataExW GetPrinterDataW
     GetPrinterDriverW GetPrinterW GetProcAddress GetProcessHeap GetPropW GetSaveFileNameW GetStockObject GetStringTypeW
     GetSysColor GetSysColorBrush GetSystemDirectoryW GetSystemInfo GetSystemTimeAsFileTime GetTempPathW
     GetThreadErrorMode GetTickCount64 GetUserDefaultUILanguage GetVersionExW GetWindow GetWindowLongPtrW GetWindowRect
-    GetWindowTextLengthW GetWindowTextW HeapAlloc HeapFree ImageList_LoadImageW ImmAssociateContext InflateRect
+    GetWindowTextLengthW GetWindowTextW HeapAlloc HeapFree ImageList_AddMasked ImageList_Create ImageList_Destroy
+    ImageList_LoadImageW ImmAssociateContext InflateRect
     InitializeCriticalSection InvalidateRect IsCharAlphaW IsChild IsDBCSLeadByteEx IsDlgButtonChecked isspace
     IsTextUnicode iswctype iswdigit IsWindow IsWindowEnabled IsWindowVisible iswspace LCMapStringW LeaveCriticalSection
     LoadCursorW LoadImageW LoadLibraryExW LoadLibraryW LoadResource localeconv LockResource lstrcmpiW lstrcmpW lstrcpynW
     malloc MapViewOfFile MapWindowPoints memchr memcmp memcpy memmove memset MessageBoxW MonitorFromWindow MoveFileExW MoveWindow OffsetRect
-    MsgWaitForMultipleObjects MsgWaitForMultipleObjectsEx MulDiv MultiByteToWideChar OpenPrinterW OutputDebugStringW
+    MsgWaitForMultipleObjects MsgWaitForMultipleObjectsEx MulDiv MultiByteToWideChar NotifyWinEvent OpenPrinterW OutputDebugStringW
     PeekMessageW PostMessageW PostQuitMessage PostThreadMessageW PropertySheetW PtInRect QueryPerformanceCounter
     RaiseException ReadFile RealChildWindowFromPoint realloc RegCloseKey RegCreateKeyExW RegDeleteKeyW RegEnumValueW
     RegisterWindowMessageW RegOpenKeyExW RegQueryValueExW RegSetValueExW ReleaseActCtx ReleaseCapture ReleaseDC
@@ -54,7 +55,7 @@ FUNCTIONS = set("""
     RtlUnwindEx RtlVirtualUnwind SafeArrayCreateVector ScreenToClient SelectObject SendDlgItemMessageW
     SendMessageTimeoutW SendMessageW SetBkColor SetCapture SetCurrentDirectoryW SetCursor SetDIBColorTable
     SetDlgItemTextW SetEndOfFile SetEvent SetFileAttributesW SetFilePointerEx SetFileSecurityW SetFocus
-    SetForegroundWindow SetLastError SetLayout SetPrinterDataExW SetPropW SetTextColor SetThreadErrorMode
+    SetForegroundWindow SetLastError SetLayout SetPixel SetPrinterDataExW SetPropW SetTextColor SetThreadErrorMode
     SetupIterateCabinetW SetWindowLongPtrW SetWindowPos SetWindowsHookExW SetWindowTextW ShowCursor ShowWindow
     SizeofResource Sleep sprintf strcmp strerror strlen strncmp strstr strtoul SysAllocStringLen SysFreeString
     SysStringLen SystemParametersInfoW TlsAlloc TlsFree TlsGetValue TlsSetValue towlower TrackMouseEvent

@@ -7,6 +7,7 @@
 #include "res/fax_job_page_ids.h"
 #include "res/setup_page_ids.h"
 #include "support/phone_book_session.h"
+#include "support/system_colors.h"
 #include "support/text_rules.h"
 
 #include <algorithm>
@@ -199,24 +200,6 @@ TEST_F(PhoneBookButton, LooksDifferentWhenHotPressedOrFocused)
     EXPECT_NE(hot, focused);
     EXPECT_NE(pressed, focused);
 }
-
-// The system's colours, put back in the end.
-class SystemColors : NoCopy {
-public:
-    explicit SystemColors(std::vector<std::pair<int, COLORREF>> colors)
-    {
-        for (const auto& [index, color] : colors) {
-            indexes_.push_back(index);
-            before_.push_back(GetSysColor(index));
-            SetSysColors(1, &index, &color);
-        }
-    }
-    ~SystemColors() { SetSysColors(static_cast<int>(indexes_.size()), indexes_.data(), before_.data()); }
-
-private:
-    std::vector<int> indexes_;
-    std::vector<COLORREF> before_;
-};
 
 TEST_F(PhoneBookButton, FollowsTheSystemsColors)
 {

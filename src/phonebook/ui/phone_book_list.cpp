@@ -2,6 +2,7 @@
 
 #include "base/limits.h"
 #include "base/module.h"
+#include "dialog/contrast.h"
 #include "dialog/dialog.h"
 #include "dialog/drawing.h"
 #include "dialog/typed_prefix.h"
@@ -19,6 +20,7 @@ namespace {
 
 constexpr int kIconPixels = 16;
 constexpr COLORREF kIconBackground = RGB(255, 0, 255);
+constexpr COLORREF kIconOutline = RGB(40, 50, 70);
 constexpr std::size_t kComparedNameUnits = 98; // of a row, when it is compared with what was typed
 
 // ---- rows ---------------------------------------------------------------------------------------------------------
@@ -49,13 +51,45 @@ template <class Items> void ReplaceRows(HWND list, const Items& items)
         ScrollItemToTop(list, std::min(topRow, static_cast<int>(items.size()) - 1));
 }
 
+// The outline in the colour of texts, what it encloses in that of their ground.
+void DrawInSystemColors(HBITMAP icon) noexcept
+{
+    const UniqueMemoryDc dc(CreateCompatibleDC(nullptr));
+    const SelectedObject selected(dc.Get(), icon);
+    for (int y = 0; y < kIconPixels; ++y) {
+        for (int x = 0; x < kIconPixels; ++x) {
+            const COLORREF drawn = GetPixel(dc.Get(), x, y);
+            if (drawn != kIconBackground)
+                SetPixel(dc.Get(), x, y, GetSysColor(drawn == kIconOutline ? COLOR_WINDOWTEXT : COLOR_WINDOW));
+        }
+    }
+}
+
+// Null when it cannot be made.
+HIMAGELIST MakeGroupIcon() noexcept
+{
+    const UniqueBitmap icon(static_cast<HBITMAP>(
+        LoadImageW(ModuleInstance(), MAKEINTRESOURCEW(IDB_GROUP), IMAGE_BITMAP, 0, 0, LR_CREATEDIBSECTION)));
+    if (icon && !HasRoomForColors(COLOR_WINDOWTEXT, COLOR_WINDOW))
+        DrawInSystemColors(icon.Get());
+    const HIMAGELIST icons = ImageList_Create(kIconPixels, kIconPixels, ILC_COLOR24 | ILC_MASK, 1, 0);
+    if (icons == nullptr || (icon && ImageList_AddMasked(icons, icon.Get(), kIconBackground) >= 0))
+        return icons;
+    ImageList_Destroy(icons);
+    return nullptr;
+}
+
+void SetIcon(HWND list) noexcept
+{
+    const LRESULT before = SendMessageW(list, LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(MakeGroupIcon()));
+    ImageList_Destroy(reinterpret_cast<HIMAGELIST>(before));
+}
+
 void GiveGroupIcon(PhoneBookList& list) noexcept
 {
     if (list.hasIcon)
         return;
-    const HIMAGELIST icons = ImageList_LoadImageW(ModuleInstance(), MAKEINTRESOURCEW(IDB_GROUP), kIconPixels, 0,
-                                                  kIconBackground, IMAGE_BITMAP, LR_CREATEDIBSECTION);
-    SendMessageW(list.window, LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(icons));
+    SetIcon(list.window);
     list.hasIcon = true;
 }
 
@@ -129,6 +163,10 @@ LRESULT CALLBACK ListProcedure(HWND list, UINT message, WPARAM w, LPARAM l) noex
         CallWindowProcW(previous, list, message, w, l); // selects the row, or nothing beside the rows
         PressButton(GetParent(list), keys.activate);
         return 0;
+    case WM_SYSCOLORCHANGE:
+        if (SendMessageW(list, LVM_GETIMAGELIST, LVSIL_SMALL, 0) != 0)
+            SetIcon(list);
+        break;
     case WM_NCDESTROY:
         SetWindowLongPtrW(list, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(previous));
         delete subclass;
