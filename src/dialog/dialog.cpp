@@ -67,17 +67,20 @@ bool IsButton(HWND control) noexcept
     return (SendMessageW(control, WM_GETDLGCODE, 0, 0) & DLGC_BUTTON) != 0;
 }
 
-// The nearest field or list before a control, round the dialog; null when there is none.
+// The nearest field or list before a control, round the dialog; null when there is none. The system may lead round in a
+// circle that leaves the control out: no dialog has as many steps.
 HWND FieldBefore(HWND dialog, HWND control) noexcept
 {
-    const HWND first = GetNextDlgTabItem(dialog, control, TRUE);
-    HWND found = first;
-    while (found != nullptr && found != control && IsButton(found)) {
+    constexpr int kMostSteps = 100;
+    HWND found = control;
+    for (int step = 0; step < kMostSteps; ++step) {
         found = GetNextDlgTabItem(dialog, found, TRUE);
-        if (found == first)
+        if (found == nullptr || found == control)
             return nullptr;
+        if (!IsButton(found))
+            return found;
     }
-    return found != control ? found : nullptr;
+    return nullptr;
 }
 
 // Within the dialog: from the last control of a page the Tab key would go on to the button that sends. Not to a button

@@ -79,9 +79,13 @@ HIMAGELIST MakeGroupIcon() noexcept
     return nullptr;
 }
 
+// What the list has stays when there is no new one.
 void SetIcon(HWND list) noexcept
 {
-    const LRESULT before = SendMessageW(list, LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(MakeGroupIcon()));
+    const HIMAGELIST icons = MakeGroupIcon();
+    if (icons == nullptr)
+        return;
+    const LRESULT before = SendMessageW(list, LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(icons));
     ImageList_Destroy(reinterpret_cast<HIMAGELIST>(before));
 }
 
