@@ -158,7 +158,13 @@ void Fill(SetupPage& page)
 } // namespace
 
 constexpr Dialog<SetupPage> kSetupPage{
-    {IDD_SETUP_PAGE, IDD_SETUP_PAGE_RTL}, {}, kControls, kRoutes, Fill, AnswerOther, EndAsCancelled<SetupPage>};
+    .ids = {IDD_SETUP_PAGE, IDD_SETUP_PAGE_RTL},
+    .controls = kControls,
+    .routes = kRoutes,
+    .fill = Fill,
+    .other = AnswerOther,
+    .couldNotBeFilled = EndAsCancelled<SetupPage>,
+};
 
 // ---- interface ----
 
@@ -170,8 +176,8 @@ void FitSendButtonOfSheet(SetupPage& page)
 
 void SaveSetupPage(SetupPage& page) noexcept
 {
-    ExchangeSendSettings(*page.job,
-                         page.draft->Get()); // NOLINT(bugprone-unchecked-optional-access): the page has accepted
+    FaxJobData& draft = page.draft->Get(); // NOLINT(bugprone-unchecked-optional-access): the page has accepted
+    ExchangeSendSettings(*page.job, draft);
     page.draft.reset();
     page.job->Cancelled = 0;
 }
