@@ -1,6 +1,7 @@
 #include "text/help.h"
 
 #include "base/abandoned_files.h"
+#include "base/file_in_use.h"
 #include "base/guarded.h"
 #include "base/printer.h"
 #include "base/trace.h"
@@ -108,14 +109,6 @@ bool IsNameOfUnpacked(std::wstring_view name, const void*) noexcept
     return TakeNumber(name) && name == kUnpackedEnding;
 }
 
-// Without this a machine that dies right after the rename may find a file of the right length and no content.
-bool FlushToDisk(const std::wstring& path) noexcept
-{
-    const UniqueFile file(
-        CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
-    return file && FlushFileBuffers(file.Get());
-}
-
 // Another session, or a viewer, must never find half of a file under the target's name: it would be taken for the help
 // ever after. So the file takes that name when it is whole, and on the disk.
 void ExtractFile(const std::wstring& cabinet, const std::wstring& wanted, const std::wstring& target)
@@ -129,7 +122,10 @@ void ExtractFile(const std::wstring& cabinet, const std::wstring& wanted, const 
     SetupIterateCabinetW(cabinet.c_str(), 0, OnCabinet, &extraction);
     const bool whole = extraction.bytes && SizeOfFile(unpacked) == *extraction.bytes;
     // What somebody else has put there meanwhile stays: it may be open already.
-    if (!whole || !FlushToDisk(unpacked) || !MoveFileExW(unpacked.c_str(), target.c_str(), MOVEFILE_WRITE_THROUGH))
+    const auto takeName = [&] {
+        return MoveFileExW(unpacked.c_str(), target.c_str(), MOVEFILE_WRITE_THROUGH) != FALSE;
+    };
+    if (!whole || !FlushToDisk(unpacked) || !RetryWhileInUse(takeName))
         DeleteFileW(unpacked.c_str());
 }
 

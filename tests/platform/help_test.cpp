@@ -7,6 +7,7 @@
 #include "support/help_topics.h"
 #include "support/help_viewer.h"
 #include "support/patched_function.h"
+#include "support/redirected_import.h"
 #include "support/resource_count.h"
 #include "text/help_viewer.h"
 
@@ -264,6 +265,40 @@ TEST_F(Help, AVariantThatAnotherSessionHasUnpackedMeanwhileStays)
     test::WriteCabinet(cabinet_, {{UserVariant(), "ours"}});
     EXPECT_EQ(Extract(), target);
     EXPECT_EQ(Contents(target), "theirs");
+    EXPECT_EQ(FilesInSandbox().size(), 1u);
+}
+
+// A virus scanner looks at every new file; because of that the help must not be missing for a whole session.
+TEST_F(Help, AScannerThatLooksAtTheUnpackedFileIsWaitedFor)
+{
+    static int refusals;
+    static test::RedirectedImport<decltype(CreateFileW)>* create;
+    static test::RedirectedImport<decltype(MoveFileExW)>* move;
+    test::RedirectedImport<decltype(CreateFileW)> creating(
+        "CreateFileW", +[](LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security, DWORD disposition,
+                           DWORD flags, HANDLE like) {
+            if (access != GENERIC_WRITE || refusals == 0)
+                return create->Original()(path, access, share, security, disposition, flags, like);
+            --refusals;
+            SetLastError(ERROR_SHARING_VIOLATION);
+            return INVALID_HANDLE_VALUE;
+        });
+    create = &creating;
+    test::RedirectedImport<decltype(MoveFileExW)> moving(
+        "MoveFileExW", +[](LPCWSTR from, LPCWSTR to, DWORD flags) -> BOOL {
+            if (refusals == 0)
+                return move->Original()(from, to, flags);
+            --refusals;
+            SetLastError(ERROR_SHARING_VIOLATION);
+            return FALSE;
+        });
+    move = &moving;
+
+    test::WriteCabinet(cabinet_, {{UserVariant(), "variant"}});
+    refusals = 3;
+    EXPECT_EQ(Extract(), folder_ / UserVariant());
+    EXPECT_EQ(refusals, 0);
+    EXPECT_EQ(Contents(folder_ / UserVariant()), "variant");
     EXPECT_EQ(FilesInSandbox().size(), 1u);
 }
 

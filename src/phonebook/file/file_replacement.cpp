@@ -1,6 +1,7 @@
 #include "phonebook/file/file_replacement.h"
 
 #include "base/abandoned_files.h"
+#include "base/file_in_use.h"
 #include "base/guarded.h"
 
 #include <algorithm>
@@ -93,23 +94,6 @@ void CopySecurity(const std::wstring& from, const std::wstring& to)
     std::vector<BYTE> descriptor(bytes);
     if (GetFileSecurityW(from.c_str(), DACL_SECURITY_INFORMATION, descriptor.data(), bytes, &bytes))
         SetFileSecurityW(to.c_str(), DACL_SECURITY_INFORMATION, descriptor.data());
-}
-
-UniqueFile OpenForWriting(const std::wstring& path) noexcept
-{
-    UniqueFile file;
-    RetryWhileInUse([&] {
-        file.Reset(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
-        return static_cast<bool>(file);
-    });
-    return file;
-}
-
-// Without this a machine that dies right after the rename may find a file of the right length and no content.
-bool FlushToDisk(const std::wstring& path) noexcept
-{
-    const UniqueFile file = OpenForWriting(path);
-    return file && FlushFileBuffers(file.Get());
 }
 
 // Fills the buffer as far as the file goes; the bytes read, 0 at the end or when it cannot be read.
@@ -342,17 +326,6 @@ std::wstring FollowLink(const std::wstring& path, DWORD disposition)
     if (real.starts_with(kSharePrefix))
         return L"\\\\" + real.substr(kSharePrefix.size());
     return real.starts_with(kPrefix) ? real.substr(kPrefix.size()) : real;
-}
-
-UniqueFile OpenForReading(const std::wstring& path) noexcept
-{
-    UniqueFile file;
-    RetryWhileInUse([&] {
-        file.Reset(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                               FILE_ATTRIBUTE_NORMAL, nullptr));
-        return static_cast<bool>(file);
-    });
-    return file;
 }
 
 std::optional<FileStamp> StampOf(const std::wstring& path) noexcept

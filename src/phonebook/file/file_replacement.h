@@ -2,7 +2,6 @@
 #pragma once
 
 #include "base/no_copy.h"
-#include "base/unique.h"
 #include "phonebook/book/phone_book_storage.h"
 
 #include <functional>
@@ -11,31 +10,6 @@
 #include <vector>
 
 namespace qx {
-
-// What a call is refused with while another program, such as a virus scanner or a backup, looks at the file: every new
-// file is looked at. Access is denied for a moment to a name that is being deleted, and for replacing a file in use.
-constexpr bool MeansInUse(DWORD error) noexcept
-{
-    return error == ERROR_SHARING_VIOLATION || error == ERROR_LOCK_VIOLATION || error == ERROR_ACCESS_DENIED ||
-           error == ERROR_USER_MAPPED_FILE;
-}
-
-// Repeats attempt() for a second as long as it fails, by its last error, because the file is in use.
-template <class Attempt> bool RetryWhileInUse(Attempt attempt)
-{
-    constexpr int kAttempts = 41;
-    constexpr DWORD kPauseMilliseconds = 25;
-    for (int i = 1;; ++i) {
-        if (attempt())
-            return true;
-        const DWORD error = GetLastError();
-        if (i == kAttempts || !MeansInUse(error)) {
-            SetLastError(error);
-            return false;
-        }
-        Sleep(kPauseMilliseconds);
-    }
-}
 
 // A new, empty file that is to take the place of path, which exists and is no link. It lies beside path, or in the
 // temporary folder when the folder of path takes no second file; there is none when it can lie nowhere. It is hidden
@@ -81,10 +55,6 @@ std::vector<std::wstring> KeptCopies(const std::wstring& path);
 // The file that a link leads to; path itself when it is none, or leads nowhere. A link to a file that is not there
 // leads nowhere with OPEN_EXISTING; with OPEN_ALWAYS the file is made, empty.
 std::wstring FollowLink(const std::wstring& path, DWORD disposition = OPEN_EXISTING);
-
-// Opens a file for reading, waiting a moment for others to let go of it. Empty, with the last error set, when it cannot
-// be opened.
-UniqueFile OpenForReading(const std::wstring& path) noexcept;
 
 // None when the file cannot be asked.
 std::optional<FileStamp> StampOf(const std::wstring& path) noexcept;

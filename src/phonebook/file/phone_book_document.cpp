@@ -1,6 +1,6 @@
 #include "phonebook/file/phone_book_document.h"
 
-#include "phonebook/file/file_replacement.h"
+#include "base/file_in_use.h"
 #include "phonebook/file/xml_prolog.h"
 
 #include <algorithm>

@@ -1,5 +1,6 @@
 #include "phonebook/file/phone_book_file.h"
 
+#include "base/file_in_use.h"
 #include "base/no_copy.h"
 #include "base/text.h"
 #include "phonebook/book/item_id.h"
