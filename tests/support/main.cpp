@@ -4,9 +4,11 @@
 //     ui_dialog_tests.exe name_box             those of name_box_test.cpp
 //     ui_dialog_tests.exe name_box --gtest_filter=NameBox.*
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
+#include <windows.h>
 
 namespace {
 
@@ -33,6 +35,10 @@ void KeepOnly(const std::string& file)
 
 int main(int count, char** arguments)
 {
+    // Newer systems show 96 dpi, whatever the screen has, to a program that does not say that it knows others.
+    const char* const dotsPerInch = std::getenv("QX_DPI");
+    if (dotsPerInch != nullptr && std::atoi(dotsPerInch) != USER_DEFAULT_SCREEN_DPI)
+        SetProcessDPIAware();
     testing::InitGoogleTest(&count, arguments);
     if (count > 1)
         KeepOnly(std::string(arguments[1]) + "_test");
