@@ -88,20 +88,33 @@ public:
     // From a start tag's first character behind its end; whether it has no end tag of its own.
     bool SkipStartTag() noexcept
     {
-        char last = '\0';
-        for (; !AtEnd() && Current() != '>'; Skip(1)) {
-            last = Current();
-            if (last != '"' && last != '\'')
-                continue;
+        while (SkipToQuoteOrTagEnd() && Current() != '>') {
+            const char quote = Current();
             Skip(1);
-            if (!SkipTo(last))
+            if (!SkipTo(quote))
                 break;
+            Skip(1);
         }
+        const bool isEmpty = at_ > 0 && At(at_ - 1) == '/';
         Skip(1);
-        return last == '/';
+        return isEmpty;
     }
 
 private:
+    // As SkipTo.
+    bool SkipToQuoteOrTagEnd() noexcept
+    {
+        const auto isOne = [](char c) { return c == '"' || c == '\'' || c == '>'; };
+        if (width_ == 1) {
+            while (at_ < bytes_.size() && !isOne(bytes_[at_]))
+                ++at_;
+        } else {
+            while (!AtEnd() && !isOne(At(at_)))
+                ++at_;
+        }
+        return !AtEnd();
+    }
+
     void SetWide(std::size_t asciiByte) noexcept
     {
         width_ = 2;
