@@ -35,10 +35,12 @@ while [[ $# -gt 0 ]]; do
     esac
 done
 cmake --preset release >&2
+cmake --build --preset release --target bench >&2
 if [[ ${#names[@]} -eq 0 ]]; then # csv is only there with its library
-    mapfile -t names < <(cmake --build --preset release --target help | sed -n 's/^\([a-z_]*\)_bench: phony$/\1/p')
+    for program in "$folder"/*_bench.exe; do
+        names+=("$(basename "$program" _bench.exe)")
+    done
 fi
-cmake --build --preset release --target "${names[@]/%/_bench}" >&2
 mkdir -p "$results"
 
 # On one core with the wineserver and the display: a round between them then costs always the same.

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <fstream>
 #include <iterator>
+#include <nlohmann/json.hpp>
 #include <string_view>
 #include <windows.h>
 
@@ -92,17 +93,20 @@ int Benchmark::Report(int count, char** arguments) const
 
 void Benchmark::WriteJson(const char* file, const std::vector<Comparison>& comparisons)
 {
-    std::ofstream out(file);
-    out << "[\n";
+    auto rows = nlohmann::ordered_json::array();
     for (const Comparison& row : comparisons) {
-        out << "  {\"work\": \"" << row.work << "\", \"measured\": " << row.measured << ", \"unavoidable\": \""
-            << row.unavoidable << "\", \"unavoidableMeasured\": " << row.unavoidableMeasured << ", \"unit\": \""
-            << row.unit << "\", \"ratio\": " << row.Ratio()
-            << ", \"allowed\": " << (row.allowed == kAnything ? "null" : AsText(row.allowed, "%g"))
-            << ", \"bytesPerEntry\": " << (row.bytesPerEntry ? AsText(*row.bytesPerEntry, "%.0f") : "null") << "}"
-            << (&row == &comparisons.back() ? "\n" : ",\n");
+        rows.push_back({{"work", row.work},
+                        {"measured", row.measured},
+                        {"unavoidable", row.unavoidable},
+                        {"unavoidableMeasured", row.unavoidableMeasured},
+                        {"unit", row.unit},
+                        {"ratio", row.Ratio()},
+                        {"allowed", row.allowed}, // null without a limit: JSON has no infinity
+                        {"bytesPerEntry", nullptr}});
+        if (row.bytesPerEntry)
+            rows.back()["bytesPerEntry"] = *row.bytesPerEntry;
     }
-    out << "]\n";
+    std::ofstream(file) << rows.dump(1) << '\n';
 }
 
 } // namespace qx::bench
