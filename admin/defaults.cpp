@@ -155,15 +155,15 @@ void Clear(const std::wstring& printerName, const std::vector<std::wstring>& nam
         report.Say("There was nothing to remove.");
 }
 
-struct Options {
+struct DefaultsOptions {
     std::wstring printer;
     std::vector<std::wstring> words;
 };
 
 CLI::App& AddCommand(CLI::App& group, const std::string& name, const std::string& help, Invocation& invocation,
-                     void (*run)(const Options&, Report&), const std::string& words)
+                     void (*run)(const DefaultsOptions&, Report&), const std::string& words)
 {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<DefaultsOptions>();
     CLI::App& command = *group.add_subcommand(name, help);
     AddText(command, "--printer", options->printer, "name of the printer")->required();
     if (!words.empty())
@@ -180,15 +180,15 @@ void AddDefaultsCommands(CLI::App& app, Invocation& invocation)
     CLI::App& group = *app.add_subcommand("defaults", "The current user's fax defaults of a printer: get, set, clear.");
     group.require_subcommand(1);
     AddCommand(group, "get", "Show what is stored, and what of it is taken over.", invocation,
-               [](const Options& options, Report& report) { Get(options.printer, report); }, {});
+               [](const DefaultsOptions& options, Report& report) { Get(options.printer, report); }, {});
     AddCommand(
         group, "set", "Store values; one that would be ignored or altered is refused.", invocation,
-        [](const Options& options, Report& report) { Set(options.printer, options.words, report); }, "values")
+        [](const DefaultsOptions& options, Report& report) { Set(options.printer, options.words, report); }, "values")
         .get_option("values")
         ->required();
     AddCommand(
         group, "clear", "Remove values, or all of them.", invocation,
-        [](const Options& options, Report& report) { Clear(options.printer, options.words, report); }, "names");
+        [](const DefaultsOptions& options, Report& report) { Clear(options.printer, options.words, report); }, "names");
 }
 
 } // namespace qx::admin
