@@ -1,8 +1,9 @@
 #!/bin/bash
-# Installs what is missing, builds the checked configuration and runs every test under Wine on a virtual display.
+# Installs what is missing, builds the checked configuration and runs the tests under Wine on a virtual display.
 # Options are passed on to ctest:
 #
-#   ./test.sh               all tests
+#   ./test.sh               all tests but the long ones
+#   ./test.sh -L long       those: plays of many sessions and processes
 #   ./test.sh -L quick      only those that open no window
 #   ./test.sh -R ui.        only those whose name matches
 #
@@ -14,4 +15,5 @@ tools/setup.sh
 cmake --preset checked >/dev/null
 cmake --build --preset checked
 # One more than there are cores: a dialog often waits for the display.
+[[ $# -gt 0 ]] || set -- --label-exclude '^long$'
 tools/with-wine.sh ctest --preset checked --parallel "$(($(nproc) + 1))" "$@"
