@@ -231,7 +231,7 @@ constexpr Verb kVerbs[] = {
     {"uncheck", "ID", "clear a check box", ReadUncheck},
     {"choose", "ID", "choose a radio button", ReadChoose},
     {"select", "ID TEXT", "choose an item of a combo box", ReadSelect},
-    {"rows", "ID N...", "select exactly these rows of a list, counted from 1", ReadRows},
+    {"rows", "ID N...", "wait for these rows of a list, counted from 1, and select no others", ReadRows},
     {"key", "KEY", "press a key on the keyboard, such as F1, Tab or Ctrl+A", ReadKey},
     {"wait", "ID", "wait for a dialog that has this control", ReadWait},
     {"answer", "NAME [TEXT]", "wait for a message box (that says TEXT) and press its button", ReadAnswer},

@@ -562,9 +562,11 @@ void UiDriver::DropDown(int id, bool open)
 void UiDriver::SelectRows(int id, const std::vector<int>& rows)
 {
     const HWND list = UsableControl(id);
-    const int count = RowCount(id);
-    if (std::ranges::any_of(rows, [count](int row) { return row < 0 || row >= count; }))
-        Fail("list " + std::to_string(id) + " has only " + std::to_string(count) + " rows");
+    const auto areThere = [&, this] {
+        const int count = RowCount(id);
+        return std::ranges::all_of(rows, [count](int row) { return 0 <= row && row < count; });
+    };
+    WaitUntil(areThere, "list " + std::to_string(id) + " does not have these rows");
     Do([=] {
         // Not all rows at once: some systems then tell of every single one, also in a list of a million.
         for (int row = -1; (row = ListView_GetNextItem(list, row, LVNI_SELECTED)) >= 0;)

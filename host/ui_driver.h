@@ -89,7 +89,7 @@ public:
     void Focus(int id);
     void Select(int id, int item); // an item of a combo box
     void DropDown(int id, bool open);
-    void SelectRows(int id, const std::vector<int>& rows); // exactly these, the last one with the row focus
+    void SelectRows(int id, const std::vector<int>& rows); // waits for these; the last one gets the row focus
     void DoubleClickRow(int id, int row);
     void ClickColumn(int id, int column);
     void GoToPage(int index);
