@@ -7,9 +7,9 @@ usage() {
     cat <<'TEXT'
 usage: tools/bench.sh [--markdown FILE] [NAME...]
 
-Runs every benchmark, or those named (session, name_box, phone_book, phone_book_lists, csv), and prints each piece of
-work beside the part of it that nobody can avoid. A benchmark that is over a limit runs again, up to three times: the
-machine can only add to a time, and a limit counts as broken when no run keeps it.
+Runs every benchmark, or those named (session, name_box, phone_book, phone_book_lists, contacts, csv), and prints each
+piece of work beside the part of it that nobody can avoid. A benchmark that is over a limit runs again, up to three
+times: the machine can only add to a time, and a limit counts as broken when no run keeps it.
 
   --markdown FILE  writes the table to FILE as Markdown as well; in docs/performance.md it takes the place of the last
   --help           this text
