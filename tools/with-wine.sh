@@ -192,6 +192,22 @@ choose_dialog_font() {
     touch "$WINEPREFIX/.font-chosen"
 }
 
+# Somebody stays on the desktop, and its window is there before any command: whichever process needs it otherwise starts
+# its owner, and whoever reads what that process writes waits for the desktop's end, too.
+start_desktop() {
+    rm -f "$dir/idle.pipe"
+    mkfifo "$dir/idle.pipe"
+    setsid wine64 cmd <>"$dir/idle.pipe" >"$dir/idle.log" 2>&1 &
+    echo 'echo on the desktop' >"$dir/idle.pipe"
+    setsid wine64 wineboot
+    local tries
+    for ((tries = 0; tries < 600; ++tries)); do # at the latest when wineboot has gone somebody else must be there
+        if grep -q '^on the desktop' "$dir/idle.log"; then break; fi
+        sleep 0.1
+    done
+    setsid wine64 rundll32 user32.dll,GetDesktopWindow
+}
+
 start_session() {
     prepare_prefix
     if [[ $own_display == yes ]]; then
@@ -203,12 +219,7 @@ start_session() {
     (
         exec 7>&- 8>&- 9>&-
         setsid wineserver -p
-        # Somebody stays on the desktop: else whichever process needs it next starts it again, and whoever reads what that
-        # process writes waits for the desktop's end, too.
-        rm -f "$dir/idle.pipe"
-        mkfifo "$dir/idle.pipe"
-        setsid wine64 cmd <>"$dir/idle.pipe" &
-        setsid wine64 wineboot
+        start_desktop
         [[ -f $WINEPREFIX/.font-chosen ]] || choose_dialog_font
     ) </dev/null >"$dir/session.log" 2>&1 || die "Wine does not start, see $dir/session.log"
     touch "$dir/running"
