@@ -80,10 +80,10 @@ FaxSheet* SheetOf(HWND window)
     return found != HookedSheets().end() ? found->sheet : nullptr;
 }
 
-void Forget(HWND window) noexcept
+void Forget(const FaxSheet* sheet) noexcept
 {
     const Locked locked(g_sheetsLock);
-    std::erase_if(HookedSheets(), [&](const auto& s) { return s.window == window; });
+    std::erase_if(HookedSheets(), [&](const auto& s) { return s.sheet == sheet; });
 }
 
 LRESULT CALLBACK SheetProcedure(HWND window, UINT message, WPARAM w, LPARAM l) noexcept
@@ -142,6 +142,13 @@ struct HeapDeleter {
 
 } // namespace
 
+// A program may have taken our procedure away again: then nobody told us of the window's end.
+FaxSheet::~FaxSheet()
+{
+    if (window_ != nullptr) // else the table may not be there, and there may be no memory for it
+        Forget(this);
+}
+
 void FaxSheet::Run(const FaxSheetContent& content)
 {
     content_ = &content;
@@ -196,7 +203,7 @@ bool FaxSheet::Hook(HWND sheet) noexcept
         return true;
     }
     window_ = nullptr;
-    Forget(sheet);
+    Forget(this);
     return false;
 }
 
@@ -305,7 +312,7 @@ LRESULT FaxSheet::Handle(UINT message, WPARAM w, LPARAM l)
     case WM_DESTROY:
         // The messages that follow are the dialog's own again: with the last one it frees its font.
         RestoreProcedure(window_, SheetProcedure, previous_);
-        Forget(window_);
+        Forget(this);
         break;
     default:
         break;

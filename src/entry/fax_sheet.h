@@ -21,6 +21,9 @@ struct FaxSheetContent {
 
 class FaxSheet final : public PageHost {
 public:
+    FaxSheet() = default;
+    ~FaxSheet();
+
     // Shows the sheet until the user sends or cancels; the pages write the outcome into the job record. Without memory
     // for its description there is no sheet, and the record stays as it is.
     void Run(const FaxSheetContent& content);

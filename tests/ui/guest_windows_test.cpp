@@ -26,6 +26,24 @@ TEST(GuestWindows, AProcedureThatTheProgramPutsOverTheSheetsStays)
     EXPECT_EQ(ForeignProcedure::TimesSeen(WM_DESTROY), 1);
 }
 
+// A program that unhooks puts back what it once saw below, and may take our procedure away with its own.
+TEST(GuestWindows, AProgramThatTakesTheSheetsProcedureAwayDoesNotEndTheNextSession)
+{
+    SendFaxSession session;
+    session.SetDefault(L"ApplyDefaults", 1u);
+    session.Start();
+    const HWND sheet = session.Ui().Dialog();
+    session.Ui().Do([sheet] {
+        const auto ofTheClass = static_cast<LONG_PTR>(GetClassLongPtrW(sheet, GCLP_WNDPROC));
+        ASSERT_NE(SetWindowLongPtrW(sheet, GWLP_WNDPROC, ofTheClass), ofTheClass);
+    });
+    session.Cancel();
+    session.Start(); // on the same thread, and thus with everything in the same places
+    session.Ui().Type(IDC_FAX_NUMBER, L"5550100");
+    EXPECT_EQ(session.Send().Cancelled, 0u);
+    EXPECT_EQ(session.Recipients(), (std::vector<Recipient>{{L"", L"5550100", L""}}));
+}
+
 // ---- messages from less privileged programs
 
 struct Allowed {
