@@ -340,5 +340,21 @@ TEST(AddRecipients, EnterOnAListWithoutSelectionConfirmsTheDialog)
     EXPECT_TRUE(ui.HasControl(IDC_NAME_BOX));
 }
 
+// A record that is used again may hold recipients from before the module was unloaded and loaded elsewhere.
+TEST(AddRecipients, RecipientsOfAnEarlierModuleAreShown)
+{
+    PhoneBookSession session(Acquaintances());
+    UiDriver& ui = session.OpenFaxJobPage();
+    ui.Type(IDC_NAME_BOX, L"Zoe");
+    ui.Type(IDC_FAX_NUMBER, L"555");
+    ui.Press(IDC_TO);
+    session.Record().Recipients.Items[0]->Reserved = nullptr;
+    ui.Press(IDC_PHONE_BOOK);
+    EXPECT_EQ(NamesIn(ui, IDC_PICK_CHOSEN), Names{L"Zoe"});
+    ui.Press(IDOK);
+    EXPECT_EQ(session.Send().Cancelled, 0u);
+    EXPECT_EQ(session.Recipients(), (std::vector<Recipient>{{L"Zoe", L"555", L""}}));
+}
+
 } // namespace
 } // namespace qx::test

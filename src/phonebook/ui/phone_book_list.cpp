@@ -25,12 +25,18 @@ constexpr std::size_t kComparedNameUnits = 98; // of a row, when it is compared 
 
 // ---- rows ---------------------------------------------------------------------------------------------------------
 
+// Asks the entry for nothing virtual: recipients that a record comes with may be of a module that was unloaded since.
+bool AppendItem(HWND list, const PhoneBookEntry& entry) noexcept
+{
+    return AppendRow(list, {OrEmpty(entry.Name()), NumberCell(entry.FaxNumber()), entry.Company()},
+                     static_cast<LPARAM>(entry.PhoneBookEntry::GetId()));
+}
+
 bool AppendItem(HWND list, const PhoneBookItem& item) noexcept
 {
-    const auto id = static_cast<LPARAM>(item.GetId());
     if (const PhoneBookEntry* const entry = AsEntry(&item))
-        return AppendRow(list, {entry->GetName(), NumberCell(entry->FaxNumber()), entry->Company()}, id);
-    return AppendRow(list, {item.GetName()}, id, 0);
+        return AppendItem(list, *entry);
+    return AppendRow(list, {item.GetName()}, static_cast<LPARAM>(item.GetId()), 0);
 }
 
 template <class Items> void InsertRows(HWND list, const Items& items) noexcept
@@ -38,7 +44,7 @@ template <class Items> void InsertRows(HWND list, const Items& items) noexcept
     const RedrawOff quiet(list);
     SendMessageW(list, LVM_DELETEALLITEMS, 0, 0);
     SendMessageW(list, LVM_SETITEMCOUNT, items.size(), 0);
-    for (const PhoneBookItem* const item : items)
+    for (const auto* const item : items)
         AppendItem(list, *item);
 }
 
