@@ -12,6 +12,8 @@
  *   - set Recipients.Capacity to at least 1 (QxFaxInitJob does both), and
  *   - set Cancelled to the value that it wants to find when no sheet could be shown: the module writes it only when
  *     the user sends (0) or cancels (1), or when a sheet has to be closed because a page could not be filled (1).
+ *  Before each later one it releases the record (QxFaxReleaseJob, which presets Cancelled, too): recipients that are
+ *  still in a record are shown, and sent to, and a Cancelled that is still 0 says "sent" when no sheet could be shown.
  *
  *  Threads. A record and the printer handle given with it belong to one thread during DisplayFaxUI. Several threads may
  *  each call DisplayFaxUI at the same time with a record and a printer handle of their own. The block of
@@ -130,16 +132,21 @@ typedef struct FaxJobData {
 
 #pragma pack(pop)
 
+/** Names of printer data that are the driver's: the module neither reads nor writes them. */
+#define QXFAX_JOB_DATA_NAME L"FaxJobData"
+#define QXFAX_JOB_DATA_LENGTH_NAME L"FaxJobDataLength"
+
 /** Shows the modal "Send Fax" sheet and returns when the user has sent or cancelled.
  *
  *  @param printer  a handle from OpenPrinterW; NULL leaves the record untouched and shows nothing
- *  @param record   prepared as described above; may be used again for the next call
+ *  @param record   prepared as described above; may be used again for the next call once it is released
  *  The outcome is in the record: Cancelled, the recipients and the settings. Call it on a thread that may show windows;
  *  the sheet is owned by that thread's active window, is modal to it, and handles the thread's messages meanwhile. Not
  *  from DllMain.
  *   - Send: Cancelled is 0 and all fields are the user's.
- *   - Cancel, or the sheet closed: Cancelled is 1; recipients, sender, quality, notification, cover page and billing
- *     code are as they were when the sheet opened, except for what Edit Defaults has put there.
+ *   - Cancel, or the sheet closed: Cancelled is 1; sender, quality, notification, cover page and billing code are as
+ *     they were when the sheet opened, except for what Edit Defaults has put there; the recipients are those that the
+ *     user had left in the list.
  *   - The thread's message loop is ended (WM_QUIT) while the sheet is open: as Cancel, but Cancelled keeps what the
  *     driver had set, and the quit message comes again in the caller's loop. */
 QXFAX_API void WINAPI DisplayFaxUI(_In_opt_ HANDLE printer, _Inout_opt_ FaxJobData* record);

@@ -1,4 +1,6 @@
+#include "base/unique.h"
 #include "res/fax_job_page_ids.h"
+#include "res/setup_page_ids.h"
 #include "support/patched_function.h"
 #include "support/send_fax_session.h"
 
@@ -157,6 +159,68 @@ TEST(SendSession, ADeviceThatIsNotOperationalIsWarnedOfExactlyOnce)
     session.Ui().WaitForControl(IDC_FAX_NUMBER); // the sheet comes next, and no second box before it
     session.Ui().Type(IDC_FAX_NUMBER, L"5550100");
     EXPECT_EQ(session.Send().Cancelled, 0u); // a warning never blocks sending
+}
+
+TEST(SendSession, APrinterWithoutAGuidHasNoSettingsAndSends)
+{
+    const auto subtrees = [] {
+        DWORD count = 0;
+        UniqueKey key;
+        RegOpenKeyExW(HKEY_CURRENT_USER, L"Software\\Quillmarsh", 0, KEY_READ, key.Receive());
+        RegQueryInfoKeyW(key.Get(), nullptr, nullptr, nullptr, &count, nullptr, nullptr, nullptr, nullptr, nullptr,
+                         nullptr, nullptr);
+        return count;
+    };
+    SessionOptions options;
+    options.printer.guid = std::nullopt;
+    SendFaxSession session(options);
+    const DWORD before = subtrees();
+    session.Start();
+    host::UiDriver& ui = session.Ui();
+    ui.AnswerBox(IDOK);                       // nothing says that the device is operational
+    ui.Type(IDC_SENDER_NAME, L"Nora Fields"); // it opens on the Setup page
+    ui.GoToPage(0);
+    ui.Type(IDC_NAME_BOX, L"Ann");
+    ui.Type(IDC_FAX_NUMBER, L"5550100");
+    const FaxJobData& job = session.Send();
+    EXPECT_EQ(job.Cancelled, 0u);
+    EXPECT_STREQ(job.SenderName, L"Nora Fields");
+    EXPECT_EQ(session.Recipients(), (std::vector<Recipient>{{L"Ann", L"5550100", L""}}));
+    EXPECT_EQ(subtrees(), before);
+}
+
+// As drivers are told: a record is released before it is used again, or its recipients are those of the next fax.
+TEST(SendSession, ARecordThatWasNotReleasedComesWithItsRecipientsAndIsCancelledOnlyByThem)
+{
+    SendFaxSession session;
+    session.SetDefault(L"ApplyDefaults", 1u);
+    session.Start([&session] {
+        session.Call();
+        session.Record().Cancelled = 7;
+        session.Call();
+    });
+    host::UiDriver& ui = session.Ui();
+    ui.Type(IDC_NAME_BOX, L"Ann");
+    ui.Type(IDC_FAX_NUMBER, L"5550100");
+    ui.Press(IDC_TO);
+    const HWND first = ui.Dialog();
+    PostMessageW(first, WM_COMMAND, IDCANCEL, 0);
+    while (IsWindow(first))
+        Sleep(10);
+    ui.WaitForControl(IDC_RECIPIENTS);
+    EXPECT_EQ(ui.RowCount(IDC_RECIPIENTS), 1);
+    EXPECT_EQ(session.Record().Cancelled, 7u);
+    EXPECT_EQ(session.Send().Cancelled, 0u);
+    EXPECT_EQ(session.Recipients(), (std::vector<Recipient>{{L"Ann", L"5550100", L""}}));
+}
+
+TEST(SendSession, DefaultsThatWereStoredAndNotAppliedAreShownOnTheSetupPage)
+{
+    SendFaxSession session;
+    session.SetDefault(L"SenderName", L"Nora Fields");
+    session.Start();
+    EXPECT_EQ(session.Ui().Text(IDC_SENDER_NAME), L"Nora Fields");
+    session.Cancel();
 }
 
 TEST(SendSession, TheFirstUseOpensOnTheSetupPageAndALaterOneOnTheFaxJobPage)
