@@ -4,6 +4,9 @@
 #include "support/server_printer.h"
 #include "support/test_printer.h"
 
+#include <algorithm>
+#include <cstring>
+#include <cwchar>
 #include <gtest/gtest.h>
 #include <vector>
 
@@ -125,6 +128,34 @@ TEST(PrinterDriver, NamesFilesBesideItsOwn)
     EXPECT_FALSE(none);
     EXPECT_EQ(none.FileBeside(L"QXTEXT64.DLL"), L"");
     EXPECT_TRUE(none.DependentFiles().empty());
+}
+
+const wchar_t* g_driverPath = L"";
+
+BOOL WINAPI DriverAtPath(HANDLE, wchar_t*, DWORD, BYTE* data, DWORD bytes, DWORD* needed)
+{
+    const std::size_t pathUnits = std::wcslen(g_driverPath) + 1;
+    *needed = static_cast<DWORD>(sizeof(DRIVER_INFO_3W) + pathUnits * sizeof(wchar_t));
+    if (bytes < *needed) {
+        SetLastError(ERROR_INSUFFICIENT_BUFFER);
+        return FALSE;
+    }
+    auto* const path = reinterpret_cast<wchar_t*>(data + sizeof(DRIVER_INFO_3W));
+    std::copy_n(g_driverPath, pathUnits, path);
+    DRIVER_INFO_3W information{};
+    information.pDriverPath = path;
+    std::memcpy(data, &information, sizeof information);
+    return TRUE;
+}
+
+TEST(PrinterDriver, NamesNoFileBesideOneWithoutAFolder)
+{
+    const TestPrinter printer;
+    const PatchedFunction patch(L"winspool.drv", "GetPrinterDriverW", DriverAtPath);
+    g_driverPath = L"C:\\dir\\drv.dll";
+    EXPECT_EQ(PrinterDriver(printer.Handle()).FileBeside(L"QXTEXT64.DLL"), L"C:\\dir\\QXTEXT64.DLL");
+    g_driverPath = L"drv.dll";
+    EXPECT_EQ(PrinterDriver(printer.Handle()).FileBeside(L"QXTEXT64.DLL"), L"");
 }
 
 TEST(LocalPrinter, IsOneThatIsInstalledHere)
