@@ -476,7 +476,7 @@ void UiDriver::Do(std::function<void()> action)
     auto owned = std::make_unique<std::function<void()>>(std::move(action));
     if (!PostMessageW(FindExecutor(uiThread_), kRun, 0, reinterpret_cast<LPARAM>(owned.get())))
         Fail(SystemError("the UI thread takes no messages", GetLastError()));
-    static_cast<void>(owned.release()); // now the executor's
+    static_cast<void>(owned.release()); // NOLINT(bugprone-unused-return-value): now the executor's
     Settle();                           // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
 }
 

@@ -39,7 +39,7 @@ tidy() {
     [[ -f $build/compile_commands.json ]] || cmake --preset checked >/dev/null
     gcc=$(dirname "$("$cross-g++-posix" -print-libgcc-file-name)")
     local arguments=("--extra-arg-before=--target=$cross" --extra-arg=-Wno-unused-command-line-argument
-        --extra-arg=-Wno-ignored-gch)
+        --extra-arg=-Wno-unknown-warning-option --extra-arg=-Wno-ignored-gch)
     for include in "$gcc/include/c++" "$gcc/include/c++/$cross" "/usr/$cross/include" /usr/share/mingw-w64/include; do
         arguments+=("--extra-arg=-isystem$include")
     done

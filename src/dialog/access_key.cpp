@@ -50,7 +50,10 @@ bool HasAccessKey(HWND control) noexcept
 wchar_t AccessKeyOf(std::wstring_view caption) noexcept
 {
     for (std::size_t i = 0; i + 1 < caption.size(); ++i) {
-        if (caption[i] == L'&' && caption[++i] != L'&') // a doubled one is shown
+        if (caption[i] != L'&')
+            continue;
+        ++i;
+        if (caption[i] != L'&') // a doubled one is shown
             return UpperCase(caption[i]);
     }
     return 0;

@@ -42,7 +42,7 @@ constexpr Complaint kComplaints[] = {
 
 std::wstring TextOf(const TextOwner& texts, const Complaint& complaint, DWORD leastDigits)
 {
-    const std::wstring text = LocalizedText(texts, complaint.text);
+    std::wstring text = LocalizedText(texts, complaint.text);
     if (complaint.missing.id != 0)
         return text + L"\n" + LocalizedText(texts, complaint.missing);
     if (complaint.problem == SendProblem::BillingCodeTooShort)
