@@ -10,6 +10,7 @@
 #include "res/bitmaps_ids.h"
 #include "settings/device_state.h"
 
+#include <utility>
 #include <vector>
 
 namespace qx {
@@ -282,14 +283,18 @@ SendFacts FactsOf(const FaxJobPage& page)
             .image = CheckImage(page.coverPage)};
 }
 
-// Shows a message for everything that keeps the job from being sent, in order.
+// Shows a message for everything that keeps the job from being sent, in order. Without a message a Send is refused that
+// would leave out whose number was in sight when the user pressed it.
 bool ValidateFaxJobPage(FaxJobPage& page)
 {
     Settle(page);
+    const bool numberTaken = std::exchange(page.fields.numberTaken, false);
+    if (numberTaken)
+        page.errorField = IDC_FAX_NUMBER; // the user has not seen it yet
     const std::vector<SendProblem> problems = CheckSend(FactsOf(page));
     for (const SendProblem problem : problems)
         page.errorField = ReportProblem(page, page.dialog, problem, page.job->BillingCodeMinLength);
-    return problems.empty();
+    return problems.empty() && !numberTaken;
 }
 
 // Kept: a group that still stands in the fields has no fax number of its own, and is left out.

@@ -97,6 +97,7 @@ void ShowEntry(RecipientFields& fields, const wchar_t* faxNumber, const wchar_t*
 // Without an item the fields are emptied.
 void ShowItem(RecipientFields& fields, const PhoneBookItem* item)
 {
+    fields.numberTaken = false;
     if (const PhoneBookGroup* const group = AsGroup(item))
         ShowGroup(fields, *group);
     else if (const PhoneBookEntry* const entry = AsEntry(item))
@@ -140,8 +141,10 @@ void ForgetRefillIfChanged(RecipientFields& fields)
 {
     const auto& refill = fields.refill;
     if (refill &&
-        (TextOf(fields, IDC_FAX_NUMBER) != refill->faxNumber || TextOf(fields, IDC_COMPANY) != refill->company))
+        (TextOf(fields, IDC_FAX_NUMBER) != refill->faxNumber || TextOf(fields, IDC_COMPANY) != refill->company)) {
         fields.refill.reset();
+        fields.numberTaken = false;
+    }
 }
 
 void FilterFaxNumber(RecipientFields& fields)
@@ -241,7 +244,9 @@ void SettleFields(RecipientFields& fields)
     // The name that was refilled from, in other letters: only an item of just these letters is another one.
     if (found->text != name && EqualUserText(name, fields.refill->name))
         return;
+    const bool hadNumber = Holds(fields, IDC_FAX_NUMBER);
     ShowItem(fields, static_cast<const PhoneBookItem*>(found->data));
+    fields.numberTaken = hadNumber && !Holds(fields, IDC_FAX_NUMBER);
     PostMessageW(fields.dialog, kFindFocus, 0, 0); // the focus may still be on its way
 }
 
@@ -257,7 +262,7 @@ void ClearFields(RecipientFields& fields)
 {
     ClearNameBox(fields.nameBox);
     SetText(fields, IDC_GROUP_TEXT, L"");
-    ShowEntry(fields, nullptr, nullptr);
+    ShowItem(fields, nullptr);
 }
 
 void FindFocus(const RecipientFields& fields) noexcept

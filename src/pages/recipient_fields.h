@@ -28,6 +28,8 @@ struct RecipientFields {
     const PhoneBookGroup* group = nullptr;
     // The fields as the name box last refilled them, until the user changes number or company.
     std::optional<Recipient> refill;
+    // Settling has taken the number that stood in the fields away, and the user has not acted on it yet.
+    bool numberTaken = false;
 };
 
 // Posted to the page, which calls FindFocus: a field may have been disabled under the focus.

@@ -240,6 +240,26 @@ protected:
         stand.Show();
     }
     void Leave() { SetFocus(stand.Control(IDC_RECIPIENTS)); }
+    void AddSomebody()
+    {
+        stand.SetText(IDC_FAX_NUMBER, L"999");
+        stand.Press(IDC_TO);
+    }
+    static void DispatchPosted()
+    {
+        MSG message;
+        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
+            DispatchMessageW(&message);
+    }
+    void ExpectSendOnlyAfterALook()
+    {
+        EXPECT_FALSE(stand.Send());
+        EXPECT_EQ(Fax(), L"");
+        DispatchPosted();
+        EXPECT_EQ(GetFocus(), stand.Control(NumberFieldOf(stand.Page().fields)));
+        EXPECT_TRUE(stand.Send());
+        EXPECT_EQ(stand.Recipients(), (std::vector<Row>{{L"", L"999", L""}}));
+    }
     void ExpectFields(const wchar_t* name, const wchar_t* faxNumber, const wchar_t* company)
     {
         EXPECT_EQ(Name(), name);
@@ -278,9 +298,7 @@ TEST_F(Typist, WhoTypesOnToAGroupIsNotLeftInTheFieldThatItReplaces)
         stand.Press(IDC_CLEAR_FIELDS);
         stand.TypeName(L"ande");
         SetFocus(stand.Control(field)); // as Tab or a click does
-        MSG message;
-        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
-            DispatchMessageW(&message);
+        DispatchPosted();
         EXPECT_EQ(GetFocus(), stand.Control(IDC_GROUP_TEXT)) << field;
     }
 }
@@ -310,6 +328,72 @@ TEST_F(Typist, WhoTypesOnToAnotherNameAndSendsFaxesToThatOne)
     stand.TypeName(L"andr");
     EXPECT_TRUE(stand.Send());
     EXPECT_EQ(stand.Recipients(), (std::vector<Row>{{L"Andrew", L"102", L"Mill"}}));
+}
+
+TEST_F(Typist, WhoTypesOnToAGroupSeesItBeforeASendLeavesItOut)
+{
+    AddSomebody();
+    stand.TypeName(L"ande");
+    ASSERT_EQ(Fax(), L"101");
+    Leave();
+    RefreshNameBoxList(stand.Page()); // as the sheet does when another program has changed the phone book
+    ExpectSendOnlyAfterALook();
+    EXPECT_TRUE(stand.IsVisible(IDC_GROUP_TEXT));
+}
+
+TEST_F(Typist, WhoSendsFromWithinTheNameOfAGroupSeesItFirst)
+{
+    AddSomebody();
+    stand.TypeName(L"ande");
+    ExpectSendOnlyAfterALook();
+}
+
+TEST_F(Typist, WhoTypesOnToANameWithoutNumberSeesThatBeforeASendLeavesItOut)
+{
+    stand.AddRecentEntry(L"Annabel", L"");
+    stand.AddRecentEntry(L"Annabella", L"no number");
+    stand.Notify(static_cast<UINT>(PSN_SETACTIVE));
+    for (const wchar_t* const name : {L"Annabel", L"Annabella"}) {
+        AddSomebody();
+        stand.SetText(IDC_NAME_BOX, L"Andrew");
+        stand.PressNameKey(VK_RETURN);
+        ASSERT_EQ(Fax(), L"102");
+        stand.SetText(IDC_NAME_BOX, name);
+        Leave();
+        ExpectSendOnlyAfterALook();
+        stand.Press(IDC_CLEAR_FIELDS);
+        stand.SelectRows({0});
+        stand.Press(IDC_DELETE);
+    }
+}
+
+TEST_F(Typist, WhoHasSeenTheGroupSendsAtOnce)
+{
+    using Act = void (*)(FaxJobPageStand&);
+    constexpr Act kActs[] = {
+        [](FaxJobPageStand& s) { s.SetText(IDC_NAME_BOX, L"Andes"); },
+        [](FaxJobPageStand& s) {
+            s.TypeName(L"ande");
+            s.PressNameKey(VK_RETURN);
+        },
+        [](FaxJobPageStand& s) {
+            s.TypeName(L"ande");
+            SetFocus(s.Control(IDC_RECIPIENTS));
+            s.Press(IDC_CLEAR_FIELDS);
+        },
+        [](FaxJobPageStand& s) {
+            s.TypeName(L"ande");
+            SetFocus(s.Control(IDC_RECIPIENTS));
+            s.TypeName(L"s");
+        },
+    };
+    AddSomebody();
+    for (const Act& act : kActs) {
+        stand.Press(IDC_CLEAR_FIELDS);
+        stand.LetTheOtherPageRefuse(true);
+        act(stand);
+        EXPECT_TRUE(stand.Send()) << &act - kActs;
+    }
 }
 
 TEST_F(Typist, WhoTypesOnToAnotherNameAddsThatOneToThePhoneBook)
