@@ -90,8 +90,10 @@ void WalkThroughNames(TypeAheadState& state, WPARAM key)
     if (rows <= 0)
         return;
     const int row = RowAfterKey(key, SelectedRow(state), rows);
-    if (row == state.chosenRow)
+    if (row == state.chosenRow) {
+        RestoreSelection(state); // another row was hovered over
         return;
+    }
     ChooseRow(state, row);
     TellPage(state, CBN_SELCHANGE);
 }

@@ -978,6 +978,18 @@ TEST_F(NameBox, HoveringSelectsTheRowUnderThePointer)
     EXPECT_EQ(Name(), L"Andrew");
 }
 
+TEST_F(NameBox, AnArrowKeyGoesFromTheHoveredRowAlsoBackToTheChosenOne)
+{
+    ShowWith({L"Andrew", L"Anna"}); // 100, 101
+    stand.TypeName(L"an");
+    Hover(1);
+    stand.PressNameKey(VK_UP);
+    EXPECT_EQ(SelectedRow(), 0);
+    stand.PressNameKey(VK_RETURN);
+    EXPECT_EQ(Name(), L"Anna");
+    EXPECT_EQ(Fax(), L"101");
+}
+
 TEST_F(NameBox, AListThatOpensUnderARestingPointerIsNotHoveredOver)
 {
     ShowWith({L"Andrew", L"Anna"});
