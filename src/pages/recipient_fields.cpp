@@ -22,12 +22,13 @@ HWND ControlOf(const RecipientFields& fields, int id) noexcept
     return GetDlgItem(fields.dialog, id);
 }
 
-// A text that stands there already is not set again: every keystroke in the name box may come here.
+// A text that stands there already is not set again: every keystroke in the name box may come here. A field that does
+// not take the text is emptied, or it would go on showing that of another recipient.
 void SetText(const RecipientFields& fields, int id, const wchar_t* text)
 {
     const HWND control = ControlOf(fields, id);
-    if (WindowText(control) != OrEmpty(text))
-        SetWindowTextW(control, OrEmpty(text));
+    if (WindowText(control) != OrEmpty(text) && !SetWindowTextW(control, OrEmpty(text)))
+        SetWindowTextW(control, L"");
 }
 
 std::wstring TextOf(const RecipientFields& fields, int id)
@@ -65,15 +66,14 @@ void ShowGroupText(const RecipientFields& fields, bool group) noexcept
 
 void ShowGroup(RecipientFields& fields, const PhoneBookGroup& group)
 {
-    fields.group = &group;
-    SetText(fields, IDC_FAX_NUMBER, L"");
-    SetText(fields, IDC_COMPANY, L"");
-    const bool wasShown = IsShown(ControlOf(fields, IDC_GROUP_TEXT));
-    ShowGroupText(fields, true);
     // Empty when the library has no such text: such a group cannot be taken.
     const std::wstring count = MemberCountText(*fields.texts, group.Members().size());
-    const bool isNew = !wasShown || TextOf(fields, IDC_GROUP_TEXT) != count;
-    SetText(fields, IDC_GROUP_TEXT, count.c_str());
+    const bool isNew = !IsShown(ControlOf(fields, IDC_GROUP_TEXT)) || TextOf(fields, IDC_GROUP_TEXT) != count;
+    fields.group = &group;
+    SetText(fields, IDC_GROUP_TEXT, count.c_str()); // before the number goes: "To ->" stays on under the mouse
+    SetText(fields, IDC_FAX_NUMBER, L"");
+    SetText(fields, IDC_COMPANY, L"");
+    ShowGroupText(fields, true);
     Announcements* const announcements = Announcements::Of(fields.dialog);
     if (isNew && announcements != nullptr)
         announcements->Say(IDC_GROUP_TEXT, count);
@@ -85,9 +85,10 @@ void ShowEntry(RecipientFields& fields, const wchar_t* faxNumber, const wchar_t*
 {
     fields.group = nullptr;
     ShowGroupText(fields, false);
-    // Emptied first: a stored number that the filter refuses must not bring back the one of another recipient.
+    // Set at once: emptied before, the field would turn buttons off under the mouse. A stored number that the filter
+    // refuses must not bring back the one of another recipient.
     if (TextOf(fields, IDC_FAX_NUMBER) != OrEmpty(faxNumber)) {
-        SetText(fields, IDC_FAX_NUMBER, L"");
+        fields.faxNumber.accepted.clear();
         SetText(fields, IDC_FAX_NUMBER, faxNumber);
     }
     SetText(fields, IDC_COMPANY, company);

@@ -1,5 +1,6 @@
 // The completing name box on the real page, with the messages that keyboard and mouse send to it.
 #include "support/fax_job_page_stand.h"
+#include "support/redirected_import.h"
 #include "support/string_library.h"
 
 #include <gtest/gtest.h>
@@ -394,6 +395,74 @@ TEST_F(Typist, WhoHasSeenTheGroupSendsAtOnce)
         act(stand);
         EXPECT_TRUE(stand.Send()) << &act - kActs;
     }
+}
+
+HWND g_watched = nullptr;
+int g_timesOff = 0;
+decltype(EnableWindow)* g_enableWindow = nullptr;
+
+BOOL WINAPI CountTimesOff(HWND window, BOOL enable)
+{
+    g_timesOff += window == g_watched && !enable ? 1 : 0;
+    return g_enableWindow(window, enable);
+}
+
+TEST_F(Typist, FindsNoButtonGoOffThatIsOnAfterwards)
+{
+    const RedirectedImport<decltype(EnableWindow)> counting("EnableWindow", CountTimesOff);
+    g_enableWindow = counting.Original();
+    const std::pair<const wchar_t*, int> names[] = {
+        {L"andr", IDC_TO}, {L"andr", IDC_ADD_TO_PHONE_BOOK}, {L"andr", IDC_CLEAR_FIELDS}, {L"ande", IDC_TO}};
+    for (const auto& [name, button] : names) {
+        stand.Press(IDC_CLEAR_FIELDS);
+        stand.TypeName(name);
+        ASSERT_EQ(Fax(), L"101");
+        g_watched = stand.Control(button);
+        g_timesOff = 0;
+        Leave();
+        EXPECT_NE(Fax(), L"101");
+        EXPECT_TRUE(stand.IsEnabled(button));
+        EXPECT_EQ(g_timesOff, 0) << button << (name[3] == L'e' ? " with a group" : "");
+        SetFocus(Edit());
+    }
+}
+
+decltype(SetWindowTextW)* g_setWindowText = nullptr;
+
+BOOL WINAPI RefuseAndrewsNumber(HWND window, const wchar_t* text)
+{
+    return wcscmp(text, L"102") == 0 ? FALSE : g_setWindowText(window, text);
+}
+
+TEST_F(Typist, NeverFindsTheNumberOfOneNameBesideAnotherWhenTheFieldDoesNotTakeTheOthers)
+{
+    const RedirectedImport<decltype(SetWindowTextW)> refusing("SetWindowTextW", RefuseAndrewsNumber);
+    g_setWindowText = refusing.Original();
+    stand.TypeName(L"andr");
+    ASSERT_EQ(Fax(), L"101");
+    Leave();
+    ExpectFields(L"Andrew", L"", L"Mill");
+}
+
+TEST_F(Typist, WhoTypesOnToAnotherNameAndClicksTheButtonTakesThatOne)
+{
+    constexpr LPARAM kInside = MAKELPARAM(5, 5);
+    const HWND to = stand.Control(IDC_TO);
+    const auto click = [&] {
+        SendMessageW(to, WM_LBUTTONDOWN, MK_LBUTTON, kInside);
+        DispatchPosted();
+        SendMessageW(to, WM_LBUTTONUP, 0, kInside);
+    };
+    stand.TypeName(L"andr");
+    click();
+    EXPECT_EQ(stand.Recipients(), (std::vector<Row>{{L"Andrew", L"102", L"Mill"}}));
+    SetFocus(Edit());
+    stand.TypeName(L"an"); // Andrew is now the first of them
+    stand.PressNameKey(VK_BACK);
+    stand.TypeName(L"des");
+    ASSERT_EQ(Fax(), L"102");
+    click();
+    EXPECT_EQ(stand.Recipients().size(), 3u);
 }
 
 TEST_F(Typist, WhoTypesOnToAnotherNameAddsThatOneToThePhoneBook)
