@@ -189,6 +189,24 @@ TEST_F(FaxJobPageTest, AGroupOfAtMostOneMemberHasATextOfItsOwn)
     EXPECT_TRUE(stand.IsEnabled(IDC_TO));
 }
 
+// In some languages one member needs no number.
+TEST(GroupText, WithoutAPlaceholderIsShownAsItIsAndWithAWrongOneNotAtAll)
+{
+    const UiLanguage hebrew(0x040D);
+    FaxJobPageStand stand;
+    stand.Page().hStringDll = ModuleInstance(); // of the test
+    stand.AddRecentGroup(L"Duo", 2);
+    stand.AddRecentGroup(L"Solo", 1);
+    stand.Show();
+    stand.DropNames(true);
+    stand.PickName(0);
+    EXPECT_EQ(stand.Text(IDC_GROUP_TEXT), L"one member");
+    EXPECT_TRUE(stand.IsEnabled(IDC_TO));
+    stand.PickName(1);
+    EXPECT_EQ(stand.Text(IDC_GROUP_TEXT), L"");
+    EXPECT_FALSE(stand.IsEnabled(IDC_TO));
+}
+
 // As picking many groups from the phone book does: what comes in last may lie where the first one lay.
 TEST_F(FaxJobPageTest, AGroupThatDropsOutOfTheRecentListLeavesTheFields)
 {

@@ -28,7 +28,8 @@ std::wstring GroupName(const PhoneBookDialog& dialog, HWND list, int row)
 std::wstring MemberCountText(const TextOwner& texts, std::size_t members)
 {
     const std::wstring text = LocalizedText(texts, members < 2 ? kOneMember : kSomeMembers);
-    return FillTemplate(text, L"", {static_cast<int>(members)});
+    const auto filled = FillTemplate(text, {static_cast<int>(members)});
+    return filled ? *filled : FillTemplate(text, {}).value_or(L""); // in some languages one member needs no number
 }
 
 // Not all rows at once: what the system keeps for each comes from a table that all programs share.
