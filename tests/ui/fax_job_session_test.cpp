@@ -144,6 +144,8 @@ TEST_F(FaxJobSession, RefusesAGroupThatWouldPassTheLimitAndTakesItWholeBelow)
 TEST_F(FaxJobSession, DropsATypedPlusAndBlankAndPutsTheOldNumberBackAfterAPasteWithThem)
 {
     Open();
+    Ui().Type(IDC_FAX_NUMBER, L"12+");
+    EXPECT_EQ(Ui().Text(IDC_FAX_NUMBER), L"12");
     Ui().Type(IDC_FAX_NUMBER, L"12+3 4");
     EXPECT_EQ(Ui().Text(IDC_FAX_NUMBER), L"1234");
     Ui().Paste(IDC_FAX_NUMBER, L"+1 555");

@@ -156,6 +156,15 @@ TEST_F(NameBox, BlanksMatchNothingAndHideTheList)
     EXPECT_EQ(Name(), L"  ");
 }
 
+TEST_F(NameBox, ATypedBlankMatchesNothing)
+{
+    ShowWith({L"Anna"});
+    stand.TypeName(L" ");
+    EXPECT_FALSE(stand.NamesShown());
+    EXPECT_EQ(stand.Names(), Texts{});
+    EXPECT_EQ(Name(), L" ");
+}
+
 TEST_F(NameBox, AnUnknownNameHidesTheListAndStaysAsTyped)
 {
     ShowWith({L"Anna"});
