@@ -266,12 +266,14 @@ void ClearFields(RecipientFields& fields)
     ShowItem(fields, nullptr);
 }
 
-void FindFocus(const RecipientFields& fields) noexcept
+void FindFocus(RecipientFields& fields) noexcept
 {
     const HWND focus = GetFocus();
     const bool nowhere = focus == nullptr && GetActiveWindow() == GetAncestor(fields.dialog, GA_ROOT);
-    const bool inDisabled = focus != nullptr && IsChild(fields.dialog, focus) && !IsWindowEnabled(focus);
-    if (nowhere || inDisabled)
+    const bool onPage = focus != nullptr && IsChild(fields.dialog, focus);
+    if (onPage) // not on its way to the button that sends
+        fields.numberTaken = false;
+    if (nowhere || (onPage && !IsWindowEnabled(focus)))
         FocusControl(fields.dialog, NumberFieldOf(fields));
 }
 

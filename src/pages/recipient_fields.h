@@ -69,6 +69,6 @@ void ClearFields(RecipientFields& fields);
 
 // A group takes the place of the very field, an entry without number disables the very button that the user was on the
 // way to.
-void FindFocus(const RecipientFields& fields) noexcept;
+void FindFocus(RecipientFields& fields) noexcept;
 
 } // namespace qx

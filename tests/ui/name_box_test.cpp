@@ -377,6 +377,16 @@ TEST_F(Typist, WhoTypesOnToANameWithoutNumberSeesThatBeforeASendLeavesItOut)
     }
 }
 
+TEST_F(Typist, WhoGoesOnToAnotherFieldHasSeenTheGroup)
+{
+    AddSomebody();
+    stand.TypeName(L"ande");
+    Leave();
+    DispatchPosted();
+    EXPECT_TRUE(stand.Send());
+    EXPECT_EQ(stand.Recipients(), (std::vector<Row>{{L"", L"999", L""}}));
+}
+
 TEST_F(Typist, WhoHasSeenTheGroupSendsAtOnce)
 {
     using Act = void (*)(FaxJobPageStand&);
