@@ -1,8 +1,8 @@
 // What users do in the sessions whose every call fails once, and what must be true afterwards.
 #pragma once
 
-#include "scripted_user.h"
 #include "support/phone_book_session.h"
+#include "support/scripted_user.h"
 #include "support/temporary_folder.h"
 
 #include <filesystem>

@@ -7,7 +7,6 @@
 // To LOG it writes, line by line, "saved NAME" for each of its own entries in a phone book that has taken its place,
 // and "deleting NAME" before it deletes one of them.
 #include "base/unique.h"
-#include "faults/scripted_user.h"
 #include "host/provision.h"
 #include "host/utf8.h"
 #include "res/add_recipients_ids.h"
@@ -17,6 +16,7 @@
 #include "res/setup_page_ids.h"
 #include "support/phone_book_session.h"
 #include "support/redirected_import.h"
+#include "support/scripted_user.h"
 
 #include <algorithm>
 #include <commctrl.h>

@@ -1,0 +1,134 @@
+#include "dialog_hands.h"
+
+#include "dialog/dialog.h"
+#include "host/window_query.h"
+
+#include <algorithm>
+#include <commctrl.h>
+#include <prsht.h>
+
+namespace qx::test {
+
+using host::kFileNameCombo;
+using host::kFileNameEdit;
+using host::kSheetTabs;
+
+void DialogHands::TakeUp(HWND dialog)
+{
+    dialog_ = dialog;
+    page_ = IsSheet() ? PropSheet_GetCurrentPageHwnd(dialog) : dialog;
+}
+
+bool DialogHands::IsSheet() const
+{
+    return GetDlgItem(dialog_, kSheetTabs) != nullptr;
+}
+
+HWND DialogHands::Control(int id) const
+{
+    const HWND control = GetDlgItem(page_, id);
+    if (control == nullptr)
+        throw NotUsable("no such control");
+    return control;
+}
+
+HWND DialogHands::Usable(int id) const
+{
+    const HWND control = Control(id);
+    if (!IsWindowVisible(control) || !IsWindowEnabled(control))
+        throw NotUsable("not usable");
+    return control;
+}
+
+std::wstring DialogHands::Text(int id) const
+{
+    return WindowText(Control(id));
+}
+
+void DialogHands::Paste(int id, const std::wstring& text)
+{
+    const HWND control = Usable(id);
+    const HWND inside = FindWindowExW(control, nullptr, L"Edit", nullptr); // of a combo box
+    const HWND edit = inside != nullptr ? inside : control;
+    SendMessageW(dialog_, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(control), TRUE);
+    SendMessageW(edit, EM_SETSEL, 0, -1);
+    SendMessageW(edit, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(text.c_str()));
+}
+
+void DialogHands::Check(int id, bool checked)
+{
+    const HWND box = Usable(id);
+    if ((SendMessageW(box, BM_GETCHECK, 0, 0) == BST_CHECKED) != checked)
+        SendMessageW(box, BM_CLICK, 0, 0);
+}
+
+void DialogHands::Press(int id)
+{
+    SendMessageW(Usable(id), BM_CLICK, 0, 0);
+}
+
+void DialogHands::PressSheet(int id)
+{
+    const HWND button = GetDlgItem(dialog_, id);
+    if (button == nullptr || !IsWindowEnabled(button))
+        throw NotUsable("no such button");
+    SendMessageW(button, BM_CLICK, 0, 0);
+}
+
+void DialogHands::GoToPage(int index)
+{
+    if (!IsSheet())
+        throw NotUsable("no sheet");
+    PropSheet_SetCurSel(dialog_, nullptr, static_cast<WPARAM>(index));
+    TakeUp(dialog_);
+}
+
+void DialogHands::SelectRows(int id, const std::vector<int>& rows)
+{
+    const HWND list = Usable(id);
+    if (std::ranges::any_of(rows, [&](int row) { return row >= ListView_GetItemCount(list); }))
+        throw NotUsable("no such row");
+    ListView_SetItemState(list, -1, 0, LVIS_SELECTED);
+    for (const int row : rows)
+        ListView_SetItemState(list, row, LVIS_SELECTED | LVIS_FOCUSED, LVIS_SELECTED | LVIS_FOCUSED);
+}
+
+void DialogHands::ChooseFile(const std::filesystem::path& file)
+{
+    for (const int id : {kFileNameCombo, kFileNameEdit}) {
+        if (const HWND name = GetDlgItem(dialog_, id); name != nullptr) {
+            SetWindowTextW(name, file.c_str());
+            SendMessageW(GetDlgItem(dialog_, IDOK), BM_CLICK, 0, 0);
+            return;
+        }
+    }
+    throw NotUsable("no file dialog");
+}
+
+void DialogHands::AskForHelp(int id)
+{
+    const HWND control = Usable(id);
+    HELPINFO info{};
+    info.cbSize = sizeof info;
+    info.iContextType = HELPINFO_WINDOW;
+    info.iCtrlId = id;
+    info.hItemHandle = control;
+    SendMessageW(control, WM_HELP, 0, reinterpret_cast<LPARAM>(&info));
+}
+
+void PressCancel(HWND dialog)
+{
+    SendMessageW(dialog, WM_COMMAND, IDCANCEL, reinterpret_cast<LPARAM>(GetDlgItem(dialog, IDCANCEL)));
+}
+
+void Answer(HWND box, const std::vector<int>& answers)
+{
+    for (const int answer : answers) {
+        if (const HWND button = GetDlgItem(box, answer); button != nullptr) {
+            SendMessageW(box, WM_COMMAND, static_cast<WPARAM>(answer), reinterpret_cast<LPARAM>(button));
+            return;
+        }
+    }
+}
+
+} // namespace qx::test
