@@ -2,20 +2,21 @@
 # Runs a command where Windows programs run: a Wine prefix of this source tree, with a wineserver and a virtual display
 # of its own. The user's prefix and display are never touched.
 #
-#   tools/with-wine.sh [--lang LANG] [--desk NAME] [--dpi N] [--display] COMMAND [ARGUMENT...]
+#   tools/with-wine.sh [--lang LANG] [--desk NAME] [--dpi N] [--display | --blind] COMMAND [ARGUMENT...]
 #
 #   --lang LANG  language of Windows' user interface (default: en): a code of strings/languages.toml, or one with a
 #                region, such as de-AT. The command finds it in QX_LANG
 #   --desk NAME  a prefix, wineserver and display apart from those of other desks, for runs that must not meet
 #   --dpi N      dots per inch of the screen (default: 96), on a desk of their own. The command finds them in QX_DPI
 #   --display    use the display in $DISPLAY instead of a virtual one
+#   --blind      no display: the windows are there and nothing is drawn, which is quicker
 #
 # The prefixes are kept in build/wine/ (one per language and desk). Commands that run at the same time share prefix, display and
 # wineserver; who finishes last takes them down. A command that itself calls with-wine.sh finds them running, and those
 # of another language stay up until the outermost call ends.
 set -euo pipefail
 
-readonly usage='usage: tools/with-wine.sh [--lang LANG] [--desk NAME] [--dpi N] [--display] COMMAND [ARGUMENT...]'
+readonly usage='usage: tools/with-wine.sh [--lang LANG] [--desk NAME] [--dpi N] [--display | --blind] COMMAND [ARGUMENT...]'
 root=$(cd "$(dirname "$0")/.." && pwd)
 readonly root
 readonly home=$root/build/wine
@@ -32,6 +33,7 @@ while [[ ${1-} == --* ]]; do
         --desk) desk=-${2-}; shift 2 || die "$usage" ;;
         --dpi) dpi=${2-}; shift 2 || die "$usage" ;;
         --display) own_display=no; shift ;;
+        --blind) own_display=none; shift ;;
         *) die "$usage" ;;
     esac
 done
@@ -45,9 +47,12 @@ export WINEARCH=win64 WINEDEBUG=${WINEDEBUG--all} WINEDLLOVERRIDES='mscoree,msht
 PATH=$PATH:/usr/lib/wine
 command -v wine64 >/dev/null || die "Wine is not installed: run tools/setup.sh"
 
-[[ $own_display == yes || -n ${DISPLAY-} ]] || die "--display needs a display: DISPLAY is not set"
+[[ $own_display != no || -n ${DISPLAY-} ]] || die "--display needs a display: DISPLAY is not set"
 session=$lang$desk
-[[ $own_display == yes ]] || session+=-on-display
+case $own_display in
+    no) session+=-on-display ;;
+    none) session+=-blind; unset DISPLAY ;;
+esac
 dir=$home/$session
 export WINEPREFIX=$dir/prefix
 
@@ -149,7 +154,9 @@ prepare_prefix() {
         tar -x -C "$WINEPREFIX"
     cp -al --no-clobber "$home/template/." "$WINEPREFIX/"
     # On the user's display the window manager is there, and has its say.
-    [[ $own_display == yes ]] || sed -i 's/^"Managed"="N"/"Managed"="Y"/' "$WINEPREFIX/user.reg"
+    [[ $own_display != no ]] || sed -i 's/^"Managed"="N"/"Managed"="Y"/' "$WINEPREFIX/user.reg"
+    [[ $own_display != none ]] ||
+        printf '\n[Software\\\\Wine\\\\Drivers]\n"Graphics"="null"\n' >>"$WINEPREFIX/user.reg"
     sed -i "s/^\"LogPixels\"=dword:.*/\"LogPixels\"=dword:$(printf %08x "$dpi")/" "$WINEPREFIX/user.reg"
     touch "$WINEPREFIX/.copied"
 }
