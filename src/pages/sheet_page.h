@@ -100,12 +100,13 @@ template <class Page> bool AcceptsSend(Page& page, const PageDuties<Page>& dutie
 {
     page.sheet->Round().Ask(duties.place);
     page.draft.reset();
-    if (!duties.validate(page)) {
+    const bool valid = duties.validate(page);
+    if (!valid)
         FocusAfterRefusal(ControlOrNull(page.dialog, duties.errorField(page)));
+    if (!valid || !duties.prepare(page)) {
+        duties.activate(page); // the sheet turns to it, and not every sheet says so
         return false;
     }
-    if (!duties.prepare(page))
-        return false;
     if (page.sheet->Round().Accept(duties.place))
         page.sheet->SendJob();
     return true;

@@ -517,6 +517,32 @@ TEST(SetupPage, TheCoverPageOfTheDefaultsIsSentWithoutSeeingTheFaxJobPageAgain)
     EXPECT_STREQ(job.CoverPageNotes, L"line 1\r\nline 2");
 }
 
+// The sheet turns to the page, and not every one tells the page so. What the user then types there is what is sent.
+TEST(SetupPage, ASendThatTheFaxJobPageRefusesShowsTheCoverPageOfTheDefaults)
+{
+    SendFaxSession session;
+    UiDriver& ui = OnSetupPage(session);
+    ui.GoToPage(kFaxJobPage);
+    ui.Type(IDC_FAX_NUMBER, L"");
+    ui.GoToPage(kSetupPage);
+    ui.Press(IDC_EDIT_DEFAULTS);
+    ui.Check(IDC_COVER_PAGE, true);
+    ui.Paste(IDC_NOTES, L"from the defaults");
+    ui.Check(IDC_APPLY_DEFAULTS, true);
+    ui.Press(IDOK);
+    ui.Press(IDOK); // to nobody
+    ui.AnswerBox(IDOK);
+    ui.WaitForControl(IDC_NAME_BOX);
+    EXPECT_TRUE(ui.IsChecked(IDC_COVER_PAGE));
+    EXPECT_EQ(ui.Text(IDC_NOTES), L"from the defaults");
+    ui.Type(IDC_FAX_NUMBER, L"5550100");
+    ui.Check(IDC_COVER_PAGE, true);
+    ui.Paste(IDC_NOTES, L"typed");
+    const FaxJobData& job = session.Send();
+    EXPECT_EQ(job.AddCoverPage, 1u);
+    EXPECT_STREQ(job.CoverPageNotes, L"typed");
+}
+
 TEST(SetupPage, CancellingTheDefaultsLeavesTheJobAsItWas)
 {
     SendFaxSession session;
