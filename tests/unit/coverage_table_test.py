@@ -35,13 +35,16 @@ class TheTable(unittest.TestCase):
         self.folder = Path(folder.name)
 
     def table_of(self, *objects, options=()):
-        """objects: of each the sources that it was made of."""
+        """objects: of each the sources that it was made of. Those that are not there yet become empty."""
+        for file in (file["file"] for files in objects for file in files):
+            (self.folder / file).parent.mkdir(parents=True, exist_ok=True)
+            (self.folder / file).touch()
         (self.folder / "counted").write_text("\n".join(json.dumps({"files": files}) for files in objects))
         counting = self.folder / "gcov"
         counting.write_text('#!/bin/sh\nexec cat "${0%/*}/counted"\n')
         os.chmod(counting, 0o755)
         ended = subprocess.run([sys.executable, TOOL, *options, counting, self.folder], capture_output=True,
-                               encoding="utf-8")
+                               encoding="utf-8", cwd=self.folder)
         self.errors = ended.stderr
         return [row.split() for row in ended.stdout.splitlines()]
 
@@ -67,6 +70,12 @@ class TheTable(unittest.TestCase):
         table = self.table_of([source("src/a/a.cpp", line(1, 1, branch(1, fallthrough=True), branch(0, throw=True),
                                                           branch(1), branch(0)))])
         self.assertEqual(table[-1][-4:], ["2", "1", "50.0", "%"])
+
+    def test_a_brace_alone_is_no_line(self):
+        (self.folder / "src/a").mkdir(parents=True)
+        (self.folder / "src/a/a.cpp").write_text("{\n    return f() };\n}\n")
+        table = self.table_of([source("src/a/a.cpp", line(2, 1), line(3, 0, branch(0), branch(0)))])
+        self.assertEqual(table[-1], ["all", "1", "1", "100.0", "%", "0", "0"])
 
     def test_only_the_product_counts(self):
         table = self.table_of([source("src/a/a.cpp", line(1, 1)), source("tests/support/a.h", line(1, 0))])
