@@ -38,12 +38,10 @@ void FreeStrings(FaxString* items, INT32 count) noexcept
     HeapRelease(reinterpret_cast<std::size_t*>(items) - 1);
 }
 
-// Stores the identifier only when it is nonzero, and a copy of the text.
+// Stores a copy of the text.
 bool SetString(FaxString& item, INT32 id, const wchar_t* text) noexcept
 {
     ReplaceOwnedText(item.Text, text);
-    if (id == 0)
-        return false;
     item.Id = id;
     return item.Text != nullptr;
 }

@@ -2,8 +2,11 @@
 
 #include "base/process_heap.h"
 
+#include "support/failing_calls.h"
+
 #include <gtest/gtest.h>
 #include <string>
+#include <utility>
 
 namespace qx {
 namespace {
@@ -109,6 +112,84 @@ TEST(FaxJobData, StringsStandInACountedArrayAndAreFoundById)
     EXPECT_EQ(QxFaxFindString(&record, 13), nullptr);
     RestartStrings(record);
     EXPECT_EQ(record.Strings.Count, 0);
+}
+
+TEST(FaxJobData, ATableThatNobodyHasStartedGrowsAllTheSame)
+{
+    OwnedFaxJobData owned;
+    EXPECT_EQ(AppendString(owned.Get(), 7, L"text"), TRUE);
+    EXPECT_EQ(owned.Get().Strings.Capacity, 10);
+    EXPECT_STREQ(QxFaxFindString(&owned.Get(), 7), L"text");
+}
+
+TEST(FaxJobData, APartIsCompleteWhenAllItsTextsAreThere)
+{
+    OwnedFaxJobData owned;
+    FaxJobData& record = owned.Get();
+    WCHAR* FaxJobData::* const settings[] = {&FaxJobData::SenderName, &FaxJobData::SenderCompany,
+                                             &FaxJobData::SenderFaxNo, &FaxJobData::SenderVoiceNo,
+                                             &FaxJobData::NotifyEmail};
+    WCHAR* FaxJobData::* const coverPage[] = {&FaxJobData::CoverPageNotes, &FaxJobData::CoverPageSubject,
+                                              &FaxJobData::OverlayPath};
+    for (const auto field : settings)
+        record.*field = HeapText(L"");
+    for (const auto field : coverPage)
+        record.*field = HeapText(L"");
+    const auto missing = [&](auto field, auto isComplete) {
+        WCHAR* const text = std::exchange(record.*field, nullptr);
+        const bool complete = isComplete(record);
+        record.*field = text;
+        return !complete && isComplete(record);
+    };
+    for (const auto field : settings)
+        EXPECT_TRUE(missing(field, HasSendSettings));
+    for (const auto field : coverPage)
+        EXPECT_TRUE(missing(field, HasCoverPage));
+}
+
+using FailingBlocks = test::FailingCalls<decltype(HeapAlloc), struct BlocksOfRecords>;
+
+TEST(FaxJobData, WhatThereIsNoMemoryForIsRefused)
+{
+    OwnedFaxJobData owned;
+    FaxJobData& record = owned.Get();
+    FailingBlocks blocks(nullptr, "HeapAlloc", nullptr);
+    blocks.FailFrom(1);
+    RestartRecipients(record, 5);
+    EXPECT_EQ(record.Recipients.Capacity, 0);
+    FaxRecipient recipient{};
+    EXPECT_EQ(AddRecipient(record, &recipient), FALSE);
+    EXPECT_EQ(record.RecipientCount, 0);
+    EXPECT_TRUE(RecipientsOf(record).empty());
+    SetSenderName(record, L"Ann");
+    EXPECT_EQ(record.SenderName, nullptr);
+    SetOverlayPath(record, L"path");
+    EXPECT_EQ(record.OverlayPath, nullptr);
+    RestartStrings(record);
+    EXPECT_EQ(AppendString(record, 1, L"text"), FALSE);
+    EXPECT_EQ(record.Strings.Count, 0);
+}
+
+TEST(FaxJobData, ATableThatCannotGrowKeepsItsTexts)
+{
+    OwnedFaxJobData owned;
+    FaxJobData& record = owned.Get();
+    RestartStrings(record);
+    FailingBlocks blocks(nullptr, "HeapAlloc", nullptr);
+    blocks.FailOnly(1);
+    EXPECT_EQ(AppendString(record, 1, L"1"), FALSE);
+    EXPECT_EQ(record.Strings.Count, 0);
+    for (int id = 1; id <= 10; ++id)
+        EXPECT_EQ(AppendString(record, id, std::to_wstring(id).c_str()), TRUE);
+    for (long call = 1; call <= 12; ++call) { // the new table, the copy of each text, the new text
+        blocks.FailOnly(call);
+        EXPECT_EQ(AppendString(record, 11, L"11"), FALSE) << call;
+        EXPECT_EQ(record.Strings.Count, 10) << call;
+        for (int id = 1; id <= 10; ++id)
+            EXPECT_EQ(QxFaxFindString(&record, id), std::to_wstring(id)) << call;
+    }
+    blocks.FailNone();
+    EXPECT_EQ(AppendString(record, 11, L"11"), TRUE);
 }
 
 TEST(FaxJobData, AReleasedRecordIsReadyForTheNextCall)
