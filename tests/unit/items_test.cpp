@@ -102,6 +102,26 @@ TEST(Items, ACopyTakesTextsAndId)
     EXPECT_STREQ(to.Name(), L"Ann");
 }
 
+TEST(Items, ACopyOfItselfChangesNothing)
+{
+    const Entry named(L"Ann", nullptr);
+    const Entry numbered(nullptr, L"1");
+    const Entry employed(nullptr, nullptr, L"Co");
+    for (const Entry* const entry : {&named, &numbered, &employed}) {
+        const Recipient before = (*entry)->Texts();
+        const bool hasName = (*entry)->Name() != nullptr;
+        (*entry)->CopyFrom(**entry);
+        EXPECT_EQ((*entry)->Texts(), before);
+        EXPECT_EQ((*entry)->Name() != nullptr, hasName); // what was never set still was not
+    }
+    PhoneBookGroup group;
+    group.SetName(L"Group");
+    group.AddMemberId(7);
+    group.CopyFrom(group);
+    EXPECT_STREQ(group.GetName(), L"Group");
+    EXPECT_EQ(MemberIdsOf(group), std::vector<DWORD>{7});
+}
+
 TEST(Items, TextsThatWereNeverSetAreCopiedAsEmptyOnes)
 {
     const PhoneBookEntry from;
@@ -238,6 +258,42 @@ TEST(ItemStore, ADiscardedItemIsForgottenAndForeignOnesAreLeftAlone)
     const UniqueItem<PhoneBookEntry> foreign = MakeRecipient({L"Ann", L"", L""});
     store.Discard(foreign.get());
     EXPECT_STREQ(foreign->GetName(), L"Ann");
+}
+
+TEST(ItemStore, AnItemThatAReloadHasReplacedIsFreedWithItsLastKeeper)
+{
+    ItemStore store;
+    PhoneBookEntry* const kept = store.NewEntry();
+    kept->SetName(std::wstring(100000, L'x').c_str());
+    PhoneBookItem* const replaced[] = {store.NewEntry(), kept, store.NewGroup()};
+    PhoneBookEntry* const stays = store.NewEntry();
+    std::size_t before = 0;
+    {
+        const KeptItem keeper(store, kept);
+        const KeptItem other(store, stays);
+        {
+            const KeptItem second(store, kept);
+            store.DiscardReplaced(replaced);
+            store.DiscardReplaced({&replaced[1], 1}); // by a second reload
+        }
+        EXPECT_EQ(std::wstring_view(kept->GetName()).size(), 100000u);
+        before = HeapBytesInUse();
+    }
+    EXPECT_LE(HeapBytesInUse() + 2 * 100000, before);
+    EXPECT_STREQ(stays->GetName(), L"");
+}
+
+TEST(ItemStore, AnItemThatIsTakenBackIsNotFreedWithItsKeeper)
+{
+    ItemStore store;
+    PhoneBookItem* const item = store.NewEntry();
+    {
+        KeptItem keeper(store, item);
+        store.DiscardReplaced({&item, 1});
+        keeper.TakenBack();
+    }
+    EXPECT_STREQ(item->GetName(), L"");
+    store.Discard(item);
 }
 
 } // namespace
