@@ -13,7 +13,8 @@ DWORD WindowsMajorVersion() noexcept
 {
     OSVERSIONINFOW version{};
     version.dwOSVersionInfoSize = sizeof version;
-    return GetVersionExW(&version) ? version.dwMajorVersion : 0;
+    GetVersionExW(&version);
+    return version.dwMajorVersion; // 0 when the system does not tell
 }
 
 bool IsRightToLeftUi() noexcept

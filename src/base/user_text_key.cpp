@@ -85,12 +85,10 @@ template <std::size_t N> bool LiesIn(const Range (&ranges)[N], std::wstring_view
     });
 }
 
-// The system's own key with its final zero; empty when it makes none.
+// The system's own key, with its final zero, of a text that is not empty; empty when it makes none.
 std::string SystemKey(std::wstring_view text)
 {
     constexpr DWORD kFlags = LCMAP_SORTKEY | NORM_IGNORECASE | SORT_STRINGSORT;
-    if (text.empty())
-        return std::string(kPlainTail);
     const int units = static_cast<int>(text.size());
     std::string key(text.size() * 4 + 16, '\0');
     const auto map = [&] {

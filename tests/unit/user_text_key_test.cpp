@@ -2,6 +2,9 @@
 
 #include "base/text.h"
 
+#include "support/failing_calls.h"
+#include "support/redirected_import.h"
+
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <iterator>
@@ -230,6 +233,45 @@ TEST(UserTextKeys, LongTextsHaveKeysToo)
     std::string key;
     EXPECT_TRUE(keys.Append(key, std::wstring(100000, L'ü')));
     EXPECT_GT(key.size(), 200000u);
+}
+
+test::RedirectedImport<decltype(LCMapStringW)>* g_map = nullptr;
+
+// As where pairs such as "ch" are letters of their own: the key of many letters is not those of each.
+int WINAPI MapWithCombinedLetters(LCID locale, DWORD flags, LPCWSTR text, int units, LPWSTR key, int bytes)
+{
+    const int made = g_map->Original()(locale, flags, text, units, key, bytes);
+    if (units > 100 && made > 0)
+        ++*reinterpret_cast<char*>(key);
+    return made;
+}
+
+TEST(UserTextKeys, AreTheSystemsWhereLettersCombine)
+{
+    const UserTextKeys usual;
+    test::RedirectedImport<decltype(LCMapStringW)> map("LCMapStringW", MapWithCombinedLetters);
+    g_map = &map;
+    const UserTextKeys keys;
+    for (const wchar_t* const text : {L"Ann", L"chata", L"Änn", L""}) {
+        std::string expected;
+        std::string key;
+        EXPECT_TRUE(usual.Append(expected, text) && keys.Append(key, text));
+        EXPECT_EQ(key, expected);
+        key.clear();
+        EXPECT_TRUE(keys.AppendDeciding(key, text));
+        EXPECT_EQ(key, expected);
+    }
+}
+
+TEST(UserTextKeys, AreNoneWhereTheSystemMakesNone)
+{
+    test::FailingCalls<decltype(LCMapStringW), struct Keys> made(nullptr, "LCMapStringW", 0);
+    made.FailFrom(1);
+    const UserTextKeys keys;
+    std::string key = "before";
+    EXPECT_FALSE(keys.Append(key, L"Ann"));
+    EXPECT_FALSE(keys.AppendDeciding(key, L"Ann"));
+    EXPECT_EQ(key, "before");
 }
 
 } // namespace
