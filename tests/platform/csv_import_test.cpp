@@ -1,6 +1,7 @@
 #include "phonebook/csv/csv_import.h"
 
 #include "phonebook/book/duplicate_index.h"
+#include "support/failing_calls.h"
 #include "support/phone_book.h"
 #include "support/temporary_folder.h"
 
@@ -174,6 +175,18 @@ TEST(CsvImport, AnEntryWithTheVeryIdThatARowDrawsIsNotItsDuplicate)
     book.AddEntry(L"Ann", L"555", L"", 0);
     EXPECT_EQ(Import(*book, L"Ann,555"), Outcome(ImportExportStatus::Imported));
     EXPECT_EQ(Import(*book, L"Ann,555"), Outcome(ImportExportStatus::RowRefused, 1, 0));
+}
+
+TEST(CsvImport, DuplicatesAreFoundAlsoWhereNoTextHasAKey)
+{
+    FailingCalls<decltype(LCMapStringW), struct Keys> keys(nullptr, "LCMapStringW", 0);
+    keys.FailFrom(1);
+    TestBook book;
+    book.AddEntry(L"Ann", L"555", L"", 10);
+    book.AddEntry(L"Bob", nullptr, nullptr, 11);
+    EXPECT_EQ(Import(*book, L"ANN,555\r\nbob,1\r\nAnn,556\r\nCara,555\r\nCARA,555"),
+              Outcome(ImportExportStatus::RowRefused, 3, 0));
+    EXPECT_EQ(book.Names(), (Names{L"Ann", L"Bob", L"Ann", L"Cara"}));
 }
 
 TEST(CsvImport, AGroupIsNobodysDuplicate)

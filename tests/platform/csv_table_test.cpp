@@ -1,6 +1,7 @@
 #include "phonebook/csv/csv_table.h"
 
 #include "support/built.h"
+#include "support/failing_calls.h"
 #include "support/redirected_import.h"
 #include "support/temporary_folder.h"
 
@@ -136,6 +137,20 @@ TEST_F(CsvTableReading, AnEmptyFileCountsAsNotOpened)
     EXPECT_FALSE(table.Open(File("")));
 }
 
+BOOL WINAPI TwoGigabytes(HANDLE, LARGE_INTEGER* size)
+{
+    size->QuadPart = LONGLONG{1} << 31;
+    return TRUE;
+}
+
+TEST_F(CsvTableReading, AFileOfTwoGigabytesIsOutOfMemory)
+{
+    CsvTable table;
+    const RedirectedImport<decltype(GetFileSizeEx)> size("GetFileSizeEx", TwoGigabytes);
+    ASSERT_TRUE(table.Open(File("Name,Fax\r\n")));
+    EXPECT_EQ(table.Read(), CsvStatus::OutOfMemory);
+}
+
 TEST_F(CsvTableReading, AFileThatIsMissingOrBeingWrittenIsNotOpened)
 {
     EXPECT_FALSE(CsvTable().Open(folder_ / L"missing.csv"));
@@ -212,6 +227,24 @@ TEST_F(CsvTableWriting, CellsThatAreTooLongOrOutsideAreRefused)
     EXPECT_FALSE(writer.SetCell(0, 2, L"x"));
     EXPECT_FALSE(writer.SetCell(1, 0, L"x"));
     EXPECT_FALSE(CsvTableWriter().SetCell(0, 0, L"x"));
+}
+
+TEST_F(CsvTableWriting, ATableOfOneColumnIsRefused)
+{
+    EXPECT_FALSE(CsvTableWriter().SetSize(1, 1, 51));
+}
+
+TEST_F(CsvTableWriting, ATextForWhichTheStorageHasNoRoomIsRefused)
+{
+    {
+        CsvTableWriter writer;
+        ASSERT_TRUE(writer.Open(file_));
+        ASSERT_TRUE(writer.SetSize(1, 2, 501));
+        EXPECT_FALSE(writer.SetCell(0, 0, std::wstring(500, L'x')));
+        EXPECT_TRUE(writer.SetCell(0, 1, L"Fax"));
+        EXPECT_TRUE(writer.Write());
+    }
+    EXPECT_EQ(ReadBytes(file_), kUtf16Mark + Utf16Bytes(L"\"Fax\"\r\n"));
 }
 
 TEST_F(CsvTableWriting, AnEmptyCellWritesNothingNotEvenItsComma)
@@ -382,6 +415,80 @@ TEST_F(CsvTableWriting, AFileThatDoesNotReachTheDiskIsLeftEmpty)
         EXPECT_FALSE(writer.Write());
     }
     EXPECT_EQ(std::filesystem::file_size(file_), 0u);
+}
+
+// ---- calls that fail -----------------------------------------------------------------------------------------------
+
+using FailingPages = FailingCalls<decltype(VirtualAlloc), struct PagesOfTables>;
+
+TEST_F(CsvTableReading, AFileThatDoesNotFitIntoMemoryIsOutOfMemory)
+{
+    FailingPages pages(nullptr, "VirtualAlloc", nullptr);
+    for (const long call : {1, 2}) { // for the file, for the text decoded from it
+        pages.FailOnly(call);
+        EXPECT_EQ(Read("Name,Fax\r\nAnn,1\r\n"), CsvStatus::OutOfMemory) << call;
+        EXPECT_TRUE(pages.HasFailed()) << call;
+        EXPECT_TRUE(rows_.empty()) << call;
+    }
+}
+
+TEST_F(CsvTableReading, AFileThatCannotBeMappedIsOutOfMemory)
+{
+    FailingCalls<decltype(MapViewOfFile), struct ViewsOfTables> views(nullptr, "MapViewOfFile", nullptr);
+    views.FailFrom(1);
+    EXPECT_EQ(Read("Name,Fax\r\nAnn,1\r\n"), CsvStatus::OutOfMemory);
+}
+
+TEST_F(CsvTableReading, AFileWhoseSizeNobodyTellsIsNotOpened)
+{
+    FailingCalls<decltype(GetFileSizeEx), struct SizesOfTables> sizes(nullptr, "GetFileSizeEx", FALSE);
+    sizes.FailFrom(1);
+    EXPECT_FALSE(CsvTable().Open(File("Name,Fax\r\n")));
+}
+
+TEST_F(CsvTableWriting, ATableThatDoesNotFitIntoMemoryHasNoSize)
+{
+    FailingPages pages(nullptr, "VirtualAlloc", nullptr);
+    pages.FailFrom(1);
+    EXPECT_FALSE(CsvTableWriter().SetSize(1, 2, 51));
+}
+
+// Whatever fails on the way: half a file, or zeros, would be taken for a phone book.
+TEST_F(CsvTableWriting, AFileThatCannotBeWrittenToItsEndIsLeftEmpty)
+{
+    const auto lengthLeftBy = [&] {
+        CsvTableWriter writer;
+        EXPECT_TRUE(writer.Open(file_) && writer.SetSize(1, 2, 51) && writer.SetCell(0, 0, L"Name"));
+        return [&, writer = std::move(writer)]() mutable {
+            EXPECT_FALSE(writer.Write());
+            writer = {};
+            return std::filesystem::file_size(file_);
+        };
+    };
+    {
+        auto length = lengthLeftBy();
+        FailingPages pages(nullptr, "VirtualAlloc", nullptr);
+        pages.FailFrom(1);
+        EXPECT_EQ(length(), 0u);
+    }
+    {
+        auto length = lengthLeftBy();
+        FailingCalls<decltype(CreateFileMappingW), struct Mappings> mappings(nullptr, "CreateFileMappingW", nullptr);
+        mappings.FailFrom(1);
+        EXPECT_EQ(length(), 0u);
+    }
+    {
+        auto length = lengthLeftBy();
+        FailingCalls<decltype(MapViewOfFile), struct Views> views(nullptr, "MapViewOfFile", nullptr);
+        views.FailFrom(1);
+        EXPECT_EQ(length(), 0u);
+    }
+    {
+        auto length = lengthLeftBy();
+        FailingCalls<decltype(SetEndOfFile), struct Ends> ends(nullptr, "SetEndOfFile", FALSE);
+        ends.FailOnly(1);
+        EXPECT_EQ(length(), 0u);
+    }
 }
 
 } // namespace
