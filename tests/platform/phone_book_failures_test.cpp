@@ -1,9 +1,11 @@
 // Calls of the system that fail while a phone book is loaded or saved, once, for a while or for good: what was in the
 // file is in the file or in a copy.
+#include "phonebook/file/file_replacement.h"
 #include "phonebook/file/phone_book_document.h"
 #include "phonebook/file/phone_book_file.h"
 
 #include "support/documents_folder.h"
+#include "support/failing_calls.h"
 #include "support/failing_dom.h"
 #include "support/phone_book.h"
 #include "support/redirected_import.h"
@@ -617,7 +619,149 @@ TEST_F(FailingFiles, ALinkIsFollowedToTheFileThatItLeadsTo)
     EXPECT_EQ(documents.Files(), (Names{L"qxfaxab.xml", L"real.xml"}));
 }
 
+TEST_F(FailingFiles, WhereALinkLeadsIsNamedAsEveryFunctionTakesIt)
+{
+    linkName = L"qxfaxab.xml";
+    WriteBytes(Path(), "link");
+    const StandIn<decltype(GetFileAttributesW)> attributes("GetFileAttributesW", AttributesWithLink, getAttributes);
+    const RedirectedImport<decltype(GetFinalPathNameByHandleW)> finalPath("GetFinalPathNameByHandleW", FinalPathOfLink);
+    linkTarget = L"C:\\real.xml";
+    EXPECT_EQ(FollowLink(Path()), linkTarget);
+    linkTarget = L"UNC\\server\\share\\real.xml";
+    EXPECT_EQ(FollowLink(Path()), L"\\\\server\\share\\real.xml");
+    linkTarget = L"C:\\" + std::wstring(300, L'x');
+    EXPECT_EQ(FollowLink(Path()), L"\\\\?\\" + linkTarget);
+}
+
+TEST_F(FailingFiles, ALinkThatLeadsNowhereIsTheFile)
+{
+    linkName = L"qxfaxab.xml";
+    const StandIn<decltype(GetFileAttributesW)> attributes("GetFileAttributesW", AttributesOfLink, getAttributes);
+    EXPECT_EQ(FollowLink(Path()), Path());
+    WriteBytes(Path(), "link");
+    FailingCalls<decltype(GetFinalPathNameByHandleW), struct Ends> ends(nullptr, "GetFinalPathNameByHandleW", 0);
+    ends.FailFrom(1);
+    EXPECT_EQ(FollowLink(Path()), Path());
+}
+
+// Files that open and tell nothing
+
+using FailingReads = FailingCalls<decltype(ReadFile), struct Reads>;
+using FailingSizes = FailingCalls<decltype(GetFileSizeEx), struct Sizes>;
+
+TEST_F(FailingFiles, AFileThatOpensAndCannotBeReadIsNotTakenForABook)
+{
+    WriteBook();
+    FailingReads reads(nullptr, "ReadFile", FALSE, ERROR_CRC);
+    reads.FailFrom(1);
+    EXPECT_EQ(LoadPhoneBookFile(Path(), book.store).outcome, LoadOutcome::NotUnderstood);
+    reads.FailNone();
+    FailingSizes sizes(nullptr, "GetFileSizeEx", FALSE, ERROR_CRC);
+    sizes.FailFrom(1);
+    EXPECT_EQ(LoadPhoneBookFile(Path(), book.store).outcome, LoadOutcome::NotUnderstood);
+}
+
+TEST_F(FailingFiles, AFileThatCannotBeAskedHasNoStamp)
+{
+    EXPECT_FALSE(StampOf(Path()));
+    WriteBook();
+    EXPECT_TRUE(StampOf(Path()));
+    FailingCalls<decltype(GetFileInformationByHandle), struct Stamps> stamps(nullptr, "GetFileInformationByHandle",
+                                                                             FALSE);
+    stamps.FailFrom(1);
+    EXPECT_FALSE(StampOf(Path()));
+}
+
+TEST_F(FailingFiles, WhatMayBeThereIsKeptOrStays)
+{
+    EXPECT_TRUE(KeepCopy(Path())); // nothing to keep
+    WriteBook();
+    FailingCalls<decltype(GetFileAttributesExW), struct Looks> looks(nullptr, "GetFileAttributesExW", FALSE,
+                                                                     ERROR_NETNAME_DELETED);
+    looks.FailFrom(1);
+    EXPECT_FALSE(KeepCopy(Path()));
+    EXPECT_EQ(documents.Files(), Names{L"qxfaxab.xml"});
+}
+
+TEST_F(FailingFiles, ACopyThatCannotBeComparedIsNotTakenForOneOfThisFile)
+{
+    WriteBook();
+    EXPECT_TRUE(KeepCopy(Path()));
+    {
+        FailingSizes sizes(nullptr, "GetFileSizeEx", FALSE, ERROR_CRC);
+        sizes.FailOnly(2); // of the copy
+        EXPECT_TRUE(KeepCopy(Path()));
+    }
+    for (const long call : {1, 2}) { // of the file, of the copy; the next copy is the one that the last round kept
+        FailingReads reads(nullptr, "ReadFile", FALSE, ERROR_CRC);
+        reads.FailOnly(call);
+        EXPECT_TRUE(KeepCopy(Path())) << call;
+    }
+    EXPECT_EQ(documents.Files(), (Names{L"qxfaxab.xml", L"qxfaxab.xml.2.bak", L"qxfaxab.xml.bak"}));
+}
+
+TEST_F(FailingFiles, AReadThatFailsWhileWritingInPlaceLosesNothing)
+{
+    int refused = 0;
+    for (long call = 1; call <= 4; ++call) { // the new content's end, its mark, the old content, the new one
+        refusals.open = nullptr;
+        WriteBook();
+        TakeNoSecondFile(ERROR_ACCESS_DENIED);
+        FailingReads reads(nullptr, "ReadFile", FALSE, ERROR_CRC);
+        reads.FailOnly(call);
+        const bool saved = SaveBob();
+        EXPECT_TRUE(reads.HasFailed()) << call;
+        reads.FailNone();
+        refused += saved ? 0 : 1;
+        EXPECT_EQ(saved ? NamesInFile() : Names{L"Bob"}, Names{L"Bob"}) << call;
+        EXPECT_TRUE(saved || ReadBytes(Path()) == before) << call;
+    }
+    EXPECT_EQ(refused, 3);
+}
+
+TEST_F(FailingFiles, WhereNoFolderTakesASecondFileNothingIsWritten)
+{
+    WriteBook();
+    TakeNoSecondFile(ERROR_ACCESS_DENIED);
+    FailingCalls<decltype(GetTempPathW), struct Folders> folders(nullptr, "GetTempPathW", 0);
+    folders.FailFrom(1);
+    EXPECT_FALSE(SaveBob());
+    EXPECT_EQ(ReadBytes(Path()), before);
+}
+
+TEST_F(FailingFiles, ABookIsSavedAlsoWhereThereIsNoGuard)
+{
+    FailingCalls<decltype(CreateMutexW), struct Guards> guards(nullptr, "CreateMutexW", nullptr);
+    guards.FailFrom(1);
+    EXPECT_TRUE(SaveBob());
+    EXPECT_EQ(NamesInFile(), Names{L"Bob"});
+}
+
 // Half a document
+
+TEST_F(FailingFiles, WithoutADocumentNothingIsReadOrWritten)
+{
+    WriteBook();
+    FailingCalls<decltype(CoCreateInstance), struct Documents> made(nullptr, "CoCreateInstance", E_FAIL);
+    made.FailFrom(1);
+    EXPECT_FALSE(SaveBob());
+    EXPECT_EQ(LoadPhoneBookFile(Path(), book.store).outcome, LoadOutcome::NotUnderstood);
+    EXPECT_EQ(ReadBytes(Path()), before);
+}
+
+TEST_F(FailingFiles, ADocumentWhoseEndCannotBeSeenIsNotTakenForWhole)
+{
+    WriteBook();
+    {
+        FailingSizes sizes(nullptr, "GetFileSizeEx", FALSE, ERROR_CRC);
+        sizes.FailFrom(1);
+        EXPECT_FALSE(SaveBob());
+    }
+    FailingCalls<decltype(SetFilePointerEx), struct Moves> moves(nullptr, "SetFilePointerEx", FALSE, ERROR_CRC);
+    moves.FailFrom(1);
+    EXPECT_FALSE(SaveBob());
+    EXPECT_EQ(ReadBytes(Path()), before);
+}
 
 TEST_F(FailingFiles, AnyCallOfTheDomThatFailsWhileSavingLeavesTheOldFile)
 {
