@@ -1,5 +1,7 @@
 #include "base/activation_context.h"
 
+#include "support/failing_calls.h"
+
 #include <atomic>
 #include <gtest/gtest.h>
 #include <thread>
@@ -24,6 +26,32 @@ TEST(ActivationContext, IsActiveWhileTheScopeLives)
         EXPECT_TRUE(AContextIsActive());
     }
     EXPECT_FALSE(AContextIsActive());
+}
+
+TEST(ActivationContext, WhatCannotBeMadeOrActivatedIsGoneWithout)
+{
+    const auto isActive = [] {
+        ForgetActivationContext();
+        const ActivationScope scope;
+        return AContextIsActive();
+    };
+    {
+        test::FailingCalls<decltype(GetModuleFileNameW), struct Names> names(nullptr, "GetModuleFileNameW", 0);
+        names.FailFrom(1);
+        EXPECT_FALSE(isActive());
+    }
+    {
+        test::FailingCalls<decltype(CreateActCtxW), struct Contexts> contexts(nullptr, "CreateActCtxW",
+                                                                              INVALID_HANDLE_VALUE);
+        contexts.FailFrom(1);
+        EXPECT_FALSE(isActive());
+    }
+    {
+        test::FailingCalls<decltype(ActivateActCtx), struct Activations> activations(nullptr, "ActivateActCtx", FALSE);
+        activations.FailFrom(1);
+        EXPECT_FALSE(isActive());
+    }
+    EXPECT_TRUE(isActive());
 }
 
 TEST(ActivationContext, TwoThreadsMayBeTheFirstToUseIt)

@@ -1,5 +1,6 @@
 #include "base/apartment.h"
 
+#include "support/failing_calls.h"
 #include "support/redirected_import.h"
 
 #include <atomic>
@@ -66,6 +67,41 @@ TEST(ApartmentThread, IsStartedOnlyWhenItHasBegunAlsoWhenWaitingIsRefused)
         EXPECT_TRUE(thread) << refusals;
     }
     g_refusals = 0;
+}
+
+template <class Function, class Failure> bool StartsWithout(const char* function, Failure failure)
+{
+    test::FailingCalls<Function, struct CallsOfStart> calls(nullptr, function, failure);
+    calls.FailOnly(1);
+    const ApartmentThread thread;
+    EXPECT_TRUE(calls.HasFailed()) << function;
+    return static_cast<bool>(thread);
+}
+
+TEST(ApartmentThread, IsNoneWhenItCannotHaveWhatItNeeds)
+{
+    EXPECT_FALSE(StartsWithout<decltype(CreateEventW)>("CreateEventW", nullptr));
+    EXPECT_FALSE(StartsWithout<decltype(CreateThread)>("CreateThread", nullptr));
+    EXPECT_FALSE(StartsWithout<decltype(CreateWindowExW)>("CreateWindowExW", nullptr));
+    EXPECT_FALSE(StartsWithout<decltype(SetWindowLongPtrW)>("SetWindowLongPtrW", 0));
+}
+
+TEST(ApartmentThread, RunsNothingThatItCannotBeTold)
+{
+    bool ran = false;
+    ApartmentThread thread;
+    ASSERT_TRUE(thread);
+    {
+        test::FailingCalls<decltype(PostMessageW), struct Posts> posts(nullptr, "PostMessageW", FALSE);
+        posts.FailFrom(1);
+        thread.Run([&] { ran = true; }, nullptr);
+    }
+    {
+        test::FailingCalls<decltype(CreateEventW), struct Events> events(nullptr, "CreateEventW", nullptr);
+        events.FailFrom(1);
+        thread.Run([&] { ran = true; }, nullptr);
+    }
+    EXPECT_FALSE(ran);
 }
 
 } // namespace

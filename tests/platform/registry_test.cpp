@@ -2,6 +2,7 @@
 
 #include "settings/key_set.h"
 
+#include "support/failing_calls.h"
 #include "support/test_printer.h"
 
 #include <gtest/gtest.h>
@@ -110,6 +111,30 @@ TEST_F(Registry, AKeptSubtreeNameIsTheFirstOneThatCouldBeRead)
     EXPECT_EQ(RestrictedUserGuid(printer.Handle()), L"{another}");
 }
 
+TEST_F(Registry, KeptSubtreeNamesMayEndInAnyOrder)
+{
+    const TestPrinter other;
+    const KeptSubtreeName keptOfOther(other.Handle());
+    auto first = std::make_unique<KeptSubtreeName>(printer.Handle());
+    const KeptSubtreeName last(other.Handle());
+    EXPECT_EQ(RestrictedUserGuid(printer.Handle()), printer.Guid());
+    first.reset();
+    EXPECT_EQ(RestrictedUserGuid(other.Handle()), other.Guid());
+}
+
+TEST_F(Registry, KeysThatCannotBeMadeAreNone)
+{
+    FailingCalls<decltype(RegCreateKeyExW), struct Keys> creations(nullptr, "RegCreateKeyExW", ERROR_ACCESS_DENIED);
+    creations.FailFrom(1);
+    OpenKeys(set);
+    EXPECT_EQ(set.hDefaultKey, nullptr);
+    creations.FailOnly(3); // the second of the four, behind the key that all are in
+    OpenKeys(set);
+    EXPECT_NE(set.hAddressBookKey, nullptr);
+    EXPECT_EQ(set.hDefaultKey, nullptr);
+    EXPECT_NE(set.hMruListKey, nullptr);
+}
+
 TEST_F(Registry, OpeningTheSetTwiceLeavesTheFirstJobDataAndRecentListHandlesOpen)
 {
     OpenKeys(set);
@@ -210,6 +235,15 @@ TEST_F(Registry, ATextStoredBadlyReadsUpToItsEndAndNeverBeyond)
         PutBytes(set.hDefaultKey, L"Value", c.type, c.bytes.data(), c.bytes.size());
         EXPECT_EQ(ReadBack(L"Value"), c.expected) << c.name;
     }
+}
+
+TEST_F(Registry, ATextThatChangesBetweenTwoLooksIsNotRead)
+{
+    OpenKeys(set);
+    ASSERT_TRUE(WriteString(set.hDefaultKey, L"Text", L"stored", REG_SZ));
+    FailingCalls<decltype(RegQueryValueExW), struct Looks> looks(nullptr, "RegQueryValueExW", ERROR_MORE_DATA);
+    looks.FailOnly(2);
+    EXPECT_EQ(ReadBack(L"Text"), L"<not read: untouched>");
 }
 
 TEST_F(Registry, ANumberOfUpToFourBytesIsReadWhateverItsType)
