@@ -845,6 +845,27 @@ TEST_F(FailingFiles, AnyBlockThatCannotBeAllocatedWhileLoadingIsNotTakenForAnEmp
         6);
 }
 
+TEST_F(FailingFiles, AReloadForWhichMemoryIsShortLeavesNothingOfACancelledEdit)
+{
+    FailingCalls<void*(std::size_t), struct ReloadMemory> memory(nullptr, "malloc", nullptr);
+    int failing = 0;
+    for (bool failed = true; failed;) {
+        WriteBook();
+        book->Reload();
+        AsEntry(book->GetAt(0))->SetFaxNumber(L"9");
+        book->Delete(1);
+        memory.FailOnly(++failing);
+        try {
+            book->Reload();
+        } catch (const std::bad_alloc&) { // as the dialogs' barrier does
+        }
+        failed = memory.HasFailed();
+        memory.FailNone();
+        CheckNothingIsLost(failing);
+    }
+    EXPECT_GT(failing, 10);
+}
+
 TEST_F(FailingFiles, AnEntryWhoseCopyDoesNotFitIntoTheMemoryStaysAsItIs)
 {
     PhoneBookEntry* const ann = book.AddEntry(L"Ann", L"1", L"Acme", 1);

@@ -54,9 +54,9 @@ BOOL PhoneBook::Load() noexcept
 {
     return Guarded<BOOL>(TRUE, [this]() -> BOOL {
         const Busy busy(*this);
+        seen_.reset(); // unless the load comes to its end
         if (filePath_.empty())
             BuildFilePath();
-        seen_.reset(); // unless the load comes to its end
         const bool wasEmpty = items_.empty();
         const unsigned loadsBefore = loads_;
         const LoadedPhoneBook loaded = storage_.Load(filePath_, store_);
@@ -96,14 +96,15 @@ BOOL PhoneBook::Save(DWORD count) noexcept
     return TRUE;
 }
 
-void PhoneBook::Reload()
+void PhoneBook::Reload() noexcept
 {
     ReplaceItems(false);
 }
 
-void PhoneBook::ReplaceItems(bool keepUnlessLoaded)
+// Nothing here needs memory but the load: an edit that was cancelled leaves the book in any case.
+void PhoneBook::ReplaceItems(bool keepUnlessLoaded) noexcept
 {
-    std::vector<PhoneBookItem*> replaced = items_;
+    std::vector<PhoneBookItem*> replaced = std::move(items_);
     const unsigned loadsBefore = loads_;
     RemoveAll();
     Load();

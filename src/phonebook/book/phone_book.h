@@ -43,7 +43,7 @@ public:
     const std::wstring& FilePath() const noexcept { return filePath_; }
 
     // RemoveAll and Load. The items that were in the book are freed, but for those that a KeptItem keeps.
-    void Reload();
+    void Reload() noexcept;
     // Reload, and, when sorted, Sort ascending; nothing is read when the book is as a load has left it and the file has
     // not changed since: every list of a thread is told of a change, and the first one reads it for all. The items
     // stay, too, when the load does not come to its end: no book would be shown, and worked on, in place of one.
@@ -67,7 +67,7 @@ private:
     class Busy;
     ~PhoneBook() = default; // Destroy frees the book
 
-    void ReplaceItems(bool keepUnlessLoaded);
+    void ReplaceItems(bool keepUnlessLoaded) noexcept;
     template <class Wanted> PhoneBookItem* FindFirst(DWORD id, Wanted wanted) const;
     void Changed() noexcept;
     void RaiseNextId(const LoadedPhoneBook& loaded);
