@@ -612,7 +612,6 @@ void UiDriver::GoToPage(int index)
 
 void UiDriver::PressKey(WORD key, const std::vector<WORD>& modifiers)
 {
-    SetForegroundWindow(Dialog());
     std::vector<INPUT> inputs;
     inputs.reserve(2 * (modifiers.size() + 1));
     for (const WORD modifier : modifiers)
@@ -621,9 +620,23 @@ void UiDriver::PressKey(WORD key, const std::vector<WORD>& modifiers)
     inputs.push_back(KeyInput(key, KEYEVENTF_KEYUP));
     for (const WORD modifier : modifiers)
         inputs.push_back(KeyInput(modifier, KEYEVENTF_KEYUP));
+    SendKeys(std::move(inputs));
+}
 
+void UiDriver::HoldKey(WORD key, int times)
+{
+    std::vector<INPUT> inputs(static_cast<std::size_t>(times), KeyInput(key, 0));
+    inputs.push_back(KeyInput(key, KEYEVENTF_KEYUP));
+    SendKeys(std::move(inputs));
+}
+
+void UiDriver::SendKeys(std::vector<INPUT> inputs)
+{
+    SetForegroundWindow(Dialog());
     // Keyboard input is fetched after all posted messages, so a marker could overtake it: the releases are counted.
-    const unsigned expected = Watch().keysReleased + 1 + static_cast<unsigned>(modifiers.size());
+    const auto released =
+        std::ranges::count_if(inputs, [](const INPUT& input) { return (input.ki.dwFlags & KEYEVENTF_KEYUP) != 0; });
+    const unsigned expected = Watch().keysReleased + static_cast<unsigned>(released);
     if (SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT)) != inputs.size())
         Fail(SystemError("the system takes no keyboard input", GetLastError()));
     const auto deadline = Clock::now() + patience_;

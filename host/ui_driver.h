@@ -95,6 +95,7 @@ public:
     void GoToPage(int index);
     // Real keyboard input to the window with the focus. modifiers: any of VK_CONTROL, VK_SHIFT, VK_MENU.
     void PressKey(WORD key, const std::vector<WORD>& modifiers = {});
+    void HoldKey(WORD key, int times); // down so often before it is released, as a keyboard repeats it
     BoxContents AnswerBox(int button); // waits for a message box, presses its button, says what it said
     void AnswerFileDialog(const std::filesystem::path& file); // waits for it, types the name and confirms
     void CloseEverything();                                   // cancels whatever is open until the end
@@ -112,6 +113,7 @@ private:
     HWND EditOf(int id);
     LRESULT Ask(HWND window, UINT message, WPARAM w = 0, LPARAM l = 0) const;
     std::wstring TextOf(HWND window) const;
+    void SendKeys(std::vector<INPUT> inputs);
     [[noreturn]] void Fail(const std::string& what) const;
     std::string Describe() const;
 

@@ -331,6 +331,34 @@ TEST(AddRecipients, DoubleClickAndEnterMoveTheRowAndTheDeleteKeyTakesItBack)
     EXPECT_EQ(ui.RowCount(IDC_PICK_CHOSEN), 0);
 }
 
+TEST(AddRecipients, KeysHeldDownInAListPressTheirButtonOnce)
+{
+    PhoneBookSession session(Acquaintances());
+    UiDriver& ui = session.OpenPicker();
+    ui.SelectRows(IDC_PICK_LIST, {1});
+    ui.Focus(IDC_PICK_LIST);
+    ui.HoldKey(VK_RETURN, 5);
+    EXPECT_EQ(NamesIn(ui, IDC_PICK_CHOSEN), Names{L"Bob"});
+    ui.PressKey(VK_RETURN); // pressed again, not held
+    EXPECT_EQ(NamesIn(ui, IDC_PICK_CHOSEN), (Names{L"Bob", L"Bob"}));
+    ui.SelectRows(IDC_PICK_CHOSEN, {0});
+    ui.Focus(IDC_PICK_CHOSEN);
+    ui.HoldKey(VK_DELETE, 5);
+    EXPECT_EQ(NamesIn(ui, IDC_PICK_CHOSEN), Names{L"Bob"});
+}
+
+// It opens the entry and closes it again; the list that has been filled anew has no selected row to answer for it.
+TEST(AddRecipients, EnterHeldDownInTheEditorDoesNotWalkOnIntoItsOk)
+{
+    PhoneBookSession session(Acquaintances());
+    UiDriver& ui = session.OpenPicker();
+    ui.Press(IDC_PICK_EDIT_BOOK);
+    ui.SelectRows(IDC_BOOK_LIST, {1});
+    ui.Focus(IDC_BOOK_LIST);
+    ui.HoldKey(VK_RETURN, 6);
+    EXPECT_EQ(ui.Title(), L"Edit Phone Book");
+}
+
 TEST(AddRecipients, EnterOnAListWithoutSelectionConfirmsTheDialog)
 {
     PhoneBookSession session(Acquaintances());

@@ -153,6 +153,15 @@ TEST_F(PhoneBookListTest, RowWhoseItemLeftTheBookIsSkipped)
     EXPECT_EQ(OnlySelectedItem(list.window, *book), bob);
 }
 
+// Zero is an id, too.
+TEST_F(PhoneBookListTest, RowThatCannotBeReadIsNobody)
+{
+    book.AddEntry(L"Ann", L"1", L"", 0);
+    FillPhoneBookList(list, *book, ListedItems::All);
+    EXPECT_NE(ItemOfRow(list.window, 0, *book), nullptr);
+    EXPECT_EQ(ItemOfRow(list.window, 1, *book), nullptr);
+}
+
 TEST_F(PhoneBookListTest, RowIsScrolledToTheTopFromBothSides)
 {
     AddPeople(200);

@@ -108,8 +108,8 @@ DWORD IdOfRow(HWND list, int row) noexcept
     LVITEMW line{};
     line.mask = LVIF_PARAM;
     line.iItem = row;
-    SendMessageW(list, LVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&line));
-    return static_cast<DWORD>(line.lParam);
+    const LRESULT read = SendMessageW(list, LVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&line));
+    return read != 0 ? static_cast<DWORD>(line.lParam) : kNoId; // 0 is an id
 }
 
 // ---- keys ---------------------------------------------------------------------------------------------------------
@@ -128,27 +128,34 @@ struct ListSubclass {
     WNDPROC previous;
 };
 
-// True when the key was for us.
-bool AnswerKey(HWND list, ListKeys keys, WPARAM key) noexcept
+bool IsRepeated(LPARAM keystroke) noexcept
+{
+    return (HIWORD(keystroke) & KF_REPEAT) != 0;
+}
+
+// True when the key was for us. One that is held down presses its button once: nobody means to add a recipient a
+// hundred times.
+bool AnswerKey(HWND list, ListKeys keys, WPARAM key, LPARAM keystroke) noexcept
 {
     const HWND dialog = GetParent(list);
-    if (key == VK_RETURN)
-        PressButton(dialog, keys.activate);
-    else if (key == VK_DELETE)
-        PressButton(dialog, keys.remove);
-    else if (key == 'A' && GetKeyState(VK_CONTROL) < 0)
+    if (key == VK_RETURN || key == VK_DELETE) {
+        if (!IsRepeated(keystroke))
+            PressButton(dialog, key == VK_RETURN ? keys.activate : keys.remove);
+    } else if (key == 'A' && GetKeyState(VK_CONTROL) < 0) {
         SelectAllRows(list);
-    else
+    } else {
         return false;
+    }
     return true;
 }
 
-// Enter belongs to the list while a row is selected; otherwise it presses the dialog's default button.
+// Enter belongs to the list while a row is selected; otherwise it presses the dialog's default button. One that is held
+// down has been used already: what it pressed may have taken the selection away.
 bool ClaimsEnter(HWND list, ListKeys keys, LPARAM question) noexcept
 {
     const auto* const message = reinterpret_cast<const MSG*>(question);
     return message != nullptr && message->message == WM_KEYDOWN && message->wParam == VK_RETURN && keys.activate != 0 &&
-           SelectedCount(list) > 0;
+           (SelectedCount(list) > 0 || IsRepeated(message->lParam));
 }
 
 LRESULT CALLBACK ListProcedure(HWND list, UINT message, WPARAM w, LPARAM l) noexcept
@@ -162,7 +169,7 @@ LRESULT CALLBACK ListProcedure(HWND list, UINT message, WPARAM w, LPARAM l) noex
             return DLGC_WANTALLKEYS;
         break;
     case WM_KEYDOWN:
-        if (AnswerKey(list, keys, w))
+        if (AnswerKey(list, keys, w, l))
             return 0;
         break;
     case WM_CHAR:
