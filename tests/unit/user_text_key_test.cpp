@@ -1,6 +1,7 @@
 #include "base/user_text_key.h"
 
 #include "base/text.h"
+#include "support/patched_function.h"
 
 #include "support/failing_calls.h"
 #include "support/redirected_import.h"
@@ -225,6 +226,32 @@ TEST(UserTextKeys, AreMadeOnRequestOnlyOfTextsForWhichTheyDecide)
         EXPECT_TRUE(keys.AppendDeciding(deciding, text) && keys.Append(any, text));
         EXPECT_EQ(deciding, any);
     }
+}
+
+test::PatchedFunction* g_patch = nullptr;
+
+// As where "ch" is a letter of its own that comes behind the h.
+int WINAPI LCMapStringWithCh(LCID locale, DWORD flags, const wchar_t* text, int units, wchar_t* to, int room)
+{
+    std::wstring sorted(text, static_cast<std::size_t>(units));
+    for (std::size_t at = sorted.find(L"ch"); at != std::wstring::npos; at = sorted.find(L"ch", at))
+        sorted.replace(at, 2, L"hz");
+    return g_patch->WithOriginal([&] { return LCMapStringW(locale, flags, sorted.data(), units, to, room); });
+}
+
+TEST(UserTextKeys, ALetterOfTwoCharactersHasAPlaceOfItsOwn)
+{
+    test::PatchedFunction patch(L"kernel32.dll", "LCMapStringW", LCMapStringWithCh);
+    g_patch = &patch;
+    const UserTextKeys keys;
+    const auto keyOf = [&keys](std::wstring_view text) {
+        std::string key;
+        keys.Append(key, text);
+        return key;
+    };
+    EXPECT_LT(keyOf(L"cz"), keyOf(L"ch"));
+    EXPECT_LT(keyOf(L"ha"), keyOf(L"ch"));
+    EXPECT_LT(keyOf(L"ch"), keyOf(L"i"));
 }
 
 TEST(UserTextKeys, LongTextsHaveKeysToo)
