@@ -2,9 +2,11 @@
 #include "dialog/dialog.h"
 
 #include "res/entry_ids.h"
+#include "support/patched_function.h"
 
 #include <gtest/gtest.h>
 #include <stdexcept>
+#include <utility>
 
 namespace qx {
 namespace {
@@ -116,6 +118,26 @@ TEST_F(DialogTest, TitleCaptionsAndLimitsStandBeforeTheDialogIsFilled)
     EXPECT_EQ(WindowText(dialog), L"A probe");
     EXPECT_EQ(probe.captionWhenFilled, L"Who");
     EXPECT_EQ(SendDlgItemMessageW(dialog, IDC_ENTRY_NAME, EM_GETLIMITTEXT, 0, 0), 3);
+}
+
+template <DWORD kMajor> BOOL WINAPI IsWindows(OSVERSIONINFOW* version) noexcept
+{
+    version->dwMajorVersion = kMajor;
+    return TRUE;
+}
+
+TEST_F(DialogTest, OnlyBeforeWindows6TheTitleBarOffersHelp)
+{
+    const auto offersHelp = [this](auto* version) {
+        const test::PatchedFunction patch(L"kernel32.dll", "GetVersionExW", version);
+        Probe probe;
+        Create(&probe);
+        const bool offers = (GetWindowLongPtrW(dialog, GWL_EXSTYLE) & WS_EX_CONTEXTHELP) != 0;
+        DestroyWindow(std::exchange(dialog, nullptr));
+        return offers;
+    };
+    EXPECT_TRUE(offersHelp(IsWindows<5>));
+    EXPECT_FALSE(offersHelp(IsWindows<6>));
 }
 
 TEST_F(DialogTest, CancelEndsADialogThatHasNoRouteForIt)
