@@ -83,8 +83,10 @@ TEST(FaxJobData, RecipientsGrowByDoublingAndKeepTheirOrder)
     record.Recipients.Capacity = 1; // the least that a driver may state
     MakeRoomForRecipients(record);
     EXPECT_EQ(AddRecipient(record, nullptr), FALSE);
-    for (int i = 0; i < 5; ++i)
+    for (int i = 0; i < 5; ++i) {
         EXPECT_EQ(AddRecipient(record, NewRecipient(std::to_wstring(i).c_str())), TRUE);
+        EXPECT_LE(record.Recipients.Count, record.Recipients.Capacity);
+    }
     EXPECT_EQ(record.RecipientCount, 5);
     EXPECT_EQ(record.Recipients.Count, 5);
     EXPECT_EQ(record.Recipients.Capacity, 8);
@@ -103,8 +105,10 @@ TEST(FaxJobData, StringsStandInACountedArrayAndAreFoundById)
     RestartStrings(record);
     EXPECT_EQ(record.Strings.Capacity, 10);
     EXPECT_EQ(AppendString(record, 0, L"no identifier"), FALSE);
-    for (int id = 1; id <= 12; ++id)
+    for (int id = 1; id <= 12; ++id) {
         EXPECT_EQ(AppendString(record, id, std::to_wstring(id).c_str()), TRUE);
+        EXPECT_LE(record.Strings.Count, record.Strings.Capacity);
+    }
     EXPECT_EQ(record.Strings.Count, 12);
     EXPECT_EQ(record.Strings.Capacity, 20);
     EXPECT_EQ(*(reinterpret_cast<const std::size_t*>(record.Strings.Items) - 1), 20u);
