@@ -1,10 +1,13 @@
 #include "base/unique.h"
+#include "record/fax_job_data.h"
 #include "res/fax_job_page_ids.h"
 #include "res/setup_page_ids.h"
 #include "support/patched_function.h"
+#include "support/redirected_import.h"
 #include "support/send_fax_session.h"
 
 #include <atomic>
+#include <commctrl.h>
 #include <cstring>
 #include <future>
 #include <gtest/gtest.h>
@@ -108,6 +111,36 @@ TEST(SendSession, TheDriversEscapeDataOutlivesIt)
     EXPECT_TRUE(fetch(nullptr, &size));
     EXPECT_EQ(size, 7u);
     EXPECT_FALSE(fetch(&to, &size));
+}
+
+template <DWORD kMajor> BOOL WINAPI IsWindows(OSVERSIONINFOW* version) noexcept
+{
+    version->dwMajorVersion = kMajor;
+    return TRUE;
+}
+
+DWORD g_sheetFlags = 0;
+
+INT_PTR WINAPI RememberSheet(const PROPSHEETHEADERW* header) noexcept
+{
+    g_sheetFlags = header->dwFlags;
+    return -1;
+}
+
+template <class Function> bool OffersHelpInTheTitleBar(Function* version)
+{
+    SendFaxSession session;
+    const PatchedFunction patch(L"kernel32.dll", "GetVersionExW", version);
+    const RedirectedImport sheet("PropertySheetW", RememberSheet, session.Module());
+    session.Start();
+    session.End();
+    return (g_sheetFlags & PSH_NOCONTEXTHELP) == 0;
+}
+
+TEST(SendSession, OnlyBeforeWindows6TheTitleBarOffersHelp)
+{
+    EXPECT_TRUE(OffersHelpInTheTitleBar(IsWindows<5>));
+    EXPECT_FALSE(OffersHelpInTheTitleBar(IsWindows<6>));
 }
 
 // ---- what the spooler is asked: with a server's printer each question is a round over the network
@@ -269,6 +302,35 @@ TEST(SendSession, TheRecordsTextsAreResetAndItsKeysClosed)
     EXPECT_EQ(job.PrinterHandleCopy, session.PrinterHandle());
     for (const HKEY key : {job.hDefaultKey, job.hAddressBookKey, job.hJobDataKey, job.hBidiInfoKey, job.hMruListKey})
         EXPECT_EQ(key, nullptr);
+}
+
+// A driver may hand over the record of its last session: what nobody has stored or typed in this one is empty.
+TEST(SendSession, NoTextOfAnEarlierSessionIsLeftInTheRecord)
+{
+    struct Text {
+        const char* name;
+        WCHAR* FaxJobData::* field;
+        void (*set)(FaxJobData&, const wchar_t*) noexcept;
+    };
+    constexpr Text kReset[] = {
+        {"SenderName", &FaxJobData::SenderName, SetSenderName},
+        {"SenderFaxNo", &FaxJobData::SenderFaxNo, SetSenderFaxNo},
+        {"SenderCompany", &FaxJobData::SenderCompany, SetSenderCompany},
+        {"SenderVoiceNo", &FaxJobData::SenderVoiceNo, SetSenderVoiceNo},
+        {"NotifyEmail", &FaxJobData::NotifyEmail, SetNotifyEmail},
+        {"CoverPageNotes", &FaxJobData::CoverPageNotes, SetCoverPageNotes},
+        {"CoverPageSubject", &FaxJobData::CoverPageSubject, SetCoverPageSubject},
+        {"OverlayPath", &FaxJobData::OverlayPath, SetOverlayPath},
+        {"BillingCode", &FaxJobData::BillingCode, SetBillingCode},
+        {"DefaultOverlayPath", &FaxJobData::DefaultOverlayPath, SetDefaultOverlayPath},
+    };
+    SendFaxSession session({.printer = {}, .prepare = [&](FaxJobData& record) {
+                                for (const Text& text : kReset)
+                                    text.set(record, L"earlier");
+                            }});
+    const FaxJobData& job = OnFaxJobPage(session).Cancel();
+    for (const Text& text : kReset)
+        EXPECT_STREQ(job.*text.field, L"") << text.name;
 }
 
 // Runs in German too, where the library has another title.
