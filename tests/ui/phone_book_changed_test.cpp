@@ -2,8 +2,10 @@
 #include "host/utf8.h"
 #include "phonebook/ui/phone_book_changed.h"
 #include "res/add_recipients_ids.h"
+#include "res/details_ids.h"
 #include "res/edit_phone_book_ids.h"
 #include "res/entry_ids.h"
+#include "res/group_ids.h"
 #include "support/phone_book_session.h"
 
 #include <chrono>
@@ -112,6 +114,50 @@ template <class Read, class Value> Value Eventually(Read read, const Value& expe
     return value;
 }
 
+// The rows of a list once they are these, or those that it has instead.
+Names FollowedNames(UiDriver& ui, int list, const Names& expected)
+{
+    return Eventually([&] { return NamesIn(ui, list); }, expected);
+}
+
+void AnotherProgramSaves(const PhoneBookSession& session, const BookText& book)
+{
+    session.WritePhoneBook(book.Text());
+    BroadcastPhoneBookChanged();
+}
+
+void AddEntry(UiDriver& ui, std::wstring_view name, std::wstring_view faxNumber)
+{
+    ui.Press(IDC_BOOK_ADD_ENTRY);
+    ui.Type(IDC_ENTRY_NAME, name);
+    ui.Type(IDC_ENTRY_FAX_NUMBER, faxNumber);
+    ui.Press(IDOK);
+}
+
+// Opens the dialog of a new group with these rows of the entries as its members.
+void StartGroup(UiDriver& ui, std::wstring_view name, const std::vector<int>& rows)
+{
+    ui.Press(IDC_BOOK_ADD_GROUP);
+    ui.Type(IDC_GROUP_NAME, name);
+    ui.SelectRows(IDC_GROUP_ENTRIES, rows);
+    ui.Press(IDC_GROUP_ADD);
+}
+
+void EditRow(UiDriver& ui, int row)
+{
+    ui.SelectRows(IDC_BOOK_LIST, {row});
+    ui.Press(IDC_BOOK_EDIT);
+}
+
+SavedItem Saved(const PhoneBookSession& session, std::wstring_view name)
+{
+    for (const SavedItem& item : session.SavedBook()) {
+        if (item.name == name)
+            return item;
+    }
+    return {};
+}
+
 TEST(PhoneBookChanged, OpenListsOfTwoProcessesFollowEachOthersSaves)
 {
     PhoneBookSession session(Acquaintances());
@@ -199,6 +245,189 @@ TEST(PhoneBookChanged, NewEntryNeverSharesItsIdWithOneThatAReloadBrought)
     ui.SelectRows(IDC_BOOK_LIST, {2});
     ui.Press(IDC_BOOK_EDIT);
     EXPECT_EQ(ui.Text(IDC_ENTRY_NAME), L"Zoe");
+}
+
+// ---- what a group's members were ----------------------------------------------------------------------------------
+
+TEST(PhoneBookChanged, NewGroupDoesNotTakeWhoGotTheIdOfItsUnsavedMember)
+{
+    PhoneBookSession session(BookText().Entry(1, L"Bob", L"222"));
+    UiDriver& ui = session.OpenEditor();
+    AddEntry(ui, L"Zoe", L"5"); // id 2
+    StartGroup(ui, L"Team", {1});
+    ASSERT_EQ(NamesIn(ui, IDC_GROUP_MEMBERS), Names{L"Zoe"});
+    AnotherProgramSaves(session, BookText().Entry(1, L"Bob", L"222").Entry(2, L"Amy", L"3"));
+    EXPECT_EQ(FollowedNames(ui, IDC_GROUP_ENTRIES, {L"Amy", L"Bob"}), (Names{L"Amy", L"Bob"}));
+    EXPECT_EQ(NamesIn(ui, IDC_GROUP_MEMBERS), Names{});
+    ASSERT_FALSE(ui.IsEnabled(IDOK));
+
+    ui.SelectRows(IDC_GROUP_ENTRIES, {1}); // the list is that of the book: this is Bob
+    ui.Press(IDC_GROUP_ADD);
+    EXPECT_EQ(NamesIn(ui, IDC_GROUP_MEMBERS), Names{L"Bob"});
+    ui.Press(IDOK);
+    ui.Press(IDOK);
+    EXPECT_EQ(Saved(session, L"Team").members, std::vector<DWORD>{1});
+}
+
+TEST(PhoneBookChanged, SavedGroupDoesNotTakeWhoGotTheIdOfAnUnsavedMember)
+{
+    const auto book = BookText().Entry(1, L"Bob", L"222").Group(2, L"Team", {1});
+    PhoneBookSession session(book);
+    UiDriver& ui = session.OpenEditor();
+    AddEntry(ui, L"Zoe", L"5"); // id 3
+    EditRow(ui, 1);
+    ui.SelectRows(IDC_GROUP_ENTRIES, {1});
+    ui.Press(IDC_GROUP_ADD);
+    ASSERT_EQ(NamesIn(ui, IDC_GROUP_MEMBERS), (Names{L"Bob", L"Zoe"}));
+    AnotherProgramSaves(session, BookText(book).Entry(3, L"Amy", L"3"));
+    EXPECT_EQ(FollowedNames(ui, IDC_GROUP_MEMBERS, {L"Bob"}), Names{L"Bob"});
+    ui.Press(IDOK);
+    ui.Press(IDOK);
+    EXPECT_EQ(Saved(session, L"Team").members, std::vector<DWORD>{1});
+}
+
+TEST(PhoneBookChanged, UnsavedGroupThatGetsAnotherIdLeavesStrangersOut)
+{
+    PhoneBookSession session(BookText().Entry(1, L"Bob", L"222"));
+    UiDriver& ui = session.OpenEditor();
+    AddEntry(ui, L"Zoe", L"5");      // id 2
+    StartGroup(ui, L"Team", {0, 1}); // id 3
+    ui.Press(IDOK);
+    EditRow(ui, 1);
+    AnotherProgramSaves(session, BookText().Entry(1, L"Bob", L"222").Entry(2, L"Amy", L"3").Entry(3, L"Cat", L"4"));
+    EXPECT_EQ(FollowedNames(ui, IDC_GROUP_MEMBERS, {L"Bob"}), Names{L"Bob"});
+    ui.Press(IDOK);
+    EXPECT_EQ(NamesIn(ui, IDC_BOOK_LIST), (Names{L"Amy", L"Bob", L"Cat", L"Team"}));
+    ui.Press(IDOK);
+    EXPECT_EQ(Saved(session, L"Team").members, std::vector<DWORD>{1});
+}
+
+// The id of one who is gone would be drawn for somebody else one day.
+TEST(PhoneBookChanged, GroupGivesUpAMemberWhomAReloadDidNotBring)
+{
+    PhoneBookSession session(BookText().Entry(1, L"Bob", L"222"));
+    UiDriver& ui = session.OpenEditor();
+    AddEntry(ui, L"Zoe", L"5");
+    StartGroup(ui, L"Team", {0, 1});
+    AnotherProgramSaves(session, BookText().Entry(1, L"Bob", L"222").Entry(7, L"New", L"7"));
+    EXPECT_EQ(FollowedNames(ui, IDC_GROUP_MEMBERS, {L"Bob"}), Names{L"Bob"});
+    ui.Press(IDOK);
+    ui.Press(IDOK);
+    EXPECT_EQ(Saved(session, L"Team").members, std::vector<DWORD>{1});
+}
+
+// ---- nothing that was confirmed is lost ---------------------------------------------------------------------------
+
+TEST(PhoneBookChanged, EditOfAnEntryThatAReloadDidNotBringAddsIt)
+{
+    PhoneBookSession session(BookText().Entry(1, L"Bob", L"222"));
+    UiDriver& ui = session.OpenEditor();
+    AddEntry(ui, L"Zoe", L"5");
+    EditRow(ui, 1);
+    AnotherProgramSaves(session, BookText().Entry(1, L"Bob", L"333"));
+    ui.Type(IDC_ENTRY_NAME, L"Zora");
+    ui.Press(IDOK);
+    EXPECT_EQ(NamesIn(ui, IDC_BOOK_LIST), (Names{L"Bob", L"Zora"}));
+    ui.Press(IDOK);
+    EXPECT_EQ(session.SavedBook(), (std::vector<SavedItem>{{L"Bob", L"333", L"", {}}, {L"Zora", L"5", L" ", {}}}));
+}
+
+TEST(PhoneBookChanged, EditOfAGroupThatAnotherProgramDeletedAddsIt)
+{
+    PhoneBookSession session(BookText().Entry(1, L"Bob", L"222").Group(2, L"Team", {1}));
+    UiDriver& ui = session.OpenEditor();
+    EditRow(ui, 1);
+    AnotherProgramSaves(session, BookText().Entry(1, L"Bob", L"222"));
+    ui.Type(IDC_GROUP_NAME, L"Club");
+    ui.Press(IDOK);
+    EXPECT_EQ(NamesIn(ui, IDC_BOOK_LIST), (Names{L"Bob", L"Club"}));
+    ui.Press(IDOK);
+    EXPECT_EQ(Saved(session, L"Club").members, std::vector<DWORD>{1});
+}
+
+TEST(PhoneBookChanged, EditOfAnUnsavedEntryReplacesNobodyWithTheSameNumber)
+{
+    PhoneBookSession session(BookText().Entry(1, L"Bob", L"222"));
+    UiDriver& ui = session.OpenEditor();
+    AddEntry(ui, L"Zoe", L"555-0100"); // id 2
+    EditRow(ui, 1);
+    AnotherProgramSaves(session, BookText().Entry(1, L"Bob", L"222").Entry(2, L"Amy", L"555-0100"));
+    ui.Type(IDC_ENTRY_COMPANY, L"Acme");
+    ui.Press(IDOK);
+    EXPECT_EQ(NamesIn(ui, IDC_BOOK_LIST), (Names{L"Amy", L"Bob", L"Zoe"}));
+}
+
+// ---- duplicates ---------------------------------------------------------------------------------------------------
+
+TEST(PhoneBookChanged, NewEntryIsADuplicateOfTheOneThatGotItsId)
+{
+    PhoneBookSession session(BookText().Entry(1, L"Bob", L"222"));
+    UiDriver& ui = session.OpenEditor();
+    ui.Press(IDC_BOOK_ADD_ENTRY); // draws id 2
+    AnotherProgramSaves(session, BookText().Entry(1, L"Bob", L"222").Entry(2, L"Amy", L"3"));
+    ui.Type(IDC_ENTRY_NAME, L"Amy");
+    ui.Type(IDC_ENTRY_FAX_NUMBER, L"3");
+    ui.Press(IDOK);
+    EXPECT_EQ(ui.AnswerBox(IDOK).text, L"This is a duplicate entry. Please enter a different name or fax number.");
+    ui.Press(IDCANCEL);
+    EXPECT_EQ(NamesIn(ui, IDC_BOOK_LIST), (Names{L"Amy", L"Bob"}));
+}
+
+TEST(PhoneBookChanged, EditedEntryIsADuplicateOfTheOneThatGotItsId)
+{
+    PhoneBookSession session(BookText().Entry(1, L"Bob", L"222"));
+    UiDriver& ui = session.OpenEditor();
+    AddEntry(ui, L"Zoe", L"5"); // id 2
+    EditRow(ui, 1);
+    AnotherProgramSaves(session, BookText().Entry(1, L"Bob", L"222").Entry(2, L"Amy", L"3"));
+    ui.Type(IDC_ENTRY_NAME, L"Amy");
+    ui.Type(IDC_ENTRY_FAX_NUMBER, L"3");
+    ui.Press(IDOK);
+    ui.AnswerBox(IDOK);
+    ui.Press(IDCANCEL);
+    EXPECT_EQ(NamesIn(ui, IDC_BOOK_LIST), (Names{L"Amy", L"Bob"}));
+}
+
+TEST(PhoneBookChanged, NewGroupIsADuplicateOfTheOneThatGotItsId)
+{
+    PhoneBookSession session(BookText().Entry(1, L"Bob", L"222"));
+    UiDriver& ui = session.OpenEditor();
+    StartGroup(ui, L"Team", {0}); // id 2
+    AnotherProgramSaves(session, BookText().Entry(1, L"Bob", L"222").Group(2, L"Team", {1}));
+    ui.Press(IDOK);
+    ui.AnswerBox(IDOK);
+    ui.Press(IDCANCEL);
+    EXPECT_EQ(NamesIn(ui, IDC_BOOK_LIST), (Names{L"Bob", L"Team"}));
+}
+
+// ---- what is only open --------------------------------------------------------------------------------------------
+
+TEST(PhoneBookChanged, OpenDetailsStayThoseOfAnEntryThatIsGone)
+{
+    PhoneBookSession session(Acquaintances());
+    UiDriver& ui = session.OpenPicker();
+    ui.SelectRows(IDC_PICK_LIST, {1}); // Ann
+    ui.Press(IDC_PICK_DETAILS);
+    AnotherProgramSaves(session, BookText().Entry(1, L"Bob", L"222").Entry(7, L"New", L"7"));
+    EXPECT_EQ(ui.Text(IDC_DETAILS_NAME), L"Ann");
+    EXPECT_EQ(ui.Text(IDC_DETAILS_FAX_NUMBER), L"111");
+    ui.Press(IDOK);
+    EXPECT_EQ(FollowedNames(ui, IDC_PICK_LIST, {L"Bob", L"New"}), (Names{L"Bob", L"New"}));
+}
+
+// The rows that the question was about are gone.
+TEST(PhoneBookChanged, DeletionThatAReloadOvertookDeletesNothing)
+{
+    PhoneBookSession session(BookText().Entry(1, L"Ann", L"111"));
+    UiDriver& ui = session.OpenEditor();
+    ui.SelectRows(IDC_BOOK_LIST, {0});
+    ui.Press(IDC_BOOK_DELETE);
+    ui.WaitForBox();
+    AnotherProgramSaves(session, BookText().Entry(1, L"Ann", L"111").Entry(7, L"New", L"7"));
+    ui.AnswerBox(IDOK);
+    EXPECT_EQ(FollowedNames(ui, IDC_BOOK_LIST, {L"Ann", L"New"}), (Names{L"Ann", L"New"}));
+    EXPECT_TRUE(ui.SelectedRows(IDC_BOOK_LIST).empty());
+    EXPECT_FALSE(ui.IsEnabled(IDC_BOOK_DELETE));
 }
 
 } // namespace

@@ -89,7 +89,7 @@ TEST_F(PhoneBookListTest, NumbersReadFromLeftToRightInAMirroredListAndStayWhatTh
     EXPECT_EQ(CellText(0, 1), L"\u202A(030)555-0123,,#4\u202C");
     EXPECT_EQ(CellText(0, 2), L"Harbour (Books)");
     Select(0);
-    EXPECT_EQ(OnlySelectedItem(list.window, *book), entry);
+    EXPECT_EQ(OnlySelectedItem(list, *book), entry);
     EXPECT_STREQ(entry->FaxNumber(), L"(030)555-0123,,#4");
 }
 
@@ -138,8 +138,8 @@ TEST_F(PhoneBookListTest, CollectedItemsAreTheFirstWithEachRowsIdInRowOrder)
     FillPhoneBookList(list, *book, ListedItems::All);
     Select(2);
     Select(1);
-    EXPECT_EQ(CollectSelectedItems(list.window, *book), (std::vector<PhoneBookItem*>{first, third}));
-    EXPECT_EQ(OnlySelectedItem(list.window, *book), nullptr);
+    EXPECT_EQ(CollectSelectedItems(list, *book), (std::vector<PhoneBookItem*>{first, third}));
+    EXPECT_EQ(OnlySelectedItem(list, *book), nullptr);
 }
 
 TEST_F(PhoneBookListTest, RowWhoseItemLeftTheBookIsSkipped)
@@ -149,8 +149,21 @@ TEST_F(PhoneBookListTest, RowWhoseItemLeftTheBookIsSkipped)
     FillPhoneBookList(list, *book, ListedItems::All);
     Select(-1);
     book->Delete(0);
-    EXPECT_EQ(CollectSelectedItems(list.window, *book), std::vector<PhoneBookItem*>{bob});
-    EXPECT_EQ(OnlySelectedItem(list.window, *book), bob);
+    EXPECT_EQ(CollectSelectedItems(list, *book), std::vector<PhoneBookItem*>{bob});
+    EXPECT_EQ(OnlySelectedItem(list, *book), bob);
+}
+
+TEST_F(PhoneBookListTest, RowsOfABookThatWasLoadedAgainAreNobody)
+{
+    book.AddEntry(L"Zoe", L"1", L"", 7);
+    FillPhoneBookList(list, *book, ListedItems::All);
+    Select(0);
+    book->Reload();
+    book.AddEntry(L"Amy", L"2", L"", 7);
+    EXPECT_TRUE(CollectSelectedItems(list, *book).empty());
+    FillPhoneBookList(list, *book, ListedItems::All);
+    Select(0);
+    EXPECT_EQ(CollectSelectedItems(list, *book).size(), 1u);
 }
 
 // Zero is an id, too.

@@ -93,17 +93,14 @@ TEST_F(GroupMembersTest, GroupOfMoreThanAHundredKeepsAllItsIds)
 
 TEST_F(GroupMembersTest, SameGroupIsOneOfThatNameWithAnotherId)
 {
-    PhoneBookGroup* const sales = book.AddGroup(L"Sales", {1}, 7);
+    book.AddGroup(L"Sales", {1}, 7);
     PhoneBookGroup group;
     group.SetName(L"SALES");
-    group.SetId(8);
-    EXPECT_TRUE(HoldsSameGroup(*book, group));
-    group.SetId(7);
-    EXPECT_FALSE(HoldsSameGroup(*book, group));
-    EXPECT_FALSE(HoldsSameGroup(*book, *sales));
-    group.SetId(8);
+    EXPECT_TRUE(HoldsSameGroup(*book, group, 8));
+    EXPECT_TRUE(HoldsSameGroup(*book, group, std::nullopt));
+    EXPECT_FALSE(HoldsSameGroup(*book, group, 7));
     group.SetName(L"Ann"); // an entry's name is no group's
-    EXPECT_FALSE(HoldsSameGroup(*book, group));
+    EXPECT_FALSE(HoldsSameGroup(*book, group, 8));
 }
 
 } // namespace

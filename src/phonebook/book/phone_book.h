@@ -49,6 +49,10 @@ public:
     // stay, too, when the load does not come to its end: no book would be shown, and worked on, in place of one.
     void FollowChange(bool sorted);
 
+    // How often the items were replaced by those of the file. What was learned about an id before the last time may no
+    // longer hold.
+    unsigned Loads() const noexcept { return loads_; }
+
     // Whether an item of the book has that id, or a group names it.
     bool IsTaken(DWORD id) const noexcept;
     // First item (first entry) with that id, or null. All calls between changes of the book share an index, so an item

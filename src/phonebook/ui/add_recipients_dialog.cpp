@@ -125,8 +125,8 @@ const PhoneBookEntry* CopyOf(const AddRecipientsContext& picker, const PhoneBook
 // The right list is filled and the recent list saved once, for all items together.
 void MoveToRecipients(AddRecipientsContext& picker)
 {
-    const RecipientPicks picks = PickRecipients(CollectSelectedItems(picker.list.window, picker.book),
-                                                picker.ChosenRecipients.size(), picker.book);
+    const RecipientPicks picks =
+        PickRecipients(CollectSelectedItems(picker.list, picker.book), picker.ChosenRecipients.size(), picker.book);
     for (const PhoneBookEntry* const entry : picks.entries)
         picker.ChosenRecipients.push_back(CopyOf(picker, *entry));
     FillChosenList(picker);
@@ -153,7 +153,7 @@ void DeleteChosen(AddRecipientsContext& picker)
 
 void ShowDetails(AddRecipientsContext& picker)
 {
-    if (!ShowSelectedDetails(picker, picker.list.window))
+    if (!ShowSelectedDetails(picker, picker.list))
         return;
     FocusControl(picker.dialog, IDC_PICK_LIST);
 }

@@ -2,7 +2,6 @@
 
 #include "phonebook/book/phone_book.h"
 #include "phonebook/ui/group_members.h"
-#include "phonebook/ui/phone_book_list.h"
 #include "res/details_ids.h"
 
 namespace qx {
@@ -64,7 +63,7 @@ constexpr Dialog<DetailsContext> kEntryDetailsDialog{
 constexpr Dialog<DetailsContext> kGroupDetailsDialog{
     {IDD_GROUP_DETAILS, IDD_GROUP_DETAILS_RTL}, {6095, L"-Group Details"}, kGroupControls, kRoutes, ShowGroup};
 
-bool ShowSelectedDetails(const PhoneBookDialog& opener, HWND list)
+bool ShowSelectedDetails(const PhoneBookDialog& opener, const PhoneBookList& list)
 {
     PhoneBookItem* const item = OnlySelectedItem(list, opener.book);
     if (item == nullptr)

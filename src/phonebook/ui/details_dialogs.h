@@ -2,6 +2,7 @@
 #pragma once
 
 #include "phonebook/ui/phone_book_dialog.h"
+#include "phonebook/ui/phone_book_list.h"
 
 namespace qx {
 
@@ -21,6 +22,6 @@ extern const Dialog<DetailsContext> kGroupDetailsDialog; // with the members in 
 
 // Shows the item behind the only selected row of a phone book list. False, and nothing shown, when none or several are
 // selected.
-bool ShowSelectedDetails(const PhoneBookDialog& opener, HWND list);
+bool ShowSelectedDetails(const PhoneBookDialog& opener, const PhoneBookList& list);
 
 } // namespace qx

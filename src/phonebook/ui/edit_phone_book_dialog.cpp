@@ -1,6 +1,5 @@
 #include "phonebook/ui/edit_phone_book_dialog.h"
 
-#include "base/text.h"
 #include "phonebook/book/phone_book.h"
 #include "phonebook/ui/button_rules.h"
 #include "phonebook/ui/details_dialogs.h"
@@ -9,6 +8,7 @@
 #include "phonebook/ui/group_dialog.h"
 #include "phonebook/ui/import_export.h"
 #include "phonebook/ui/phone_book_changed.h"
+#include "phonebook/ui/seen_item.h"
 #include "res/edit_phone_book_ids.h"
 
 #include <algorithm>
@@ -105,13 +105,26 @@ bool RefuseWhenFull(EditPhoneBookContext& editor)
     return true;
 }
 
-template <class Item> void TakeNewItem(EditPhoneBookContext& editor, Item* item)
+void SetId(PhoneBookItem* item, DWORD id) noexcept
+{
+    if (PhoneBookGroup* const group = AsGroup(item))
+        group->SetId(id);
+    else
+        AsEntry(item)->SetId(id);
+}
+
+void AddToBook(PhoneBook& book, PhoneBookItem* item)
 {
     // A reload under the open dialog may have brought another program's item with the id that was drawn for this one,
     // or a group that names it.
-    if (editor.book.IsTaken(item->GetId()))
-        item->SetId(editor.book.NextId());
-    editor.book.Add(item);
+    if (book.IsTaken(item->GetId()))
+        SetId(item, book.NextId());
+    book.Add(item);
+}
+
+void TakeNewItem(EditPhoneBookContext& editor, PhoneBookItem* item)
+{
+    AddToBook(editor.book, item);
     SortAndShow(editor, item);
 }
 
@@ -131,8 +144,10 @@ void AddGroup(EditPhoneBookContext& editor)
     if (RefuseWhenFull(editor))
         return;
     GroupDialogContext context(editor, editor.book, nullptr);
-    if (ShowModal<kAddGroupDialog>(editor.dialog, context) == IDOK)
-        TakeNewItem(editor, context.working.release());
+    if (ShowModal<kAddGroupDialog>(editor.dialog, context) != IDOK)
+        return;
+    context.seen.Update(*context.working, editor.book); // a reload may have followed the OK
+    TakeNewItem(editor, context.working.release());
 }
 
 // ---- edit, details, delete ----------------------------------------------------------------------------------------
@@ -141,70 +156,34 @@ bool EditItem(EditPhoneBookContext& editor, PhoneBookItem* item)
 {
     if (PhoneBookGroup* const group = AsGroup(item)) {
         GroupDialogContext context(editor, editor.book, group);
-        return ShowModal<kEditGroupDialog>(editor.dialog, context) == IDOK;
+        const bool accepted = ShowModal<kEditGroupDialog>(editor.dialog, context) == IDOK;
+        if (accepted)
+            context.seen.Update(*group, editor.book); // a reload may have followed the OK
+        return accepted;
     }
     EntryDialogContext context(editor, editor.book, AsEntry(item));
     return ShowModal<kEditEntryDialog>(editor.dialog, context) == IDOK;
 }
 
-// An item as it was before the user edited it.
-class Unedited {
-public:
-    explicit Unedited(const PhoneBookItem& item)
-        : isGroup_(item.IsGroup()), name_(item.GetName()), faxNumber_(NumberOf(item))
-    {
-    }
-
-    // False for one that differs in all that names it: another program has given the id of an item that was not saved
-    // yet to one of its own.
-    bool MayBe(const PhoneBookItem& other) const noexcept
-    {
-        return other.IsGroup() == isGroup_ && (EqualUserText(other.GetName(), name_.c_str()) ||
-                                               (!isGroup_ && EqualUserText(NumberOf(other), faxNumber_.c_str())));
-    }
-
-private:
-    static const wchar_t* NumberOf(const PhoneBookItem& item) noexcept
-    {
-        const PhoneBookEntry* const entry = AsEntry(&item);
-        return entry != nullptr ? OrEmpty(entry->FaxNumber()) : L"";
-    }
-
-    const BOOL isGroup_;
-    const std::wstring name_;
-    const std::wstring faxNumber_;
-};
-
-// At the last item with that id, wherever it is by now: the book may have been reloaded while the user was editing.
-void StoreBack(PhoneBook& book, PhoneBookItem* item, const Unedited& before, KeptItem& kept)
+// At its place, wherever that is by now. A reload may have left none: the item was not saved yet, or another program
+// has deleted it, or changed it beyond recognition. Then the user's OK adds it: neither their item is lost, nor the
+// user's.
+void StoreBack(PhoneBook& book, PhoneBookItem* item, const SeenItem& before, KeptItem& kept)
 {
-    const bool reloaded = std::ranges::find(book.Items(), item) == book.Items().end();
-    for (DWORD index = book.GetCount(); index-- > 0;) {
-        const PhoneBookItem* const found = book.GetAt(index);
-        if (found->GetId() != item->GetId())
-            continue;
-        if (!reloaded || before.MayBe(*found)) {
-            book.SetAt(index, item);
-        } else {
-            const DWORD id = book.NextId();
-            if (PhoneBookGroup* const group = AsGroup(item))
-                group->SetId(id);
-            else
-                AsEntry(item)->SetId(id);
-            book.Add(item);
-        }
-        kept.TakenBack();
-        return;
-    }
+    if (const std::optional<DWORD> index = IndexOf(book, *item, before))
+        book.SetAt(*index, item);
+    else
+        AddToBook(book, item);
+    kept.TakenBack();
 }
 
 void EditSelected(EditPhoneBookContext& editor)
 {
-    PhoneBookItem* const item = OnlySelectedItem(editor.list.window, editor.book);
+    PhoneBookItem* const item = OnlySelectedItem(editor.list, editor.book);
     if (item == nullptr)
         return;
     KeptItem kept(editor.book.Store(), item);
-    const Unedited before(*item);
+    const SeenItem before(*item);
     if (EditItem(editor, item)) {
         StoreBack(editor.book, item, before, kept);
         SortAndShow(editor, item);
@@ -214,7 +193,7 @@ void EditSelected(EditPhoneBookContext& editor)
 
 void ShowDetails(EditPhoneBookContext& editor)
 {
-    if (!ShowSelectedDetails(editor, editor.list.window))
+    if (!ShowSelectedDetails(editor, editor.list))
         return;
     ReturnTo(editor, IDC_BOOK_DETAILS);
 }
@@ -223,7 +202,7 @@ void DeleteSelected(EditPhoneBookContext& editor)
 {
     if (ShowFaxMessage(editor, kConfirmDelete, editor.dialog) != IDOK)
         return;
-    const std::vector<PhoneBookItem*> items = CollectSelectedItems(editor.list.window, editor.book);
+    const std::vector<PhoneBookItem*> items = CollectSelectedItems(editor.list, editor.book);
     std::vector<DWORD> ids(items.size());
     std::ranges::transform(items, ids.begin(), &PhoneBookItem::GetId);
     editor.book.DeleteIds(ids);

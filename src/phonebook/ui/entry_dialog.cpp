@@ -1,6 +1,7 @@
 #include "phonebook/ui/entry_dialog.h"
 
 #include "phonebook/book/phone_book.h"
+#include "phonebook/ui/seen_item.h"
 #include "res/entry_ids.h"
 
 namespace qx {
@@ -89,14 +90,15 @@ void FilterFaxNumber(EntryDialogContext& context)
 void Accept(EntryDialogContext& context)
 {
     PhoneBookEntry candidate;
-    candidate.SetId(context.entry->GetId());
+    // What has its own id may be somebody else after a reload. No entry of the book has none.
+    candidate.SetId(IdIn(context.book, *context.entry).value_or(kNoId));
     candidate.SetTexts({ToStored(TypedText(context, IDC_ENTRY_NAME)), TypedText(context, IDC_ENTRY_FAX_NUMBER),
                         ToStored(TypedText(context, IDC_ENTRY_COMPANY))});
     if (context.book.HoldsSameEntry(candidate)) {
         ShowFaxMessage(context, kDuplicate, context.dialog);
         return;
     }
-    context.entry->CopyFrom(candidate);
+    context.entry->SetTexts(candidate.Texts());
     EndDialog(context.dialog, IDOK);
 }
 

@@ -4,6 +4,7 @@
 #include "phonebook/ui/button_rules.h"
 #include "phonebook/ui/details_dialogs.h"
 #include "phonebook/ui/group_members.h"
+#include "phonebook/ui/phone_book_changed.h"
 #include "res/group_ids.h"
 
 namespace qx {
@@ -71,14 +72,23 @@ void RefreshOk(GroupDialogContext& group)
 
 void FillMembers(GroupDialogContext& group)
 {
+    group.seen.Update(*group.working, group.book);
     FillEntryList(group.members, MembersInOwnOrder(group.book, group.working->MemberIds()));
+    RefreshOk(group);
 }
 
 void TakeWorkingCopy(GroupDialogContext& group)
 {
     SetDlgItemTextW(group.dialog, IDC_GROUP_NAME, ToShown(group.stored->Name()));
     group.working->CopyFrom(*group.stored);
+}
+
+// The book as it is now.
+void FillLists(GroupDialogContext& group)
+{
+    FillPhoneBookList(group.entries, group.book, ListedItems::EntriesOnly);
     FillMembers(group);
+    RefreshButtons(group);
 }
 
 void SetUpLists(GroupDialogContext& group)
@@ -87,7 +97,6 @@ void SetUpLists(GroupDialogContext& group)
     group.members = GetDlgItem(group.dialog, IDC_GROUP_MEMBERS);
     SetUpPhoneBookList(group, group.entries.window, kColumnWidth, kEntryKeys);
     SetUpPhoneBookList(group, group.members, kColumnWidth, kMemberKeys);
-    FillPhoneBookList(group.entries, group.book, ListedItems::EntriesOnly);
 }
 
 // ---- commands -----------------------------------------------------------------------------------------------------
@@ -99,7 +108,7 @@ void FollowTyping(GroupDialogContext& group)
 
 void AddSelected(GroupDialogContext& group)
 {
-    AddMembers(*group.working, CollectSelectedItems(group.entries.window, group.book));
+    AddMembers(*group.working, CollectSelectedItems(group.entries, group.book));
     FillMembers(group);
     RefreshButtons(group);
 }
@@ -107,17 +116,16 @@ void AddSelected(GroupDialogContext& group)
 // Nothing is asked: the book changes only on OK.
 void DeleteSelected(GroupDialogContext& group)
 {
-    for (const PhoneBookItem* const item : CollectSelectedItems(group.members, group.book))
-        group.working->RemoveMemberId(item->GetId());
+    for (const DWORD id : SelectedIds(group.members))
+        group.working->RemoveMemberId(id);
     FillMembers(group);
     FocusControl(group.dialog, IDC_GROUP_MEMBERS);
     RefreshButtons(group);
-    RefreshOk(group);
 }
 
 void ShowDetails(GroupDialogContext& group)
 {
-    if (!ShowSelectedDetails(group, group.entries.window))
+    if (!ShowSelectedDetails(group, group.entries))
         return;
     RefreshButtons(group);
     FocusControl(group.dialog, IDC_GROUP_DETAILS);
@@ -133,12 +141,18 @@ void StoreMembers(GroupDialogContext& group)
 
 void Accept(GroupDialogContext& group)
 {
-    const HWND name = GetDlgItem(group.dialog, IDC_GROUP_NAME);
-    group.working->SetName(ToStored(FieldText(name, kStoredNameUnits)).c_str());
-    if (HoldsSameGroup(group.book, *group.working)) {
+    if (group.seen.Update(*group.working, group.book)) {
+        FillLists(group); // the user is to see who has left
+        return;
+    }
+    PhoneBookGroup candidate;
+    candidate.SetName(ToStored(FieldText(GetDlgItem(group.dialog, IDC_GROUP_NAME), kStoredNameUnits)).c_str());
+    const PhoneBookGroup& itself = group.stored != nullptr ? *group.stored : *group.working;
+    if (HoldsSameGroup(group.book, candidate, IdIn(group.book, itself))) {
         ShowFaxMessage(group, kDuplicate, group.dialog);
         return;
     }
+    group.working->SetName(candidate.Name());
     if (group.stored != nullptr)
         StoreMembers(group);
     EndDialog(group.dialog, IDOK);
@@ -158,21 +172,30 @@ constexpr Route<GroupDialogContext> kRoutes[] = {
 
 void Fill(GroupDialogContext& group)
 {
+    ListenForPhoneBookChanged(group.dialog);
     SetUpLists(group);
     group.working = {group.book.Store().NewGroup(), {&group.book.Store()}};
     if (group.stored != nullptr)
         TakeWorkingCopy(group);
     else
         group.working->SetId(group.book.NextId());
-    RefreshButtons(group);
-    RefreshOk(group);
+    FillLists(group);
+}
+
+INT_PTR AnswerOther(GroupDialogContext& group, UINT message, WPARAM, LPARAM)
+{
+    if (message != PhoneBookChangedMessage())
+        return FALSE;
+    group.book.FollowChange(true);
+    FillLists(group);
+    return TRUE;
 }
 
 } // namespace
 
 constexpr Dialog<GroupDialogContext> kAddGroupDialog{
-    {IDD_GROUP, IDD_GROUP_RTL}, {6075, L"-Add Group To Phone Book"}, kControls, kRoutes, Fill};
+    {IDD_GROUP, IDD_GROUP_RTL}, {6075, L"-Add Group To Phone Book"}, kControls, kRoutes, Fill, AnswerOther};
 constexpr Dialog<GroupDialogContext> kEditGroupDialog{
-    {IDD_GROUP, IDD_GROUP_RTL}, {6081, L"-Edit Group"}, kControls, kRoutes, Fill};
+    {IDD_GROUP, IDD_GROUP_RTL}, {6081, L"-Edit Group"}, kControls, kRoutes, Fill, AnswerOther};
 
 } // namespace qx

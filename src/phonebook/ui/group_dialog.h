@@ -3,6 +3,7 @@
 
 #include "phonebook/ui/phone_book_dialog.h"
 #include "phonebook/ui/phone_book_list.h"
+#include "phonebook/ui/seen_item.h"
 
 #include <windows.h>
 
@@ -20,6 +21,7 @@ struct GroupDialogContext : PhoneBookDialog {
     // All editing happens here. A new group is released into the book by the opener after OK; the scratch copy of an
     // edited one goes with the context.
     MadeItem<PhoneBookGroup> working;
+    SeenMembers seen; // of working
 
     PhoneBookList entries;
     HWND members = nullptr;

@@ -63,11 +63,11 @@ bool AddMembers(PhoneBookGroup& group, std::span<PhoneBookItem* const> items)
     return true;
 }
 
-bool HoldsSameGroup(const PhoneBook& book, const PhoneBookGroup& group) noexcept
+bool HoldsSameGroup(const PhoneBook& book, const PhoneBookGroup& group, std::optional<DWORD> ownId) noexcept
 {
     return std::ranges::any_of(book.Items(), [&](const PhoneBookItem* item) {
         const PhoneBookGroup* const other = AsGroup(item);
-        return other != nullptr && other->GetId() != group.GetId() && IsSameGroup(*other, group);
+        return other != nullptr && other->GetId() != ownId && IsSameGroup(*other, group);
     });
 }
 

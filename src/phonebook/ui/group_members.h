@@ -3,6 +3,7 @@
 
 #include "phonebook/book/items.h"
 
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -20,7 +21,7 @@ std::vector<const PhoneBookEntry*> MembersInBookOrder(const PhoneBook& book, std
 // Adds the items' ids to the group, but none twice. False when the group was full before all were looked at.
 bool AddMembers(PhoneBookGroup& group, std::span<PhoneBookItem* const> items);
 
-// Whether the book has another group, by id, of the same name.
-bool HoldsSameGroup(const PhoneBook& book, const PhoneBookGroup& group) noexcept;
+// Whether the book has a group of the same name, other than the one of that id.
+bool HoldsSameGroup(const PhoneBook& book, const PhoneBookGroup& group, std::optional<DWORD> ownId) noexcept;
 
 } // namespace qx

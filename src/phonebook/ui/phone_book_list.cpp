@@ -220,6 +220,7 @@ void FillPhoneBookList(PhoneBookList& list, const PhoneBook& book, ListedItems l
     std::vector<const PhoneBookItem*> rows;
     rows.reserve(book.GetCount());
     list.names.Clear();
+    list.loads = book.Loads();
     for (const PhoneBookItem* const item : book.Items()) {
         if (listed == ListedItems::EntriesOnly && item->IsGroup())
             continue;
@@ -245,18 +246,28 @@ PhoneBookItem* ItemOfRow(HWND list, int row, const PhoneBook& book)
     return book.FindItem(IdOfRow(list, row));
 }
 
-std::vector<PhoneBookItem*> CollectSelectedItems(HWND list, const PhoneBook& book)
+std::vector<DWORD> SelectedIds(HWND list)
+{
+    std::vector<DWORD> ids;
+    ids.reserve(static_cast<std::size_t>(SelectedCount(list)));
+    for (int row = NextSelectedRow(list, -1); row >= 0; row = NextSelectedRow(list, row))
+        ids.push_back(IdOfRow(list, row));
+    return ids;
+}
+
+std::vector<PhoneBookItem*> CollectSelectedItems(const PhoneBookList& list, const PhoneBook& book)
 {
     std::vector<PhoneBookItem*> items;
-    items.reserve(static_cast<std::size_t>(SelectedCount(list)));
-    for (int row = NextSelectedRow(list, -1); row >= 0; row = NextSelectedRow(list, row)) {
-        if (PhoneBookItem* const item = ItemOfRow(list, row, book))
+    if (list.loads != book.Loads())
+        return items;
+    for (const DWORD id : SelectedIds(list.window)) {
+        if (PhoneBookItem* const item = book.FindItem(id))
             items.push_back(item);
     }
     return items;
 }
 
-PhoneBookItem* OnlySelectedItem(HWND list, const PhoneBook& book)
+PhoneBookItem* OnlySelectedItem(const PhoneBookList& list, const PhoneBook& book)
 {
     const std::vector<PhoneBookItem*> items = CollectSelectedItems(list, book);
     return items.size() == 1 ? items.front() : nullptr;

@@ -44,6 +44,7 @@ struct PhoneBookList {
     HWND window = nullptr;
     RowTexts names = {};  // of the rows: the items themselves may be gone with the next reload
     bool hasIcon = false; // the group icon; the list view owns its image list
+    unsigned loads = 0;   // of the book, when the rows were filled
 };
 
 enum class ListedItems { All, EntriesOnly };
@@ -70,11 +71,14 @@ void FillEntryList(HWND list, const std::vector<const PhoneBookEntry*>& entries)
 
 // The book's item with a row's id; null when there is none.
 PhoneBookItem* ItemOfRow(HWND list, int row, const PhoneBook& book);
+// The ids of the selected rows, in row order.
+std::vector<DWORD> SelectedIds(HWND list);
 // The book's items behind the selected rows, in row order: for each row the first item that has the row's id. Rows
-// whose id is not in the book are left out.
-std::vector<PhoneBookItem*> CollectSelectedItems(HWND list, const PhoneBook& book);
+// whose id is not in the book are left out. None when the book has been loaded again since the list was filled: an id
+// may be somebody else's by now, and the user has not seen that yet.
+std::vector<PhoneBookItem*> CollectSelectedItems(const PhoneBookList& list, const PhoneBook& book);
 // The item behind the only selected row; null when none or several are selected.
-PhoneBookItem* OnlySelectedItem(HWND list, const PhoneBook& book);
+PhoneBookItem* OnlySelectedItem(const PhoneBookList& list, const PhoneBook& book);
 
 // Brings the first row whose name begins with the text of edit to the top. The selection stays.
 void FollowTypedName(const PhoneBookList& list, HWND edit);
