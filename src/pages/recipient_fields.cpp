@@ -123,8 +123,8 @@ const PhoneBookGroup* RecentGroup(const RecentRecipientList& recent, const std::
     return nullptr;
 }
 
-// After a change of the recent list, which owns the group in the fields: it may have gone, or have other members. It is
-// looked for by its name, which stands in the name box: another item may meanwhile lie where it lay.
+// After a change of the recent list, which owns the group in the fields: it may have dropped out, or have been replaced
+// by one with other members. It is looked for by its name, which stands in the name box.
 void RefreshGroup(RecipientFields& fields, const RecentRecipientList& recent)
 {
     if (fields.group == nullptr)

@@ -158,6 +158,30 @@ TEST_F(RecentList, TakesTheNewMembersOfAGroupThatIsUsedAgain)
     EXPECT_EQ(AsGroup(list.Slots()[0])->Members().size(), 2u);
 }
 
+// Who shows an item may learn too late, or not at all, that it has dropped out or has been used anew.
+TEST_F(RecentList, LeavesItsItemsAsTheyAreAsLongAsItLives)
+{
+    book.AddEntry(L"Ann", L"1", L"", 3);
+    PhoneBookGroup* const group = book.AddGroup(L"Sales", {3}, 4);
+    list.AddRecent(group, &*book);
+    const PhoneBookGroup& shown = *AsGroup(list.Slots()[0]);
+    book.AddEntry(L"Bob", L"2", L"", 5);
+    group->AddMemberId(5);
+    list.AddRecent(group, &*book);
+    ASSERT_EQ(shown.Members().size(), 1u);
+    EXPECT_STREQ(shown.Members()[0]->GetName(), L"Ann");
+
+    Use(L"Eve", L"3", L"Initech");
+    const PhoneBookEntry& eve = *AsEntry(list.Slots()[0]);
+    Use(L"EVE", L"3", L"Acme");
+    EXPECT_STREQ(eve.Company(), L"Initech");
+    for (int i = 0; i < 40; ++i)
+        Use(std::to_wstring(i).c_str(), L"1");
+    EXPECT_STREQ(eve.GetName(), L"Eve");
+    EXPECT_STREQ(eve.FaxNumber(), L"3");
+    EXPECT_STREQ(shown.GetName(), L"Sales");
+}
+
 TEST_F(RecentList, ReadsBackWhatItSaved)
 {
     book.AddEntry(L"Ann", L"1", L"Acme", 3);

@@ -232,6 +232,20 @@ TEST_F(FaxJobPageTest, AGroupThatDropsOutOfTheRecentListLeavesTheFields)
     EXPECT_FALSE(stand.IsEnabled(IDC_TO));
 }
 
+// As when memory is short: the recent list has changed, and the name box could not be told.
+TEST_F(FaxJobPageTest, ANameThatDroppedOutOfTheRecentListUnnoticedHasItsOwnNumber)
+{
+    stand.AddRecentEntry(L"Anna", L"111", L"Orchard");
+    stand.Show();
+    stand.DropNames(true);
+    for (int i = 0; i < 2 * kMaxRecentRecipients; ++i)
+        stand.AddRecentEntry((L"Other " + std::to_wstring(i)).c_str(), L"999");
+    stand.PickName(0);
+    EXPECT_EQ(stand.Text(IDC_FAX_NUMBER), L"111");
+    stand.Press(IDC_TO);
+    EXPECT_EQ(stand.Recipients(), (Rows{{L"Anna", L"111", L"Orchard"}}));
+}
+
 TEST_F(FaxJobPageTest, AGroupThatStaysInTheRecentListStaysInTheFields)
 {
     stand.AddRecentGroup(L"Team", 2);

@@ -135,14 +135,6 @@ bool IsSameItem(const PhoneBookItem* a, const PhoneBookItem& b) noexcept
     return b.IsGroup() ? IsSameGroup(*AsGroup(a), *AsGroup(&b)) : IsSameEntry(*AsEntry(a), *AsEntry(&b));
 }
 
-void TakeValues(PhoneBookItem& item, const PhoneBookItem& from)
-{
-    if (PhoneBookGroup* const group = AsGroup(&item))
-        group->CopyFrom(*AsGroup(&from));
-    else
-        AsEntry(&item)->CopyFrom(*AsEntry(&from));
-}
-
 } // namespace
 
 RecentRecipientList::~RecentRecipientList()
@@ -160,6 +152,7 @@ void RecentRecipientList::Clear() noexcept
 {
     for (PhoneBookItem*& slot : slots_)
         DestroyItem(std::exchange(slot, nullptr));
+    replaced_.clear();
 }
 
 void RecentRecipientList::Load()
@@ -197,12 +190,9 @@ BOOL RecentRecipientList::AddRecent(const PhoneBookItem* item, const PhoneBook* 
     UniqueItem<PhoneBookItem> copy = CopyOf(*item, *book);
     auto found = std::find_if(slots_.begin(), slots_.end(),
                               [&copy](const PhoneBookItem* slot) { return IsSameItem(slot, *copy); });
-    if (found != slots_.end()) {
-        TakeValues(**found, *copy);
-    } else {
+    if (found == slots_.end())
         found = std::prev(slots_.end());
-        DestroyItem(std::exchange(*found, copy.release()));
-    }
+    replaced_.emplace_back().reset(std::exchange(*found, copy.release()));
     std::rotate(slots_.begin(), found, std::next(found));
     return TRUE;
 }

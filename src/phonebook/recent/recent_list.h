@@ -8,6 +8,7 @@
 #include "settings/key_set.h"
 
 #include <array>
+#include <vector>
 
 namespace qx {
 
@@ -26,7 +27,8 @@ public:
     // resolved in book. 0 when refused: no item, no book, no name.
     BOOL AddRecent(const PhoneBookItem* item, const PhoneBook* book);
 
-    // Slot 0 is the most recent; an empty slot is null. The list owns the items; they live until the next AddRecent.
+    // Slot 0 is the most recent; an empty slot is null. The list owns the items. They live, and stay as they are, until
+    // it is loaded again or goes: who shows one can do so also when AddRecent has put another in its place.
     std::span<PhoneBookItem* const> Slots() const noexcept { return slots_; }
 
 private:
@@ -34,6 +36,7 @@ private:
 
     KeySet keys_;
     std::array<PhoneBookItem*, kMaxRecentRecipients> slots_{};
+    std::vector<UniqueItem<PhoneBookItem>> replaced_; // were in a slot
 };
 
 } // namespace qx
