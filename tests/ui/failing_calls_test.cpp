@@ -2,11 +2,12 @@
 // what the user has seen.
 #include "support/failing_calls.h"
 
+#include "res/add_recipients_ids.h"
 #include "res/cover_page_ids.h"
 #include "res/edit_defaults_ids.h"
 #include "res/fax_job_page_ids.h"
 #include "res/setup_page_ids.h"
-#include "support/send_fax_session.h"
+#include "support/phone_book_session.h"
 
 #include <commctrl.h>
 #include <cstddef>
@@ -240,6 +241,128 @@ TEST_F(FailingCallsTest, ARowThatTheListDoesNotTakeLeavesListAndRecordAsTheyWere
     EXPECT_EQ(session_.Recipients(), Recipients{kBob});
     session_.Cancel();
 }
+
+// ---- the phone book picker
+
+class FailingPickerTest : public FailingCallsTest {
+protected:
+    using Names = std::vector<std::wstring>;
+    // Rows of the right list.
+    static bool IsNewRow(HWND window, UINT message, WPARAM, LPARAM)
+    {
+        return message == LVM_INSERTITEMW && GetDlgCtrlID(window) == IDC_PICK_CHOSEN;
+    }
+
+    FailingPickerTest()
+    {
+        session_.WritePhoneBook(
+            BookText().Entry(1, L"Ann", L"11").Entry(2, L"Bob", L"22").Entry(3, L"Cat", L"33").Text());
+    }
+
+    Names Shown() { return NamesIn(Ui(), IDC_PICK_CHOSEN); }
+    bool PickerIsOpen() { return Ui().HasControl(IDC_PICK_LIST); }
+    Names InRecord() const
+    {
+        Names names;
+        for (const Recipient& recipient : session_.Recipients())
+            names.push_back(recipient.name);
+        return names;
+    }
+
+    // All of the book are selected, nobody is chosen yet.
+    void OpenPicker()
+    {
+        Ui().Press(IDC_PHONE_BOOK);
+        Ui().WaitForControl(IDC_PICK_LIST);
+        if (const int rows = Ui().RowCount(IDC_PICK_CHOSEN); rows > 0) {
+            Ui().SelectRows(IDC_PICK_CHOSEN, RowsUpTo(rows));
+            Ui().Press(IDC_PICK_DELETE);
+        }
+        Ui().SelectRows(IDC_PICK_LIST, RowsUpTo(3));
+    }
+
+    void Press(int button)
+    {
+        Ui().Press(button);
+        Ui().Settle();
+    }
+
+    // OK hands over what is shown, or nothing, and a second one does.
+    void AcceptWhatIsShown(const std::string& what)
+    {
+        Names shown = Shown();
+        Press(IDOK);
+        if (PickerIsOpen()) {
+            EXPECT_NE(Shown(), shown) << what << ": refused for no reason";
+            shown = Shown();
+            Press(IDOK);
+        }
+        ASSERT_FALSE(PickerIsOpen()) << what;
+        EXPECT_EQ(InRecord(), shown) << what;
+        EXPECT_EQ(NamesIn(Ui(), IDC_RECIPIENTS), shown) << what;
+    }
+
+    template <class Calls>
+    void PickWhileEachFails(Calls& failing, const std::string& function, std::initializer_list<long> calls)
+    {
+        for (const long call : calls) {
+            OpenPicker();
+            failing.FailOnly(call);
+            Press(IDC_PICK_TO);
+            EXPECT_TRUE(failing.HasFailed()) << function << call;
+            failing.FailNone();
+            ASSERT_NO_FATAL_FAILURE(AcceptWhatIsShown(function + std::to_string(call)));
+        }
+    }
+};
+
+TEST_F(FailingPickerTest, WhenMemoryIsShortItHandsOverWhomItShows)
+{
+    session_.Start();
+    Ui().WaitForControl(IDC_FAX_NUMBER);
+    FailingCalls<decltype(HeapAlloc), struct PickedTexts> texts(Module(), "HeapAlloc", nullptr);
+    PickWhileEachFails(texts, "HeapAlloc ", {1, 5, 6, 12}); // an entry and three texts for each
+    AllocationCalls blocks(Module(), "malloc", nullptr);
+    PickWhileEachFails(blocks, "malloc ", {1, 2, 3, 4, 5, 6, 7, 8, 10});
+    session_.Cancel();
+}
+
+TEST_F(FailingPickerTest, ARowThatItsListDoesNotTakeMovesNoOtherToItsPlace)
+{
+    FailingCalls<decltype(SendMessageW), struct PickedRows> rows(Module(), "SendMessageW", -1, 0, IsNewRow);
+    session_.Start();
+    Ui().WaitForControl(IDC_FAX_NUMBER);
+    OpenPicker();
+    rows.FailOnly(2);
+    Press(IDC_PICK_TO);
+    EXPECT_TRUE(rows.HasFailed());
+    EXPECT_EQ(Shown(), Names{}); // some would pass for all
+    rows.FailFrom(1);
+    for (const int button : {IDOK, IDC_PICK_TO}) {
+        Press(button);
+        ASSERT_TRUE(PickerIsOpen());
+        EXPECT_EQ(Shown(), Names{});
+    }
+    EXPECT_EQ(InRecord(), Names{});
+    rows.FailNone();
+    Press(IDOK);
+    ASSERT_TRUE(PickerIsOpen()); // the user has not seen them yet
+    ASSERT_EQ(Shown(), (Names{L"Ann", L"Bob", L"Cat"}));
+    Ui().SelectRows(IDC_PICK_CHOSEN, {1});
+    rows.FailOnly(2);
+    Press(IDC_PICK_DELETE);
+    rows.FailNone();
+    EXPECT_EQ(Shown(), Names{});
+    Press(IDOK);
+    ASSERT_EQ(Shown(), (Names{L"Ann", L"Cat"}));
+    Ui().SelectRows(IDC_PICK_CHOSEN, {1});
+    Press(IDC_PICK_DELETE);
+    ASSERT_NO_FATAL_FAILURE(AcceptWhatIsShown("in the end"));
+    EXPECT_EQ(InRecord(), Names{L"Ann"});
+    session_.Cancel();
+}
+
+// ---- sheet and pages
 
 TEST_F(FailingCallsTest, WithoutMemoryForItsPagesThereIsNoSheetAndNothingIsSent)
 {

@@ -12,6 +12,8 @@
 #include "record/fax_job_data.h"
 #include "res/add_recipients_ids.h"
 
+#include <utility>
+
 namespace qx {
 
 namespace {
@@ -73,6 +75,15 @@ void FillChosenList(AddRecipientsContext& picker)
     RefreshDelete(picker);
 }
 
+// Whether there is a row for each that is chosen. When there is not, the list is filled again, for the user to look at.
+bool ShowsChosen(AddRecipientsContext& picker)
+{
+    if (RowCount(picker.chosenList) == static_cast<int>(picker.ChosenRecipients.size()))
+        return true;
+    FillChosenList(picker);
+    return false;
+}
+
 void Reload(AddRecipientsContext& picker)
 {
     ReloadSorted(picker.book);
@@ -122,13 +133,18 @@ const PhoneBookEntry* CopyOf(const AddRecipientsContext& picker, const PhoneBook
     return copy;
 }
 
-// The right list is filled and the recent list saved once, for all items together.
+// The right list is filled and the recent list saved once, for all items together. When memory is short nobody is
+// chosen, rather than some of whom the list does not tell.
 void MoveToRecipients(AddRecipientsContext& picker)
 {
+    if (!ShowsChosen(picker))
+        return;
     const RecipientPicks picks =
         PickRecipients(CollectSelectedItems(picker.list, picker.book), picker.ChosenRecipients.size(), picker.book);
+    std::vector<const PhoneBookEntry*> chosen = picker.ChosenRecipients;
     for (const PhoneBookEntry* const entry : picks.entries)
-        picker.ChosenRecipients.push_back(CopyOf(picker, *entry));
+        chosen.push_back(CopyOf(picker, *entry));
+    picker.ChosenRecipients = std::move(chosen);
     FillChosenList(picker);
     Remember(picker, picks.used);
     if (picks.tooMany)
@@ -137,6 +153,8 @@ void MoveToRecipients(AddRecipientsContext& picker)
 
 void DeleteChosen(AddRecipientsContext& picker)
 {
+    if (!ShowsChosen(picker))
+        return;
     const HWND list = picker.chosenList;
     std::vector<const PhoneBookEntry*> left;
     left.reserve(picker.ChosenRecipients.size());
@@ -168,6 +186,8 @@ void EditBook(AddRecipientsContext& picker)
 
 void Accept(AddRecipientsContext& picker)
 {
+    if (!ShowsChosen(picker))
+        return;
     ReplaceRecipients(picker.job, picker.ChosenRecipients);
     EndDialog(picker.dialog, IDOK);
 }

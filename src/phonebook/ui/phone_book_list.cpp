@@ -39,20 +39,26 @@ bool AppendItem(HWND list, const PhoneBookItem& item) noexcept
     return AppendRow(list, {item.GetName()}, static_cast<LPARAM>(item.GetId()), 0);
 }
 
-template <class Items> void InsertRows(HWND list, const Items& items) noexcept
+// Of rows that the list does not take whole: the others, or none at all.
+enum class Missing { AreLeftOut, LeaveNone };
+
+template <class Items> void InsertRows(HWND list, const Items& items, Missing missing) noexcept
 {
     const RedrawOff quiet(list);
     SendMessageW(list, LVM_DELETEALLITEMS, 0, 0);
     SendMessageW(list, LVM_SETITEMCOUNT, items.size(), 0);
+    bool whole = true;
     for (const auto* const item : items)
-        AppendItem(list, *item);
+        whole = AppendItem(list, *item) && whole;
+    if (!whole && missing == Missing::LeaveNone)
+        SendMessageW(list, LVM_DELETEALLITEMS, 0, 0);
 }
 
 // The list stays where it was scrolled to. It learns how far it can be scrolled when it is drawn again.
-template <class Items> void ReplaceRows(HWND list, const Items& items)
+template <class Items> void ReplaceRows(HWND list, const Items& items, Missing missing)
 {
     const auto topRow = static_cast<int>(SendMessageW(list, LVM_GETTOPINDEX, 0, 0));
-    InsertRows(list, items);
+    InsertRows(list, items, missing);
     if (!items.empty())
         ScrollItemToTop(list, std::min(topRow, static_cast<int>(items.size()) - 1));
 }
@@ -227,7 +233,7 @@ void FillPhoneBookList(PhoneBookList& list, const PhoneBook& book, ListedItems l
         rows.push_back(item);
         list.names.Append(Cut(item->GetName(), kComparedNameUnits));
     }
-    ReplaceRows(list.window, rows);
+    ReplaceRows(list.window, rows, Missing::AreLeftOut);
 }
 
 void ShowRow(const PhoneBookList& list, std::size_t row)
@@ -238,7 +244,7 @@ void ShowRow(const PhoneBookList& list, std::size_t row)
 
 void FillEntryList(HWND list, const std::vector<const PhoneBookEntry*>& entries)
 {
-    ReplaceRows(list, entries);
+    ReplaceRows(list, entries, Missing::LeaveNone);
 }
 
 PhoneBookItem* ItemOfRow(HWND list, int row, const PhoneBook& book)

@@ -66,7 +66,8 @@ void FillPhoneBookList(PhoneBookList& list, const PhoneBook& book, ListedItems l
 // Scrolls a row into view; nothing when there is none of that number.
 void ShowRow(const PhoneBookList& list, std::size_t row);
 
-// Replaces all rows by the given entries, one row each.
+// Replaces all rows by the given entries, one row each, or by none when the list does not take them all: row i is entry
+// i, and some would pass for all.
 void FillEntryList(HWND list, const std::vector<const PhoneBookEntry*>& entries);
 
 // The book's item with a row's id; null when there is none.
