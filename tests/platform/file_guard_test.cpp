@@ -1,5 +1,6 @@
 #include "phonebook/file/file_guard.h"
 
+#include "support/failing_calls.h"
 #include "support/temporary_folder.h"
 
 #include <filesystem>
@@ -71,9 +72,16 @@ protected:
         CloseHandle(file);
         return file == INVALID_HANDLE_VALUE && error == ERROR_SHARING_VIOLATION;
     }
+    static bool IsForLockFile(LPCWSTR name, DWORD, DWORD, LPSECURITY_ATTRIBUTES, DWORD, DWORD, HANDLE)
+    {
+        return std::wstring_view(name).ends_with(L".lock");
+    }
     std::wstring Path() const { return (folder_ / L"book.xml").wstring(); }
 
     test::TemporaryFolder folder_;
+    // What a name that is being deleted is answered with, and a folder in which no file may be made.
+    test::FailingCalls<decltype(CreateFileW), struct LockFileCalls> denied_{
+        nullptr, "CreateFileW", INVALID_HANDLE_VALUE, ERROR_ACCESS_DENIED, IsForLockFile};
 };
 
 TEST_F(FolderLockTest, KeepsOtherComputersOutAndLeavesNothing)
@@ -105,6 +113,22 @@ TEST_F(FolderLockTest, WaitsForAnotherComputerButNotForLong)
     CloseHandle(file);
     EXPECT_GE(GetTickCount64() - start, kAtOnce);
     EXPECT_TRUE(std::filesystem::exists(Path() + L".lock")); // it was not ours
+}
+
+TEST_F(FolderLockTest, WaitsForTheLastOneToBeDeleted)
+{
+    denied_.FailOnly(1);
+    const FolderLock lock(Path());
+    denied_.FailNone();
+    EXPECT_TRUE(IsLocked());
+}
+
+TEST_F(FolderLockTest, DoesNotWaitLongWhereItMayNotBeMade)
+{
+    denied_.FailFrom(1);
+    const ULONGLONG start = GetTickCount64();
+    const FolderLock lock(Path());
+    EXPECT_LT(GetTickCount64() - start, kAtOnce);
 }
 
 TEST_F(FolderLockTest, IsDoneWithoutWhereTheFolderTakesNone)

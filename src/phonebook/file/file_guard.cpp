@@ -7,6 +7,7 @@ namespace qx {
 namespace {
 
 constexpr DWORD kWaitMilliseconds = 1500;
+constexpr DWORD kDeletionMilliseconds = 250;
 constexpr DWORD kPauseMilliseconds = 10;
 
 // Backslashes may not stand in the name, and a path may be longer than one.
@@ -23,6 +24,20 @@ std::uint64_t HashOfPath(std::wstring path) noexcept
 std::wstring GuardName(const std::wstring& path)
 {
     return L"Global\\QXFaxPhoneBook-" + std::to_wstring(HashOfPath(path));
+}
+
+// How long to wait for a lock file that is refused. A name that is being deleted is denied for a moment, a folder that
+// takes no files denies for good.
+constexpr DWORD PatienceWith(DWORD error) noexcept
+{
+    switch (error) {
+    case ERROR_SHARING_VIOLATION:
+        return kWaitMilliseconds;
+    case ERROR_ACCESS_DENIED:
+        return kDeletionMilliseconds;
+    default:
+        return 0;
+    }
 }
 
 } // namespace
@@ -45,7 +60,7 @@ FolderLock::FolderLock(const std::wstring& path)
     for (DWORD waited = 0;; waited += kPauseMilliseconds) {
         file_.Reset(CreateFileW(name.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
                                 FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
-        if (file_ || GetLastError() != ERROR_SHARING_VIOLATION || waited >= kWaitMilliseconds)
+        if (file_ || waited >= PatienceWith(GetLastError()))
             return;
         Sleep(kPauseMilliseconds);
     }
