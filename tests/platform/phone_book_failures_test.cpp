@@ -10,6 +10,7 @@
 #include "support/phone_book.h"
 #include "support/redirected_import.h"
 #include "support/resource_count.h"
+#include "support/temporary_folder.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -26,7 +27,8 @@ using Names = std::vector<std::wstring>;
 // What the stand-ins do. A call that is refused is one for which the function answers an error.
 struct Refusals {
     std::function<DWORD(const std::wstring& path, DWORD access, DWORD disposition)> open;
-    std::function<DWORD()> move, flush, write, copy;
+    std::function<DWORD()> move, flush, write;
+    std::function<DWORD(const std::wstring& to)> copy;
     std::function<DWORD()> allocate; // of texts for COM
     std::function<DWORD()> allocateHeap;
 };
@@ -45,7 +47,7 @@ auto ForAWhile(DWORD error, int calls = 8)
 
 auto Always(DWORD error)
 {
-    return [error]() -> DWORD { return error; };
+    return [error](const auto&...) -> DWORD { return error; };
 }
 
 RedirectedImport<decltype(CreateFileW)>* createFile = nullptr;
@@ -71,9 +73,17 @@ HANDLE WINAPI CreateFileStandIn(LPCWSTR path, DWORD access, DWORD share, LPSECUR
     }
 STAND_IN(moveFile, MoveFileExW, move, (LPCWSTR from, LPCWSTR to, DWORD flags), (from, to, flags))
 STAND_IN(flushFile, FlushFileBuffers, flush, (HANDLE file), (file))
-STAND_IN(copyFile, CopyFileW, copy, (LPCWSTR from, LPCWSTR to, BOOL keep), (from, to, keep))
 STAND_IN(writeFile, WriteFile, write, (HANDLE file, LPCVOID bytes, DWORD count, LPDWORD written, LPOVERLAPPED o),
          (file, bytes, count, written, o))
+
+RedirectedImport<decltype(CopyFileW)>* copyFile = nullptr;
+BOOL WINAPI CopyFileWStandIn(LPCWSTR from, LPCWSTR to, BOOL keep)
+{
+    const DWORD error = refusals.copy ? refusals.copy(to) : DWORD{ERROR_SUCCESS};
+    if (error != ERROR_SUCCESS)
+        SetLastError(error);
+    return error == ERROR_SUCCESS && copyFile->Original()(from, to, keep);
+}
 
 RedirectedImport<decltype(SysAllocStringLen)>* allocateText = nullptr;
 BSTR WINAPI SysAllocStringLenStandIn(const OLECHAR* text, UINT units)
@@ -103,8 +113,16 @@ private:
 
 class FailingFiles : public ::testing::Test {
 protected:
-    FailingFiles() { refusals = {}; }
-    ~FailingFiles() override { refusals = {}; }
+    FailingFiles()
+    {
+        refusals = {};
+        SetEnvironmentVariableW(L"TMP", temporary.Path().c_str());
+    }
+    ~FailingFiles() override
+    {
+        refusals = {};
+        SetEnvironmentVariableW(L"TMP", usersTemporary.c_str());
+    }
 
     std::wstring Path() const { return documents.File(L"qxfaxab.xml"); }
 
@@ -166,9 +184,11 @@ protected:
     // Refuses new files beside the phone book.
     void TakeNoSecondFile(DWORD error)
     {
-        refusals.open = [this, error](const std::wstring& path, DWORD, DWORD disposition) -> DWORD {
-            return disposition == CREATE_NEW && path.starts_with(documents.Path() + L"\\qxfaxab") ? error
-                                                                                                  : ERROR_SUCCESS;
+        refusals.copy = [this, error](const std::wstring& path) -> DWORD {
+            return path.starts_with(Path()) ? error : ERROR_SUCCESS;
+        };
+        refusals.open = [beside = refusals.copy](const std::wstring& path, DWORD, DWORD disposition) -> DWORD {
+            return disposition == CREATE_NEW ? beside(path) : ERROR_SUCCESS;
         };
     }
 
@@ -179,6 +199,8 @@ protected:
     StandIn<decltype(WriteFile)> writeFile_{"WriteFile", WriteFileStandIn, writeFile};
     StandIn<decltype(SysAllocStringLen)> allocateText_{"SysAllocStringLen", SysAllocStringLenStandIn, allocateText};
     StandIn<decltype(HeapAlloc)> allocateHeap_{"HeapAlloc", HeapAllocStandIn, allocateHeap};
+    const std::filesystem::path usersTemporary = std::filesystem::temp_directory_path();
+    const TemporaryFolder temporary;
     DocumentsFolder documents;
     TestBook book;
     std::string before;
@@ -303,14 +325,12 @@ TEST_F(SavedElsewhere, WhenItCannotBeKeptItStays)
 
 TEST_F(SavedElsewhere, BeforeItIsWrittenOverInPlaceItIsKept)
 {
-    TakeNoSecondFile(ERROR_ACCESS_DENIED);
-    refusals.flush = [this, save = AtCall(1, theirs)]() -> DWORD {
-        const DWORD error = save();
-        refusals.open = nullptr; // where a second file fits all of a sudden the copy can lie
-        return error;
-    };
+    TakeNoSecondFile(ERROR_PATH_NOT_FOUND);
+    refusals.flush = AtCall(1, theirs);
     book->Save(1);
-    EXPECT_EQ(Kept(L".bak"), theirs);
+    const Names copies = KeptCopies(Path());
+    ASSERT_EQ(copies.size(), 1u);
+    EXPECT_EQ(ReadBytes(copies[0]), theirs);
     EXPECT_EQ(NamesInFile(), Names{L"Ann"});
 }
 
@@ -347,6 +367,30 @@ TEST_F(FailingFiles, ABookOfWhichALoadDropsSomethingIsKeptBeforeItIsReplaced)
         SetFileAttributesW((Path() + L".bak").c_str(), FILE_ATTRIBUTE_NORMAL);
         DeleteFileW((Path() + L".bak").c_str());
     }
+}
+
+TEST_F(FailingFiles, ABookIsKeptInTheTemporaryFolderWhereItsOwnTakesNoSecondFile)
+{
+    const Names kept = {temporary / L"qxfax-phone-book.qxfaxab.xml.bak",
+                        temporary / L"qxfax-phone-book.qxfaxab.xml.2.bak"};
+    for (const std::wstring& copy : kept) {
+        before = "<device><software><component><qxfax_phonebook><qxfax_pbentry name='" + std::to_string(copy.size()) +
+                 "'/></qxfax_phonebook></component></software></device>";
+        SetFileAttributesW(Path().c_str(), FILE_ATTRIBUTE_NORMAL);
+        WriteBytes(Path(), before);
+        book->Reload();
+        book.AddEntry(L"Bob", L"2", L"", 7);
+        TakeNoSecondFile(ERROR_PATH_NOT_FOUND);
+        book->Save(1);
+        book.AddEntry(L"Cat", L"3", L"", 8);
+        book->Save(2); // of which all is known by now
+        EXPECT_EQ(NamesInFile(), (Names{L"Bob", L"Cat"}));
+        EXPECT_EQ(ReadBytes(copy), before);
+        EXPECT_TRUE(IsHidden(copy));
+    }
+    EXPECT_EQ(documents.Files(), Names{L"qxfaxab.xml"});
+    EXPECT_EQ(KeptCopies(Path()), kept);
+    EXPECT_EQ(KeptCopies(documents.File(L"other.xml")), Names());
 }
 
 // The replacement is never worse than the old file

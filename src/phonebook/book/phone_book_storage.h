@@ -46,8 +46,8 @@ public:
     // Drops entries without id or with an invalid fax number, and groups without name. Members are not resolved. Throws
     // std::bad_alloc.
     virtual LoadedPhoneBook Load(const std::wstring& path, ItemStore& store) const = 0;
-    // Replaces what is at path in one step. keepOld: what is there is first copied beside it; when that fails nothing
-    // is written. False when nothing was written. Throws std::bad_alloc, with the old file in place. seen, if given:
+    // Replaces what is at path in one step. keepOld: what is there is first copied; when that fails nothing is
+    // written. False when nothing was written. Throws std::bad_alloc, with the old file in place. seen, if given:
     // the content that whoever made the items has seen; the old file is kept as well when it is another one, since
     // somebody else has saved it. Afterwards the content that was written, or none when that cannot be told.
     virtual bool Save(const std::wstring& path, std::span<PhoneBookItem* const> items, bool keepOld,

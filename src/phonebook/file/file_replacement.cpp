@@ -156,9 +156,47 @@ std::optional<FileStamp> StampOf(HANDLE file) noexcept
                      .volume = info.dwVolumeSerialNumber};
 }
 
-std::wstring NameOfCopy(const std::wstring& path, int number)
+std::wstring NameOfCopy(const std::wstring& start, int number)
 {
-    return number == 1 ? path + kCopyEnding : path + L'.' + std::to_wstring(number) + kCopyEnding;
+    return number == 1 ? start + kCopyEnding : start + L'.' + std::to_wstring(number) + kCopyEnding;
+}
+
+// What the names of copies of path begin with where its folder takes none; empty when there is no such place. Without
+// what the folder is called: of several phone books of one name each keeps its copy.
+std::wstring StartOfCopiesElsewhere(const std::wstring& path)
+{
+    const std::wstring start = StartInTemporaryFolder();
+    return start.empty() ? start : start + L'.' + path.substr(path.rfind(L'\\') + 1);
+}
+
+// Copies path to the first free name behind start, unless one of those that are taken is a copy of it already. Of
+// several unreadable phone books each keeps its copy: .bak, .2.bak, .3.bak, ... The error says why there is none.
+DWORD KeepCopyBehind(const std::wstring& start, const std::wstring& path)
+{
+    std::wstring copy;
+    DWORD error = ERROR_FILE_EXISTS;
+    for (int number = 1; error == ERROR_FILE_EXISTS; ++number) {
+        copy = NameOfCopy(start, number);
+        if (GetFileAttributesW(copy.c_str()) == INVALID_FILE_ATTRIBUTES)
+            error = CopyToNewFile(path, copy);
+        else if (HaveSameContent(path, copy))
+            return ERROR_SUCCESS;
+    }
+    if (error == ERROR_SUCCESS)
+        SetFileAttributesW(copy.c_str(), FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_HIDDEN);
+    return error;
+}
+
+void AddCopiesBehind(const std::wstring& start, std::vector<std::wstring>& copies)
+{
+    for (int number = 1;; ++number) {
+        std::wstring copy = NameOfCopy(start, number);
+        // Somebody may have removed one in between.
+        if (GetFileAttributesW(copy.c_str()) != INVALID_FILE_ATTRIBUTES)
+            copies.push_back(std::move(copy));
+        else if (number >= kCopiesLookedFor)
+            return;
+    }
 }
 
 void RemoveAbandoned(const std::wstring& start)
@@ -267,14 +305,10 @@ void RemoveAbandonedReplacements(const std::wstring& path) noexcept
 std::vector<std::wstring> KeptCopies(const std::wstring& path)
 {
     std::vector<std::wstring> copies;
-    for (int number = 1;; ++number) {
-        std::wstring copy = NameOfCopy(path, number);
-        // Somebody may have removed one in between.
-        if (GetFileAttributesW(copy.c_str()) != INVALID_FILE_ATTRIBUTES)
-            copies.push_back(std::move(copy));
-        else if (number >= kCopiesLookedFor)
-            return copies;
-    }
+    AddCopiesBehind(path, copies);
+    if (const std::wstring elsewhere = StartOfCopiesElsewhere(path); !elsewhere.empty())
+        AddCopiesBehind(elsewhere, copies);
+    return copies;
 }
 
 bool KeepCopy(const std::wstring& path)
@@ -286,18 +320,12 @@ bool KeepCopy(const std::wstring& path)
     }
     if (data.nFileSizeHigh == 0 && data.nFileSizeLow == 0)
         return true;
-    // Of several unreadable phone books each keeps its copy: .bak, .2.bak, .3.bak, ...
-    std::wstring copy;
-    DWORD error = ERROR_FILE_EXISTS;
-    for (int number = 1; error == ERROR_FILE_EXISTS; ++number) {
-        copy = NameOfCopy(path, number);
-        if (GetFileAttributesW(copy.c_str()) == INVALID_FILE_ATTRIBUTES)
-            error = CopyToNewFile(path, copy);
-        else if (HaveSameContent(path, copy))
-            return true;
+    DWORD error = KeepCopyBehind(path, path);
+    if (TakesNoSecondFile(error)) {
+        const std::wstring elsewhere = StartOfCopiesElsewhere(path);
+        if (!elsewhere.empty())
+            error = KeepCopyBehind(elsewhere, path);
     }
-    if (error == ERROR_SUCCESS)
-        SetFileAttributesW(copy.c_str(), FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_HIDDEN);
     return error == ERROR_SUCCESS;
 }
 

@@ -1,4 +1,4 @@
-// Replacing a file in one step, and keeping copies beside it.
+// Replacing a file in one step, and keeping copies of it.
 #pragma once
 
 #include "base/no_copy.h"
@@ -45,11 +45,13 @@ private:
 // there for longer than any save takes.
 void RemoveAbandonedReplacements(const std::wstring& path) noexcept;
 
-// Keeps a byte-identical, hidden copy of path beside it, unless there is one already or the file is empty or not
-// there. Never replaces an older copy. False when the copy is not safely on the disk.
+// Keeps a byte-identical, hidden copy of path beside it, or in the temporary folder when the folder of path takes no
+// second file; unless there is one already or the file is empty or not there. Never replaces an older copy. False when
+// the copy is not safely on the disk.
 bool KeepCopy(const std::wstring& path);
 
-// The copies of path that KeepCopy has left beside it, as full paths, by their numbers.
+// The copies that KeepCopy has left, as full paths: those beside path by their numbers, then those in the temporary
+// folder, which may be of another folder's file of the same name.
 std::vector<std::wstring> KeptCopies(const std::wstring& path);
 
 // The file that a link leads to; path itself when it is none, or leads nowhere. A link to a file that is not there
