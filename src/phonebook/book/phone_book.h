@@ -46,7 +46,9 @@ public:
     void Reload() noexcept;
     // Reload, and, when sorted, Sort ascending; nothing is read when the book is as a load has left it and the file has
     // not changed since: every list of a thread is told of a change, and the first one reads it for all. The items
-    // stay, too, when the load does not come to its end: no book would be shown, and worked on, in place of one.
+    // stay, too, when there is a phone book that cannot be read to its end: half of it would be shown, and worked on,
+    // in place of it. A file that is gone, cannot be opened or is no phone book leaves an empty book, as after any
+    // Reload; the next save keeps a copy of what is there then.
     void FollowChange(bool sorted);
 
     // How often the items were replaced by those of the file. What was learned about an id before the last time may no
