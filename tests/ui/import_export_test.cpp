@@ -119,6 +119,24 @@ TEST_F(CsvImportDialog, AsksForTheFileAndForItsColumnsAndImportsTheRows)
     EXPECT_STREQ(AsEntry(book_->GetAt(0))->Company(), L"Acme");
 }
 
+TEST_F(CsvImportDialog, Utf8AndUtf16WithTheirMarksGiveTheSameEntries)
+{
+    const std::string files[] = {
+        kUtf8Mark + "Who,Fax,Firm\r\n\"J\xC3\xB6rg, \xE9\x88\xB4\xE6\x9C\xA8\",555,\xC5\x81\xC3\xB3\x64\xC5\xBA\r\n",
+        kUtf16Mark + Utf16Bytes(L"Who,Fax,Firm\r\n\"J\u00F6rg, \u9234\u6728\",555,\u0141\u00F3d\u017A\r\n"),
+    };
+    for (const std::string& bytes : files) {
+        book_->RemoveAll();
+        Import(bytes);
+        MapFirstColumns(3);
+        Ui().Press(IDOK);
+        EXPECT_EQ(End().status, ImportExportStatus::Imported);
+        ASSERT_EQ(book_.Names(), Names{L"J\u00F6rg, \u9234\u6728"});
+        EXPECT_STREQ(AsEntry(book_->GetAt(0))->FaxNumber(), L"555");
+        EXPECT_STREQ(AsEntry(book_->GetAt(0))->Company(), L"\u0141\u00F3d\u017A");
+    }
+}
+
 TEST_F(CsvImportDialog, TheMappingIsAskedForEvenWhenTheHeaderIsTheExportsOwn)
 {
     Import("\"Name\",\"Fax Number\",\"Company Name\"\r\nAnn,555,Acme\r\n");
