@@ -211,8 +211,13 @@ DWORD RunThisProgram(const std::wstring& arguments)
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION process{};
-    if (!CreateProcessW(program, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process))
-        throw std::runtime_error("cannot start another process");
+    constexpr int kAttempts = 5; // a machine that is busy with much else may refuse one
+    int attempt = 1;
+    while (!CreateProcessW(program, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process)) {
+        if (attempt++ == kAttempts)
+            throw std::runtime_error("cannot start another process: " + std::to_string(GetLastError()));
+        Sleep(200);
+    }
     const UniqueKernelHandle handle(process.hProcess), thread(process.hThread);
     WaitForSingleObject(process.hProcess, INFINITE);
     DWORD code = 1;
