@@ -127,6 +127,12 @@ private:
                                  400, 300, parent_, nullptr, ModuleInstance(), nullptr);
 };
 
+// As the module sees a list whose rows are those of the book.
+PhoneBookList Filled(const BareList& list, const PhoneBook& book)
+{
+    return {.window = list.Window(), .names = {}, .loads = book.Loads()};
+}
+
 // ---- a dialog, cancelled as soon as it waits for the user -----------------------------------------------------------
 
 std::size_t g_bytesWhenIdle = 0; // in the heap, while the dialog is open
@@ -204,14 +210,14 @@ void CompareCollecting(Benchmark& benchmark, DWORD items)
     std::vector<LPARAM> read;
     const Work unavoidable{"reading the item data", [&] { read = list.SelectedData(); }};
     benchmark.Compare({Of(items, "CollectSelectedItems of all rows"),
-                       [&] { collected = CollectSelectedItems(list.Window(), **book); }},
+                       [&] { collected = CollectSelectedItems(Filled(list, **book), **book); }},
                       unavoidable, 1.5);
     if (collected.size() != items || read.size() != items)
         throw std::logic_error("not all rows were collected");
     std::size_t picked = 0;
     benchmark.Compare({Of(items, "\"To ->\" of all rows, up to the limit"),
                        [&] {
-                           const auto all = CollectSelectedItems(list.Window(), **book);
+                           const auto all = CollectSelectedItems(Filled(list, **book), **book);
                            picked = PickRecipients(all, 0, **book).entries.size();
                        }},
                       unavoidable, 1.5);
@@ -231,7 +237,7 @@ void CompareDeleting(Benchmark& benchmark, DWORD items)
         bare.SelectEvery(2);
     };
     const auto work = [&](bool deletes) {
-        const std::vector<PhoneBookItem*> selected = CollectSelectedItems(bare.Window(), **book);
+        const std::vector<PhoneBookItem*> selected = CollectSelectedItems(Filled(bare, **book), **book);
         std::vector<DWORD> ids(selected.size());
         std::ranges::transform(selected, ids.begin(), &PhoneBookItem::GetId);
         if (deletes)
