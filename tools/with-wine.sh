@@ -207,9 +207,9 @@ start_desktop() {
     setsid wine64 cmd <>"$dir/idle.pipe" >"$dir/idle.log" 2>&1 &
     echo 'echo on the desktop' >"$dir/idle.pipe"
     setsid wine64 wineboot
-    local tries
-    for ((tries = 0; tries < 600; ++tries)); do # at the latest when wineboot has gone somebody else must be there
-        if grep -q '^on the desktop' "$dir/idle.log"; then break; fi
+    local tries=0
+    until grep -q '>on the desktop' "$dir/idle.log"; do # the prompt stands before it
+        ((++tries < 1200)) || die "nobody comes to the desktop"
         sleep 0.1
     done
     setsid wine64 rundll32 user32.dll,GetDesktopWindow
