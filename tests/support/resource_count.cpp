@@ -23,6 +23,8 @@ constexpr std::size_t kGdiEntries = 0x4000;
 constexpr std::size_t kGdiTableOffset = 0xF8;
 constexpr ULONG_PTR kHandleLimit = 0x10000;
 
+} // namespace
+
 std::size_t CountGdiObjects()
 {
     const auto environment = static_cast<ULONG64>(__readgsqword(0x60));
@@ -32,6 +34,8 @@ std::size_t CountGdiObjects()
         count += table[i].type != 0;
     return count;
 }
+
+namespace {
 
 std::size_t CountWindows()
 {
@@ -112,7 +116,7 @@ ResourceCount CountResources()
 
 ResourceCount Growth(const ResourceCount& before, const ResourceCount& after)
 {
-    const auto grown = [&](std::size_t ResourceCount::* kind) {
+    const auto grown = [&](std::size_t ResourceCount::*kind) {
         return after.*kind > before.*kind ? after.*kind - before.*kind : 0;
     };
     using Kind = ResourceCount;

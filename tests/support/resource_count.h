@@ -17,7 +17,10 @@ struct ResourceCount {
     std::size_t privateBytes = 0; // committed, and shared with no other process
 };
 
+// Takes seconds: it asks for every handle there could be.
 ResourceCount CountResources();
+// Alone, and at once.
+std::size_t CountGdiObjects();
 // Of each kind by how much it has grown; 0 for one that has shrunk.
 ResourceCount Growth(const ResourceCount& before, const ResourceCount& after);
 // Later heaps hand out small blocks from groups, and a walk over the heap sees the group: what the system loses with a
