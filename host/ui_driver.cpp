@@ -630,9 +630,24 @@ void UiDriver::HoldKey(WORD key, int times)
     SendKeys(std::move(inputs));
 }
 
+// Wine's display tells each window that gets the focus which keys are down there, and none of ours is: what comes late
+// would release them between two of ours. Whoever gets a second answer from the display finds that news waiting.
+void UiDriver::HearTheDisplay()
+{
+    Do([] {
+        for (int answer = 0; answer < 2; ++answer) {
+            const HDC screen = GetDC(nullptr);
+            GetPixel(screen, 0, 0);
+            ReleaseDC(nullptr, screen);
+        }
+        GetQueueStatus(QS_ALLINPUT); // looks at what the display has sent, too
+    });
+}
+
 void UiDriver::SendKeys(std::vector<INPUT> inputs)
 {
     SetForegroundWindow(Dialog());
+    HearTheDisplay();
     // Keyboard input is fetched after all posted messages, so a marker could overtake it: the releases are counted.
     const auto released =
         std::ranges::count_if(inputs, [](const INPUT& input) { return (input.ki.dwFlags & KEYEVENTF_KEYUP) != 0; });

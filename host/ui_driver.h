@@ -113,6 +113,7 @@ private:
     HWND EditOf(int id);
     LRESULT Ask(HWND window, UINT message, WPARAM w = 0, LPARAM l = 0) const;
     std::wstring TextOf(HWND window) const;
+    void HearTheDisplay();
     void SendKeys(std::vector<INPUT> inputs);
     [[noreturn]] void Fail(const std::string& what) const;
     std::string Describe() const;
