@@ -12,6 +12,7 @@
 #include "res/setup_page_ids.h"
 #include "support/all_dialogs.h"
 #include "support/phone_book_session.h"
+#include "support/redirected_import.h"
 #include "support/system_colors.h"
 #include "support/temporary_folder.h"
 
@@ -23,6 +24,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <map>
+#include <string_view>
 
 namespace qx::test {
 namespace {
@@ -111,12 +113,19 @@ bool ShowsText(HWND control)
 
 constexpr double kReadable = 4.5, kVisible = 3;
 
+// The system then scales nothing, and the dialogs themselves are as large as the dots per inch ask.
+FARPROC WINAPI FindNoDpiMode(HMODULE module, const char* name)
+{
+    const bool isMode = HIWORD(name) != 0 && std::string_view(name) == "SetThreadDpiAwarenessContext";
+    return isMode ? nullptr : GetProcAddress(module, name);
+}
+
 class InHighContrast : public ::testing::TestWithParam<Palette> {
 protected:
     InHighContrast()
         : session(BookText().Entry(1, L"Ann", L"111", L"Harbour").Group(2, L"Sales", {1}).Entry(3, L"Zoe", L"333"),
                   WithDevice(L"BillingCodeEnabled", 1u)),
-          contrast(session.Module(), GetParam())
+          noDpiMode("GetProcAddress", FindNoDpiMode, session.Module()), contrast(session.Module(), GetParam())
     {
     }
 
@@ -233,6 +242,7 @@ protected:
     }
 
     PhoneBookSession session;
+    RedirectedImport<decltype(GetProcAddress)> noDpiMode;
     HighContrast contrast;
 };
 
