@@ -116,7 +116,7 @@ ResourceCount CountResources()
 
 ResourceCount Growth(const ResourceCount& before, const ResourceCount& after)
 {
-    const auto grown = [&](std::size_t ResourceCount::*kind) {
+    const auto grown = [&](std::size_t ResourceCount::* kind) {
         return after.*kind > before.*kind ? after.*kind - before.*kind : 0;
     };
     using Kind = ResourceCount;
