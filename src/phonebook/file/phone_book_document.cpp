@@ -116,13 +116,12 @@ bool PhoneBookDocument::Begin()
     const ComPtr<IXMLDOMElement> device = CreateElement(MakeBstr(kDevice));
     if (!device || document_->putref_documentElement(device.Get()) != S_OK)
         return false;
-    const ComPtr<IXMLDOMNode> software = AppendNewElement(device.Get(), kSoftware);
-    const ComPtr<IXMLDOMNode> component = AppendNewElement(software.Get(), kComponent);
-    const ComPtr<IXMLDOMNode> name = AppendNewElement(component.Get(), kComponentName);
-    const ComPtr<IXMLDOMNode> text = CreateText(MakeBstr(kComponentTitle));
-    if (!name || !text || name->appendChild(text.Get(), nullptr) != S_OK)
+    const ComPtr<IXMLDOMElement> software = AppendElement(device.Get(), MakeBstr(kSoftware));
+    const ComPtr<IXMLDOMElement> component = AppendElement(software.Get(), MakeBstr(kComponent));
+    const ComPtr<IXMLDOMElement> name = AppendElement(component.Get(), MakeBstr(kComponentName));
+    if (!AppendText(name.Get(), MakeBstr(kComponentTitle)))
         return false;
-    phoneBook_ = AppendNewElement(component.Get(), kPhoneBook);
+    phoneBook_.Reset(AppendElement(component.Get(), MakeBstr(kPhoneBook)).Release());
     return static_cast<bool>(phoneBook_);
 }
 
@@ -139,31 +138,29 @@ bool PhoneBookDocument::Save(const std::wstring& path)
     return saved && IsComplete(path);
 }
 
+ComPtr<IXMLDOMElement> PhoneBookDocument::AppendElement(IXMLDOMNode* parent, const UniqueBstr& name)
+{
+    ComPtr<IXMLDOMElement> element = CreateElement(name);
+    if (parent == nullptr || !element || parent->appendChild(element.Get(), nullptr) != S_OK)
+        element.Reset();
+    return element;
+}
+
+bool PhoneBookDocument::AppendText(IXMLDOMNode* parent, const UniqueBstr& text)
+{
+    ComPtr<IXMLDOMNode> node;
+    return parent != nullptr &&
+           document_->createNode(Variant(INT{NODE_TEXT}).Get(), nullptr, nullptr, node.Receive()) == S_OK &&
+           node->put_nodeValue(Variant::Borrowed(text)) == S_OK && parent->appendChild(node.Get(), nullptr) == S_OK;
+}
+
+// Null on failure.
 ComPtr<IXMLDOMElement> PhoneBookDocument::CreateElement(const UniqueBstr& name)
 {
     ComPtr<IXMLDOMElement> element;
     if (document_->createElement(name.Get(), element.Receive()) != S_OK)
         element.Reset();
     return element;
-}
-
-ComPtr<IXMLDOMNode> PhoneBookDocument::CreateText(const UniqueBstr& text)
-{
-    ComPtr<IXMLDOMNode> node;
-    if (document_->createNode(Variant(INT{NODE_TEXT}).Get(), nullptr, nullptr, node.Receive()) != S_OK ||
-        node->put_nodeValue(Variant::Borrowed(text)) != S_OK)
-        node.Reset();
-    return node;
-}
-
-// Null on failure, and below a parent that is null.
-ComPtr<IXMLDOMNode> PhoneBookDocument::AppendNewElement(IXMLDOMNode* parent, const wchar_t* name)
-{
-    const ComPtr<IXMLDOMElement> element = CreateElement(MakeBstr(name));
-    ComPtr<IXMLDOMNode> appended;
-    if (parent != nullptr && element && parent->appendChild(element.Get(), appended.Receive()) != S_OK)
-        appended.Reset();
-    return appended;
 }
 
 } // namespace qx

@@ -35,12 +35,12 @@ public:
 
     IXMLDOMNode* PhoneBookNode() const noexcept { return phoneBook_.Get(); }
 
-    // Null on failure.
-    ComPtr<IXMLDOMElement> CreateElement(const UniqueBstr& name);
-    ComPtr<IXMLDOMNode> CreateText(const UniqueBstr& text);
+    // Both make a new node below parent; null and false on failure, and when parent is null.
+    ComPtr<IXMLDOMElement> AppendElement(IXMLDOMNode* parent, const UniqueBstr& name);
+    bool AppendText(IXMLDOMNode* parent, const UniqueBstr& text);
 
 private:
-    ComPtr<IXMLDOMNode> AppendNewElement(IXMLDOMNode* parent, const wchar_t* name);
+    ComPtr<IXMLDOMElement> CreateElement(const UniqueBstr& name);
 
     ComApartment apartment_;
     ComPtr<IXMLDOMDocument> document_; // null when the system has no XML

@@ -221,7 +221,7 @@ public:
 private:
     bool WriteEntry(const PhoneBookEntry& entry)
     {
-        const ComPtr<IXMLDOMElement> element = Append(*document_.PhoneBookNode(), entry_);
+        const ComPtr<IXMLDOMElement> element = document_.AppendElement(document_.PhoneBookNode(), entry_);
         return element && SetAttribute(*element.Get(), id_, FormatId(entry.GetId())) &&
                SetAttribute(*element.Get(), name_, OrEmpty(entry.Name())) &&
                SetAttribute(*element.Get(), faxNumber_, OrEmpty(entry.FaxNumber())) &&
@@ -230,29 +230,15 @@ private:
 
     bool WriteGroup(const PhoneBookGroup& group)
     {
-        const ComPtr<IXMLDOMElement> element = Append(*document_.PhoneBookNode(), group_);
+        const ComPtr<IXMLDOMElement> element = document_.AppendElement(document_.PhoneBookNode(), group_);
         if (!element || !SetAttribute(*element.Get(), groupName_, group.GetName()) ||
             !SetAttribute(*element.Get(), id_, FormatId(group.GetId())))
             return false;
-        const ComPtr<IXMLDOMElement> list = Append(*element.Get(), memberList_);
-        const auto ids = group.MemberIds();
-        return list && std::all_of(ids.begin(), ids.end(), [&](DWORD id) { return WriteMember(*list.Get(), id); });
-    }
-
-    bool WriteMember(IXMLDOMElement& list, DWORD id)
-    {
-        const ComPtr<IXMLDOMElement> member = Append(list, memberId_);
-        const ComPtr<IXMLDOMNode> text = document_.CreateText(MakeBstr(FormatId(id)));
-        return member && text && member->appendChild(text.Get(), nullptr) == S_OK;
-    }
-
-    // A new element below parent; null on failure.
-    ComPtr<IXMLDOMElement> Append(IXMLDOMNode& parent, const UniqueBstr& name)
-    {
-        ComPtr<IXMLDOMElement> element = document_.CreateElement(name);
-        if (element && parent.appendChild(element.Get(), nullptr) != S_OK)
-            element.Reset();
-        return element;
+        const ComPtr<IXMLDOMElement> list = document_.AppendElement(element.Get(), memberList_);
+        return list && std::ranges::all_of(group.MemberIds(), [&](DWORD id) {
+                   const ComPtr<IXMLDOMElement> member = document_.AppendElement(list.Get(), memberId_);
+                   return document_.AppendText(member.Get(), MakeBstr(FormatId(id)));
+               });
     }
 
     static bool SetAttribute(IXMLDOMElement& element, const UniqueBstr& name, std::wstring_view text)
