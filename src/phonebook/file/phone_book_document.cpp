@@ -67,28 +67,18 @@ bool Confine(IXMLDOMDocument& document)
     return true;
 }
 
-constexpr DWORD kNotInUse = ERROR_WRITE_FAULT;
-
 // Why the DOM did not save onto a file, as far as waiting may help. Not every DOM says; the file itself is asked then,
 // and once it is tried again anyway: it may be free by now.
-class SaveError {
-public:
-    explicit SaveError(const std::wstring& path) noexcept : path_(path) {}
-
-    DWORD Of(HRESULT result)
-    {
-        if (HRESULT_FACILITY(result) == FACILITY_WIN32 || HRESULT_FACILITY(result) == FACILITY_STORAGE)
-            return static_cast<DWORD>(HRESULT_CODE(result));
-        const UniqueFile file(CreateFileW(path_.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
-        if (!file)
-            return GetLastError();
-        return std::exchange(triedAgain_, true) ? kNotInUse : DWORD{ERROR_SHARING_VIOLATION};
-    }
-
-private:
-    const std::wstring& path_;
-    bool triedAgain_ = false;
-};
+DWORD SaveError(HRESULT result, const std::wstring& path, bool& triedAgain) noexcept
+{
+    constexpr DWORD kNotInUse = ERROR_WRITE_FAULT;
+    if (HRESULT_FACILITY(result) == FACILITY_WIN32 || HRESULT_FACILITY(result) == FACILITY_STORAGE)
+        return static_cast<DWORD>(HRESULT_CODE(result));
+    const UniqueFile file(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+    if (!file)
+        return GetLastError();
+    return std::exchange(triedAgain, true) ? kNotInUse : DWORD{ERROR_SHARING_VIOLATION};
+}
 
 } // namespace
 
@@ -128,11 +118,11 @@ bool PhoneBookDocument::Begin()
 bool PhoneBookDocument::Save(const std::wstring& path)
 {
     const UniqueBstr text = MakeBstr(path);
-    SaveError error(path);
+    bool triedAgain = false;
     const bool saved = RetryWhileInUse([&] {
         const HRESULT result = document_->save(Variant::Borrowed(text));
         if (result != S_OK)
-            SetLastError(error.Of(result));
+            SetLastError(SaveError(result, path, triedAgain));
         return result == S_OK;
     });
     return saved && IsComplete(path);
