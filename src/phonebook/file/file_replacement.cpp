@@ -21,11 +21,6 @@ constexpr LONGLONG kLongestFile = 256 << 20; // hundreds of times the largest ph
 constexpr std::size_t kBlockBytes = 64 << 10;
 constexpr int kCopiesLookedFor = 100;
 
-bool Has(DWORD attributes, DWORD attribute) noexcept
-{
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & attribute) != 0;
-}
-
 constexpr std::uint64_t Combined(DWORD high, DWORD low) noexcept
 {
     return std::uint64_t{high} << 32 | low;
@@ -331,9 +326,15 @@ bool KeepCopy(const std::wstring& path)
 
 // ---- reading -----------------------------------------------------------------------------------------------------
 
+bool HasAttribute(const std::wstring& path, DWORD attribute) noexcept
+{
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & attribute) != 0;
+}
+
 std::wstring FollowLink(const std::wstring& path, DWORD disposition)
 {
-    if (!Has(GetFileAttributesW(path.c_str()), FILE_ATTRIBUTE_REPARSE_POINT))
+    if (!HasAttribute(path, FILE_ATTRIBUTE_REPARSE_POINT))
         return path;
     const UniqueFile file(CreateFileW(path.c_str(), FILE_READ_ATTRIBUTES,
                                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, disposition,

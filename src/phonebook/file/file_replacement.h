@@ -54,6 +54,9 @@ bool KeepCopy(const std::wstring& path);
 // folder, which may be of another folder's file of the same name.
 std::vector<std::wstring> KeptCopies(const std::wstring& path);
 
+// FILE_ATTRIBUTE_... False also when the file cannot be asked.
+bool HasAttribute(const std::wstring& path, DWORD attribute) noexcept;
+
 // The file that a link leads to; path itself when it is none, or leads nowhere. A link to a file that is not there
 // leads nowhere with OPEN_EXISTING; with OPEN_ALWAYS the file is made, empty.
 std::wstring FollowLink(const std::wstring& path, DWORD disposition = OPEN_EXISTING);

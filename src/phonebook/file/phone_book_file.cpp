@@ -274,22 +274,17 @@ private:
     const std::wstring& path_;
 };
 
-bool Has(DWORD attributes, DWORD attribute) noexcept
-{
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & attribute) != 0;
-}
-
 // Whether the file can be written; it is visible then, so that the document may be saved over it. One that was not
 // there is there, and empty, from now on.
 bool MakeWritable(const std::wstring& path)
 {
-    if (Has(GetFileAttributesW(path.c_str()), FILE_ATTRIBUTE_READONLY))
+    if (HasAttribute(path, FILE_ATTRIBUTE_READONLY))
         return false; // asked first: to a privileged user some systems open it all the same
     const bool opened = RetryWhileInUse([&path] {
         return static_cast<bool>(UniqueFile(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
                                                         OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr)));
     });
-    if (opened && Has(GetFileAttributesW(path.c_str()), FILE_ATTRIBUTE_HIDDEN))
+    if (opened && HasAttribute(path, FILE_ATTRIBUTE_HIDDEN))
         SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
     return opened;
 }
@@ -399,10 +394,8 @@ bool SavePhoneBookFile(const std::wstring& path, std::span<PhoneBookItem* const>
     if (!document.Begin())
         return false;
     Writer writer(document);
-    for (const PhoneBookItem* const item : items) {
-        if (!writer.WriteItem(*item))
-            return false;
-    }
+    if (!std::ranges::all_of(items, [&writer](const PhoneBookItem* item) { return writer.WriteItem(*item); }))
+        return false;
     Replacement replacement(real);
     if (!replacement || !document.Save(replacement.Path()))
         return false;
