@@ -116,15 +116,11 @@ void PhoneBook::ReplaceItems(bool keepUnlessLoaded) noexcept
 
 void PhoneBook::FollowChange(bool sorted)
 {
-    if (!HoldsTheFile())
+    const bool holdsTheFile = stamp_.has_value() && storage_.StampOf(filePath_) == stamp_;
+    if (!holdsTheFile)
         ReplaceItems(true);
     if (sorted)
         Sort(TRUE);
-}
-
-bool PhoneBook::HoldsTheFile() const noexcept
-{
-    return stamp_.has_value() && storage_.StampOf(filePath_) == stamp_;
 }
 
 BOOL PhoneBook::Add(PhoneBookItem* item)
@@ -229,13 +225,8 @@ bool PhoneBook::IsTaken(DWORD id) const noexcept
 
 void PhoneBook::BuildFilePath()
 {
-    std::wstring path(Cut(DocumentsFolder(), kPathLimit));
-    path += L'\\';
-    if (const auto guid = RestrictedUserGuid(printer_))
-        path += *guid + L".xml";
-    else
-        path += L"qxfaxab.xml";
-    filePath_ = Cut(path, kPathLimit);
+    const std::wstring name = RestrictedUserGuid(printer_).value_or(L"qxfaxab") + L".xml";
+    filePath_ = Cut(DocumentsFolder() + L'\\' + name, kPathLimit);
 }
 
 PhoneBookItem* PhoneBook::FindItem(DWORD id) const

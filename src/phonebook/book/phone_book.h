@@ -77,7 +77,6 @@ private:
     template <class Wanted> PhoneBookItem* FindFirst(DWORD id, Wanted wanted) const;
     void Changed() noexcept;
     void RaiseNextId(const LoadedPhoneBook& loaded);
-    bool HoldsTheFile() const noexcept;
 
     ItemStore& store_;
     const PhoneBookStorage& storage_;
