@@ -1,7 +1,5 @@
 #include "phonebook/book/items.h"
 
-#include "base/text.h"
-
 #include <algorithm>
 #include <functional>
 #include <iterator>
@@ -67,10 +65,6 @@ PhoneBookEntry::~PhoneBookEntry()
     HeapRelease(company_);
 }
 
-const wchar_t* PhoneBookEntry::GetName() const noexcept
-{
-    return OrEmpty(name_);
-}
 void PhoneBookEntry::SetName(const wchar_t* text)
 {
     Replace(name_, CopyOf(text));
@@ -120,10 +114,6 @@ PhoneBookGroup::~PhoneBookGroup()
         DestroyItem(member);
 }
 
-const wchar_t* PhoneBookGroup::GetName() const noexcept
-{
-    return OrEmpty(name_);
-}
 void PhoneBookGroup::SetName(const wchar_t* text)
 {
     Replace(name_, CopyOf(text));

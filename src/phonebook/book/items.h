@@ -4,6 +4,7 @@
 #include "base/no_copy.h"
 #include "base/number_text.h"
 #include "base/process_heap.h"
+#include "base/text.h"
 #include "record/recipient.h"
 
 #include <memory>
@@ -36,7 +37,7 @@ public:
     ~PhoneBookEntry();
 
     BOOL IsGroup() const noexcept override { return FALSE; }
-    const wchar_t* GetName() const noexcept override;
+    const wchar_t* GetName() const noexcept override { return OrEmpty(name_); }
     DWORD GetId() const noexcept override { return id_; }
 
     // The fields as they stand; null until first set.
@@ -72,7 +73,7 @@ public:
     ~PhoneBookGroup();
 
     BOOL IsGroup() const noexcept override { return TRUE; }
-    const wchar_t* GetName() const noexcept override;
+    const wchar_t* GetName() const noexcept override { return OrEmpty(name_); }
     DWORD GetId() const noexcept override { return id_; }
 
     const wchar_t* Name() const noexcept { return name_; } // null until first set
