@@ -110,8 +110,8 @@ void PhoneBookEntry::ReplaceTexts(const wchar_t* name, const wchar_t* faxNumber,
 PhoneBookGroup::~PhoneBookGroup()
 {
     HeapRelease(name_);
-    for (PhoneBookItem* const member : members_)
-        DestroyItem(member);
+    for (PhoneBookEntry* const member : members_)
+        delete member;
 }
 
 void PhoneBookGroup::SetName(const wchar_t* text)
@@ -143,10 +143,8 @@ void PhoneBookGroup::CopyFrom(const PhoneBookGroup& other)
     copy.SetName(other.name_);
     copy.id_ = other.id_;
     copy.memberIds_ = other.memberIds_;
-    for (const PhoneBookItem* const member : other.members_) {
-        if (const PhoneBookEntry* const entry = AsEntry(member))
-            copy.AddMember(MakeCopy(*entry).release());
-    }
+    for (const PhoneBookEntry* const member : other.members_)
+        copy.AddMember(MakeCopy(*member).release());
     std::swap(name_, copy.name_);
     id_ = copy.id_;
     memberIds_.swap(copy.memberIds_);

@@ -85,18 +85,17 @@ public:
     bool RemoveMemberId(DWORD id) noexcept; // the first occurrence; false when there is none
     void SetMemberIds(std::vector<DWORD> ids) noexcept { memberIds_ = std::move(ids); }
 
-    std::span<PhoneBookItem* const> Members() const noexcept { return members_; }
+    std::span<PhoneBookEntry* const> Members() const noexcept { return members_; }
     void AddMember(PhoneBookEntry* entry); // takes ownership
 
-    // Name, id, member ids and copies of the member entries (not of member groups). Throws std::bad_alloc, with nothing
-    // changed.
+    // Name, id, member ids and copies of the member entries. Throws std::bad_alloc, with nothing changed.
     void CopyFrom(const PhoneBookGroup& other);
 
 private:
     std::vector<DWORD> memberIds_;
     wchar_t* name_ = nullptr;
     DWORD id_ = 0;
-    std::vector<PhoneBookItem*> members_;
+    std::vector<PhoneBookEntry*> members_;
 };
 
 // Null, or an item cast to what it is.

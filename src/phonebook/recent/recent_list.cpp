@@ -29,10 +29,8 @@ void WriteGroup(HKEY key, const PhoneBookGroup& group)
         return;
     WriteString(key, kName, group.GetName(), REG_SZ);
     WriteDword(key, kMemberCount, static_cast<DWORD>(members.size()));
-    for (std::size_t i = 0; i < members.size(); ++i) {
-        if (const PhoneBookEntry* const entry = AsEntry(members[i]))
-            WriteRegistryEntry(key, std::to_wstring(i).c_str(), entry->Texts());
-    }
+    for (std::size_t i = 0; i < members.size(); ++i)
+        WriteRegistryEntry(key, std::to_wstring(i).c_str(), members[i]->Texts());
 }
 
 void WriteItem(HKEY key, const PhoneBookItem& item)
