@@ -25,13 +25,6 @@ UniquePages AllocatePages(std::size_t bytes) noexcept
     return UniquePages(VirtualAlloc(nullptr, bytes, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
 }
 
-std::size_t AllocationGranularity() noexcept
-{
-    SYSTEM_INFO system;
-    GetSystemInfo(&system);
-    return system.dwAllocationGranularity;
-}
-
 bool LooksLikeUtf16(std::span<const unsigned char> bytes)
 {
     return IsTextUnicode(bytes.data(), static_cast<int>(bytes.size()), nullptr) != FALSE;
@@ -175,8 +168,9 @@ bool CsvTableWriter::WriteMapped(std::size_t& bytes) noexcept
 std::size_t CsvTableWriter::MappedBytes() const noexcept
 {
     const std::size_t bytes = sizeof(wchar_t) * (cells_.size() + usedUnits_) + 4;
-    const std::size_t granule = AllocationGranularity();
-    return (bytes / granule + 1) * granule;
+    SYSTEM_INFO system;
+    GetSystemInfo(&system);
+    return (bytes / system.dwAllocationGranularity + 1) * system.dwAllocationGranularity;
 }
 
 wchar_t* CsvTableWriter::WriteRows(wchar_t* to) const noexcept

@@ -40,7 +40,7 @@ CsvEncoding DetectEncoding(std::span<const unsigned char> bytes,
 
 CsvStatus CsvFields::Parse(std::wstring_view text)
 {
-    Clear();
+    *this = {};
     text_ = text;
     fields_.reserve(text.size() / kUsualFieldUnits); // room that is not used costs nothing, growing does
     for (std::size_t at = 0; at < text_.size();) {
@@ -52,7 +52,7 @@ CsvStatus CsvFields::Parse(std::wstring_view text)
         if (firstFields_.empty())
             columns_ = count;
         if (count == 0 || count > columns_) {
-            Clear();
+            *this = {};
             return count == 0 ? CsvStatus::EmptyLine : CsvStatus::TooManyFields;
         }
         firstFields_.push_back(static_cast<std::uint32_t>(firstField));
@@ -98,14 +98,6 @@ std::size_t CsvFields::SkipQuoted(std::size_t at) const noexcept
 void CsvFields::AppendField(std::size_t begin, std::size_t end)
 {
     fields_.push_back({static_cast<std::uint32_t>(begin), static_cast<std::uint32_t>(end - begin)});
-}
-
-void CsvFields::Clear() noexcept
-{
-    text_ = {};
-    fields_.clear();
-    firstFields_.clear();
-    columns_ = 0;
 }
 
 std::wstring_view CsvFields::Field(std::size_t row, std::size_t column) const noexcept

@@ -51,7 +51,6 @@ private:
     std::size_t ParseLine(std::size_t at);
     std::size_t SkipQuoted(std::size_t at) const noexcept;
     void AppendField(std::size_t begin, std::size_t end);
-    void Clear() noexcept;
 
     std::wstring_view text_;
     std::vector<Extent> fields_;
