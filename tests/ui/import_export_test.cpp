@@ -1,6 +1,7 @@
 #include "phonebook/ui/import_export.h"
 
 #include "base/unique.h"
+#include "phonebook/ui/phone_book_dialog.h"
 #include "res/map_custom_fields_ids.h"
 #include "support/built.h"
 #include "support/dialog_thread.h"
@@ -23,14 +24,14 @@ protected:
     {
         Converse([this, rightToLeft] {
             SetCursor(LoadCursorW(nullptr, IDC_CROSS));
-            result_ = ImportCsv({.book = book_.owned.get(), .texts = &texts_, .rightToLeft = rightToLeft}, nullptr);
+            result_ = ImportCsv(PhoneBookDialog(texts_, *book_.owned), rightToLeft);
             cursorAtTheEnd_ = GetCursor();
         });
     }
 
     void StartExport()
     {
-        Converse([this] { result_ = ExportCsv({.book = book_.owned.get(), .texts = &texts_}, nullptr); });
+        Converse([this] { result_ = ExportCsv(PhoneBookDialog(texts_, *book_.owned)); });
     }
 
     void StartReport(ImportExportStatus status, int duplicates, int invalidFaxNumbers)

@@ -212,11 +212,6 @@ void DeleteSelected(EditPhoneBookContext& editor)
 
 // ---- import and export --------------------------------------------------------------------------------------------
 
-ImportExportBlock BlockOf(EditPhoneBookContext& editor)
-{
-    return {.book = &editor.book, .texts = &editor, .rightToLeft = editor.rightToLeft};
-}
-
 void ShowInformation(const EditPhoneBookContext& editor, const Text& text)
 {
     const std::wstring shown = LocalizedText(editor, text);
@@ -238,7 +233,7 @@ void TellImportResult(const EditPhoneBookContext& editor, const ImportExportResu
 void Import(EditPhoneBookContext& editor)
 {
     if (!RefuseWhenFull(editor)) {
-        const ImportExportResult result = ImportCsv(BlockOf(editor), editor.dialog);
+        const ImportExportResult result = ImportCsv(editor, editor.rightToLeft);
         if (result.status != ImportExportStatus::Cancelled) {
             TellImportResult(editor, result);
             SortAndRefill(editor);
@@ -249,7 +244,7 @@ void Import(EditPhoneBookContext& editor)
 
 void Export(EditPhoneBookContext& editor)
 {
-    const ImportExportResult result = ExportCsv(BlockOf(editor), editor.dialog);
+    const ImportExportResult result = ExportCsv(editor);
     if (result.status == ImportExportStatus::Exported)
         ShowInformation(editor, kExported);
     else if (result.status != ImportExportStatus::Cancelled)

@@ -1,6 +1,5 @@
 #include "phonebook/ui/group_announcements.h"
 
-#include "base/text_template.h"
 #include "phonebook/book/phone_book.h"
 
 #include <algorithm>
@@ -10,8 +9,8 @@ namespace qx {
 
 namespace {
 
-constexpr Text kOneMember{6108}; // also for none
-constexpr Text kSomeMembers{6109};
+constexpr unsigned kOneMember = 6108; // also for none
+constexpr unsigned kSomeMembers = 6109;
 
 // Empty for an entry, and for a group that cannot be described.
 std::wstring GroupName(const PhoneBookDialog& dialog, HWND list, int row)
@@ -27,9 +26,7 @@ std::wstring GroupName(const PhoneBookDialog& dialog, HWND list, int row)
 
 std::wstring MemberCountText(const TextOwner& texts, std::size_t members)
 {
-    const std::wstring text = LocalizedText(texts, members < 2 ? kOneMember : kSomeMembers);
-    const auto filled = FillTemplate(text, {static_cast<int>(members)});
-    return filled ? *filled : FillTemplate(text, {}).value_or(L""); // in some languages one member needs no number
+    return CountText(texts, members < 2 ? kOneMember : kSomeMembers, static_cast<int>(members));
 }
 
 // Not all rows at once: what the system keeps for each comes from a table that all programs share.

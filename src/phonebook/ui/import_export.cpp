@@ -5,9 +5,11 @@
 #include "dialog/file_dialog.h"
 #include "phonebook/csv/csv_table.h"
 #include "phonebook/ui/map_custom_fields_dialog.h"
+#include "phonebook/ui/phone_book_dialog.h"
 
 #include <iterator>
 #include <new>
+#include <optional>
 
 namespace qx {
 
@@ -85,20 +87,19 @@ private:
 
 // ---- import ----------------------------------------------------------------------------------------------------
 
-// False when the user does not want to go on.
-bool AskForColumns(const ImportExportBlock& block, HWND owner, const CsvTable& table, const std::wstring& path,
-                   ImportColumns& columns)
+// None when the user does not want to go on.
+std::optional<ImportColumns> AskForColumns(const PhoneBookDialog& opener, bool rightToLeft, const CsvFields& fields,
+                                           const std::wstring& path)
 {
-    MapCustomFieldsContext context(block.texts->hStringDll, block.texts->HelpFilePath);
+    MapCustomFieldsContext context(opener.hStringDll, opener.HelpFilePath);
     context.fileName = path;
-    context.headers = HeaderTexts(table.Fields());
-    if (ShowModal<kMapCustomFieldsDialog>(owner, context, block.rightToLeft) != IDOK)
-        return false;
-    columns = ColumnsOf(context.mapping);
-    return true;
+    context.headers = HeaderTexts(fields);
+    if (ShowModal<kMapCustomFieldsDialog>(opener.dialog, context, rightToLeft) != IDOK)
+        return std::nullopt;
+    return ColumnsOf(context.mapping);
 }
 
-ImportOutcome ImportFile(const ImportExportBlock& block, HWND owner, const std::wstring& path)
+ImportOutcome ImportFile(const PhoneBookDialog& opener, bool rightToLeft, const std::wstring& path)
 {
     const WaitCursor wait;
     CsvTable table;
@@ -109,26 +110,19 @@ ImportOutcome ImportFile(const ImportExportBlock& block, HWND owner, const std::
         return {ImportExportStatus::CannotOpen};
     if (status != CsvStatus::Good || table.Fields().Columns() == 0)
         return {ImportExportStatus::InvalidFormat};
-    ImportColumns columns;
+    std::optional<ImportColumns> columns;
     {
         const ShownCursor usual(wait.Previous());
-        if (!AskForColumns(block, owner, table, path, columns))
-            return {};
+        columns = AskForColumns(opener, rightToLeft, table.Fields(), path);
     }
-    return ImportRows(table.Fields(), columns, *block.book);
+    return columns ? ImportRows(table.Fields(), *columns, opener.book) : ImportOutcome();
 }
 
 // ---- export ----------------------------------------------------------------------------------------------------
 
-bool HasCsvExtension(std::wstring_view path) noexcept
-{
-    const std::size_t dot = path.rfind(L'.');
-    return dot != std::wstring_view::npos && path.substr(dot) == L".csv"; // Kept: in lower case only
-}
-
 ImportExportStatus ExportFile(const PhoneBook& book, const std::wstring& path)
 {
-    if (!HasCsvExtension(path))
+    if (!path.ends_with(L".csv")) // Kept: in lower case only
         return ImportExportStatus::ExportFailed;
     const WaitCursor wait;
     const ReplaceableFile file(path);
@@ -148,74 +142,67 @@ constexpr Text kInvalidFormat{6100, L"-Invalid file format. Cannot import data f
 constexpr Text kCannotOpen{6101, L"Unable to open the file %s."};
 constexpr Text kExportFailed{6102, L"-Failed to export phone book entries"};
 
-// The line with its number; empty when the string library lacks it. Some languages leave the number out.
-std::wstring CountText(const TextOwner& texts, const CountLine& line)
-{
-    const std::wstring text = LocalizedText(texts, {line.text, L""});
-    return FillTemplate(text, {line.number}).value_or(FillTemplate(text, {}).value_or(L""));
-}
-
-void ShowCounts(const TextOwner& texts, const CountMessage& message, HWND owner)
+std::wstring CountsText(const TextOwner& texts, const CountMessage& message)
 {
     std::wstring shown;
     for (const CountLine& line : message.lines) {
-        const std::wstring text = CountText(texts, line);
+        const std::wstring text = CountText(texts, line.text, line.number);
         if (!text.empty())
             shown += (shown.empty() ? L"" : L"\n") + text;
     }
-    if (!shown.empty())
-        ShowPreparedMessage(texts, shown, MB_ICONWARNING, MessageTitle::Warning, owner);
+    return shown;
 }
 
-void ShowStatus(const TextOwner& texts, ImportExportStatus status, const std::wstring& path, HWND owner)
+// Empty when it is the caller's to tell, or nothing is told.
+std::wstring StatusText(const TextOwner& texts, const ImportExportResult& result)
 {
-    const auto show = [&](const std::wstring& text) {
-        ShowPreparedMessage(texts, text, MB_ICONERROR, MessageTitle::Error, owner);
+    const auto withPath = [&](const Text& text) {
+        return FillTemplate(LocalizedText(texts, text), text.fallback, {result.path});
     };
-    const auto showPath = [&](const Text& text) {
-        show(FillTemplate(LocalizedText(texts, text), text.fallback, {path}));
-    };
-    switch (status) {
+    switch (result.status) {
     case ImportExportStatus::InvalidFormat:
-        return showPath(kInvalidFormat);
+        return withPath(kInvalidFormat);
     case ImportExportStatus::CannotOpen:
-        return showPath(kCannotOpen);
+        return withPath(kCannotOpen);
     case ImportExportStatus::ExportFailed:
-        return show(LocalizedText(texts, kExportFailed));
+        return LocalizedText(texts, kExportFailed);
     default:
-        return; // the caller's to tell, or nothing
+        return {};
     }
 }
 
 } // namespace
 
-ImportExportResult ImportCsv(const ImportExportBlock& block, HWND owner)
+ImportExportResult ImportCsv(const PhoneBookDialog& opener, bool rightToLeft)
 {
     ImportExportResult result;
-    if (!AskForFile(GetOpenFileNameW, kOpenFlags, owner, result))
+    if (!AskForFile(GetOpenFileNameW, kOpenFlags, opener.dialog, result))
         return result;
     try {
-        static_cast<ImportOutcome&>(result) = ImportFile(block, owner, result.path);
+        static_cast<ImportOutcome&>(result) = ImportFile(opener, rightToLeft, result.path);
     } catch (const std::bad_alloc&) {
         result.status = ImportExportStatus::InvalidFormat; // what a file too large for the memory is told as
     }
     return result;
 }
 
-ImportExportResult ExportCsv(const ImportExportBlock& block, HWND owner)
+ImportExportResult ExportCsv(const PhoneBookDialog& opener)
 {
     ImportExportResult result;
-    if (AskForFile(GetSaveFileNameW, kSaveFlags, owner, result))
-        result.status = ExportFile(*block.book, result.path);
+    if (AskForFile(GetSaveFileNameW, kSaveFlags, opener.dialog, result))
+        result.status = ExportFile(opener.book, result.path);
     return result;
 }
 
 void ReportImportExportResult(const TextOwner& texts, const ImportExportResult& result, HWND owner)
 {
     const CountMessage counts = CountMessageFor(result.duplicates, result.invalidFaxNumbers);
-    ShowCounts(texts, counts, owner);
-    if (!counts.replacesStatusMessage)
-        ShowStatus(texts, result.status, result.path, owner);
+    if (const std::wstring text = CountsText(texts, counts); !text.empty())
+        ShowPreparedMessage(texts, text, MB_ICONWARNING, MessageTitle::Warning, owner);
+    if (counts.replacesStatusMessage)
+        return;
+    if (const std::wstring text = StatusText(texts, result); !text.empty())
+        ShowPreparedMessage(texts, text, MB_ICONERROR, MessageTitle::Error, owner);
 }
 
 } // namespace qx

@@ -9,24 +9,20 @@
 
 namespace qx {
 
+struct PhoneBookDialog;
+
 struct ImportExportResult : ImportOutcome {
     std::wstring path;  // full path of the chosen file; empty when none was chosen
     std::wstring title; // its file title, of an import
 };
 
-// What the phone book editor hands to both. Nothing is owned.
-struct ImportExportBlock {
-    PhoneBook* book = nullptr;
-    const TextOwner* texts = nullptr;
-    bool rightToLeft = false; // of the user interface when the editor opened: picks the mapping dialog's template
-};
+// Asks for a file and for the meaning of its columns, and adds its rows to the opener's book, which is neither sorted
+// nor saved. Entries added before a row that fails stay. The new entries belong to the book's store. rightToLeft picks
+// the mapping dialog's template.
+ImportExportResult ImportCsv(const PhoneBookDialog& opener, bool rightToLeft);
 
-// Asks for a file and for the meaning of its columns, and adds its rows to the book, which is neither sorted nor saved.
-// Entries added before a row that fails stay. The new entries belong to the book's store.
-ImportExportResult ImportCsv(const ImportExportBlock& block, HWND owner);
-
-// Asks for a file and writes the book's entries to it, without the groups.
-ImportExportResult ExportCsv(const ImportExportBlock& block, HWND owner);
+// Asks for a file and writes the entries of the opener's book to it, without the groups.
+ImportExportResult ExportCsv(const PhoneBookDialog& opener);
 
 // Shows how many rows were refused and why, then what went wrong as a whole. The caller shows its own message after a
 // success (Imported, Exported), after BookFull, and nothing after Cancelled.

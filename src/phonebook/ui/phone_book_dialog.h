@@ -1,6 +1,7 @@
 // What the phone book's dialogs share.
 #pragma once
 
+#include "base/text_template.h"
 #include "dialog/dialog.h"
 #include "phonebook/book/items.h"
 
@@ -40,6 +41,13 @@ inline std::wstring ToStored(std::wstring typed)
 inline const wchar_t* ToShown(const wchar_t* stored) noexcept
 {
     return OrEmpty(stored) == kStandIn ? L"" : OrEmpty(stored);
+}
+
+// A text with a number in it, which some languages leave out. Empty when the string library lacks the text.
+inline std::wstring CountText(const TextOwner& texts, unsigned text, int number)
+{
+    const std::wstring shown = LocalizedText(texts, {text});
+    return FillTemplate(shown, {number}).value_or(FillTemplate(shown, {}).value_or(L""));
 }
 
 inline constexpr Message kTooManyRecipients{
