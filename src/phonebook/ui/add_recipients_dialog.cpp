@@ -214,15 +214,6 @@ void Fill(AddRecipientsContext& picker)
     FitButtonToText(GetDlgItem(picker.dialog, IDC_PICK_EDIT_BOOK));
 }
 
-INT_PTR AnswerOther(AddRecipientsContext& picker, UINT message, WPARAM, LPARAM)
-{
-    if (message != PhoneBookChangedMessage())
-        return FALSE;
-    picker.book.FollowChange(true);
-    FillBookList(picker);
-    return TRUE;
-}
-
 } // namespace
 
 constexpr Dialog<AddRecipientsContext> kAddRecipientsDialog{
@@ -231,7 +222,7 @@ constexpr Dialog<AddRecipientsContext> kAddRecipientsDialog{
     .controls = kControls,
     .routes = kRoutes,
     .fill = Fill,
-    .other = AnswerOther,
+    .other = FollowPhoneBook<FillBookList>,
     .announce = [](AddRecipientsContext& picker, Announcements&) { AnnounceGroups(picker); },
 };
 

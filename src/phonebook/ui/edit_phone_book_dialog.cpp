@@ -81,6 +81,12 @@ void Refill(EditPhoneBookContext& editor)
     AnnounceGroups(editor);
 }
 
+void ShowBook(EditPhoneBookContext& editor)
+{
+    Refill(editor);
+    RefreshButtons(editor);
+}
+
 void SortAndRefill(EditPhoneBookContext& editor)
 {
     editor.book.Sort(TRUE);
@@ -287,18 +293,7 @@ void Fill(EditPhoneBookContext& editor)
     editor.rightToLeft = IsRightToLeftUi();
     editor.list.window = GetDlgItem(editor.dialog, IDC_BOOK_LIST);
     SetUpPhoneBookList(editor, editor.list.window, kColumnWidth, kListKeys);
-    Refill(editor);
-    RefreshButtons(editor);
-}
-
-INT_PTR AnswerOther(EditPhoneBookContext& editor, UINT message, WPARAM, LPARAM)
-{
-    if (message != PhoneBookChangedMessage())
-        return FALSE;
-    editor.book.FollowChange(true);
-    Refill(editor);
-    RefreshButtons(editor);
-    return TRUE;
+    ShowBook(editor);
 }
 
 } // namespace
@@ -309,7 +304,7 @@ constexpr Dialog<EditPhoneBookContext> kEditPhoneBookDialog{
     .controls = kControls,
     .routes = kRoutes,
     .fill = Fill,
-    .other = AnswerOther,
+    .other = FollowPhoneBook<ShowBook>,
     .announce = [](EditPhoneBookContext& editor, Announcements&) { AnnounceGroups(editor); },
 };
 

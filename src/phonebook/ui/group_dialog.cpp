@@ -182,20 +182,12 @@ void Fill(GroupDialogContext& group)
     FillLists(group);
 }
 
-INT_PTR AnswerOther(GroupDialogContext& group, UINT message, WPARAM, LPARAM)
-{
-    if (message != PhoneBookChangedMessage())
-        return FALSE;
-    group.book.FollowChange(true);
-    FillLists(group);
-    return TRUE;
-}
-
 } // namespace
 
 constexpr Dialog<GroupDialogContext> kAddGroupDialog{
-    {IDD_GROUP, IDD_GROUP_RTL}, {6075, L"-Add Group To Phone Book"}, kControls, kRoutes, Fill, AnswerOther};
+    {IDD_GROUP, IDD_GROUP_RTL}, {6075, L"-Add Group To Phone Book"}, kControls, kRoutes, Fill,
+    FollowPhoneBook<FillLists>};
 constexpr Dialog<GroupDialogContext> kEditGroupDialog{
-    {IDD_GROUP, IDD_GROUP_RTL}, {6081, L"-Edit Group"}, kControls, kRoutes, Fill, AnswerOther};
+    {IDD_GROUP, IDD_GROUP_RTL}, {6081, L"-Edit Group"}, kControls, kRoutes, Fill, FollowPhoneBook<FillLists>};
 
 } // namespace qx

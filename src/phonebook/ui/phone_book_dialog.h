@@ -4,6 +4,7 @@
 #include "base/text_template.h"
 #include "dialog/dialog.h"
 #include "phonebook/book/items.h"
+#include "phonebook/ui/phone_book_changed.h"
 
 #include <memory>
 #include <string>
@@ -41,6 +42,16 @@ inline std::wstring ToStored(std::wstring typed)
 inline const wchar_t* ToShown(const wchar_t* stored) noexcept
 {
     return OrEmpty(stored) == kStandIn ? L"" : OrEmpty(stored);
+}
+
+// A dialog's answer to the phone book's change message: kShow shows the book as it is now. FALSE for any other message.
+template <auto kShow, class State> INT_PTR FollowPhoneBook(State& state, UINT message, WPARAM, LPARAM)
+{
+    if (message != PhoneBookChangedMessage())
+        return FALSE;
+    state.book.FollowChange(true);
+    kShow(state);
+    return TRUE;
 }
 
 // A text with a number in it, which some languages leave out. Empty when the string library lacks the text.
