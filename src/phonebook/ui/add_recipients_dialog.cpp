@@ -51,11 +51,6 @@ void RefreshDelete(AddRecipientsContext& picker)
     EnableControl(picker.dialog, IDC_PICK_DELETE, SelectedCount(picker.chosenList) > 0);
 }
 
-void AnnounceGroups(AddRecipientsContext& picker)
-{
-    AnnounceGroupRows(picker, picker.list);
-}
-
 void BookRowChanged(AddRecipientsContext& picker)
 {
     AnnounceGroups(picker);
@@ -108,12 +103,6 @@ void TakeRecipients(AddRecipientsContext& picker)
 }
 
 // ---- commands -----------------------------------------------------------------------------------------------------
-
-void FollowTyping(AddRecipientsContext& picker)
-{
-    FollowTypedName(picker.list, GetDlgItem(picker.dialog, IDC_PICK_TYPED));
-    AnnounceGroups(picker);
-}
 
 void Remember(AddRecipientsContext& picker, const std::vector<const PhoneBookItem*>& used)
 {
@@ -193,7 +182,7 @@ void Accept(AddRecipientsContext& picker)
 }
 
 constexpr Route<AddRecipientsContext> kRoutes[] = {
-    {IDC_PICK_TYPED, EN_CHANGE, FollowTyping},
+    {IDC_PICK_TYPED, EN_CHANGE, FollowTyping<IDC_PICK_TYPED>},
     {IDC_PICK_LIST, static_cast<UINT>(LVN_ITEMCHANGED), BookRowChanged},
     {IDC_PICK_LIST, static_cast<UINT>(LVN_ENDSCROLL), AnnounceGroups},
     {IDC_PICK_DETAILS, BN_CLICKED, ShowDetails},

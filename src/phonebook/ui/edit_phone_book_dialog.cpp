@@ -57,11 +57,6 @@ void RefreshButtons(EditPhoneBookContext& editor)
     EnableControl(editor.dialog, IDC_BOOK_DELETE, on.remove);
 }
 
-void AnnounceGroups(EditPhoneBookContext& editor)
-{
-    AnnounceGroupRows(editor, editor.list);
-}
-
 void RowChanged(EditPhoneBookContext& editor)
 {
     AnnounceGroups(editor);
@@ -258,13 +253,7 @@ void Export(EditPhoneBookContext& editor)
     ReturnTo(editor, IDC_BOOK_EXPORT);
 }
 
-// ---- list, end ----------------------------------------------------------------------------------------------------
-
-void FollowTyping(EditPhoneBookContext& editor)
-{
-    FollowTypedName(editor.list, GetDlgItem(editor.dialog, IDC_BOOK_TYPED));
-    AnnounceGroups(editor);
-}
+// ---- end ----------------------------------------------------------------------------------------------------------
 
 void Accept(EditPhoneBookContext& editor)
 {
@@ -274,7 +263,7 @@ void Accept(EditPhoneBookContext& editor)
 }
 
 constexpr Route<EditPhoneBookContext> kRoutes[] = {
-    {IDC_BOOK_TYPED, EN_CHANGE, FollowTyping},
+    {IDC_BOOK_TYPED, EN_CHANGE, FollowTyping<IDC_BOOK_TYPED>},
     {IDC_BOOK_LIST, static_cast<UINT>(LVN_ITEMCHANGED), RowChanged},
     {IDC_BOOK_LIST, static_cast<UINT>(LVN_ENDSCROLL), AnnounceGroups},
     {IDC_BOOK_ADD_ENTRY, BN_CLICKED, AddEntry},

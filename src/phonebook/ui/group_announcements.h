@@ -15,4 +15,15 @@ std::wstring MemberCountText(const TextOwner& texts, std::size_t members);
 // list was filled or scrolled, and when another row has the focus; nothing while no screen reader listens.
 void AnnounceGroupRows(const PhoneBookDialog& dialog, const PhoneBookList& list);
 
+// What a dialog whose list shows groups does when that is scrolled, and when a name is typed into the field kTyped.
+template <class State> void AnnounceGroups(State& state)
+{
+    AnnounceGroupRows(state, state.list);
+}
+template <int kTyped, class State> void FollowTyping(State& state)
+{
+    FollowTypedName(state.list, GetDlgItem(state.dialog, kTyped));
+    AnnounceGroups(state);
+}
+
 } // namespace qx
