@@ -40,10 +40,9 @@ struct GroupButtons {
 
 constexpr GroupButtons GroupButtonsFor(GroupFacts facts)
 {
-    const bool hasRoom = facts.members < kMaxRecipients;
-    const bool anyEntry = facts.selectedEntries > 0;
-    const bool anyMember = facts.selectedMembers > 0;
-    return {.details = facts.selectedEntries == 1, .add = anyEntry && hasRoom, .remove = anyMember};
+    return {.details = facts.selectedEntries == 1,
+            .add = facts.selectedEntries > 0 && facts.members < kMaxRecipients,
+            .remove = facts.selectedMembers > 0};
 }
 
 } // namespace qx

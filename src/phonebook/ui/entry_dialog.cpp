@@ -4,6 +4,8 @@
 #include "phonebook/ui/seen_item.h"
 #include "res/entry_ids.h"
 
+#include <array>
+
 namespace qx {
 
 namespace {
@@ -16,12 +18,8 @@ struct Topics {
     int name, faxNumber, company;
 };
 
-struct ControlTable {
-    Control rows[8];
-};
-
 // The two modes differ in their help alone.
-constexpr ControlTable ControlsWith(Topics topics)
+constexpr std::array<Control, 8> ControlsWith(Topics topics)
 {
     return {{
         {.id = IDC_ENTRY_NAME_LABEL, .text = 5208, .fallback = L"Recipient Name:", .topic = topics.name},
@@ -39,9 +37,9 @@ constexpr ControlTable ControlsWith(Topics topics)
     }};
 }
 
-constexpr ControlTable kAddControls = ControlsWith({.name = 15710, .faxNumber = 15711, .company = 15712});
-constexpr ControlTable kEditControls = ControlsWith({.name = 15720, .faxNumber = 15721, .company = 15722});
-static_assert(IdsAreUnique(kAddControls.rows));
+constexpr auto kAddControls = ControlsWith({.name = 15710, .faxNumber = 15711, .company = 15712});
+constexpr auto kEditControls = ControlsWith({.name = 15720, .faxNumber = 15721, .company = 15722});
+static_assert(IdsAreUnique(kAddControls));
 
 HWND ControlOf(const EntryDialogContext& entry, int id) noexcept
 {
@@ -71,14 +69,10 @@ void ShowEntry(EntryDialogContext& context)
 
 // ---- commands -----------------------------------------------------------------------------------------------------
 
-bool IsComplete(const EntryDialogContext& context) noexcept
-{
-    return HasText(ControlOf(context, IDC_ENTRY_NAME)) && HasText(ControlOf(context, IDC_ENTRY_FAX_NUMBER));
-}
-
 void RefreshOk(EntryDialogContext& context)
 {
-    EnableControl(context.dialog, IDOK, IsComplete(context));
+    EnableControl(context.dialog, IDOK,
+                  HasText(ControlOf(context, IDC_ENTRY_NAME)) && HasText(ControlOf(context, IDC_ENTRY_FAX_NUMBER)));
 }
 
 void FilterFaxNumber(EntryDialogContext& context)
@@ -119,8 +113,8 @@ void Fill(EntryDialogContext& context)
 } // namespace
 
 constexpr Dialog<EntryDialogContext> kAddEntryDialog{
-    {IDD_ENTRY, IDD_ENTRY_RTL}, {6074, L"-Add Entry To Phone Book"}, kAddControls.rows, kRoutes, Fill};
+    {IDD_ENTRY, IDD_ENTRY_RTL}, {6074, L"-Add Entry To Phone Book"}, kAddControls, kRoutes, Fill};
 constexpr Dialog<EntryDialogContext> kEditEntryDialog{
-    {IDD_ENTRY, IDD_ENTRY_RTL}, {5247, L"Edit Phone Book Entry"}, kEditControls.rows, kRoutes, Fill};
+    {IDD_ENTRY, IDD_ENTRY_RTL}, {5247, L"Edit Phone Book Entry"}, kEditControls, kRoutes, Fill};
 
 } // namespace qx

@@ -34,23 +34,16 @@ constexpr Message kDuplicate{{6099, L"This is a duplicate entry.  This is a dupl
                              MessageTitle::Warning};
 
 constexpr int kColumnWidth = 90;
-constexpr ListKeys kEntryKeys{.activate = IDC_GROUP_ADD};
-constexpr ListKeys kMemberKeys{.remove = IDC_GROUP_DELETE};
 
 // Kept: one less than can be typed, a name of full length loses its last character when it is stored. Groups have
 // always been stored so, and other copies of the phone book know them by these names.
 constexpr std::size_t kStoredNameUnits = kNameLimit - 1;
 
-int MemberCount(const GroupDialogContext& group) noexcept
-{
-    return static_cast<int>(group.working->MemberIds().size());
-}
-
 // ---- what is enabled ----------------------------------------------------------------------------------------------
 
 void RefreshButtons(GroupDialogContext& group)
 {
-    const GroupButtons on = GroupButtonsFor({.members = MemberCount(group),
+    const GroupButtons on = GroupButtonsFor({.members = static_cast<int>(group.working->MemberIds().size()),
                                              .selectedEntries = SelectedCount(group.entries.window),
                                              .selectedMembers = SelectedCount(group.members)});
     EnableControl(group.dialog, IDC_GROUP_DETAILS, on.details);
@@ -58,14 +51,9 @@ void RefreshButtons(GroupDialogContext& group)
     EnableControl(group.dialog, IDC_GROUP_DELETE, on.remove);
 }
 
-bool IsComplete(const GroupDialogContext& group) noexcept
-{
-    return HasText(GetDlgItem(group.dialog, IDC_GROUP_NAME)) && RowCount(group.members) > 0;
-}
-
 void RefreshOk(GroupDialogContext& group)
 {
-    EnableControl(group.dialog, IDOK, IsComplete(group));
+    EnableControl(group.dialog, IDOK, HasText(GetDlgItem(group.dialog, IDC_GROUP_NAME)) && RowCount(group.members) > 0);
 }
 
 // ---- start-up -----------------------------------------------------------------------------------------------------
@@ -95,8 +83,8 @@ void SetUpLists(GroupDialogContext& group)
 {
     group.entries.window = GetDlgItem(group.dialog, IDC_GROUP_ENTRIES);
     group.members = GetDlgItem(group.dialog, IDC_GROUP_MEMBERS);
-    SetUpPhoneBookList(group, group.entries.window, kColumnWidth, kEntryKeys);
-    SetUpPhoneBookList(group, group.members, kColumnWidth, kMemberKeys);
+    SetUpPhoneBookList(group, group.entries.window, kColumnWidth, {.activate = IDC_GROUP_ADD});
+    SetUpPhoneBookList(group, group.members, kColumnWidth, {.remove = IDC_GROUP_DELETE});
 }
 
 // ---- commands -----------------------------------------------------------------------------------------------------
