@@ -34,10 +34,7 @@ constexpr Control kControls[] = {
 };
 static_assert(IdsAreUnique(kControls));
 
-constexpr Text kTitle{6093, L"-Add Recipients From Phone Book"};
 constexpr int kColumnWidth = 90;
-constexpr ListKeys kBookKeys{.activate = IDC_PICK_TO};
-constexpr ListKeys kChosenKeys{.remove = IDC_PICK_DELETE};
 
 void RefreshBookButtons(AddRecipientsContext& picker)
 {
@@ -91,8 +88,8 @@ void SetUpLists(AddRecipientsContext& picker)
 {
     picker.list.window = GetDlgItem(picker.dialog, IDC_PICK_LIST);
     picker.chosenList = GetDlgItem(picker.dialog, IDC_PICK_CHOSEN);
-    SetUpPhoneBookList(picker, picker.list.window, kColumnWidth, kBookKeys);
-    SetUpPhoneBookList(picker, picker.chosenList, kColumnWidth, kChosenKeys);
+    SetUpPhoneBookList(picker, picker.list.window, kColumnWidth, {.activate = IDC_PICK_TO});
+    SetUpPhoneBookList(picker, picker.chosenList, kColumnWidth, {.remove = IDC_PICK_DELETE});
 }
 
 void TakeRecipients(AddRecipientsContext& picker)
@@ -160,9 +157,8 @@ void DeleteChosen(AddRecipientsContext& picker)
 
 void ShowDetails(AddRecipientsContext& picker)
 {
-    if (!ShowSelectedDetails(picker, picker.list))
-        return;
-    FocusControl(picker.dialog, IDC_PICK_LIST);
+    if (ShowSelectedDetails(picker, picker.list))
+        FocusControl(picker.dialog, IDC_PICK_LIST);
 }
 
 // The editor leaves its changes in the book in memory, whatever its result.
@@ -207,7 +203,7 @@ void Fill(AddRecipientsContext& picker)
 
 constexpr Dialog<AddRecipientsContext> kAddRecipientsDialog{
     .ids = {IDD_ADD_RECIPIENTS, IDD_ADD_RECIPIENTS_RTL},
-    .title = kTitle,
+    .title = {6093, L"-Add Recipients From Phone Book"},
     .controls = kControls,
     .routes = kRoutes,
     .fill = Fill,

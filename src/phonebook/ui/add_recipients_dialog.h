@@ -11,7 +11,6 @@
 
 namespace qx {
 
-class PhoneBookEntry;
 class RecentRecipientList;
 
 // What the opener hands over, and the dialog's own state. The book is reloaded under the dialog.

@@ -6,8 +6,6 @@
 
 namespace qx {
 
-class PhoneBookItem;
-
 struct DetailsContext : PhoneBookDialog {
     DetailsContext(const PhoneBookDialog& opener, const PhoneBookItem& shown) noexcept
         : PhoneBookDialog(opener, opener.book), item(shown)

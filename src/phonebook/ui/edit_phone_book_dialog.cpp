@@ -45,7 +45,6 @@ constexpr Text kExported{6234, L"-Phone book entries exported successfully."};
 constexpr Text kInformationTitle{5325, L"-QX MFP Send Fax"};
 
 constexpr int kColumnWidth = 108;
-constexpr ListKeys kListKeys{.activate = IDC_BOOK_EDIT, .remove = IDC_BOOK_DELETE};
 
 void RefreshButtons(EditPhoneBookContext& editor)
 {
@@ -194,9 +193,8 @@ void EditSelected(EditPhoneBookContext& editor)
 
 void ShowDetails(EditPhoneBookContext& editor)
 {
-    if (!ShowSelectedDetails(editor, editor.list))
-        return;
-    ReturnTo(editor, IDC_BOOK_DETAILS);
+    if (ShowSelectedDetails(editor, editor.list))
+        ReturnTo(editor, IDC_BOOK_DETAILS);
 }
 
 void DeleteSelected(EditPhoneBookContext& editor)
@@ -281,7 +279,8 @@ void Fill(EditPhoneBookContext& editor)
     ListenForPhoneBookChanged(editor.dialog);
     editor.rightToLeft = IsRightToLeftUi();
     editor.list.window = GetDlgItem(editor.dialog, IDC_BOOK_LIST);
-    SetUpPhoneBookList(editor, editor.list.window, kColumnWidth, kListKeys);
+    SetUpPhoneBookList(editor, editor.list.window, kColumnWidth,
+                       {.activate = IDC_BOOK_EDIT, .remove = IDC_BOOK_DELETE});
     ShowBook(editor);
 }
 
