@@ -39,28 +39,21 @@ bool AppendItem(HWND list, const PhoneBookItem& item) noexcept
     return AppendRow(list, {item.GetName()}, static_cast<LPARAM>(item.GetId()), 0);
 }
 
-// Of rows that the list does not take whole: the others, or none at all.
-enum class Missing { AreLeftOut, LeaveNone };
-
-template <class Items> void InsertRows(HWND list, const Items& items, Missing missing) noexcept
-{
-    const RedrawOff quiet(list);
-    SendMessageW(list, LVM_DELETEALLITEMS, 0, 0);
-    SendMessageW(list, LVM_SETITEMCOUNT, items.size(), 0);
-    bool whole = true;
-    for (const auto* const item : items)
-        whole = AppendItem(list, *item) && whole;
-    if (!whole && missing == Missing::LeaveNone)
-        SendMessageW(list, LVM_DELETEALLITEMS, 0, 0);
-}
-
-// The list stays where it was scrolled to. It learns how far it can be scrolled when it is drawn again.
-template <class Items> void ReplaceRows(HWND list, const Items& items, Missing missing)
+// The list stays where it was scrolled to. False when it does not take all rows whole: some are missing then.
+template <class Items> bool ReplaceRows(HWND list, const Items& items) noexcept
 {
     const auto topRow = static_cast<int>(SendMessageW(list, LVM_GETTOPINDEX, 0, 0));
-    InsertRows(list, items, missing);
-    if (!items.empty())
+    bool whole = true;
+    {
+        const RedrawOff quiet(list);
+        SendMessageW(list, LVM_DELETEALLITEMS, 0, 0);
+        SendMessageW(list, LVM_SETITEMCOUNT, items.size(), 0);
+        for (const auto* const item : items)
+            whole = AppendItem(list, *item) && whole;
+    }
+    if (!items.empty()) // a list learns how far it can be scrolled when it is drawn again
         ScrollItemToTop(list, std::min(topRow, static_cast<int>(items.size()) - 1));
+    return whole;
 }
 
 // The outline in the colour of texts, what it encloses in that of their ground.
@@ -101,12 +94,9 @@ void SetIcon(HWND list) noexcept
     ImageList_Destroy(reinterpret_cast<HIMAGELIST>(before));
 }
 
-void GiveGroupIcon(PhoneBookList& list) noexcept
+bool HasIcon(HWND list) noexcept
 {
-    if (list.hasIcon)
-        return;
-    SetIcon(list.window);
-    list.hasIcon = true;
+    return SendMessageW(list, LVM_GETIMAGELIST, LVSIL_SMALL, 0) != 0;
 }
 
 DWORD IdOfRow(HWND list, int row) noexcept
@@ -187,7 +177,7 @@ LRESULT CALLBACK ListProcedure(HWND list, UINT message, WPARAM w, LPARAM l) noex
         PressButton(GetParent(list), keys.activate);
         return 0;
     case WM_SYSCOLORCHANGE:
-        if (SendMessageW(list, LVM_GETIMAGELIST, LVSIL_SMALL, 0) != 0)
+        if (HasIcon(list))
             SetIcon(list);
         break;
     case WM_NCDESTROY:
@@ -221,8 +211,8 @@ void SetUpPhoneBookList(const TextOwner& texts, HWND list, int columnWidth, List
 
 void FillPhoneBookList(PhoneBookList& list, const PhoneBook& book, ListedItems listed)
 {
-    if (listed == ListedItems::All)
-        GiveGroupIcon(list);
+    if (listed == ListedItems::All && !HasIcon(list.window))
+        SetIcon(list.window);
     std::vector<const PhoneBookItem*> rows;
     rows.reserve(book.GetCount());
     list.names.Clear();
@@ -233,7 +223,7 @@ void FillPhoneBookList(PhoneBookList& list, const PhoneBook& book, ListedItems l
         rows.push_back(item);
         list.names.Append(Cut(item->GetName(), kComparedNameUnits));
     }
-    ReplaceRows(list.window, rows, Missing::AreLeftOut);
+    ReplaceRows(list.window, rows);
 }
 
 void ShowRow(const PhoneBookList& list, std::size_t row)
@@ -244,7 +234,8 @@ void ShowRow(const PhoneBookList& list, std::size_t row)
 
 void FillEntryList(HWND list, const std::vector<const PhoneBookEntry*>& entries)
 {
-    ReplaceRows(list, entries, Missing::LeaveNone);
+    if (!ReplaceRows(list, entries))
+        SendMessageW(list, LVM_DELETEALLITEMS, 0, 0);
 }
 
 PhoneBookItem* ItemOfRow(HWND list, int row, const PhoneBook& book)

@@ -42,9 +42,8 @@ private:
 // A list view that shows items of the phone book.
 struct PhoneBookList {
     HWND window = nullptr;
-    RowTexts names = {};  // of the rows: the items themselves may be gone with the next reload
-    bool hasIcon = false; // the group icon; the list view owns its image list
-    unsigned loads = 0;   // of the book, when the rows were filled
+    RowTexts names = {}; // of the rows: the items themselves may be gone with the next reload
+    unsigned loads = 0;  // of the book, when the rows were filled
 };
 
 enum class ListedItems { All, EntriesOnly };
