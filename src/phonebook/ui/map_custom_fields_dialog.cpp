@@ -29,8 +29,6 @@ constexpr Control kControls[] = {
 };
 static_assert(IdsAreUnique(kControls));
 
-constexpr Text kTitle{6082, L"-Map Custom Fields"};
-
 constexpr ListColumn kSourceColumns[] = {{6088, 180}};
 constexpr ListColumn kDestinationColumns[] = {{6088, 80}, {6089, 120}};
 // The rows of the right list, in MappedField's order; without built-in texts like all headings.
@@ -38,16 +36,6 @@ constexpr unsigned kDestinationTexts[kMappedFieldCount] = {kNameHeading, kFaxNum
 constexpr int kMappedColumn = 1; // of the right list: the source field
 
 using HeaderBuffer = std::array<wchar_t, kHeaderLimit + 1>;
-
-HWND SourceList(const MapCustomFieldsContext& context) noexcept
-{
-    return GetDlgItem(context.dialog, IDC_MAP_SOURCE_FIELDS);
-}
-
-HWND DestinationList(const MapCustomFieldsContext& context) noexcept
-{
-    return GetDlgItem(context.dialog, IDC_MAP_DESTINATIONS);
-}
 
 // Of a row of the left list; empty when there is none of that number.
 const std::wstring& SourceText(const MapCustomFieldsContext& context, int row) noexcept
@@ -75,30 +63,27 @@ std::wstring_view ItemText(HWND list, int row, int column, HeaderBuffer& buffer)
 
 // ---- start-up -----------------------------------------------------------------------------------------------------
 
-void TrimHeaders(std::vector<std::optional<std::wstring>>& headers)
-{
-    for (std::optional<std::wstring>& header : headers) {
-        if (header)
-            header->resize(UpToLineBreak(Cut(*header, kHeaderLimit)).size());
-    }
-}
-
 void FillSourceList(MapCustomFieldsContext& context)
 {
-    SetUpListView(context, SourceList(context), kSourceColumns);
-    TrimHeaders(context.headers);
+    context.sourceList = GetDlgItem(context.dialog, IDC_MAP_SOURCE_FIELDS);
+    SetUpListView(context, context.sourceList, kSourceColumns);
     for (std::size_t column = 0; column < context.headers.size(); ++column) {
-        if (const auto& header = context.headers[column]; header && !header->empty())
+        auto& header = context.headers[column];
+        if (!header)
+            continue;
+        header->resize(UpToLineBreak(Cut(*header, kHeaderLimit)).size());
+        if (!header->empty())
             context.sources.push_back(column);
     }
-    SendMessageW(SourceList(context), LVM_SETITEMCOUNT, context.sources.size(), 0);
+    SendMessageW(context.sourceList, LVM_SETITEMCOUNT, context.sources.size(), 0);
 }
 
-void FillDestinationList(const MapCustomFieldsContext& context)
+void FillDestinationList(MapCustomFieldsContext& context)
 {
-    SetUpListView(context, DestinationList(context), kDestinationColumns);
+    context.destinationList = GetDlgItem(context.dialog, IDC_MAP_DESTINATIONS);
+    SetUpListView(context, context.destinationList, kDestinationColumns);
     for (const unsigned text : kDestinationTexts)
-        AppendRow(DestinationList(context), {LocalizedText(context, {text}).c_str()});
+        AppendRow(context.destinationList, {LocalizedText(context, {text}).c_str()});
 }
 
 void ShowFileName(const MapCustomFieldsContext& context)
@@ -113,7 +98,7 @@ void ShowFileName(const MapCustomFieldsContext& context)
 void SelectionChanged(MapCustomFieldsContext& context)
 {
     EnableControl(context.dialog, IDC_MAP,
-                  SelectedRow(SourceList(context)) >= 0 && SelectedRow(DestinationList(context)) >= 0);
+                  SelectedRow(context.sourceList) >= 0 && SelectedRow(context.destinationList) >= 0);
 }
 
 bool IsMapped(HWND destinations, int row) noexcept
@@ -136,8 +121,8 @@ void LeaveEarlierDestination(HWND destinations, std::wstring_view source) noexce
 
 void MapSelected(MapCustomFieldsContext& context)
 {
-    const HWND destinations = DestinationList(context);
-    const std::wstring& source = SourceText(context, SelectedRow(SourceList(context)));
+    const HWND destinations = context.destinationList;
+    const std::wstring& source = SourceText(context, SelectedRow(context.sourceList));
     LeaveEarlierDestination(destinations, source);
     SetCell(destinations, SelectedRow(destinations), kMappedColumn, source.c_str());
     // The company may stay out.
@@ -149,7 +134,7 @@ void Accept(MapCustomFieldsContext& context)
 {
     HeaderBuffer buffer;
     for (int row = 0; row < kMappedFieldCount; ++row) {
-        const std::wstring_view source = ItemText(DestinationList(context), row, kMappedColumn, buffer);
+        const std::wstring_view source = ItemText(context.destinationList, row, kMappedColumn, buffer);
         // Of two fields with one text, the first.
         const auto header = std::ranges::find_if(context.headers, [&](const auto& text) { return text == source; });
         if (!source.empty() && header != context.headers.end())
@@ -224,6 +209,12 @@ INT_PTR AnswerOther(MapCustomFieldsContext& context, UINT message, WPARAM w, LPA
 } // namespace
 
 constexpr Dialog<MapCustomFieldsContext> kMapCustomFieldsDialog{
-    {IDD_MAP_CUSTOM_FIELDS, IDD_MAP_CUSTOM_FIELDS_RTL}, kTitle, kControls, kRoutes, Fill, AnswerOther};
+    .ids = {IDD_MAP_CUSTOM_FIELDS, IDD_MAP_CUSTOM_FIELDS_RTL},
+    .title = {6082, L"-Map Custom Fields"},
+    .controls = kControls,
+    .routes = kRoutes,
+    .fill = Fill,
+    .other = AnswerOther,
+};
 
 } // namespace qx

@@ -15,6 +15,8 @@ struct MapCustomFieldsContext : TextOwner {
     using TextOwner::TextOwner;
 
     HWND dialog = nullptr;
+    HWND sourceList = nullptr;
+    HWND destinationList = nullptr;
     std::wstring fileName;                            // full path of the CSV file, shown to the user
     DWORD result = 1;                                 // 0 once the user has cancelled
     std::vector<std::optional<std::wstring>> headers; // one per column, none for an empty one; trimmed in place
