@@ -7,7 +7,6 @@
 #include "settings/key_set.h"
 #include "settings/names.h"
 
-#include <iterator>
 #include <string>
 
 namespace qx {
@@ -54,30 +53,17 @@ bool AddOldEntry(HKEY addressBook, const wchar_t* valueName, PhoneBook& book)
     return true;
 }
 
-bool AddOldEntries(HKEY addressBook, PhoneBook& book)
-{
-    bool added = false;
-    for (DWORD index = 0;; ++index) {
-        wchar_t name[260];
-        DWORD units = static_cast<DWORD>(std::size(name));
-        const LSTATUS status = RegEnumValueW(addressBook, index, name, &units, nullptr, nullptr, nullptr, nullptr);
-        if (status == ERROR_MORE_DATA)
-            continue; // a name that is too long; the values behind it count
-        if (status != ERROR_SUCCESS)
-            return added;
-        added |= AddOldEntry(addressBook, name, book);
-    }
-}
-
 // Whether there was anything to import.
 bool ImportOldAddressBook(HANDLE printer, PhoneBook& book)
 {
     KeySet keys(printer);
     OpenKeys(*keys);
-    if (keys->hAddressBookKey == nullptr || !AddOldEntries(keys->hAddressBookKey, book))
-        return false;
-    book.Save(book.GetCount());
-    return true;
+    bool added = false;
+    for (const std::wstring& name : ValueNames(keys->hAddressBookKey)) // none of a key that could not be opened
+        added |= AddOldEntry(keys->hAddressBookKey, name.c_str(), book);
+    if (added)
+        book.Save(book.GetCount());
+    return added;
 }
 
 } // namespace

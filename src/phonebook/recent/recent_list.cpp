@@ -66,15 +66,8 @@ UniqueItem<PhoneBookEntry> ReadEntry(HKEY key, const wchar_t* valueName)
 std::vector<DWORD> MemberIndexes(HKEY key, DWORD count)
 {
     std::vector<DWORD> indexes;
-    wchar_t name[16]; // an index has at most ten digits
-    for (DWORD i = 0;; ++i) {
-        DWORD units = static_cast<DWORD>(std::size(name));
-        const LSTATUS status = RegEnumValueW(key, i, name, &units, nullptr, nullptr, nullptr, nullptr);
-        if (status == ERROR_MORE_DATA)
-            continue; // a longer name is no index
-        if (status != ERROR_SUCCESS)
-            break;
-        const unsigned long index = std::wcstoul(name, nullptr, 10);
+    for (const std::wstring& name : ValueNames(key)) {
+        const unsigned long index = std::wcstoul(name.c_str(), nullptr, 10);
         if (index < count && std::to_wstring(index) == name)
             indexes.push_back(static_cast<DWORD>(index));
     }

@@ -1,9 +1,11 @@
-// An entry's texts as one registry value, which the recent list and the old address book share.
+// An entry's texts as one registry value, and the values of a key: what the recent list and the old address book share.
 #pragma once
 
 #include "record/recipient.h"
 
 #include <optional>
+#include <string>
+#include <vector>
 #include <windows.h>
 
 namespace qx {
@@ -14,5 +16,8 @@ std::optional<Recipient> ReadRegistryEntry(HKEY key, const wchar_t* valueName);
 // As a REG_MULTI_SZ, which ends at the first empty text: an entry without fax number loses its company. That is how
 // the recent list has always been kept.
 void WriteRegistryEntry(HKEY key, const wchar_t* valueName, const Recipient& texts);
+
+// The names of a key's values, in the key's order; those of more than 259 units are left out.
+std::vector<std::wstring> ValueNames(HKEY key);
 
 } // namespace qx
