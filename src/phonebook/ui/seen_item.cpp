@@ -17,11 +17,6 @@ const wchar_t* NumberOf(const PhoneBookItem& item) noexcept
     return entry != nullptr ? OrEmpty(entry->FaxNumber()) : L"";
 }
 
-std::optional<SeenItem> See(const PhoneBookEntry* entry)
-{
-    return entry != nullptr ? std::optional<SeenItem>(*entry) : std::nullopt;
-}
-
 bool IsStill(const std::optional<SeenItem>& seen, const PhoneBookEntry* entry) noexcept
 {
     return seen && entry != nullptr ? seen->Is(*entry) : !seen && entry == nullptr;
@@ -65,7 +60,8 @@ bool SeenMembers::Update(PhoneBookGroup& group, const PhoneBook& book)
         const auto before = seen_.find(id);
         if (before != seen_.end() && !IsStill(before->second, entry))
             continue;
-        present.try_emplace(id, See(entry));
+        if (auto& seen = present[id]; entry != nullptr)
+            seen.emplace(*entry);
         ids.push_back(id);
     }
     const bool anyLeft = ids.size() < group.MemberIds().size();
