@@ -9,20 +9,9 @@
 
 namespace qx {
 
-namespace {
-
-constexpr std::size_t kMostMembers = kMaxRecipients;
-
-bool IsFull(const PhoneBookGroup& group) noexcept
-{
-    return group.MemberIds().size() >= kMostMembers;
-}
-
-} // namespace
-
 std::vector<const PhoneBookEntry*> MembersInOwnOrder(const PhoneBook& book, std::span<const DWORD> ids)
 {
-    const auto shown = ids.first(std::min(ids.size(), kMostMembers));
+    const auto shown = ids.first(std::min<std::size_t>(ids.size(), kMaxRecipients));
     std::unordered_map<DWORD, std::vector<const PhoneBookEntry*>> found;
     for (const DWORD id : shown)
         found.try_emplace(id);
@@ -55,7 +44,7 @@ std::vector<const PhoneBookEntry*> MembersInBookOrder(const PhoneBook& book, std
 bool AddMembers(PhoneBookGroup& group, std::span<PhoneBookItem* const> items)
 {
     for (const PhoneBookItem* const item : items) {
-        if (IsFull(group))
+        if (group.MemberIds().size() >= kMaxRecipients)
             return false;
         if (std::ranges::find(group.MemberIds(), item->GetId()) == group.MemberIds().end())
             group.AddMemberId(item->GetId());

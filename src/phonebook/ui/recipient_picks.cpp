@@ -11,7 +11,6 @@ namespace qx {
 
 namespace {
 
-constexpr std::size_t kMostRecipients = kMaxRecipients;
 constexpr INT32 kFirstCapacity = 10;
 
 void PickMembers(const PhoneBookGroup& group, const PhoneBook& book, RecipientPicks& picks)
@@ -39,7 +38,7 @@ RecipientPicks PickRecipients(std::span<PhoneBookItem* const> items, std::size_t
     for (const PhoneBookItem* const item : items) {
         const PhoneBookGroup* const group = AsGroup(item);
         const std::size_t wanted = group != nullptr ? group->MemberIds().size() : 1;
-        if (alreadyChosen + picks.entries.size() + wanted > kMostRecipients) {
+        if (alreadyChosen + picks.entries.size() + wanted > kMaxRecipients) {
             picks.tooMany = true;
             break;
         }
