@@ -168,7 +168,7 @@ void OpenEditor(HWND owner, TestBook& book)
 void OpenPicker(HWND owner, TestBook& book)
 {
     OwnedFaxJobData job;
-    AddRecipientsContext picker(TextOwner(), job.Get(), *book, nullptr);
+    AddRecipientsContext picker{{TextOwner(), *book}, job.Get(), nullptr};
     ShowModal<kAddRecipientsDialog>(owner, picker);
 }
 

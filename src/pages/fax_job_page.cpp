@@ -161,7 +161,7 @@ void AnswerListKey(FaxJobPage& page, WORD key)
 
 void PickFromPhoneBook(FaxJobPage& page)
 {
-    AddRecipientsContext context(page, *page.job, *page.book, page.recent);
+    AddRecipientsContext context{{page, *page.book}, *page.job, page.recent};
     ShowModal<kAddRecipientsDialog>(page.dialog, context);
     // Whatever its result: the picker writes the record itself, and what it changed in the book is in the file.
     page.recipients.Refill();

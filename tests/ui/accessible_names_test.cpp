@@ -221,7 +221,7 @@ TEST_P(AnnouncedGroups, InThePhoneBook)
 TEST_P(AnnouncedGroups, InThePicker)
 {
     OwnedFaxJobData job;
-    AddRecipientsContext picker(texts_, job.Get(), *book_, nullptr);
+    AddRecipientsContext picker{{texts_, *book_}, job.Get(), nullptr};
     CheckRows<kAddRecipientsDialog>(picker, IDC_PICK_LIST);
 }
 

@@ -18,7 +18,7 @@ TEST(OvertakenGroup, OkShowsWhoIsNoMemberAnyMoreInsteadOfEndingTheDialog)
     TestBook book;
     book.AddEntry(L"Bob", L"222", L"", 1);
     PhoneBookEntry* const second = book.AddEntry(L"Zoe", L"5", L"", 2);
-    GroupDialogContext group({}, *book, nullptr);
+    GroupDialogContext group{{TextOwner(), *book}};
     INT_PTR answer = 0;
     DialogThread conversation([&] { answer = ShowModal<kAddGroupDialog>(nullptr, group); });
     host::UiDriver& ui = conversation.Ui();

@@ -15,21 +15,14 @@ class RecentRecipientList;
 
 // What the opener hands over, and the dialog's own state. The book is reloaded under the dialog.
 struct AddRecipientsContext : PhoneBookDialog {
-    // recentList may be null: nothing is remembered then.
-    AddRecipientsContext(const TextOwner& texts, FaxJobData& record, PhoneBook& phoneBook,
-                         RecentRecipientList* recentList) noexcept
-        : PhoneBookDialog(texts, phoneBook), job(record), recent(recentList)
-    {
-    }
+    FaxJobData& job;             // its recipients are replaced on OK
+    RecentRecipientList* recent; // null: nothing is remembered
 
-    FaxJobData& job; // its recipients are replaced on OK
-    RecentRecipientList* recent;
-
-    PhoneBookList list;
+    PhoneBookList list = {};
     HWND chosenList = nullptr;
     // What the right list shows. Borrowed from the record and, as copies, from the book's store, which keep them for
     // the session: neither a reload nor an edit of the book touches them.
-    std::vector<const PhoneBookEntry*> ChosenRecipients;
+    std::vector<const PhoneBookEntry*> ChosenRecipients = {};
 };
 
 // IDOK: the record's recipients are those chosen. IDCANCEL: they are as before. The book may have been reloaded in

@@ -69,7 +69,7 @@ bool ShowSelectedDetails(const PhoneBookDialog& opener, const PhoneBookList& lis
     if (item == nullptr)
         return false;
     const KeptItem kept(opener.book.Store(), item); // the book may be reloaded meanwhile
-    DetailsContext details(opener, *item);
+    DetailsContext details{{opener, opener.book}, *item};
     if (item->IsGroup())
         ShowModal<kGroupDetailsDialog>(opener.dialog, details);
     else

@@ -7,11 +7,6 @@
 namespace qx {
 
 struct DetailsContext : PhoneBookDialog {
-    DetailsContext(const PhoneBookDialog& opener, const PhoneBookItem& shown) noexcept
-        : PhoneBookDialog(opener, opener.book), item(shown)
-    {
-    }
-
     const PhoneBookItem& item;
 };
 

@@ -132,7 +132,7 @@ void AddEntry(EditPhoneBookContext& editor)
 {
     if (RefuseWhenFull(editor))
         return;
-    EntryDialogContext context(editor, editor.book, nullptr);
+    EntryDialogContext context{{editor, editor.book}};
     if (ShowModal<kAddEntryDialog>(editor.dialog, context) == IDOK)
         TakeNewItem(editor, context.made.release());
     RefreshButtons(editor);
@@ -143,7 +143,7 @@ void AddGroup(EditPhoneBookContext& editor)
 {
     if (RefuseWhenFull(editor))
         return;
-    GroupDialogContext context(editor, editor.book, nullptr);
+    GroupDialogContext context{{editor, editor.book}};
     if (ShowModal<kAddGroupDialog>(editor.dialog, context) != IDOK)
         return;
     context.seen.Update(*context.working, editor.book); // a reload may have followed the OK
@@ -155,13 +155,13 @@ void AddGroup(EditPhoneBookContext& editor)
 bool EditItem(EditPhoneBookContext& editor, PhoneBookItem* item)
 {
     if (PhoneBookGroup* const group = AsGroup(item)) {
-        GroupDialogContext context(editor, editor.book, group);
+        GroupDialogContext context{{editor, editor.book}, group};
         const bool accepted = ShowModal<kEditGroupDialog>(editor.dialog, context) == IDOK;
         if (accepted)
             context.seen.Update(*group, editor.book); // a reload may have followed the OK
         return accepted;
     }
-    EntryDialogContext context(editor, editor.book, AsEntry(item));
+    EntryDialogContext context{{editor, editor.book}, AsEntry(item)};
     return ShowModal<kEditEntryDialog>(editor.dialog, context) == IDOK;
 }
 

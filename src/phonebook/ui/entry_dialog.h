@@ -11,14 +11,8 @@ namespace qx {
 
 // What the opener hands over, and the dialog's own state.
 struct EntryDialogContext : PhoneBookDialog {
-    // edited: an entry of the book, which is changed in place on OK; null: the dialog makes a new one.
-    EntryDialogContext(const TextOwner& texts, PhoneBook& phoneBook, PhoneBookEntry* edited) noexcept
-        : PhoneBookDialog(texts, phoneBook), entry(edited)
-    {
-    }
-
-    PhoneBookEntry* entry;
-    MadeItem<PhoneBookEntry> made; // the new entry; after OK the opener releases it into the book
+    PhoneBookEntry* entry = nullptr; // of the book, which is changed in place on OK; null: the dialog makes a new one
+    MadeItem<PhoneBookEntry> made = {}; // the new entry; after OK the opener releases it into the book
 
     NumberFilter faxNumber{.allowed = AllowedInFaxNumber, .accepted = {}, .units = kTextUnits - 1};
 };

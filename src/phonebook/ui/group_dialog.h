@@ -11,19 +11,14 @@ namespace qx {
 
 // What the opener hands over, and the dialog's own state.
 struct GroupDialogContext : PhoneBookDialog {
-    // edited: a group of the book, which is changed in place on OK; null: the dialog makes a new one.
-    GroupDialogContext(const TextOwner& texts, PhoneBook& phoneBook, PhoneBookGroup* edited) noexcept
-        : PhoneBookDialog(texts, phoneBook), stored(edited)
-    {
-    }
-
-    PhoneBookGroup* const stored;
+    // A group of the book, which is changed in place on OK; null: the dialog makes a new one.
+    PhoneBookGroup* const stored = nullptr;
     // All editing happens here. A new group is released into the book by the opener after OK; the scratch copy of an
     // edited one goes with the context.
-    MadeItem<PhoneBookGroup> working;
-    SeenMembers seen; // of working
+    MadeItem<PhoneBookGroup> working = {};
+    SeenMembers seen = {}; // of working
 
-    PhoneBookList entries;
+    PhoneBookList entries = {};
     HWND members = nullptr;
 };
 
