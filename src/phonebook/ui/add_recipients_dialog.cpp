@@ -76,12 +76,6 @@ bool ShowsChosen(AddRecipientsContext& picker)
     return false;
 }
 
-void Reload(AddRecipientsContext& picker)
-{
-    ReloadSorted(picker.book);
-    FillBookList(picker);
-}
-
 // ---- start-up -----------------------------------------------------------------------------------------------------
 
 void SetUpLists(AddRecipientsContext& picker)
@@ -166,7 +160,8 @@ void EditBook(AddRecipientsContext& picker)
 {
     EditPhoneBookContext editor(picker, picker.book);
     ShowModal<kEditPhoneBookDialog>(picker.dialog, editor);
-    Reload(picker);
+    ReloadSorted(picker.book);
+    FillBookList(picker);
 }
 
 void Accept(AddRecipientsContext& picker)

@@ -53,13 +53,6 @@ std::wstring TypedText(const EntryDialogContext& entry, int id)
 
 // ---- start-up -----------------------------------------------------------------------------------------------------
 
-void MakeEntry(EntryDialogContext& context)
-{
-    context.made = {context.book.Store().NewEntry(), {&context.book.Store()}};
-    context.entry = context.made.get();
-    context.entry->SetId(context.book.NextId());
-}
-
 void ShowEntry(EntryDialogContext& context)
 {
     SetFieldText(ControlOf(context, IDC_ENTRY_NAME), ToShown(context.entry->Name()));
@@ -104,8 +97,11 @@ constexpr Route<EntryDialogContext> kRoutes[] = {
 
 void Fill(EntryDialogContext& context)
 {
-    if (context.entry == nullptr)
-        MakeEntry(context);
+    if (context.entry == nullptr) {
+        context.made = {context.book.Store().NewEntry(), {&context.book.Store()}};
+        context.entry = context.made.get();
+        context.entry->SetId(context.book.NextId());
+    }
     ShowEntry(context);
     RefreshOk(context);
 }

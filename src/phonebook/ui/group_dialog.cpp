@@ -65,12 +65,6 @@ void FillMembers(GroupDialogContext& group)
     RefreshOk(group);
 }
 
-void TakeWorkingCopy(GroupDialogContext& group)
-{
-    SetDlgItemTextW(group.dialog, IDC_GROUP_NAME, ToShown(group.stored->Name()));
-    group.working->CopyFrom(*group.stored);
-}
-
 // The book as it is now.
 void FillLists(GroupDialogContext& group)
 {
@@ -163,10 +157,12 @@ void Fill(GroupDialogContext& group)
     ListenForPhoneBookChanged(group.dialog);
     SetUpLists(group);
     group.working = {group.book.Store().NewGroup(), {&group.book.Store()}};
-    if (group.stored != nullptr)
-        TakeWorkingCopy(group);
-    else
+    if (group.stored == nullptr) {
         group.working->SetId(group.book.NextId());
+    } else {
+        SetDlgItemTextW(group.dialog, IDC_GROUP_NAME, ToShown(group.stored->Name()));
+        group.working->CopyFrom(*group.stored);
+    }
     FillLists(group);
 }
 

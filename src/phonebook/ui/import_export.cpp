@@ -58,10 +58,6 @@ private:
     HCURSOR previous_;
 };
 
-struct WaitCursor : ShownCursor {
-    WaitCursor() noexcept : ShownCursor(LoadCursorW(nullptr, IDC_WAIT)) {}
-};
-
 // Clears the attributes that would keep a file from being replaced, and puts them back at the end.
 class ReplaceableFile : NoCopy {
 public:
@@ -101,7 +97,7 @@ std::optional<ImportColumns> AskForColumns(const PhoneBookDialog& opener, bool r
 
 ImportOutcome ImportFile(const PhoneBookDialog& opener, bool rightToLeft, const std::wstring& path)
 {
-    const WaitCursor wait;
+    const ShownCursor wait(LoadCursorW(nullptr, IDC_WAIT));
     CsvTable table;
     if (!table.Open(path))
         return {ImportExportStatus::CannotOpen};
@@ -124,7 +120,7 @@ ImportExportStatus ExportFile(const PhoneBook& book, const std::wstring& path)
 {
     if (!path.ends_with(L".csv")) // Kept: in lower case only
         return ImportExportStatus::ExportFailed;
-    const WaitCursor wait;
+    const ShownCursor wait(LoadCursorW(nullptr, IDC_WAIT));
     const ReplaceableFile file(path);
     CsvTableWriter writer;
     if (!writer.Open(path))
