@@ -26,11 +26,6 @@ constexpr std::uint64_t Combined(DWORD high, DWORD low) noexcept
     return std::uint64_t{high} << 32 | low;
 }
 
-constexpr std::uint64_t Ticks(const FILETIME& time) noexcept
-{
-    return Combined(time.dwHighDateTime, time.dwLowDateTime);
-}
-
 // ---- names -------------------------------------------------------------------------------------------------------
 
 // A name that no other process, thread or attempt uses: three numbers behind start.
@@ -145,7 +140,7 @@ std::optional<FileStamp> StampOf(HANDLE file) noexcept
     BY_HANDLE_FILE_INFORMATION info{};
     if (!GetFileInformationByHandle(file, &info))
         return std::nullopt;
-    return FileStamp{.written = Ticks(info.ftLastWriteTime),
+    return FileStamp{.written = Combined(info.ftLastWriteTime.dwHighDateTime, info.ftLastWriteTime.dwLowDateTime),
                      .bytes = Combined(info.nFileSizeHigh, info.nFileSizeLow),
                      .index = Combined(info.nFileIndexHigh, info.nFileIndexLow),
                      .volume = info.dwVolumeSerialNumber};
