@@ -131,8 +131,8 @@ bool PhoneBookGroup::RemoveMemberId(DWORD id) noexcept
 void PhoneBookGroup::AddMember(PhoneBookEntry* entry)
 {
     UniqueItem<PhoneBookEntry> owned(entry);
-    members_.push_back(owned.get());
-    static_cast<void>(owned.release());
+    members_.push_back(nullptr); // without memory for the place the entry goes, too
+    members_.back() = owned.release();
 }
 
 void PhoneBookGroup::CopyFrom(const PhoneBookGroup& other)
