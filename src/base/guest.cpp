@@ -8,25 +8,15 @@ namespace qx {
 
 namespace {
 
-using SetThreadDpiAwarenessContextFunction = HANDLE WINAPI(HANDLE);
-
-// Values of DPI_AWARENESS_CONTEXT, which the oldest supported systems lack.
-HANDLE UnawareWithSharpText() noexcept
-{
-    return reinterpret_cast<HANDLE>(static_cast<INT_PTR>(-5));
-}
-HANDLE Unaware() noexcept
-{
-    return reinterpret_cast<HANDLE>(static_cast<INT_PTR>(-1));
-}
+using SetThreadDpiAwarenessContextFunction = DPI_AWARENESS_CONTEXT WINAPI(DPI_AWARENESS_CONTEXT);
 
 // The mode before, or null when the system has none to change.
-HANDLE EnterSystemScaledMode(SetThreadDpiAwarenessContextFunction* setContext) noexcept
+DPI_AWARENESS_CONTEXT EnterSystemScaledMode(SetThreadDpiAwarenessContextFunction* setContext) noexcept
 {
     if (setContext == nullptr)
         return nullptr;
-    const HANDLE before = setContext(UnawareWithSharpText());
-    return before != nullptr ? before : setContext(Unaware());
+    const DPI_AWARENESS_CONTEXT before = setContext(DPI_AWARENESS_CONTEXT_UNAWARE_GDISCALED); // its text is sharp
+    return before != nullptr ? before : setContext(DPI_AWARENESS_CONTEXT_UNAWARE);
 }
 
 } // namespace

@@ -22,8 +22,9 @@ private:
     std::fenv_t floatingPoint_;
     unsigned vectorFloatingPoint_;
     HCURSOR cursor_;
-    HANDLE(WINAPI* setDpiContext_)(HANDLE) = nullptr; // the system's, from the start to the end; null when it has none
-    HANDLE dpiContext_ = nullptr;
+    // The system's, from the start to the end; null when it has none.
+    DPI_AWARENESS_CONTEXT(WINAPI* setDpiContext_)(DPI_AWARENESS_CONTEXT) = nullptr;
+    DPI_AWARENESS_CONTEXT dpiContext_ = nullptr;
     DWORD errorMode_ = 0;
 };
 
