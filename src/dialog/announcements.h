@@ -2,6 +2,8 @@
 // by direct annotation. A system that does not offer it goes on saying what it finds.
 #pragma once
 
+#include "base/no_copy.h"
+
 #include <map>
 #include <string>
 #include <utility>
@@ -13,15 +15,13 @@ namespace qx {
 inline constexpr UINT kListenerHasCome = WM_USER + 104;
 
 // Of one dialog, on its thread. None of the functions fails in a way that anybody sees.
-class Announcements {
+class Announcements : NoCopy {
 public:
     // Those of a dialog, or null as long as nobody listens: then nothing needs to be said, and nothing costs any time.
     static Announcements* Of(HWND dialog) noexcept;
 
     explicit Announcements(HWND dialog) noexcept : dialog_(dialog) {}
     ~Announcements();
-    Announcements(const Announcements&) = delete;
-    Announcements& operator=(const Announcements&) = delete;
 
     // The control's name from now on, instead of its label or text.
     void Name(int control, const std::wstring& name) noexcept;

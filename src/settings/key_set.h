@@ -27,12 +27,10 @@ std::optional<std::wstring> RestrictedUserGuid(HANDLE printer);
 
 // While one lives, that name is asked for once: each question may go to a server, and a session needs the answer half a
 // dozen times. Only an answer is kept: after a failure the next one who needs the name asks again.
-class KeptSubtreeName {
+class KeptSubtreeName : NoCopy {
 public:
     explicit KeptSubtreeName(HANDLE printer) noexcept; // not owned
     ~KeptSubtreeName();
-    KeptSubtreeName(const KeptSubtreeName&) = delete;
-    KeptSubtreeName& operator=(const KeptSubtreeName&) = delete;
 
 private:
     friend std::optional<std::wstring> RestrictedUserGuid(HANDLE printer);
