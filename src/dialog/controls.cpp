@@ -101,10 +101,4 @@ bool ShowControlHelp(const TextOwner& owner, HWND dialog, UINT message, WPARAM w
     return true;
 }
 
-bool AnswerHelp(const TextOwner& owner, HWND dialog, UINT message, WPARAM w, LPARAM l,
-                std::span<const Control> controls)
-{
-    return ShowControlHelp(owner, dialog, message, w, l, controls) || message == WM_HELP;
-}
-
 } // namespace qx

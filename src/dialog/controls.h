@@ -53,9 +53,4 @@ void SetUpControls(const TextOwner& owner, HWND dialog, std::span<const Control>
 bool ShowControlHelp(const TextOwner& owner, HWND dialog, UINT message, WPARAM w, LPARAM l,
                      std::span<const Control> controls);
 
-// A dialog's answer to both. A help key without a page ends here instead of reaching the owner, in the end the printing
-// program; a right click goes on, since over the caption it asks for the system menu.
-bool AnswerHelp(const TextOwner& owner, HWND dialog, UINT message, WPARAM w, LPARAM l,
-                std::span<const Control> controls);
-
 } // namespace qx

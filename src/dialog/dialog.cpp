@@ -16,11 +16,6 @@ std::wstring WindowText(HWND window, std::size_t units)
     return text;
 }
 
-std::wstring WindowText(HWND window)
-{
-    return WindowText(window, static_cast<std::size_t>(-1));
-}
-
 std::wstring FieldText(HWND edit, std::size_t units)
 {
     // Asked in three ways: an empty answer may also mean that the question has failed.
@@ -194,7 +189,9 @@ INT_PTR AnswerAsEveryDialog(const TextOwner& texts, HWND dialog, UINT message, W
         EndDialog(dialog, IDCANCEL);
         return TRUE;
     }
-    return AnswerHelp(texts, dialog, message, w, l, controls);
+    // A help key without a page ends here instead of reaching the owner, in the end the printing program; a right click
+    // goes on, since over the caption it asks for the system menu.
+    return ShowControlHelp(texts, dialog, message, w, l, controls) || message == WM_HELP;
 }
 
 INT_PTR AnswerAsPage(HWND page, UINT message, WPARAM w, LPARAM l) noexcept

@@ -209,9 +209,7 @@ INT_PTR ShowModal(HWND owner, State& state, bool mirrored = IsRightToLeftUi()) n
 // ---- controls -------------------------------------------------------------------------------------------------------
 
 // The text of a window, at most units UTF-16 units of it.
-std::wstring WindowText(HWND window, std::size_t units);
-// The whole text of a window.
-std::wstring WindowText(HWND window);
+std::wstring WindowText(HWND window, std::size_t units = static_cast<std::size_t>(-1));
 
 // The text of an edit field, at most units UTF-16 units of it. Throws when it cannot be read or the field is not there,
 // where WindowText answers an empty text: for what is going to be sent or stored.
