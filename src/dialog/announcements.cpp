@@ -40,11 +40,6 @@ public:
     {
         return services_ && SUCCEEDED(services_.Get()->SetHwndPropStr(window, kClient, child, kName, name.c_str()));
     }
-    void ClearName(HWND window, DWORD child) noexcept
-    {
-        if (services_)
-            services_.Get()->ClearHwndProps(window, kClient, child, &kName, 1);
-    }
     bool MakeLive(HWND window) noexcept
     {
         VARIANT setting{};
@@ -53,10 +48,10 @@ public:
         return services_ &&
                SUCCEEDED(services_.Get()->SetHwndProp(window, kClient, CHILDID_SELF, kLiveSetting, setting));
     }
-    void ClearLive(HWND window) noexcept
+    void Clear(HWND window, DWORD child, const GUID& property) noexcept
     {
         if (services_)
-            services_.Get()->ClearHwndProps(window, kClient, CHILDID_SELF, &kLiveSetting, 1);
+            services_.Get()->ClearHwndProps(window, kClient, child, &property, 1);
     }
 
 private:
@@ -84,9 +79,9 @@ Announcements::~Announcements()
         return;
     Annotations annotations;
     for (const auto& [element, name] : names_) {
-        annotations.ClearName(element.first, element.second);
+        annotations.Clear(element.first, element.second, kName);
         if (element.second == CHILDID_SELF)
-            annotations.ClearLive(element.first);
+            annotations.Clear(element.first, CHILDID_SELF, kLiveSetting);
     }
 }
 
@@ -96,15 +91,13 @@ void Announcements::Replace(const std::map<Element, std::wstring>& names)
     if (names == names_)
         return;
     Annotations annotations;
-    for (auto old = names_.begin(); old != names_.end();) {
-        const auto [window, child] = old->first;
-        if (names.contains(old->first)) {
-            ++old;
-            continue;
-        }
-        annotations.ClearName(window, child);
-        old = names_.erase(old);
-    }
+    std::erase_if(names_, [&](const auto& old) {
+        const auto [window, child] = old.first;
+        const bool goes = !names.contains(old.first);
+        if (goes)
+            annotations.Clear(window, child, kName);
+        return goes;
+    });
     for (const auto& [element, name] : names) {
         const auto known = names_.find(element);
         if ((known != names_.end() && known->second == name) ||
