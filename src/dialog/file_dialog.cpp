@@ -3,7 +3,6 @@
 #include "base/activation_context.h"
 #include "base/apartment.h"
 #include "base/guarded.h"
-#include "base/no_copy.h"
 
 #include <string>
 
@@ -19,30 +18,16 @@ std::wstring CurrentDirectory()
     return directory;
 }
 
-// Not for longer than a dialog: it is the whole program's, which may move it on purpose while the sheet is open.
-class CurrentDirectoryKept : NoCopy {
-public:
-    CurrentDirectoryKept() noexcept
-    {
-        Guarded([&] { directory_ = CurrentDirectory(); });
-    }
-    ~CurrentDirectoryKept()
-    {
-        if (!directory_.empty())
-            SetCurrentDirectoryW(directory_.c_str());
-    }
-
-private:
-    std::wstring directory_;
-};
-
 } // namespace
 
 bool AskForFileName(BOOL(WINAPI* ask)(OPENFILENAMEW*), OPENFILENAMEW& dialog) noexcept
 {
+    // Kept for no longer than the dialog: it is the whole program's, which may move it on purpose while the sheet is
+    // open.
+    std::wstring directory;
+    Guarded([&] { directory = CurrentDirectory(); });
     BOOL chosen = FALSE;
     Guarded([&] {
-        const CurrentDirectoryKept directory;
         RunInSingleThreadedApartment(
             [&] {
                 const ActivationScope context;
@@ -50,6 +35,8 @@ bool AskForFileName(BOOL(WINAPI* ask)(OPENFILENAMEW*), OPENFILENAMEW& dialog) no
             },
             dialog.hwndOwner);
     });
+    if (!directory.empty())
+        SetCurrentDirectoryW(directory.c_str());
     return chosen != FALSE;
 }
 
