@@ -12,22 +12,21 @@ namespace qx {
 
 namespace {
 
-void EnableTexts(HWND dialog, bool enabled) noexcept
+void EnableFields(CoverPage& page, bool texts, bool image) noexcept
 {
-    EnableControl(dialog, IDC_NOTES, enabled);
-    EnableControl(dialog, IDC_SUBJECT, enabled);
+    page.checkImage = image;
+    EnableControl(page.dialog, IDC_NOTES, texts);
+    EnableControl(page.dialog, IDC_SUBJECT, texts);
+    EnableControl(page.dialog, IDC_IMAGE, image);
+    EnableControl(page.dialog, IDC_BROWSE, image);
 }
 
-void EnableImage(HWND dialog, bool enabled) noexcept
+// The box is checked or cleared for good, and the image is not the user's.
+void FixCoverPage(CoverPage& page, bool on)
 {
-    EnableControl(dialog, IDC_IMAGE, enabled);
-    EnableControl(dialog, IDC_BROWSE, enabled);
-}
-
-void EnableFields(HWND dialog, bool enabled) noexcept
-{
-    EnableTexts(dialog, enabled);
-    EnableImage(dialog, enabled);
+    SetChecked(page.dialog, IDC_COVER_PAGE, on);
+    EnableControl(page.dialog, IDC_COVER_PAGE, false);
+    EnableFields(page, on, false);
 }
 
 bool CanBeRead(const std::wstring& path) noexcept
@@ -37,15 +36,10 @@ bool CanBeRead(const std::wstring& path) noexcept
     return static_cast<bool>(file);
 }
 
-void SwitchFields(CoverPage& page, bool on) noexcept
-{
-    page.checkImage = on;
-    EnableFields(page.dialog, on);
-}
-
 void OnCoverPageToggled(CoverPage& page)
 {
-    SwitchFields(page, IsChecked(page.dialog, IDC_COVER_PAGE));
+    const bool on = IsChecked(page.dialog, IDC_COVER_PAGE);
+    EnableFields(page, on, on);
 }
 
 void BrowseForOverlayImage(CoverPage& page)
@@ -76,25 +70,19 @@ void LoadCoverPageFields(CoverPage& page, const FaxJobData& record)
     SetFieldText(GetDlgItem(dialog, IDC_NOTES), record.CoverPageNotes);
     SetFieldText(GetDlgItem(dialog, IDC_SUBJECT), record.CoverPageSubject);
     SetFieldText(GetDlgItem(dialog, IDC_IMAGE), record.OverlayPath);
-    SetChecked(dialog, IDC_COVER_PAGE, record.AddCoverPage != 0);
-    SwitchFields(page, record.AddCoverPage != 0);
+    const bool on = record.AddCoverPage != 0;
+    SetChecked(dialog, IDC_COVER_PAGE, on);
+    EnableFields(page, on, on);
 }
 
 void LockCoverPageToOverlay(CoverPage& page)
 {
-    SetChecked(page.dialog, IDC_COVER_PAGE, true);
-    EnableControl(page.dialog, IDC_COVER_PAGE, false);
-    EnableTexts(page.dialog, true);
-    EnableImage(page.dialog, false);
-    page.checkImage = false;
+    FixCoverPage(page, true);
 }
 
 void ForbidCoverPage(CoverPage& page)
 {
-    SetChecked(page.dialog, IDC_COVER_PAGE, false);
-    EnableControl(page.dialog, IDC_COVER_PAGE, false);
-    EnableFields(page.dialog, false);
-    page.checkImage = false;
+    FixCoverPage(page, false);
 }
 
 std::optional<SendProblem> CheckImage(const CoverPage& page)
