@@ -1,7 +1,6 @@
 #include "text/help_names.h"
 
 #include <algorithm>
-#include <initializer_list>
 #include <iterator>
 #include <vector>
 
@@ -46,14 +45,6 @@ std::vector<std::wstring_view> Tokens(std::wstring_view text, std::wstring_view 
     return tokens;
 }
 
-std::wstring Joined(std::initializer_list<std::wstring_view> parts)
-{
-    std::wstring joined;
-    for (const std::wstring_view part : parts)
-        joined += part;
-    return joined;
-}
-
 constexpr wchar_t AsciiUpper(wchar_t c) noexcept
 {
     return c >= L'a' && c <= L'z' ? static_cast<wchar_t>(c - L'a' + L'A') : c;
@@ -93,7 +84,7 @@ std::wstring LocalizedHelpName(std::wstring_view name, std::wstring_view code)
     const std::vector<std::wstring_view> tokens = Tokens(name, L"_");
     if (tokens.size() < 3)
         return {};
-    std::wstring localized = Joined({tokens[0], code, tokens[2]});
+    std::wstring localized = std::wstring(tokens[0]).append(code).append(tokens[2]);
     return IsPlainFileName(localized) ? localized : std::wstring();
 }
 
@@ -102,8 +93,8 @@ std::wstring HelpFileInnerPath(std::wstring_view baseName, std::wstring_view cod
     const std::vector<std::wstring_view> tokens = Tokens(baseName, L"L.");
     if (tokens.size() < 2)
         return {};
-    const std::wstring file = Joined({tokens[0], code, tokens[1], kExtension});
-    return IsPlainFileName(file) ? Joined({file, kInnerPath}) : std::wstring();
+    std::wstring file = std::wstring(tokens[0]).append(code).append(tokens[1]).append(kExtension);
+    return IsPlainFileName(file) ? file.append(kInnerPath) : std::wstring();
 }
 
 bool IsHelpFile(std::wstring_view upperCasePath) noexcept
@@ -144,7 +135,7 @@ std::wstring HelpPagePath(std::wstring_view chmPath, std::wstring_view topicName
 {
     if (chmPath.empty() || topicName.empty())
         return {};
-    std::wstring path = Joined({chmPath, L"::/", topicName});
+    std::wstring path = std::wstring(chmPath).append(L"::/").append(topicName);
     return path.size() < capacity ? path : std::wstring();
 }
 
