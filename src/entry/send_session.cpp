@@ -61,20 +61,13 @@ void SendSession::PrepareRecord()
     MakeRoomForRecipients(record_);
     record_.CoverPageFromDefaults = 0; // of an earlier session that was sent without another look at its cover page
 
-    SetSenderName(record_, L"");
-    SetSenderFaxNo(record_, L"");
-    SetSenderCompany(record_, L"");
-    SetSenderVoiceNo(record_, L"");
-    SetNotifyEmail(record_, L"");
-    SetCoverPageNotes(record_, L"");
-    SetCoverPageSubject(record_, L"");
-    SetOverlayPath(record_, L"");
-    SetBillingCode(record_, L"");
-    SetDefaultOverlayPath(record_, L"");
+    for (const auto set :
+         {SetSenderName, SetSenderFaxNo, SetSenderCompany, SetSenderVoiceNo, SetNotifyEmail, SetCoverPageNotes,
+          SetCoverPageSubject, &SetOverlayPath, SetBillingCode, SetDefaultOverlayPath})
+        set(record_, L"");
 
-    record_.PrinterHandle = printer_;
     ReadDeviceState(record_, printer_);
-    defaultsLoaded_ = LoadFaxDefaults(record_) != 0;
+    defaultsLoaded_ = LoadFaxDefaults(record_);
     ReadCoverPageLock(record_);
 }
 
@@ -113,8 +106,7 @@ void SendSession::FindHelp(const PrinterDriver& driver)
     const std::wstring help = HelpName(printer_, kHelpFileValue);
     if (!cabinet.empty() && !help.empty())
         ExtractHelpFromCabinet(driver, cabinet, help); // only has to be there: dialogs ask by the path built next
-    const std::wstring path = BuildHelpFilePath(driver);
-    CopyText(HelpFilePath, path.c_str());
+    CopyText(HelpFilePath, BuildHelpFilePath(driver).c_str());
 }
 
 void SendSession::WarnWhenNotOperational() const
@@ -126,8 +118,7 @@ void SendSession::WarnWhenNotOperational() const
 void SendSession::PreparePages()
 {
     for (SheetPage* const page : {static_cast<SheetPage*>(&faxJobPage_), static_cast<SheetPage*>(&setupPage_)}) {
-        page->hStringDll = hStringDll;
-        CopyText(page->HelpFilePath, HelpFilePath);
+        static_cast<TextOwner&>(*page) = *this;
         page->job = &record_;
         page->book = book_.get();
         page->sheet = &sheet_;

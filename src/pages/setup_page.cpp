@@ -53,8 +53,7 @@ void LoadWorkingDefaults(SetupPage& page)
     ReadDeviceState(defaults, page.printer);
     LoadFaxDefaults(defaults);
 
-    page.defaultsDialog.hStringDll = page.hStringDll;
-    CopyText(page.defaultsDialog.HelpFilePath, page.HelpFilePath);
+    static_cast<TextOwner&>(page.defaultsDialog) = page;
     page.defaultsDialog.printer = page.printer;
     page.defaultsDialog.defaults = &defaults;
 }
