@@ -58,7 +58,8 @@ int ReportProblem(const TextOwner& texts, HWND dialog, std::optional<SendProblem
         return 0;
     const Complaint& complaint = *std::ranges::find(kComplaints, *problem, &Complaint::problem);
     const std::wstring text = TextOf(texts, complaint, leastDigits);
-    const int answer = ShowPreparedMessage(texts, text, complaint.style, complaint.title, dialog);
+    const Message message{{kPreparedText, text.c_str()}, complaint.style, complaint.title};
+    const int answer = ShowFaxMessage(texts, message, dialog);
     return answer == IDYES ? 0 : complaint.field;
 }
 

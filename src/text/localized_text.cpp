@@ -158,10 +158,4 @@ int ShowFaxMessage(const TextOwner& owner, const Message& message, HWND ownerWin
                           message.title == MessageTitle::Error, ownerWindow);
 }
 
-int ShowPreparedMessage(const TextOwner& owner, const std::wstring& text, UINT style, MessageTitle title,
-                        HWND ownerWindow)
-{
-    return ShowFaxMessage(owner, kPreparedText, text.c_str(), style, title == MessageTitle::Error, ownerWindow);
-}
-
 } // namespace qx

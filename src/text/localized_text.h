@@ -33,7 +33,7 @@ struct Text {
     const wchar_t* fallback = L"";
 };
 
-// Never resolves: the caller's text is shown.
+// Never resolves: the text that the caller has prepared as its fallback is shown.
 inline constexpr unsigned kPreparedText = static_cast<unsigned>(-1);
 
 // The language in which texts are looked up, for the whole process: 0x0409 until the first session.
@@ -65,8 +65,5 @@ UINT ReadingOrder(std::wstring_view text) noexcept;
 int ShowFaxMessage(const TextOwner& owner, unsigned id, const wchar_t* defaultText, UINT style, bool isError,
                    HWND ownerWindow);
 int ShowFaxMessage(const TextOwner& owner, const Message& message, HWND ownerWindow);
-// The same box with a text that the caller has prepared.
-int ShowPreparedMessage(const TextOwner& owner, const std::wstring& text, UINT style, MessageTitle title,
-                        HWND ownerWindow);
 
 } // namespace qx

@@ -194,11 +194,11 @@ void ReportImportExportResult(const TextOwner& texts, const ImportExportResult& 
 {
     const CountMessage counts = CountMessageFor(result.duplicates, result.invalidFaxNumbers);
     if (const std::wstring text = CountsText(texts, counts); !text.empty())
-        ShowPreparedMessage(texts, text, MB_ICONWARNING, MessageTitle::Warning, owner);
+        ShowFaxMessage(texts, {{kPreparedText, text.c_str()}, MB_ICONWARNING, MessageTitle::Warning}, owner);
     if (counts.replacesStatusMessage)
         return;
     if (const std::wstring text = StatusText(texts, result); !text.empty())
-        ShowPreparedMessage(texts, text, MB_ICONERROR, MessageTitle::Error, owner);
+        ShowFaxMessage(texts, {{kPreparedText, text.c_str()}, MB_ICONERROR}, owner);
 }
 
 } // namespace qx
