@@ -49,7 +49,7 @@ public:
         rows_ = {{kPresetData, kRestrictedUserGuidValue, {}, {}}, {kDriverData, kHelpCabinetValue, {}, {}},
                  {kDriverData, kHelpFileValue, {}, {}},           {kDriverData, kCoverPageLockValue, {}, {}},
                  {kDriverData, kCoverPagePathValue, {}, {}},      {nullptr, kBillingCodeValue, {}, {}}};
-        for (const DeviceNumberName& number : DeviceNumberNames())
+        for (const DeviceNumber& number : kDeviceNumbers)
             rows_.push_back({nullptr, number.name, {}, {}});
     }
 
@@ -177,7 +177,7 @@ void RefuseBillingCode(Settings& settings)
     if (code && code->size() > kBillingCodeLimit)
         throw Refusal(Utf8(kBillingCodeValue) + " has " + std::to_string(code->size()) + " digits, of which only " +
                       std::to_string(kBillingCodeLimit) + " would be used");
-    for (const DeviceNumberName& number : DeviceNumberNames()) {
+    for (const DeviceNumber& number : kDeviceNumbers) {
         const auto value = settings.Number(number.name);
         if (value && number.isFlag && *value > 1)
             throw Refusal(Utf8(number.name) + " is 0 or 1");
@@ -398,7 +398,7 @@ void AddConfigureCommand(CLI::App& app, Invocation& invocation)
     AddTextSetting(command, *options, "--cover-page-bitmap", kCoverPagePathValue, data);
     const std::string device = "Device state, of the current user";
     AddTextSetting(command, *options, OptionOf(kBillingCodeValue), kBillingCodeValue, device);
-    for (const DeviceNumberName& number : DeviceNumberNames())
+    for (const DeviceNumber& number : kDeviceNumbers)
         AddNumberSetting(command, *options, OptionOf(number.name), number.name, device);
     AddExportOptions(command, options->exported);
     command.callback(

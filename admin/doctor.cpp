@@ -266,7 +266,7 @@ private:
 
     void LookAtDeviceValues(const FaxJobData& record)
     {
-        for (const DeviceNumberName& number : DeviceNumberNames()) {
+        for (const DeviceNumber& number : kDeviceNumbers) {
             const DWORD type = ValueType(record.hBidiInfoKey, number.name);
             if (type != REG_NONE && type != REG_DWORD)
                 Problem("device",

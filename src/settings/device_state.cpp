@@ -19,24 +19,6 @@ namespace qx {
 
 namespace {
 
-// Flags become 0 or 1; the others keep their value.
-enum class Meaning { Flag, Value };
-
-struct DeviceNumber {
-    const wchar_t* name;
-    DWORD FaxJobData::* field;
-    Meaning meaning;
-};
-
-// In the order in which they are read. The odd spelling of the last is the device-status software's.
-constexpr DeviceNumber kDeviceNumbers[] = {
-    {L"PCFAX_SEND_OPERATIONAL", &FaxJobData::PcFaxSendOperational, Meaning::Flag},
-    {L"FAX_NOTIFICATION_AVAILABLE", &FaxJobData::NotificationAvailable, Meaning::Flag},
-    {L"FAX_BILLING_CODE_ENABLED", &FaxJobData::BillingCodeEnabled, Meaning::Flag},
-    {L"FAX_BILLING_CODE_MINLENGTH", &FaxJobData::BillingCodeMinLength, Meaning::Value},
-    {L"EMAIL-SERVICE-OPERATIONAL", &FaxJobData::EmailServiceOperational, Meaning::Value},
-};
-
 // Of type REG_DWORD only; 0 for everything else.
 DWORD DeviceValue(HKEY key, const wchar_t* name) noexcept
 {
@@ -60,21 +42,16 @@ void ReadBillingCode(FaxJobData& record)
 DWORD CoverPageLockOf(HANDLE printer, const std::wstring& overlayPath) noexcept
 {
     DWORD lock = 0;
-    if (ReadPrinterNumber(printer, kDriverData, kCoverPageLockValue, lock) != ERROR_SUCCESS || overlayPath.empty())
+    if (ReadPrinterNumber(printer, kDriverData, kCoverPageLockValue, lock) != ERROR_SUCCESS || overlayPath.empty()) {
+        Trace({L"GetPrinterDataExW  is failing and lock  is unknown "});
         return kCoverPageLockUnknown;
-    return lock != 0 ? kCoverPageLocked : kCoverPageFree;
-}
-
-void TraceCoverPageLock(DWORD lock) noexcept
-{
-    switch (lock) {
-    case kCoverPageFree:
-        return Trace({L"GetPrinterDataExW  is passing and lock  is disabled "});
-    case kCoverPageLocked:
-        return Trace({L"GetPrinterDataExW  is passing and lock  is enabled "});
-    default:
-        return Trace({L"GetPrinterDataExW  is failing and lock  is unknown "});
     }
+    if (lock == 0) {
+        Trace({L"GetPrinterDataExW  is passing and lock  is disabled "});
+        return kCoverPageFree;
+    }
+    Trace({L"GetPrinterDataExW  is passing and lock  is enabled "});
+    return kCoverPageLocked;
 }
 
 // GetNativeSystemInfo is looked up by name: a 32-bit program on the oldest systems finds only the other.
@@ -94,7 +71,7 @@ void ReadDeviceState(FaxJobData& record, HANDLE printer)
     OpenDeviceStateKey(KeySetOf(record));
     for (const DeviceNumber& number : kDeviceNumbers) {
         const DWORD value = DeviceValue(record.hBidiInfoKey, number.name);
-        record.*number.field = number.meaning == Meaning::Flag ? value != 0 : value;
+        record.*number.field = number.isFlag ? value != 0 : value;
     }
     ReadBillingCode(record);
 }
@@ -106,15 +83,6 @@ void ReadCoverPageLock(FaxJobData& record)
     record.CoverPageLock = CoverPageLockOf(record.PrinterHandle, path);
     if (record.CoverPageLock != kCoverPageLockUnknown)
         SetDefaultOverlayPath(record, path.c_str());
-    TraceCoverPageLock(record.CoverPageLock);
-}
-
-std::vector<DeviceNumberName> DeviceNumberNames()
-{
-    std::vector<DeviceNumberName> names;
-    for (const DeviceNumber& number : kDeviceNumbers)
-        names.push_back({number.name, number.meaning == Meaning::Flag});
-    return names;
 }
 
 bool IsSpoolerThunkHost()
@@ -128,8 +96,7 @@ bool IsSpoolerThunkHost()
 
 bool IsSpoolerThunkHostFile(std::wstring_view executable)
 {
-    const std::size_t separator = executable.find_last_of(L"\\,");
-    const std::wstring name(separator == std::wstring_view::npos ? executable : executable.substr(separator + 1));
+    const std::wstring name(executable.substr(executable.find_last_of(L"\\,") + 1)); // all of it without either
     return _wcsicmp(name.c_str(), L"splwow64.exe") == 0;
 }
 

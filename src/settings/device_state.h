@@ -3,7 +3,6 @@
 
 #include <qxfax/send_fax.h>
 #include <string_view>
-#include <vector>
 
 namespace qx {
 
@@ -19,12 +18,21 @@ void ReadDeviceState(FaxJobData& record, HANDLE printer);
 // Fills CoverPageLock and, unless the lock is unknown, DefaultOverlayPath from the data of record.PrinterHandle.
 void ReadCoverPageLock(FaxJobData& record);
 
-// The numbers that the device-status software leaves, in the order in which they are read.
-struct DeviceNumberName {
+// A number that the device-status software leaves.
+struct DeviceNumber {
     const wchar_t* name;
-    bool isFlag; // else the number itself counts
+    DWORD FaxJobData::* field;
+    bool isFlag = false; // becomes 0 or 1; else the number itself counts
 };
-std::vector<DeviceNumberName> DeviceNumberNames();
+
+// In the order in which they are read. The odd spelling of the last is the device-status software's.
+inline constexpr DeviceNumber kDeviceNumbers[] = {
+    {L"PCFAX_SEND_OPERATIONAL", &FaxJobData::PcFaxSendOperational, true},
+    {L"FAX_NOTIFICATION_AVAILABLE", &FaxJobData::NotificationAvailable, true},
+    {L"FAX_BILLING_CODE_ENABLED", &FaxJobData::BillingCodeEnabled, true},
+    {L"FAX_BILLING_CODE_MINLENGTH", &FaxJobData::BillingCodeMinLength},
+    {L"EMAIL-SERVICE-OPERATIONAL", &FaxJobData::EmailServiceOperational},
+};
 
 // Whether this process is the spooler's host for 32-bit programs on a 64-bit system.
 bool IsSpoolerThunkHost();
