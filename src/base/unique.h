@@ -9,10 +9,9 @@
 
 namespace qx {
 
-template <class Traits> class Unique {
+// None is the handle that is kNone as a number.
+template <class Handle, auto CloseFunction, INT_PTR kNone = 0> class Unique {
 public:
-    using Handle = typename Traits::Handle;
-
     Unique() noexcept = default;
     explicit Unique(Handle handle) noexcept : handle_(handle) {}
     Unique(Unique&& other) noexcept : handle_(other.Release()) {}
@@ -24,14 +23,14 @@ public:
     ~Unique() { Reset(); }
 
     Handle Get() const noexcept { return handle_; }
-    explicit operator bool() const noexcept { return handle_ != Traits::Empty(); }
-    Handle Release() noexcept { return std::exchange(handle_, Traits::Empty()); }
+    explicit operator bool() const noexcept { return handle_ != None(); }
+    Handle Release() noexcept { return std::exchange(handle_, None()); }
 
-    void Reset(Handle handle = Traits::Empty()) noexcept
+    void Reset(Handle handle = None()) noexcept
     {
         const Handle old = std::exchange(handle_, handle);
-        if (old != Traits::Empty())
-            Traits::Close(old);
+        if (old != None())
+            CloseFunction(old);
     }
 
     // For functions that hand out a handle through a pointer; what was held before is closed.
@@ -42,28 +41,20 @@ public:
     }
 
 private:
-    Handle handle_ = Traits::Empty();
+    static Handle None() noexcept { return reinterpret_cast<Handle>(kNone); }
+
+    Handle handle_ = None();
 };
 
-template <class H, auto CloseFunction> struct NullEmpty {
-    using Handle = H;
-    static Handle Empty() noexcept { return nullptr; }
-    static void Close(Handle handle) noexcept { CloseFunction(handle); }
-};
+inline constexpr INT_PTR kInvalidHandle = -1; // INVALID_HANDLE_VALUE
 
-template <auto CloseFunction> struct InvalidEmpty {
-    using Handle = HANDLE;
-    static Handle Empty() noexcept { return INVALID_HANDLE_VALUE; }
-    static void Close(Handle handle) noexcept { CloseFunction(handle); }
-};
-
-using UniqueKey = Unique<NullEmpty<HKEY, RegCloseKey>>;
-using UniqueBstr = Unique<NullEmpty<BSTR, SysFreeString>>;
-using UniquePrinter = Unique<NullEmpty<HANDLE, ClosePrinter>>;
-using UniqueModule = Unique<NullEmpty<HMODULE, FreeLibrary>>;
-using UniqueBitmap = Unique<NullEmpty<HBITMAP, DeleteObject>>;
-using UniqueKernelHandle = Unique<NullEmpty<HANDLE, CloseHandle>>; // mappings, mutexes, events
-using UniqueFile = Unique<InvalidEmpty<CloseHandle>>;
-using UniqueFindFile = Unique<InvalidEmpty<FindClose>>;
+using UniqueKey = Unique<HKEY, RegCloseKey>;
+using UniqueBstr = Unique<BSTR, SysFreeString>;
+using UniquePrinter = Unique<HANDLE, ClosePrinter>;
+using UniqueModule = Unique<HMODULE, FreeLibrary>;
+using UniqueBitmap = Unique<HBITMAP, DeleteObject>;
+using UniqueKernelHandle = Unique<HANDLE, CloseHandle>; // mappings, mutexes, events
+using UniqueFile = Unique<HANDLE, CloseHandle, kInvalidHandle>;
+using UniqueFindFile = Unique<HANDLE, FindClose, kInvalidHandle>;
 
 } // namespace qx

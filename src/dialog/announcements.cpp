@@ -56,7 +56,7 @@ public:
 
 private:
     ComApartment apartment_;
-    Unique<NullEmpty<IAccPropServices*, ReleaseServices>> services_;
+    Unique<IAccPropServices*, ReleaseServices> services_;
 };
 
 Announcements* Keep(HWND dialog, std::unique_ptr<Announcements> announcements) noexcept

@@ -6,7 +6,7 @@
 
 namespace qx {
 
-using UniqueMemoryDc = Unique<NullEmpty<HDC, DeleteDC>>;
+using UniqueMemoryDc = Unique<HDC, DeleteDC>;
 
 // The device context of a window's client area.
 class WindowDc : NoCopy {

@@ -10,7 +10,7 @@ namespace qx {
 
 namespace {
 
-using UniqueView = Unique<NullEmpty<void*, UnmapViewOfFile>>;
+using UniqueView = Unique<void*, UnmapViewOfFile>;
 
 constexpr std::size_t kUtf16MarkBytes = 2;
 constexpr std::size_t kUtf8MarkBytes = 3;

@@ -12,12 +12,11 @@
 
 namespace qx {
 
-struct PageTraits {
-    using Handle = void*;
-    static Handle Empty() noexcept { return nullptr; }
-    static void Close(Handle block) noexcept { VirtualFree(block, 0, MEM_RELEASE); }
-};
-using UniquePages = Unique<PageTraits>;
+inline void FreePages(void* block) noexcept
+{
+    VirtualFree(block, 0, MEM_RELEASE);
+}
+using UniquePages = Unique<void*, FreePages>;
 
 // A CSV file that is read: open, read, look at its fields. One run each.
 class CsvTable {

@@ -18,9 +18,9 @@ template <class Interface> void ReleaseInterface(Interface* object) noexcept
     object->Release();
 }
 
-template <class Interface> class ComPtr : public Unique<NullEmpty<Interface*, ReleaseInterface<Interface>>> {
+template <class Interface> class ComPtr : public Unique<Interface*, ReleaseInterface<Interface>> {
 public:
-    using Unique<NullEmpty<Interface*, ReleaseInterface<Interface>>>::Unique;
+    using Unique<Interface*, ReleaseInterface<Interface>>::Unique;
     Interface* operator->() const noexcept { return this->Get(); }
 };
 
