@@ -50,14 +50,25 @@ void TakeAway(HWND dialog, int control) noexcept
     ShowControl(dialog, control, false);
 }
 
-// A value that no button stands for leaves the buttons and the value chosen before as they are.
-void Choose(HWND dialog, std::span<const Choice> choices, DWORD value, DWORD& chosen)
+// False for a value that no button stands for: the buttons and the value chosen before stay as they are.
+bool Choose(HWND dialog, std::span<const Choice> choices, DWORD value, DWORD& chosen)
 {
     if (std::ranges::find(choices, value, &Choice::value) == choices.end())
-        return;
+        return false;
     for (const Choice& choice : choices)
         SetChecked(dialog, choice.control, choice.value == value);
     chosen = value;
+    return true;
+}
+
+// The user has clicked a control. False when it is none of the choices.
+bool TakeChoice(std::span<const Choice> choices, int control, DWORD& chosen) noexcept
+{
+    const auto choice = std::ranges::find(choices, control, &Choice::control);
+    if (choice == choices.end())
+        return false;
+    chosen = choice->value;
+    return true;
 }
 
 void LoadSender(SendSettings& settings, const FaxJobData& record)
@@ -73,9 +84,8 @@ void LoadMethod(SendSettings& settings, const FaxJobData& record)
 {
     const HWND dialog = settings.dialog;
     SetField(dialog, IDC_EMAIL, record.NotifyEmail);
-    Choose(dialog, kMethods, record.NotifyMethod, settings.notifyMethod);
-    if (record.NotifyMethod == kMethodPrint || record.NotifyMethod == kMethodEmail)
-        EnableControl(dialog, IDC_EMAIL, record.NotifyMethod == kMethodEmail);
+    if (Choose(dialog, kMethods, record.NotifyMethod, settings.notifyMethod))
+        EnableControl(dialog, IDC_EMAIL, settings.notifyMethod == kMethodEmail);
 }
 
 // The address is not shown, and what the empty field says is what is saved.
@@ -107,20 +117,14 @@ void LoadNotification(SendSettings& settings, const FaxJobData& record)
         OfferPrintOnly(settings);
 }
 
-template <DWORD value> void ChooseResolution(SendSettings& settings)
+// A radio button, or another control: then false.
+bool AnswerClick(SendSettings& settings, int control) noexcept
 {
-    settings.resolution = value;
-}
-
-template <DWORD value> void ChooseOccasion(SendSettings& settings)
-{
-    settings.notifyOn = value;
-}
-
-template <DWORD value> void ChooseMethod(SendSettings& settings)
-{
-    settings.notifyMethod = value;
-    EnableControl(settings.dialog, IDC_EMAIL, value == kMethodEmail);
+    if (TakeChoice(kMethods, control, settings.notifyMethod)) {
+        EnableControl(settings.dialog, IDC_EMAIL, settings.notifyMethod == kMethodEmail);
+        return true;
+    }
+    return TakeChoice(kResolutions, control, settings.resolution) || TakeChoice(kOccasions, control, settings.notifyOn);
 }
 
 void FilterFaxNumber(SendSettings& settings)
@@ -136,14 +140,6 @@ void FilterVoiceNumber(SendSettings& settings)
 constexpr Route<SendSettings> kRoutes[] = {
     {IDC_SENDER_FAX, EN_CHANGE, FilterFaxNumber},
     {IDC_SENDER_VOICE, EN_CHANGE, FilterVoiceNumber},
-    {IDC_STANDARD, BN_CLICKED, ChooseResolution<0>},
-    {IDC_FINE, BN_CLICKED, ChooseResolution<1>},
-    {IDC_SUPERFINE, BN_CLICKED, ChooseResolution<2>},
-    {IDC_NOTIFY_NEVER, BN_CLICKED, ChooseOccasion<0>},
-    {IDC_NOTIFY_THIS_JOB, BN_CLICKED, ChooseOccasion<1>},
-    {IDC_NOTIFY_ON_ERROR, BN_CLICKED, ChooseOccasion<2>},
-    {IDC_NOTIFY_PRINT, BN_CLICKED, ChooseMethod<kMethodPrint>},
-    {IDC_NOTIFY_EMAIL, BN_CLICKED, ChooseMethod<kMethodEmail>},
     {IDC_PREVIEW, BN_CLICKED, TogglePreview},
 };
 
@@ -200,7 +196,7 @@ void SaveSendSettings(const SendSettings& settings, FaxJobData& record)
 
 INT_PTR AnswerCommand(SendSettings& settings, int control, UINT code)
 {
-    return RunRoute(kRoutes, settings, control, code);
+    return (code == BN_CLICKED && AnswerClick(settings, control)) || RunRoute(kRoutes, settings, control, code);
 }
 
 } // namespace qx
