@@ -3,7 +3,9 @@
 #include "base/unique.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
+#include <string_view>
 
 namespace qx {
 
@@ -24,26 +26,44 @@ bool HasBeenThereForLong(const WIN32_FIND_DATAW& file) noexcept
     return Ticks(now) > Ticks(file.ftLastWriteTime) + kAbandonedAfter;
 }
 
+// Whether rest, a file's name behind start, is what UniqueName appends.
+bool IsUniqueEnding(std::wstring_view rest, std::wstring_view ending) noexcept
+{
+    constexpr int kNumbers = 3;
+    for (int i = 0; i < kNumbers; ++i) {
+        if (!rest.starts_with(L'.'))
+            return false;
+        rest.remove_prefix(1);
+        const std::size_t digits = std::min(rest.find_first_not_of(L"0123456789"), rest.size());
+        if (digits == 0)
+            return false;
+        rest.remove_prefix(digits);
+    }
+    return rest == ending;
+}
+
 } // namespace
 
-void RemoveAbandonedFiles(const std::wstring& folder, const std::wstring& pattern,
-                          bool (*isOurs)(std::wstring_view name, const void* context), const void* context)
+std::wstring UniqueName(const std::wstring& start, const wchar_t* ending)
 {
+    static std::atomic<unsigned> attempts{0};
+    return start + L'.' + std::to_wstring(GetCurrentProcessId()) + L'.' + std::to_wstring(GetCurrentThreadId()) + L'.' +
+           std::to_wstring(++attempts) + ending;
+}
+
+void RemoveAbandonedFiles(const std::wstring& start, const wchar_t* ending)
+{
+    const std::wstring folder = start.substr(0, start.rfind(L'\\') + 1);
+    const std::size_t nameUnits = start.size() - folder.size();
     WIN32_FIND_DATAW found;
-    const UniqueFindFile search(FindFirstFileW((folder + pattern).c_str(), &found));
+    const UniqueFindFile search(FindFirstFileW((start + L".*" + ending).c_str(), &found));
     if (!search)
         return;
     do {
-        if (isOurs(found.cFileName, context) && HasBeenThereForLong(found))
+        const std::wstring_view name = found.cFileName;
+        if (name.size() > nameUnits && IsUniqueEnding(name.substr(nameUnits), ending) && HasBeenThereForLong(found))
             DeleteFileW((folder + found.cFileName).c_str());
     } while (FindNextFileW(search.Get(), &found));
-}
-
-bool TakeNumber(std::wstring_view& rest) noexcept
-{
-    const std::size_t digits = std::min(rest.find_first_not_of(L"0123456789"), rest.size());
-    rest.remove_prefix(digits);
-    return digits != 0;
 }
 
 } // namespace qx

@@ -8,7 +8,6 @@
 #include "base/unique.h"
 #include "text/help_viewer.h"
 
-#include <iterator>
 #include <optional>
 #include <setupapi.h>
 
@@ -88,34 +87,14 @@ UINT CALLBACK OnCabinet(PVOID context, UINT notification, UINT_PTR first, UINT_P
     return NO_ERROR;
 }
 
-constexpr wchar_t kUnpackedStart[] = L"qxh";
-constexpr wchar_t kUnpackedEnding[] = L".tmp";
-
-// For this thread alone.
-std::wstring NameOfUnpacked()
-{
-    return kUnpackedStart + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(GetCurrentThreadId()) +
-           kUnpackedEnding;
-}
-
-bool IsNameOfUnpacked(std::wstring_view name, const void*) noexcept
-{
-    if (!name.starts_with(kUnpackedStart))
-        return false;
-    name.remove_prefix(std::size(kUnpackedStart) - 1);
-    if (!TakeNumber(name) || !name.starts_with(L'-'))
-        return false;
-    name.remove_prefix(1);
-    return TakeNumber(name) && name == kUnpackedEnding;
-}
-
 // Another session, or a viewer, must never find half of a file under the target's name: it would be taken for the help
 // ever after. So the file takes that name when it is whole, and on the disk.
 void ExtractFile(const std::wstring& cabinet, const std::wstring& wanted, const std::wstring& target)
 {
-    const std::wstring folder = target.substr(0, target.rfind(L'\\') + 1);
-    RemoveAbandonedFiles(folder, std::wstring(kUnpackedStart) + L"*" + kUnpackedEnding, IsNameOfUnpacked);
-    const std::wstring unpacked = folder + NameOfUnpacked();
+    constexpr wchar_t kEnding[] = L".tmp";
+    const std::wstring start = target.substr(0, target.rfind(L'\\') + 1) + L"qxh";
+    RemoveAbandonedFiles(start, kEnding);
+    const std::wstring unpacked = UniqueName(start, kEnding);
     if (unpacked.size() >= MAX_PATH)
         return;
     Extraction extraction{.wanted = wanted, .target = unpacked, .bytes = std::nullopt};

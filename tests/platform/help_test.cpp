@@ -329,19 +329,19 @@ TEST_F(Help, AVariantThatIsThereIsNeverUnpackedAgain)
 // What a program that was ended in the middle has left, and nothing else.
 TEST_F(Help, OldPartsOfAFileAreRemovedByTheNextExtraction)
 {
-    const std::vector<fs::path> strangers = {"qxh1-.tmp",    "qxh-2.tmp",  "qxh1-2.tmpx",
-                                             "qxh1-2-3.tmp", "qxhelp.tmp", "xqxh1-2.tmp"};
+    const std::vector<fs::path> strangers = {"qxh.1.2.tmp",     "qxh.1..3.tmp", "qxh.1.2.3.tmpx",
+                                             "qxh.1.2.3.4.tmp", "qxhelp.tmp",   "xqxh.1.2.3.tmp"};
     std::vector<fs::path> all = strangers;
-    all.insert(all.end(), {"qxh12-34.tmp", "qxh56-78.tmp"});
+    all.insert(all.end(), {"qxh.12.34.5.tmp", "qxh.56.78.9.tmp"});
     for (const fs::path& name : all) {
         WriteFile(folder_ / name, "half");
-        if (name != "qxh56-78.tmp") // somebody may be writing it
+        if (name != "qxh.56.78.9.tmp") // somebody may be writing it
             fs::last_write_time(folder_ / name, fs::file_time_type::clock::now() - std::chrono::hours(1));
     }
     test::WriteCabinet(cabinet_, {{UserVariant(), "variant"}});
     EXPECT_EQ(Extract(), folder_ / UserVariant());
-    EXPECT_FALSE(fs::exists(folder_ / "qxh12-34.tmp"));
-    EXPECT_TRUE(fs::exists(folder_ / "qxh56-78.tmp"));
+    EXPECT_FALSE(fs::exists(folder_ / "qxh.12.34.5.tmp"));
+    EXPECT_TRUE(fs::exists(folder_ / "qxh.56.78.9.tmp"));
     for (const fs::path& name : strangers)
         EXPECT_TRUE(fs::exists(folder_ / name)) << name;
 }

@@ -5,7 +5,6 @@
 #include "base/guarded.h"
 
 #include <algorithm>
-#include <atomic>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -27,28 +26,6 @@ constexpr std::uint64_t Combined(DWORD high, DWORD low) noexcept
 }
 
 // ---- names -------------------------------------------------------------------------------------------------------
-
-// A name that no other process, thread or attempt uses: three numbers behind start.
-std::wstring UniqueName(const std::wstring& start, const wchar_t* ending)
-{
-    static std::atomic<unsigned> attempts{0};
-    return start + L'.' + std::to_wstring(GetCurrentProcessId()) + L'.' + std::to_wstring(GetCurrentThreadId()) + L'.' +
-           std::to_wstring(++attempts) + ending;
-}
-
-// Whether rest, a file's name behind start, is what UniqueName appends.
-bool IsUniqueEnding(std::wstring_view rest, std::wstring_view ending) noexcept
-{
-    constexpr int kNumbers = 3;
-    for (int i = 0; i < kNumbers; ++i) {
-        if (!rest.starts_with(L'.'))
-            return false;
-        rest.remove_prefix(1);
-        if (!TakeNumber(rest))
-            return false;
-    }
-    return rest == ending;
-}
 
 // Where replacements lie, and copies, when the folder of a phone book takes none; empty when there is no such place.
 std::wstring StartInTemporaryFolder()
@@ -189,18 +166,6 @@ void AddCopiesBehind(const std::wstring& start, std::vector<std::wstring>& copie
     }
 }
 
-void RemoveAbandoned(const std::wstring& start)
-{
-    const std::size_t nameAt = start.rfind(L'\\') + 1;
-    const std::size_t nameUnits = start.size() - nameAt;
-    const auto isOurs = [](std::wstring_view name, const void* context) {
-        const std::size_t units = *static_cast<const std::size_t*>(context);
-        return name.size() > units && IsUniqueEnding(name.substr(units), kReplacementEnding);
-    };
-    RemoveAbandonedFiles(start.substr(0, nameAt), start.substr(nameAt) + L".*" + kReplacementEnding, isOurs,
-                         &nameUnits);
-}
-
 } // namespace
 
 // ---- replacing ---------------------------------------------------------------------------------------------------
@@ -267,7 +232,7 @@ bool Replacement::Rename(const MayGo& mayGo)
 
 bool Replacement::Overwrite(const MayGo& mayGo)
 {
-    RemoveAbandoned(StartInTemporaryFolder());
+    RemoveAbandonedFiles(StartInTemporaryFolder(), kReplacementEnding);
     if (!mayGo())
         return false;
     std::string oldContent;
@@ -287,7 +252,7 @@ bool Replacement::Overwrite(const MayGo& mayGo)
 
 void RemoveAbandonedReplacements(const std::wstring& path) noexcept
 {
-    Guarded([&path] { RemoveAbandoned(path); });
+    Guarded([&path] { RemoveAbandonedFiles(path, kReplacementEnding); });
 }
 
 // ---- copies ------------------------------------------------------------------------------------------------------
