@@ -1,6 +1,7 @@
 #include "base/text.h"
 
 #include <algorithm>
+#include <cwchar>
 
 namespace qx {
 
@@ -19,11 +20,8 @@ HRESULT CopyText(std::span<wchar_t> to, const wchar_t* from) noexcept
         return E_INVALIDARG;
     }
     // Not length(): a text from outside is read no further than fits.
-    std::size_t units = 0;
-    while (units < to.size() - 1 && from[units] != L'\0') {
-        to[units] = from[units];
-        ++units;
-    }
+    const std::size_t units = wcsnlen(from, to.size() - 1);
+    std::copy_n(from, units, to.begin());
     to[units] = L'\0';
     return from[units] == L'\0' ? S_OK : kCut;
 }
