@@ -15,9 +15,7 @@ bool IsBlankText(std::wstring_view text) noexcept
 
 bool MatchesTypedPrefix(std::wstring_view text, std::wstring_view typed) noexcept
 {
-    if (text.empty() || typed.empty() || text.size() < typed.size())
-        return false;
-    if (IsBlankText(text) || IsBlankText(typed))
+    if (typed.empty() || text.size() < typed.size() || IsBlankText(text) || IsBlankText(typed))
         return false;
     return EqualUserText(text.substr(0, std::min(typed.size(), kTypedPrefixLimit)), typed);
 }

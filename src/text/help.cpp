@@ -15,7 +15,6 @@ namespace qx {
 
 namespace {
 
-constexpr LANGID kEnglishUnitedStates = 1033;
 constexpr ACCESS_MASK kPrintServerAccess = 0xF000C;
 constexpr wchar_t kEnglishCode[] = L"EN";
 

@@ -10,7 +10,6 @@ namespace qx {
 
 namespace {
 
-constexpr LANGID kEnglishUnitedStates = 0x0409;
 constexpr Text kErrorTitle{5326, L"QX MFP Send Fax Error"};
 constexpr Text kWarningTitle{5327, L"QX MFP Send Fax Warning"};
 constexpr wchar_t kStringLibraryName[] = L"QXTEXT64.DLL";

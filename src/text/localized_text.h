@@ -36,7 +36,9 @@ struct Text {
 // Never resolves: the text that the caller has prepared as its fallback is shown.
 inline constexpr unsigned kPreparedText = static_cast<unsigned>(-1);
 
-// The language in which texts are looked up, for the whole process: 0x0409 until the first session.
+inline constexpr LANGID kEnglishUnitedStates = 0x0409;
+
+// The language in which texts are looked up, for the whole process: kEnglishUnitedStates until the first session.
 LANGID CurrentTextLanguage() noexcept;
 
 // False when the library has no such text, or an empty one. At most 255 units are given. May change the current text
