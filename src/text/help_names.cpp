@@ -59,12 +59,10 @@ bool IsDevice(std::wstring_view name) noexcept
 {
     std::wstring_view stem = name.substr(0, name.find(L'.'));
     stem = stem.substr(0, stem.find_last_not_of(L' ') + 1);
-    const auto matches = [](std::wstring_view text) {
-        return [text](std::wstring_view device) { return EqualIgnoringAsciiCase(text, device); };
+    const auto isOneOf = [](std::wstring_view text, const auto& devices) {
+        return std::ranges::any_of(devices, [&](auto device) { return EqualIgnoringAsciiCase(text, device); });
     };
-    if (std::ranges::any_of(kDevices, matches(stem)))
-        return true;
-    return stem.size() == 4 && std::ranges::any_of(kNumberedDevices, matches(stem.substr(0, 3)));
+    return isOneOf(stem, kDevices) || (stem.size() == 4 && isOneOf(stem.substr(0, 3), kNumberedDevices));
 }
 
 } // namespace
