@@ -10,6 +10,25 @@ namespace {
 constexpr WPARAM kCtrlBackspace = 0x7F; // as a character
 constexpr WPARAM kCtrlX = 0x18;
 
+void Notify(const TypeAheadState& state, int row) noexcept
+{
+    SendMessageW(state.notify, kSuggestionChosen, 0, row);
+}
+
+void ForgetChoice(TypeAheadState& state) noexcept
+{
+    state.chosenRow = kNoRow;
+    RestoreSelection(state);
+}
+
+void DeleteCompletedTail(TypeAheadState& state)
+{
+    const Writing ours(state, EditWriter::Completion);
+    state.chosenRow = kNoRow;
+    SendMessageW(state.edit, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(L""));
+    RestoreSelection(state);
+}
+
 void AnswerEscape(TypeAheadState& state)
 {
     HideList(state);

@@ -51,11 +51,8 @@ void OfferNamesWhereNoneStand(TypeAheadState& state);
 void ShowList(const TypeAheadState& state) noexcept;
 void HideList(const TypeAheadState& state) noexcept;
 void RestoreSelection(const TypeAheadState& state) noexcept;
-void ForgetChoice(TypeAheadState& state) noexcept;
 void ChooseRow(TypeAheadState& state, int row);
 void Complete(TypeAheadState& state, int row, std::size_t typedLength);
-void DeleteCompletedTail(TypeAheadState& state);
-void Notify(const TypeAheadState& state, int row) noexcept;
 void TellPage(const TypeAheadState& state, WORD code) noexcept;
 
 // ---- edit -----------------------------------------------------------------------------------------------------------

@@ -92,12 +92,6 @@ void RestoreSelection(const TypeAheadState& state) noexcept
         SelectRow(state, static_cast<WPARAM>(state.chosenRow));
 }
 
-void ForgetChoice(TypeAheadState& state) noexcept
-{
-    state.chosenRow = kNoRow;
-    RestoreSelection(state);
-}
-
 void ShowList(const TypeAheadState& state) noexcept
 {
     SendMessageW(state.combo, CB_SHOWDROPDOWN, TRUE, 0);
@@ -135,19 +129,6 @@ void Complete(TypeAheadState& state, int row, std::size_t typedLength)
     RestoreSelection(state);
     ShowList(state);
     SendMessageW(state.edit, EM_SETSEL, typedLength, -1);
-}
-
-void DeleteCompletedTail(TypeAheadState& state)
-{
-    const Writing ours(state, EditWriter::Completion);
-    state.chosenRow = kNoRow;
-    SendMessageW(state.edit, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(L""));
-    RestoreSelection(state);
-}
-
-void Notify(const TypeAheadState& state, int row) noexcept
-{
-    SendMessageW(state.notify, kSuggestionChosen, 0, row);
 }
 
 // As the combo box itself does.
