@@ -453,7 +453,7 @@ const PhoneBookEntry* SaveFaxJobPage(FaxJobPage& page) noexcept
     // The user's defaults may just have replaced the job's cover page: the fields are then the older ones.
     if (job.CoverPageFromDefaults == 0)
         ExchangeCoverPage(job, draft);
-    ExchangeBillingCode(job, draft);
+    std::swap(job.BillingCode, draft.BillingCode); // with its owner
     page.draft.reset();
     job.Cancelled = 0;
     return typed;

@@ -147,11 +147,6 @@ void ExchangeCoverPage(FaxJobData& a, FaxJobData& b) noexcept
     std::swap(a.OverlayPath, b.OverlayPath);
 }
 
-void ExchangeBillingCode(FaxJobData& a, FaxJobData& b) noexcept
-{
-    std::swap(a.BillingCode, b.BillingCode);
-}
-
 bool HasSendSettings(const FaxJobData& record) noexcept
 {
     return record.SenderName != nullptr && record.SenderCompany != nullptr && record.SenderFaxNo != nullptr &&

@@ -50,7 +50,6 @@ void DeleteRecipient(FaxJobData& record, INT32 index) noexcept;
 // driver's, and what is complete changes places with it.
 void ExchangeSendSettings(FaxJobData& a, FaxJobData& b) noexcept; // sender, quality, notification, preview
 void ExchangeCoverPage(FaxJobData& a, FaxJobData& b) noexcept;    // flag, notes, subject, image path
-void ExchangeBillingCode(FaxJobData& a, FaxJobData& b) noexcept;
 
 // Whether the texts of that part are all there: a setter that lacks memory leaves its field null.
 bool HasSendSettings(const FaxJobData& record) noexcept;
