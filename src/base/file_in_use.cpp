@@ -2,9 +2,7 @@
 
 namespace qx {
 
-namespace {
-
-UniqueFile Open(const std::wstring& path, DWORD access) noexcept
+UniqueFile OpenWhenFree(const std::wstring& path, DWORD access) noexcept
 {
     UniqueFile file;
     RetryWhileInUse([&] {
@@ -14,21 +12,9 @@ UniqueFile Open(const std::wstring& path, DWORD access) noexcept
     return file;
 }
 
-} // namespace
-
-UniqueFile OpenForReading(const std::wstring& path) noexcept
-{
-    return Open(path, GENERIC_READ);
-}
-
-UniqueFile OpenForWriting(const std::wstring& path) noexcept
-{
-    return Open(path, GENERIC_WRITE);
-}
-
 bool FlushToDisk(const std::wstring& path) noexcept
 {
-    const UniqueFile file = OpenForWriting(path);
+    const UniqueFile file = OpenWhenFree(path, GENERIC_WRITE);
     return file && FlushFileBuffers(file.Get());
 }
 

@@ -32,10 +32,9 @@ template <class Attempt> bool RetryWhileInUse(Attempt attempt)
     }
 }
 
-// Both open a file that is there, waiting for others to let go of it. Empty, with the last error set, when it cannot be
-// opened.
-UniqueFile OpenForReading(const std::wstring& path) noexcept;
-UniqueFile OpenForWriting(const std::wstring& path) noexcept;
+// Opens a file that is there for GENERIC_READ or GENERIC_WRITE, waiting for others to let go of it. Empty, with the
+// last error set, when it cannot be opened.
+UniqueFile OpenWhenFree(const std::wstring& path, DWORD access) noexcept;
 
 // Without this a machine that dies right after a file was renamed may find it of the right length and with no content.
 bool FlushToDisk(const std::wstring& path) noexcept;

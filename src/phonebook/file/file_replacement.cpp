@@ -73,7 +73,7 @@ DWORD ReadSome(HANDLE file, std::span<char> buffer) noexcept
 // Writes over what is there, without emptying the file first, and to the disk.
 bool WriteOver(const std::wstring& path, const std::string& bytes) noexcept
 {
-    const UniqueFile file = OpenForWriting(path);
+    const UniqueFile file = OpenWhenFree(path, GENERIC_WRITE);
     DWORD written = 0;
     return file && WriteFile(file.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) &&
            written == bytes.size() && SetEndOfFile(file.Get()) && FlushFileBuffers(file.Get());
@@ -93,8 +93,8 @@ DWORD CopyToNewFile(const std::wstring& from, const std::wstring& to) noexcept
 
 bool HaveSameContent(const std::wstring& left, const std::wstring& right)
 {
-    const UniqueFile a = OpenForReading(left);
-    const UniqueFile b = OpenForReading(right);
+    const UniqueFile a = OpenWhenFree(left, GENERIC_READ);
+    const UniqueFile b = OpenWhenFree(right, GENERIC_READ);
     LARGE_INTEGER sizeOfA{};
     LARGE_INTEGER sizeOfB{};
     if (!a || !b || !GetFileSizeEx(a.Get(), &sizeOfA) || !GetFileSizeEx(b.Get(), &sizeOfB) ||
@@ -327,7 +327,7 @@ std::optional<FileStamp> StampOf(const std::wstring& path) noexcept
 
 DWORD ReadWholeFile(const std::wstring& path, std::string& out, std::optional<FileStamp>* stamp)
 {
-    const UniqueFile file = OpenForReading(path);
+    const UniqueFile file = OpenWhenFree(path, GENERIC_READ);
     if (!file)
         return GetLastError();
     LARGE_INTEGER size{};

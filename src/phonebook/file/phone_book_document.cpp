@@ -33,7 +33,7 @@ constexpr wchar_t kComponentTitle[] = L"QX Fax Address Book";
 bool IsComplete(const std::wstring& path)
 {
     constexpr LONGLONG kTailBytes = 32; // the end tag, and line ends that may follow it
-    const UniqueFile file = OpenForReading(path);
+    const UniqueFile file = OpenWhenFree(path, GENERIC_READ);
     LARGE_INTEGER start{};
     if (!file || !GetFileSizeEx(file.Get(), &start))
         return false;
