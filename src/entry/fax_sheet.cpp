@@ -223,8 +223,7 @@ LRESULT FaxSheet::CallPrevious(UINT message, WPARAM w, LPARAM l) const
 
 void FaxSheet::TakeOverButtons()
 {
-    sendButton_ = GetDlgItem(window_, kSendButton);
-    SetLocalizedText(content_->texts, kSendCaption.id, sendButton_, kSendCaption.fallback);
+    SetLocalizedText(content_->texts, kSendCaption.id, GetDlgItem(window_, kSendButton), kSendCaption.fallback);
     if (ImportOldAddressBookOnce(content_->faxJobPage.job->PrinterHandleCopy, *content_->faxJobPage.book))
         BroadcastPhoneBookChanged();
 }

@@ -49,7 +49,6 @@ private:
     HWND owner_ = nullptr;
     HWND window_ = nullptr;
     WNDPROC previous_ = nullptr;
-    HWND sendButton_ = nullptr;
     bool wasShown_ = false;
     SendRound round_;
 };
