@@ -35,19 +35,17 @@ bool SetUpListView(const TextOwner& texts, HWND list, std::span<const ListColumn
 // What a cell shows: a text, or nothing when it is null.
 struct Cell {
     // NOLINTNEXTLINE(google-explicit-constructor): a text is a cell
-    Cell(const wchar_t* shown) noexcept : text(shown) {}
+    Cell(const wchar_t* shown, bool shownAsNumber = false) noexcept : text(shown), isNumber(shownAsNumber) {}
 
     const wchar_t* text;
-    bool isNumber = false;
+    bool isNumber;
 };
 
 // A number with its signs, which reads from left to right in a mirrored list, too. There the list's own text has marks
 // around it: the number is to be taken from where it came from, never from the list.
 inline Cell NumberCell(const wchar_t* number) noexcept
 {
-    Cell cell(number);
-    cell.isNumber = true;
-    return cell;
+    return {number, true};
 }
 
 // Adds a row below all others, its cells from the first column on. False when the list does not take all of it: part of

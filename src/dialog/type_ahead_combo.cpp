@@ -29,15 +29,10 @@ struct Slot {
 Lock g_registryLock;
 std::array<Slot, 32> g_registry;
 
-bool IsFree(const Slot& slot) noexcept
-{
-    return slot.combo == nullptr && slot.edit == nullptr && slot.list == nullptr;
-}
-
 void Register(TypeAheadState& state) noexcept
 {
     const Locked locked(g_registryLock);
-    const auto slot = std::ranges::find_if(g_registry, IsFree);
+    const auto slot = std::ranges::find(g_registry, nullptr, &Slot::state);
     if (slot != g_registry.end())
         *slot = {state.combo, state.edit, state.list, &state};
 }
