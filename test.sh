@@ -9,6 +9,7 @@
 #
 # With QX_THOROUGH=1 those that never have enough go on for longer.
 set -euo pipefail
+. "$(dirname "$0")/tools/help.sh"
 cd "$(dirname "$0")"
 
 tools/setup.sh

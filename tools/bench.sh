@@ -29,7 +29,7 @@ names=()
 while [[ $# -gt 0 ]]; do
     case $1 in
         --markdown) markdown=${2-}; shift 2 || die '--markdown needs a file' ;;
-        --help) usage; exit ;;
+        -h | --help) usage; exit ;;
         -*) die "unknown option $1" ;;
         *) names+=("$1"); shift ;;
     esac

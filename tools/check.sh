@@ -5,6 +5,7 @@
 #   tools/check.sh --lints [FILE...]  clang-tidy, too: some ten seconds of one core for each source file
 #   tools/check.sh --fix              formats the sources instead
 set -euo pipefail
+. "$(dirname "$0")/help.sh"
 cd "$(dirname "$0")/.."
 
 # Formats differ from version to version; this one is in Debian 12 and 13.

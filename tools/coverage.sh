@@ -13,6 +13,7 @@
 # Branches that are only there for exceptions do not count. What a process has counted is written at its end: one that
 # is killed leaves nothing.
 set -euo pipefail
+. "$(dirname "$0")/help.sh"
 cd "$(dirname "$0")/.."
 
 readonly build=build/coverage gcov=x86_64-w64-mingw32-gcov-win32

@@ -9,6 +9,7 @@
 # after them; and every folder that a power cut in the session may leave is judged. The plans and reports are kept in
 # build/faults.
 set -euo pipefail
+. "$(dirname "$0")/help.sh"
 
 root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root"

@@ -8,6 +8,7 @@
 #
 #   build/fuzz/csv_text_fuzz -merge=1 fuzz/corpus/csv_text build/fuzz/corpus/csv_text
 set -euo pipefail
+. "$(dirname "$0")/help.sh"
 cd "$(dirname "$0")/.."
 
 minutes=${1:-10}

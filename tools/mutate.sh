@@ -14,9 +14,7 @@
 #
 # A change is noticed when one of its tests fails, crashes or hangs twice with it, and passes right after without it.
 set -euo pipefail
+. "$(dirname "$0")/help.sh"
 cd "$(dirname "$0")/.."
 
-case ${1-} in
-    -h | --help) sed -n '2,/^set /{/^#/s/^# \{0,1\}//p}' "$0"; exit ;;
-esac
 exec python3 -B tools/mutate.py "$@"

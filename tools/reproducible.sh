@@ -7,6 +7,7 @@
 #
 # The committed sources are built, not what is changed in the working tree. ccache is not used.
 set -euo pipefail
+. "$(dirname "$0")/help.sh"
 cd "$(dirname "$0")/.."
 
 tools/setup.sh

@@ -7,6 +7,7 @@
 # --checks: what tools/check.sh and tools/fuzz.sh need, too. --reproducible: what tools/reproducible.sh shows
 # differences with. Languages are named as tools/with-wine.sh takes them; by default those that tests are run in.
 set -euo pipefail
+. "$(dirname "$0")/help.sh"
 cd "$(dirname "$0")/.."
 
 packages=(

@@ -5,6 +5,7 @@
 #
 #   tools/spell.sh [LANG...]    languages of strings/languages.toml (default: all)
 set -euo pipefail
+. "$(dirname "$0")/help.sh"
 cd "$(dirname "$0")/.."
 
 readonly lists=strings/spelling

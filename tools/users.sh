@@ -7,6 +7,7 @@
 #   tools/users.sh --from USER [EVENTS]   by the users from that one on
 #   tools/users.sh --replay FILE USER     events that were printed, one per line, again
 set -euo pipefail
+. "$(dirname "$0")/help.sh"
 
 root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root"

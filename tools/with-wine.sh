@@ -15,6 +15,7 @@
 # wineserver; who finishes last takes them down. A command that itself calls with-wine.sh finds them running, and those
 # of another language stay up until the outermost call ends.
 set -euo pipefail
+. "$(dirname "$0")/help.sh" "${1-}" # what follows may be the command's
 
 readonly usage='usage: tools/with-wine.sh [--lang LANG] [--desk NAME] [--dpi N] [--display | --blind] COMMAND [ARGUMENT...]'
 root=$(cd "$(dirname "$0")/.." && pwd)
