@@ -165,6 +165,7 @@ void SheetUser::Restart()
     SomebodySaves(true);
 
     const RecentItem used[] = {{{L"Team", L"", L""}, true, {anna, otherAnna, andrew}},
+                               {{L"Tea party", L"", L""}, true, file.MembersOf(guests)},
                                {anna},
                                {otherAnna},
                                {noTeam},

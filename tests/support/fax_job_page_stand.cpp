@@ -39,9 +39,9 @@ void FaxJobPageStand::AddRecentGroup(const wchar_t* name, int members)
     recent_.AddRecent(book_.NewGroup(name, members), &Book());
 }
 
-void FaxJobPageStand::Show(Sheet sheet)
+void FaxJobPageStand::Show()
 {
-    ShowWindow(sheet_, sheet == Sheet::Visible ? SW_SHOW : SW_HIDE);
+    ShowWindow(sheet_, SW_SHOW);
     PROPSHEETPAGEW description{};
     description.dwSize = sizeof description;
     description.lParam = reinterpret_cast<LPARAM>(&page_);

@@ -39,8 +39,7 @@ public:
     void AddRecentEntry(const wchar_t* name, const wchar_t* faxNumber, const wchar_t* company = L"");
     void AddRecentGroup(const wchar_t* name, int members); // named "name 1", "name 2", ...
 
-    enum class Sheet { Visible, Hidden }; // hidden: nothing is painted, everything else works, and faster
-    void Show(Sheet sheet = Sheet::Visible);
+    void Show();
     FaxJobPage& Page() { return page_; }
     HWND SheetWindow() const { return sheet_; }
     HWND Control(int id) const { return GetDlgItem(page_.dialog, id); }
