@@ -22,6 +22,7 @@
 #include "host/window_query.h"
 #include "power_cut.h"
 #include "scenarios.h"
+#include "support/child_process.h"
 #include "support/every_call.h"
 
 #include <cstdio>
@@ -203,28 +204,6 @@ void MakeOld(const std::filesystem::path& path)
     SetFileTime(file.Get(), nullptr, nullptr, &written);
 }
 
-DWORD RunThisProgram(const std::wstring& arguments)
-{
-    wchar_t program[MAX_PATH] = L"";
-    GetModuleFileNameW(nullptr, program, MAX_PATH);
-    std::wstring command = L"\"" + std::wstring(program) + L"\" " + arguments;
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION process{};
-    constexpr int kAttempts = 5; // a machine that is busy with much else may refuse one
-    int attempt = 1;
-    while (!CreateProcessW(program, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process)) {
-        if (attempt++ == kAttempts)
-            throw std::runtime_error("cannot start another process: " + std::to_string(GetLastError()));
-        Sleep(200);
-    }
-    const UniqueKernelHandle handle(process.hProcess), thread(process.hThread);
-    WaitForSingleObject(process.hProcess, INFINITE);
-    DWORD code = 1;
-    GetExitCodeProcess(process.hProcess, &code);
-    return code;
-}
-
 class Player {
 public:
     explicit Player(const char* name, Scenario& scenario)
@@ -268,9 +247,10 @@ public:
     {
         scenario_.Reset();
         const bool after = fault.onwards == Onwards::Yes;
-        const DWORD code = RunThisProgram(host::Wide(name_) + L" end \"" + session_.Printer() + L"\" \"" +
-                                          folder_.Path().wstring() + L"\" " + host::Wide(fault.call.function) + L" " +
-                                          std::to_wstring(fault.call.number) + (after ? L" 1" : L" 0"));
+        const ChildProcess player(ThisProgram(), {host::Wide(name_), L"end", session_.Printer(),
+                                                  folder_.Path().wstring(), host::Wide(fault.call.function),
+                                                  std::to_wstring(fault.call.number), after ? L"1" : L"0"});
+        const DWORD code = player.ExitCode();
         if (code != kEndedByCall && code != 0)
             return {Kind::Wrong, "the process ended with " + std::to_string(code)};
         const Verdict left = scenario_.JudgeEnded();

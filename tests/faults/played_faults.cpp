@@ -1,6 +1,7 @@
 #include "played_faults.h"
 
-#include "support/built.h"
+#include "host/utf8.h"
+#include "support/child_process.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -50,28 +51,17 @@ std::filesystem::path PlayedFaults::File(const char* ending) const
            (scenario_ + "." + command_ + "." + ending);
 }
 
-unsigned long PlayedFaults::Run(const std::string& command, const std::wstring& arguments) const
+unsigned long PlayedFaults::Run(const std::string& command, const std::vector<std::wstring>& arguments) const
 {
-    const std::wstring program = (BuiltFolder() / L"tests" / L"fault_runner.exe").wstring();
-    const std::string words = scenario_ + " " + command;
-    std::wstring line = L"\"" + program + L"\" " + std::wstring(words.begin(), words.end()) + L" " + arguments;
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION process{};
-    if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process))
-        throw std::runtime_error("cannot start fault_runner");
-    WaitForSingleObject(process.hProcess, INFINITE);
-    DWORD code = 1;
-    GetExitCodeProcess(process.hProcess, &code);
-    CloseHandle(process.hThread);
-    CloseHandle(process.hProcess);
-    return code;
+    std::vector<std::wstring> all{host::Wide(scenario_), host::Wide(command)};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    return ChildProcess(ProgramBeside(L"fault_runner.exe"), all).ExitCode();
 }
 
 std::vector<Fault> PlayedFaults::FaultsOf(bool everyCall, const std::function<bool(const SeenCall&)>& wanted) const
 {
     const std::filesystem::path calls = File("calls");
-    if (Run("count", L"\"" + calls.wstring() + L"\"") != 0)
+    if (Run("count", {calls.wstring()}) != 0)
         throw std::runtime_error("the scenario cannot be counted");
     std::ifstream stream(calls);
     SeenCall call;
@@ -117,8 +107,7 @@ std::vector<Result> PlayedFaults::Play(const std::vector<Fault>& faults) const
     }
     std::map<int, std::string> ended;
     for (int first = 0; first < static_cast<int>(faults.size());) {
-        const unsigned long code =
-            Run(command_, L"\"" + plan.wstring() + L"\" " + std::to_wstring(first) + L" \"" + report.wstring() + L"\"");
+        const unsigned long code = Run(command_, {plan.wstring(), std::to_wstring(first), report.wstring()});
         if (code == 0)
             break;
         int begun = first - 1;
@@ -141,7 +130,7 @@ std::vector<Result> PlayedFaults::Play(const std::vector<Fault>& faults) const
 std::vector<Result> PlayedFaults::Play() const
 {
     const std::filesystem::path report = File("report");
-    if (const unsigned long code = Run(command_, L"- 0 \"" + report.wstring() + L"\""); code != 0)
+    if (const unsigned long code = Run(command_, {L"-", L"0", report.wstring()}); code != 0)
         throw std::runtime_error("fault_runner ended with " + std::to_string(code));
     int begun = 0;
     return ResultsIn(begun);

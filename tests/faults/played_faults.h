@@ -50,7 +50,7 @@ public:
 
 private:
     std::filesystem::path File(const char* ending) const;
-    unsigned long Run(const std::string& command, const std::wstring& arguments) const;
+    unsigned long Run(const std::string& command, const std::vector<std::wstring>& arguments) const;
     std::vector<Result> ResultsIn(int& begun) const;
 
     const TemporaryFolder temporary_;

@@ -8,6 +8,7 @@
 // The suite plays one user. The events of a user who meets a mistake are shortened to those that are needed for
 // it, and printed. tools/users.sh plays any others, by QX_USERS=first,count, and such a script again, by
 // QX_SCRIPT=file.
+#include "support/child_process.h"
 #include "support/send_fax_session.h"
 #include "support/temporary_folder.h"
 
@@ -58,14 +59,13 @@ class SheetModel : public ::testing::Test {
 protected:
     Outcome Play(unsigned first, unsigned count)
     {
-        return Run(L"play " + std::to_wstring(first) + L' ' + std::to_wstring(count) + L' ' +
-                   std::to_wstring(kEventsOfOneUser));
+        return Run({L"play", std::to_wstring(first), std::to_wstring(count), std::to_wstring(kEventsOfOneUser)});
     }
 
     Outcome Replay(unsigned user, const Script& script)
     {
         WriteBytes(script_, Joined(script));
-        return Run(L"replay " + std::to_wstring(user));
+        return Run({L"replay", std::to_wstring(user)});
     }
 
     // Delta debugging: leaves out ever smaller parts for as long as the same mistake shows.
@@ -105,24 +105,16 @@ protected:
     }
 
 private:
-    Outcome Run(const std::wstring& arguments)
+    Outcome Run(const std::vector<std::wstring>& task)
     {
         std::error_code ignored;
         std::filesystem::remove(report_, ignored);
-        std::wstring command = L'"' + (BuiltFolder() / L"tests" / L"sheet_player.exe").wstring() + L"\" \"" +
-                               session_.Printer() + L"\" " + session_.Guid() + L" \"" +
-                               session_.PhoneBookFile().wstring() + L"\" \"" + report_.wstring() + L"\" \"" +
-                               script_.wstring() + L"\" " + arguments;
-        STARTUPINFOW start{};
-        start.cb = sizeof start;
-        PROCESS_INFORMATION process{};
-        if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &process))
-            throw std::runtime_error("no player");
-        WaitForSingleObject(process.hProcess, INFINITE);
+        std::vector<std::wstring> arguments{session_.Printer(), session_.Guid(), session_.PhoneBookFile().wstring(),
+                                            report_.wstring(), script_.wstring()};
+        arguments.insert(arguments.end(), task.begin(), task.end());
+        const ChildProcess player(ProgramBeside(L"sheet_player.exe"), arguments, ChildProcess::Handles::Inherited);
         Outcome outcome;
-        GetExitCodeProcess(process.hProcess, &outcome.code);
-        CloseHandle(process.hThread);
-        CloseHandle(process.hProcess);
+        outcome.code = player.ExitCode();
         Script report = ReadLines(report_);
         if (report.empty())
             throw std::runtime_error("the player does not play");

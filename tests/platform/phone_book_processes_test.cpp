@@ -1,5 +1,6 @@
 #include "phone_book_worker.h"
 
+#include "support/child_process.h"
 #include "support/documents_folder.h"
 #include "support/thorough.h"
 
@@ -12,53 +13,15 @@ namespace {
 
 using namespace test;
 
-constexpr int kKilled = 99;
-
-class Process {
-public:
-    explicit Process(std::wstring commandLine)
-    {
-        STARTUPINFOW startup{};
-        startup.cb = sizeof startup;
-        PROCESS_INFORMATION started{};
-        if (CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
-                           &started)) {
-            CloseHandle(started.hThread);
-            process_.Reset(started.hProcess);
-        }
-    }
-
-    bool Started() const noexcept { return static_cast<bool>(process_); }
-    bool Runs() const noexcept { return WaitForSingleObject(process_.Get(), 0) == WAIT_TIMEOUT; }
-
-    void Kill() const noexcept
-    {
-        TerminateProcess(process_.Get(), kKilled);
-        WaitForSingleObject(process_.Get(), INFINITE);
-    }
-
-    int ExitCode() const noexcept
-    {
-        DWORD code = 0;
-        WaitForSingleObject(process_.Get(), INFINITE);
-        GetExitCodeProcess(process_.Get(), &code);
-        return static_cast<int>(code);
-    }
-
-private:
-    UniqueKernelHandle process_;
-};
+constexpr UINT kKilled = 99;
 
 class PhoneBookProcesses : public ::testing::Test {
 protected:
     std::wstring Path() const { return documents.File(L"qxfaxab.xml"); }
 
-    Process StartWorker(const std::wstring& arguments) const
+    ChildProcess StartWorker(const wchar_t* task, const std::wstring& argument) const
     {
-        wchar_t self[MAX_PATH];
-        GetModuleFileNameW(nullptr, self, MAX_PATH);
-        const std::wstring folder(self, std::wstring_view(self).rfind(L'\\') + 1);
-        return Process(L"\"" + folder + L"phone_book_worker.exe\" " + arguments);
+        return {ProgramBeside(L"phone_book_worker.exe"), {task, Path(), argument}};
     }
 
     DocumentsFolder documents;
@@ -85,11 +48,10 @@ TEST_F(PhoneBookProcesses, AProcessKilledAtAnyMomentOfASaveLeavesAWholePhoneBook
     const std::wstring eventName = L"QXTest-" + std::to_wstring(GetCurrentProcessId());
     const UniqueKernelHandle saving(CreateEventW(nullptr, FALSE, FALSE, eventName.c_str()));
     for (int kill = 0; kill < kKills; ++kill) {
-        const Process worker = StartWorker(L"save \"" + Path() + L"\" " + eventName);
-        ASSERT_TRUE(worker.Started());
+        const ChildProcess worker = StartWorker(L"save", eventName);
         ASSERT_EQ(WaitForSingleObject(saving.Get(), 30000), WAIT_OBJECT_0);
         WaitMicroseconds(static_cast<unsigned>(random() % kLongestWait));
-        worker.Kill();
+        worker.Kill(kKilled);
         ASSERT_TRUE(HoldsOneStamp(Path())) << "kill " << kill;
     }
     // What the dead left beside it goes with a later save, when nobody can be writing it any more.
@@ -104,22 +66,23 @@ TEST_F(PhoneBookProcesses, AProcessKilledAtAnyMomentOfASaveLeavesAWholePhoneBook
 TEST_F(PhoneBookProcesses, EightAtOnceNeverReadATornFileAndNeverWaitLongAlsoWhenOneIsKilledNowAndThen)
 {
     constexpr int kWorkers = 7; // and one more, which is killed
-    const std::wstring arguments = L"share \"" + Path() + L"\" " + std::to_wstring(Rounds(100, 200));
+    const std::wstring rounds = std::to_wstring(Rounds(100, 200));
     ASSERT_TRUE(SaveStamped(Path(), L"before"));
-    std::vector<Process> workers;
+    std::vector<ChildProcess> workers;
     for (int i = 0; i < kWorkers; ++i)
-        workers.push_back(StartWorker(arguments));
+        workers.push_back(StartWorker(L"share", rounds));
     int kills = 0;
-    while (std::any_of(workers.begin(), workers.end(), [](const Process& worker) { return worker.Runs(); })) {
-        const Process victim = StartWorker(arguments);
+    while (
+        std::any_of(workers.begin(), workers.end(), [](const ChildProcess& worker) { return !worker.EndsWithin(0); })) {
+        const ChildProcess victim = StartWorker(L"share", rounds);
         Sleep(200 + static_cast<DWORD>(random() % 200));
-        victim.Kill();
-        const int code = victim.ExitCode();
-        EXPECT_TRUE(code == kKilled || code == static_cast<int>(WorkerOutcome::Good)) << code;
+        victim.Kill(kKilled);
+        const DWORD code = victim.ExitCode();
+        EXPECT_TRUE(code == kKilled || code == static_cast<DWORD>(WorkerOutcome::Good)) << code;
         ++kills;
     }
-    for (const Process& worker : workers)
-        EXPECT_EQ(worker.ExitCode(), static_cast<int>(WorkerOutcome::Good));
+    for (const ChildProcess& worker : workers)
+        EXPECT_EQ(worker.ExitCode(), static_cast<DWORD>(WorkerOutcome::Good));
     EXPECT_GT(kills, 5);
     EXPECT_TRUE(HoldsOneStamp(Path()));
 }

@@ -6,6 +6,7 @@
 #include "res/edit_phone_book_ids.h"
 #include "res/entry_ids.h"
 #include "res/group_ids.h"
+#include "support/child_process.h"
 #include "support/phone_book_session.h"
 
 #include <chrono>
@@ -48,22 +49,16 @@ class Neighbour {
 public:
     explicit Neighbour(const std::wstring& printer)
     {
-        wchar_t program[MAX_PATH] = L"";
-        GetModuleFileNameW(nullptr, program, MAX_PATH);
-        const std::filesystem::path neighbour =
-            std::filesystem::path(program).parent_path() / L"phone_book_neighbour.exe";
-        std::wstring command = L"\"" + neighbour.wstring() + L"\" \"" + printer + L"\"";
         // Ours stay ours: the neighbour's input has to end when we close it.
         SetHandleInformation(input_.write, HANDLE_FLAG_INHERIT, 0);
         SetHandleInformation(output_.read, HANDLE_FLAG_INHERIT, 0);
         STARTUPINFOW start{};
-        start.cb = sizeof start;
         start.dwFlags = STARTF_USESTDHANDLES;
         start.hStdInput = input_.read;
         start.hStdOutput = output_.write;
         start.hStdError = GetStdHandle(STD_ERROR_HANDLE);
-        if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &process_))
-            throw std::runtime_error("cannot start the neighbour");
+        process_.emplace(ProgramBeside(L"phone_book_neighbour.exe"), std::vector{printer},
+                         ChildProcess::Handles::Inherited, start);
         input_.Close(&Pipe::read);
         output_.Close(&Pipe::write);
         if (const std::string answer = ReadLine(); answer != "ready")
@@ -72,10 +67,8 @@ public:
     ~Neighbour()
     {
         input_.Close(&Pipe::write); // its end of input
-        if (WaitForSingleObject(process_.hProcess, 20000) != WAIT_OBJECT_0)
-            TerminateProcess(process_.hProcess, 1);
-        CloseHandle(process_.hThread);
-        CloseHandle(process_.hProcess);
+        if (!process_->EndsWithin(20000))
+            process_->Kill(1);
     }
 
     std::string Tell(std::string line)
@@ -99,7 +92,7 @@ private:
     }
 
     Pipe input_, output_;
-    PROCESS_INFORMATION process_{};
+    std::optional<ChildProcess> process_;
 };
 
 // A broadcast waits for each window, but not for ever: on a busy machine a list may follow a little later.

@@ -4,6 +4,7 @@
 // The suite lets them go on for 20 seconds; with QX_THOROUGH=1 an hour, with QX_MINUTES=n that long.
 #include "host/utf8.h"
 #include "phonebook/file/file_replacement.h"
+#include "support/child_process.h"
 #include "support/phone_book_session.h"
 #include "support/temporary_folder.h"
 #include "support/thorough.h"
@@ -24,44 +25,27 @@ int RoundsToPlay()
     return minutes != nullptr ? std::atoi(minutes) * 60 / kRoundSeconds : Rounds(1, 3600 / kRoundSeconds);
 }
 
-class PhoneBookUser {
+class PhoneBookUser : NoCopy {
 public:
     PhoneBookUser(const std::wstring& printer, const std::wstring& role, bool away, std::filesystem::path log)
-        : log_(std::move(log))
+        : log_(std::move(log)),
+          process_(ProgramBeside(L"phone_book_user.exe"),
+                   {printer, role, std::to_wstring(kRoundSeconds), log_.wstring(), away ? L"away" : L"here"})
     {
-        wchar_t self[MAX_PATH] = L"";
-        GetModuleFileNameW(nullptr, self, MAX_PATH);
-        const std::filesystem::path program = std::filesystem::path(self).parent_path() / L"phone_book_user.exe";
-        std::wstring command = L"\"" + program.wstring() + L"\" \"" + printer + L"\" " + role + L' ' +
-                               std::to_wstring(kRoundSeconds) + L" \"" + log_.wstring() +
-                               (away ? L"\" away" : L"\" here");
-        STARTUPINFOW start{};
-        start.cb = sizeof start;
-        if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start, &process_))
-            throw std::runtime_error("cannot start the user");
     }
-    ~PhoneBookUser()
-    {
-        TerminateProcess(process_.hProcess, 1);
-        CloseHandle(process_.hThread);
-        CloseHandle(process_.hProcess);
-    }
-    PhoneBookUser(const PhoneBookUser&) = delete;
-    PhoneBookUser& operator=(const PhoneBookUser&) = delete;
+    ~PhoneBookUser() { process_.Kill(1); }
 
     void WaitForEnd() const
     {
         constexpr DWORD kPatienceMilliseconds = (kRoundSeconds + 60) * 1000;
-        DWORD code = STILL_ACTIVE;
-        ASSERT_EQ(WaitForSingleObject(process_.hProcess, kPatienceMilliseconds), WAIT_OBJECT_0) << "hangs: " << log_;
-        GetExitCodeProcess(process_.hProcess, &code);
-        EXPECT_EQ(code, 0u) << log_;
+        ASSERT_TRUE(process_.EndsWithin(kPatienceMilliseconds)) << "hangs: " << log_;
+        EXPECT_EQ(process_.ExitCode(), 0u) << log_;
     }
     const std::filesystem::path& LogFile() const { return log_; }
 
 private:
     const std::filesystem::path log_;
-    PROCESS_INFORMATION process_{};
+    const ChildProcess process_;
 };
 
 struct Tally {
