@@ -18,6 +18,7 @@ public:
     ~FaxJob() { QxFaxReleaseJob(&record_); }
 
     FaxJobData& Record() { return record_; }
+    const FaxJobData& Record() const { return record_; }
     bool Sent() const { return record_.Cancelled == 0; }
 
     // The record as JSON (UTF-8), its fields under their own names, and the outcome in a word.
@@ -32,6 +33,7 @@ class FaxModule {
 public:
     explicit FaxModule(const std::filesystem::path& file);
 
+    HMODULE Handle() const { return module_.Get(); }
     void DisplayFaxUi(HANDLE printer, FaxJobData& record) const { displayFaxUi_(printer, &record); }
 
 private:

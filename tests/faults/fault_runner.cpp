@@ -133,19 +133,17 @@ std::string PlaySession(HANDLE printer, FaxJobData& record, const std::vector<Sc
     std::string difference;
     std::thread thread([&] {
         const std::wstring path = (BuiltFolder() / L"qxfaxui.dll").wstring();
-        const HMODULE module = LoadLibraryW(path.c_str());
         HostState before, after;
         {
-            EveryCall calls(module);
-            const auto display = reinterpret_cast<decltype(&DisplayFaxUI)>(
-                reinterpret_cast<void*>(GetProcAddress(module, "DisplayFaxUI")));
+            const host::FaxModule module(path);
+            EveryCall calls(module.Handle());
             const HeldCounts held = calls.Holds();
             before = StateOfHost();
             {
                 ScriptedUser user(steps);
                 if (arm)
                     arm(calls);
-                display(printer, &record);
+                module.DisplayFaxUi(printer, record);
                 played.failed = calls.HasFailed();
                 calls.Stop();
             }
@@ -157,7 +155,6 @@ std::string PlaySession(HANDLE printer, FaxJobData& record, const std::vector<Sc
             if (seen != nullptr)
                 *seen = calls.Seen();
         }
-        FreeLibrary(module);
         after.moduleIsLoaded = GetModuleHandleW(path.c_str()) != nullptr;
         difference = after.DifferenceTo(before);
         SetEvent(finished.Get());
@@ -407,20 +404,16 @@ int Cut(Player& player, const char* reportFile)
 // Comes back when the call is not reached.
 int End(Scenario& scenario, const std::vector<std::string>& arguments)
 {
-    std::wstring name = host::Wide(arguments[3]);
-    PRINTER_DEFAULTSW access{nullptr, nullptr, PRINTER_ALL_ACCESS};
-    UniquePrinter printer;
-    if (!OpenPrinterW(name.data(), printer.Receive(), &access))
-        return 1;
+    const UniquePrinter printer = host::OpenFaxPrinter(host::Wide(arguments[3]));
     scenario.Enter(nullptr, host::Wide(arguments[4]));
     KeepDocumentLibrary();
     const SeenCall call{.function = arguments[5], .number = std::atol(arguments[6].c_str()), .place = 0};
     const Instant instant = arguments[7] == "1" ? Instant::After : Instant::Before;
-    FaxJobData record;
-    QxFaxInitJob(&record);
+    host::FaxJob job;
     Played played;
     PlaySession(
-        printer.Get(), record, scenario.Steps(), [&](EveryCall& calls) { calls.End(call, instant); }, played, nullptr);
+        printer.Get(), job.Record(), scenario.Steps(), [&](EveryCall& calls) { calls.End(call, instant); }, played,
+        nullptr);
     return 0;
 }
 

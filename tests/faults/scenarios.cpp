@@ -1,6 +1,7 @@
 #include "scenarios.h"
 
 #include "base/unique.h"
+#include "dialog/dialog.h"
 #include "phonebook/recent/recent_list.h"
 #include "res/add_recipients_ids.h"
 #include "res/cover_page_ids.h"
@@ -15,7 +16,6 @@
 #include "support/help_viewer.h"
 
 #include <algorithm>
-#include <commctrl.h>
 #include <map>
 #include <optional>
 #include <prsht.h>
@@ -37,24 +37,7 @@ const Recipient kZoe{L"Zoe", L"99", L"Zoo"};
 
 std::wstring TextIn(HWND page, int id)
 {
-    wchar_t text[1024] = L"";
-    GetDlgItemTextW(page, id, text, 1024);
-    return text;
-}
-
-std::wstring CellText(HWND list, int row, int column)
-{
-    wchar_t text[260] = L"";
-    ListView_GetItemText(list, row, column, text, 260);
-    return text;
-}
-
-std::vector<std::wstring> NamesShown(HWND list)
-{
-    std::vector<std::wstring> names;
-    for (int row = 0; row < ListView_GetItemCount(list); ++row)
-        names.push_back(CellText(list, row, 0));
-    return names;
+    return WindowText(GetDlgItem(page, id));
 }
 
 DWORD ResolutionIn(HWND page)
@@ -74,9 +57,7 @@ Job ShownIn(HWND sheet)
     const HWND page = PropSheet_IndexToHwnd(sheet, kFaxJobPage); // a Send that the other refused has shown that one
     if (page == nullptr)
         throw std::runtime_error("no page");
-    const HWND list = GetDlgItem(page, IDC_RECIPIENTS);
-    for (int row = 0; row < ListView_GetItemCount(list); ++row)
-        shown.recipients.push_back({CellText(list, row, 0), CellText(list, row, 1), CellText(list, row, 2)});
+    shown.recipients = RowsIn(GetDlgItem(page, IDC_RECIPIENTS));
     if (const std::wstring number = TextIn(page, IDC_FAX_NUMBER); !number.empty())
         shown.recipients.push_back({TextIn(page, IDC_NAME_BOX), number, TextIn(page, IDC_COMPANY)});
     shown.coverPage = IsDlgButtonChecked(page, IDC_COVER_PAGE) == BST_CHECKED;
@@ -300,7 +281,7 @@ protected:
     void AddOk(Script& steps)
     {
         steps.emplace_back([this](ScriptedUser& user) {
-            shown_ = NamesShown(user.Control(IDC_BOOK_LIST));
+            shown_ = NamesIn(user.Control(IDC_BOOK_LIST));
             user.Press(IDOK);
         });
     }
@@ -388,7 +369,7 @@ class EditPhoneBook : public Editing {
 
     static int RowOf(const ScriptedUser& user, const wchar_t* name, int list = IDC_BOOK_LIST)
     {
-        const std::vector<std::wstring> names = NamesShown(user.Control(list));
+        const std::vector<std::wstring> names = NamesIn(user.Control(list));
         const auto found = std::ranges::find(names, name);
         if (found == names.end())
             throw std::runtime_error("no such row");
@@ -462,11 +443,7 @@ class Export : public Editing {
 // ---- the user's own settings
 
 class EditDefaults : public Scenario {
-    void Prepare() override
-    {
-        for (const auto& [name, value] : Old())
-            Session().SetDefault(name, value);
-    }
+    void Prepare() override { Session().SetDefaults(Old()); }
     Script Steps() override
     {
         return {
@@ -506,29 +483,16 @@ class EditDefaults : public Scenario {
 public:
     static UserDefaults Old()
     {
-        return {{L"SenderName", L"Old Name"},
-                {L"SenderCompany", L"Old Company"},
-                {L"SenderFaxNo", L"51"},
-                {L"SenderVoiceNo", L"52"},
-                {L"CoverPageNotes", L"Old notes"},
-                {L"CoverPageSubject", L"Old subject"},
-                {L"OverlayPath", L""},
-                {L"NotifyEmail", L"old@example.com"},
-                {L"Resolution", 1u},
-                {L"NotifyOn", 1u},
-                {L"NotifyMethod", 2u},
-                {L"AddCoverPage", 1u},
-                {L"ShowPreview", 0u},
-                {L"ApplyDefaults", 1u}};
+        UserDefaults old = SampleDefaults();
+        old[L"OverlayPath"] = L""; // there is no such image
+        old[L"ShowPreview"] = 0u;
+        old[L"Resolution"] = 1u;
+        return old;
     }
 };
 
 class EditDefaultsAndSend : public Sending {
-    void Prepare() override
-    {
-        for (const auto& [name, value] : EditDefaults::Old())
-            Session().SetDefault(name, value);
-    }
+    void Prepare() override { Session().SetDefaults(EditDefaults::Old()); }
     Script Steps() override
     {
         Script steps{
@@ -553,7 +517,7 @@ class EditDefaultsAndSend : public Sending {
     Verdict Judge(const FaxJobData& record) override
     {
         const Verdict sending =
-            JudgeSending(record, {{kBob}, true, L"Old notes", L"New Subject", L"0042", L"New Name", 2});
+            JudgeSending(record, {{kBob}, true, L"line 1\r\nline 2", L"New Subject", L"0042", L"New Name", 2});
         const Verdict book = JudgeBook({});
         return book.kind == Kind::Wrong ? book : sending;
     }

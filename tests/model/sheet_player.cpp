@@ -15,7 +15,6 @@
 #include <cstdio>
 #include <fstream>
 #include <thread>
-#include <winspool.h>
 
 namespace qx::test {
 namespace {
@@ -27,13 +26,11 @@ class Player {
 public:
     explicit Player(wchar_t** arguments)
         : phoneBook_(arguments[3]), report_(arguments[4]), script_(arguments[5]),
-          watchdog_([this](const std::stop_token& stop) { Watch(stop); })
+          printer_(host::OpenFaxPrinter(arguments[1])), watchdog_([this](const std::stop_token& stop) { Watch(stop); })
     {
-        const HMODULE module = LoadLibraryW((host::DriverFolder() / L"qxfaxui.dll").c_str());
-        OpenPrinterW(arguments[1], &around_.printer, nullptr);
+        around_.printer = printer_.Get();
+        around_.module = &module_;
         around_.guid = arguments[2];
-        around_.display =
-            reinterpret_cast<decltype(&DisplayFaxUI)>(reinterpret_cast<void*>(GetProcAddress(module, "DisplayFaxUI")));
         around_.phoneBook = phoneBook_;
         around_.folder = folder_.Path();
         around_.watcher = [this](const Event& event) {
@@ -43,7 +40,6 @@ public:
         };
         around_.mistaken = [this](const std::string& what) { EndBadly(what); };
     }
-    ~Player() { ClosePrinter(around_.printer); }
 
     void Play(unsigned first, unsigned count, int eventsEach)
     {
@@ -112,6 +108,8 @@ private:
     }
 
     const std::filesystem::path phoneBook_, report_, script_;
+    const host::FaxModule module_{host::DriverFolder() / L"qxfaxui.dll"};
+    const UniquePrinter printer_;
     const TemporaryFolder folder_;
     Surroundings around_;
     std::ofstream record_;

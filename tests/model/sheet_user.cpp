@@ -9,7 +9,6 @@
 #include "res/add_recipients_ids.h"
 #include "res/edit_phone_book_ids.h"
 #include "res/fax_job_page_ids.h"
-#include "res/send_settings_ids.h"
 #include "support/phone_book.h"
 #include "support/phone_book_session.h"
 #include "support/temporary_folder.h"
@@ -17,73 +16,24 @@
 #include <algorithm>
 #include <commctrl.h>
 #include <set>
-#include <span>
 #include <utility>
 
 namespace qx::test {
 
 namespace {
 
-// A setting, and the fields that show it: a text; or a check box, or buttons of which one is chosen, and the number
-// that the first one stands for.
-struct ShownSetting {
-    const wchar_t* name;
-    std::vector<int> controls;
-    std::optional<DWORD> first{};
-};
-
-const ShownSetting kSenderSettings[] = {
-    {L"SenderName", {IDC_SENDER_NAME}},
-    {L"SenderFaxNo", {IDC_SENDER_FAX}},
-    {L"SenderCompany", {IDC_SENDER_COMPANY}},
-    {L"SenderVoiceNo", {IDC_SENDER_VOICE}},
-    {L"NotifyEmail", {IDC_EMAIL}},
-    {L"Resolution", {IDC_STANDARD, IDC_FINE, IDC_SUPERFINE}, 0},
-    {L"NotifyOn", {IDC_NOTIFY_NEVER, IDC_NOTIFY_THIS_JOB, IDC_NOTIFY_ON_ERROR}, 0},
-    {L"NotifyMethod", {IDC_NOTIFY_PRINT, IDC_NOTIFY_EMAIL}, 1},
-    {L"ShowPreview", {IDC_PREVIEW}, 1},
-};
-const ShownSetting kCoverPage[] = {
-    {L"AddCoverPage", {IDC_COVER_PAGE}, 1},
-    {L"CoverPageNotes", {IDC_NOTES}},
-    {L"CoverPageSubject", {IDC_SUBJECT}},
-    {L"OverlayPath", {IDC_IMAGE}},
-};
-
-DefaultValue ValueIn(HWND dialog, const ShownSetting& setting)
-{
-    if (!setting.first)
-        return WindowText(GetDlgItem(dialog, setting.controls.front()));
-    const auto chosen = std::ranges::find_if(
-        setting.controls, [dialog](int button) { return IsDlgButtonChecked(dialog, button) == BST_CHECKED; });
-    return chosen != setting.controls.end() ? *setting.first + static_cast<DWORD>(chosen - setting.controls.begin())
-                                            : 0u;
-}
-
-UserDefaults SettingsIn(HWND dialog, std::span<const ShownSetting> shown)
-{
-    UserDefaults settings;
-    for (const ShownSetting& setting : shown)
-        settings[setting.name] = ValueIn(dialog, setting);
-    return settings;
-}
-
 UserDefaults NoSettings()
 {
-    UserDefaults none;
-    for (const std::span<const ShownSetting> all :
-         {std::span<const ShownSetting>(kSenderSettings), std::span<const ShownSetting>(kCoverPage)}) {
-        for (const ShownSetting& setting : all)
-            none[setting.name] = setting.first ? DefaultValue(0u) : DefaultValue(L"");
-    }
+    UserDefaults none = SampleDefaults();
+    none.erase(L"ApplyDefaults");
+    for (auto& [name, value] : none)
+        value = std::holds_alternative<DWORD>(value) ? DefaultValue(0u) : DefaultValue(L"");
     return none;
 }
 
 void ExpectAmong(const UserDefaults& all, const UserDefaults& shown, const char* what)
 {
-    UserDefaults expected = all;
-    std::erase_if(expected, [&](const auto& setting) { return !shown.contains(setting.first); });
-    ExpectEqual(shown, expected, what);
+    ExpectEqual(shown, ThoseAmong(all, shown), what);
 }
 
 // A number stands between marks in a mirrored list.
@@ -95,23 +45,6 @@ std::wstring WithoutMarks(std::wstring text)
 
 } // namespace
 
-UserDefaults SenderSettingsIn(HWND dialog)
-{
-    return SettingsIn(dialog, kSenderSettings);
-}
-
-UserDefaults CoverPageIn(HWND dialog)
-{
-    return SettingsIn(dialog, kCoverPage);
-}
-
-std::wstring CellText(HWND list, int row, int column)
-{
-    wchar_t text[300] = L"";
-    ListView_GetItemText(list, row, column, text, 300);
-    return text;
-}
-
 DWORD IdOfRow(HWND list, int row)
 {
     LVITEMW item{};
@@ -121,16 +54,6 @@ DWORD IdOfRow(HWND list, int row)
     return static_cast<DWORD>(item.lParam);
 }
 
-std::vector<Recipient> RecipientsIn(const FaxJobData& record)
-{
-    std::vector<Recipient> recipients;
-    for (INT32 i = 0; i < record.RecipientCount; ++i) {
-        const FaxRecipient& recipient = *record.Recipients.Items[i];
-        recipients.push_back({recipient.Name, recipient.FaxNumber, recipient.Company});
-    }
-    return recipients;
-}
-
 // ---- life -----------------------------------------------------------------------------------------------------------
 
 SheetUser::SheetUser(Surroundings surroundings, unsigned seed)
@@ -138,13 +61,7 @@ SheetUser::SheetUser(Surroundings surroundings, unsigned seed)
 {
     if (seed % 2 == 0)
         windowsComboBoxes_.emplace();
-    QxFaxInitJob(&record);
     Restart();
-}
-
-SheetUser::~SheetUser()
-{
-    QxFaxReleaseJob(&record);
 }
 
 // A phone book, recent recipients, and no defaults.
@@ -196,7 +113,7 @@ void SheetUser::Play(EventSource& events)
         } else if (!events.IsAtItsEnd()) {
             BeginSession();
             turns_.Begin();
-            around.display(around.printer, &record);
+            around.module->DisplayFaxUi(around.printer, record);
             turns_.End();
         }
     }
@@ -362,10 +279,9 @@ Recipient SheetUser::FieldsOn(HWND page)
 
 std::vector<Recipient> SheetUser::RowsOf(int list) const
 {
-    std::vector<Recipient> shown;
-    const HWND window = Control(list);
-    for (int row = 0; row < ListView_GetItemCount(window); ++row)
-        shown.push_back({CellText(window, row, 0), WithoutMarks(CellText(window, row, 1)), CellText(window, row, 2)});
+    std::vector<Recipient> shown = RowsIn(Control(list));
+    for (Recipient& row : shown)
+        row.faxNumber = WithoutMarks(row.faxNumber);
     return shown;
 }
 

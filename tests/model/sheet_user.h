@@ -7,8 +7,10 @@
 #pragma once
 
 #include "events.h"
+#include "host/job.h"
 #include "sheet_model.h"
 #include "support/dialog_hands.h"
+#include "support/recipients.h"
 #include "support/windows_combo_box.h"
 #include "turns.h"
 
@@ -25,8 +27,8 @@ namespace qx::test {
 
 struct Surroundings {
     HANDLE printer = nullptr;
+    const host::FaxModule* module = nullptr;
     std::wstring guid;
-    decltype(&DisplayFaxUI) display = nullptr;
     std::filesystem::path phoneBook;
     std::filesystem::path folder;                     // for files of the user's own
     std::function<void(const Event&)> watcher;        // before each event
@@ -43,7 +45,6 @@ struct Offer {
 struct SheetUser : DialogHands {
     // On every second seed with a combo box that behaves as on Windows.
     SheetUser(Surroundings surroundings, unsigned seed);
-    ~SheetUser();
 
     // One session after the other until there are no more events.
     void Play(EventSource& events);
@@ -91,7 +92,8 @@ struct SheetUser : DialogHands {
 
     const Surroundings around;
     std::minstd_rand random; // of the present event
-    FaxJobData record{};
+    host::FaxJob job;
+    FaxJobData& record = job.Record();
     unsigned boxes = 0;  // answered so far
     bool agreed = false; // to the last one
     HWND combo = nullptr, nameEdit = nullptr, nameList = nullptr;
@@ -134,11 +136,6 @@ inline constexpr int kFaxJobPage = 0, kSetupPage = 1;
 inline constexpr DWORD kNothingSaid = 7;      // what the driver finds when the module has not written an outcome
 inline constexpr std::size_t kMostItems = 40; // of a phone book: a longer one makes events dear, and nothing new
 
-// What dialogs show: the settings of the sender, those of the cover page.
-UserDefaults SenderSettingsIn(HWND dialog);
-UserDefaults CoverPageIn(HWND dialog);
-std::wstring CellText(HWND list, int row, int column);
 DWORD IdOfRow(HWND list, int row);
-std::vector<Recipient> RecipientsIn(const FaxJobData& record);
 
 } // namespace qx::test

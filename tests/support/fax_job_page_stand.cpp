@@ -1,17 +1,8 @@
 #include "support/fax_job_page_stand.h"
 
-#include "host/utf8.h"
-
-#include <ostream>
 #include <stdexcept>
 
 namespace qx::test {
-
-std::ostream& operator<<(std::ostream& out, const Row& row)
-{
-    return out << '{' << host::Utf8(row.name) << " | " << host::Utf8(row.faxNumber) << " | " << host::Utf8(row.company)
-               << '}';
-}
 
 FaxJobPageStand::FaxJobPageStand()
     : sheet_(CreateWindowExW(WS_EX_CONTROLPARENT, WC_DIALOG, L"Sheet", WS_OVERLAPPEDWINDOW, 40, 40, 560, 560, nullptr,
@@ -165,32 +156,6 @@ std::wstring FaxJobPageStand::Text(int id) const
 bool FaxJobPageStand::IsVisible(int id) const
 {
     return (GetWindowLongPtrW(Control(id), GWL_STYLE) & WS_VISIBLE) != 0;
-}
-
-std::vector<Row> FaxJobPageStand::Rows() const
-{
-    const HWND list = Control(IDC_RECIPIENTS);
-    const auto cell = [&](int row, int column) {
-        wchar_t text[300] = L"";
-        LVITEMW item{};
-        item.iSubItem = column;
-        item.pszText = text;
-        item.cchTextMax = 300;
-        SendMessageW(list, LVM_GETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
-        return std::wstring(text);
-    };
-    std::vector<Row> rows;
-    for (int row = 0; row < ListView_GetItemCount(list); ++row)
-        rows.push_back({cell(row, 0), cell(row, 1), cell(row, 2)});
-    return rows;
-}
-
-std::vector<Row> FaxJobPageStand::Recipients()
-{
-    std::vector<Row> rows;
-    for (const FaxRecipient* const recipient : RecipientsOf(Job()))
-        rows.push_back({recipient->Name, recipient->FaxNumber, recipient->Company});
-    return rows;
 }
 
 std::vector<std::wstring> FaxJobPageStand::Names() const

@@ -8,18 +8,13 @@
 #include "support/message_boxes.h"
 #include "support/phone_book.h"
 #include "support/windows_combo_box.h"
+#include "support/recipients.h"
 
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace qx::test {
-
-struct Row {
-    std::wstring name, faxNumber, company;
-    bool operator==(const Row&) const = default;
-};
-std::ostream& operator<<(std::ostream& out, const Row& row);
 
 class FaxJobPageStand : private PageHost {
 public:
@@ -64,8 +59,8 @@ public:
     std::wstring Text(int id) const;
     bool IsEnabled(int id) const { return IsWindowEnabled(Control(id)) != FALSE; }
     bool IsVisible(int id) const; // as far as the page decides
-    std::vector<Row> Rows() const;
-    std::vector<Row> Recipients();           // of the record
+    std::vector<Recipient> Rows() const { return RowsIn(Control(IDC_RECIPIENTS)); }
+    std::vector<Recipient> Recipients() { return RecipientsIn(Job()); }
     std::vector<std::wstring> Names() const; // rows of the name box
     bool NamesShown() const { return IsWindowVisible(page_.fields.nameBox.list) != FALSE; }
     std::wstring SelectedTail() const; // the selected characters of the name

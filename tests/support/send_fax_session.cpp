@@ -67,23 +67,18 @@ bool AllSelected(host::UiDriver& ui, int edit)
 
 SendFaxSession::SendFaxSession(SessionOptions options) : options_(OfItsOwn(std::move(options)))
 {
-    QxFaxInitJob(&record_);
     ForgetUser(); // a process of that number may have been ended in the middle
     host::Provision(options_.printer);
-    module_ = LoadLibraryW((host::DriverFolder() / L"qxfaxui.dll").c_str());
-    if (module_ == nullptr)
-        throw std::runtime_error(host::SystemError("cannot load the module", GetLastError()));
-    PRINTER_DEFAULTSW access{nullptr, nullptr, PRINTER_ALL_ACCESS};
-    OpenPrinterW(options_.printer.printer.data(), &printer_, &access);
+    module_.emplace(host::DriverFolder() / L"qxfaxui.dll");
+    printer_ = host::OpenFaxPrinter(options_.printer.printer);
     ui_.emplace();
 }
 
 SendFaxSession::~SendFaxSession()
 {
     ui_.reset(); // no more calls
-    QxFaxReleaseJob(&record_);
-    FreeLibrary(module_);
-    ClosePrinter(printer_);
+    module_.reset();
+    printer_.Reset();
     try {
         host::RemovePrinter(options_.printer.printer);
     } catch (const std::exception& failure) {
@@ -125,17 +120,15 @@ void SendFaxSession::WritePhoneBook(std::string_view xml) const
 
 void SendFaxSession::Start(std::function<void()> program)
 {
-    QxFaxReleaseJob(&record_);
+    QxFaxReleaseJob(&Record());
     if (options_.prepare)
-        options_.prepare(record_);
+        options_.prepare(Record());
     ui_->Show(std::move(program));
 }
 
 void SendFaxSession::Call()
 {
-    const auto display =
-        reinterpret_cast<decltype(&DisplayFaxUI)>(reinterpret_cast<void*>(GetProcAddress(module_, "DisplayFaxUI")));
-    display(printer_, &record_);
+    module_->DisplayFaxUi(printer_.Get(), Record());
 }
 
 const FaxJobData& SendFaxSession::Send()
@@ -153,17 +146,7 @@ const FaxJobData& SendFaxSession::Cancel()
 const FaxJobData& SendFaxSession::End()
 {
     ui_->End();
-    return record_;
-}
-
-std::vector<Recipient> SendFaxSession::Recipients() const
-{
-    std::vector<Recipient> recipients;
-    for (INT32 i = 0; i < record_.RecipientCount; ++i) {
-        const FaxRecipient& recipient = *record_.Recipients.Items[i];
-        recipients.push_back({recipient.Name, recipient.FaxNumber, recipient.Company});
-    }
-    return recipients;
+    return Record();
 }
 
 std::wstring SendFaxSession::SettingsKey() const

@@ -13,10 +13,11 @@
 #pragma once
 
 #include "base/no_copy.h"
+#include "host/job.h"
 #include "host/provision.h"
-#include "record/recipient.h"
 #include "support/built.h"
 #include "support/dialog_thread.h"
+#include "support/recipients.h"
 #include "support/user_defaults.h"
 
 #include <filesystem>
@@ -63,26 +64,26 @@ public:
     const FaxJobData& End(); // waits for the end of the call
 
     // ---- what came out
-    FaxJobData& Record() { return record_; }
-    std::vector<Recipient> Recipients() const;
+    FaxJobData& Record() { return job_.Record(); }
+    std::vector<Recipient> Recipients() const { return RecipientsIn(job_.Record()); }
     UserDefaults StoredDefaults() const;
 
     // ---- where things are
     const std::wstring& Printer() const { return options_.printer.printer; }
     const std::wstring& Guid() const { return *options_.printer.guid; }
-    HANDLE PrinterHandle() const { return printer_; }
+    HANDLE PrinterHandle() const { return printer_.Get(); }
     std::wstring SettingsKey() const; // "Software\Quillmarsh\" and the GUID, below HKEY_CURRENT_USER
     std::filesystem::path PhoneBookFile() const;
-    HMODULE Module() const { return module_; }
+    HMODULE Module() const { return module_->Handle(); }
     DWORD UiThread() const { return ui_->Id(); }
 
 private:
     void ForgetUser() const;
 
     SessionOptions options_;
-    HANDLE printer_ = nullptr;
-    HMODULE module_ = nullptr;
-    FaxJobData record_{};
+    std::optional<host::FaxModule> module_;
+    UniquePrinter printer_;
+    host::FaxJob job_;
     std::optional<DialogThread> ui_;
 };
 

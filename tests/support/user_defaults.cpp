@@ -1,7 +1,15 @@
 #include "support/user_defaults.h"
 
+#include "dialog/dialog.h"
 #include "record/fax_job_data.h"
+#include "res/cover_page_ids.h"
+#include "res/send_settings_ids.h"
 #include "support/test_printer.h"
+
+#include <algorithm>
+#include <optional>
+#include <span>
+#include <vector>
 
 namespace qx::test {
 
@@ -32,6 +40,50 @@ constexpr NumberField kNumbers[] = {
     {L"NotifyMethod", &FaxJobData::NotifyMethod}, {L"AddCoverPage", &FaxJobData::AddCoverPage},
     {L"ShowPreview", &FaxJobData::ShowPreview},   {L"ApplyDefaults", &FaxJobData::ApplyDefaults},
 };
+
+// A setting, and the fields that show it: a text; or a check box, or buttons of which one is chosen, and the number
+// that the first one stands for.
+struct ShownSetting {
+    const wchar_t* name;
+    std::vector<int> controls;
+    std::optional<DWORD> first{};
+};
+
+const ShownSetting kSenderSettings[] = {
+    {L"SenderName", {IDC_SENDER_NAME}},
+    {L"SenderFaxNo", {IDC_SENDER_FAX}},
+    {L"SenderCompany", {IDC_SENDER_COMPANY}},
+    {L"SenderVoiceNo", {IDC_SENDER_VOICE}},
+    {L"NotifyEmail", {IDC_EMAIL}},
+    {L"Resolution", {IDC_STANDARD, IDC_FINE, IDC_SUPERFINE}, 0},
+    {L"NotifyOn", {IDC_NOTIFY_NEVER, IDC_NOTIFY_THIS_JOB, IDC_NOTIFY_ON_ERROR}, 0},
+    {L"NotifyMethod", {IDC_NOTIFY_PRINT, IDC_NOTIFY_EMAIL}, 1},
+    {L"ShowPreview", {IDC_PREVIEW}, 1},
+};
+const ShownSetting kCoverPage[] = {
+    {L"AddCoverPage", {IDC_COVER_PAGE}, 1},
+    {L"CoverPageNotes", {IDC_NOTES}},
+    {L"CoverPageSubject", {IDC_SUBJECT}},
+    {L"OverlayPath", {IDC_IMAGE}},
+};
+
+DefaultValue ValueIn(HWND dialog, const ShownSetting& setting)
+{
+    if (!setting.first)
+        return WindowText(GetDlgItem(dialog, setting.controls.front()));
+    const auto chosen = std::ranges::find_if(
+        setting.controls, [dialog](int button) { return IsDlgButtonChecked(dialog, button) == BST_CHECKED; });
+    return chosen != setting.controls.end() ? *setting.first + static_cast<DWORD>(chosen - setting.controls.begin())
+                                            : 0u;
+}
+
+UserDefaults SettingsIn(HWND dialog, std::span<const ShownSetting> shown)
+{
+    UserDefaults settings;
+    for (const ShownSetting& setting : shown)
+        settings[setting.name] = ValueIn(dialog, setting);
+    return settings;
+}
 
 DefaultValue ValueOf(const StoredValue& stored)
 {
@@ -94,6 +146,23 @@ void SetDefaultsOf(FaxJobData& record, const UserDefaults& defaults)
         if (const auto found = defaults.find(number.name); found != defaults.end())
             record.*number.field = std::get<DWORD>(found->second);
     }
+}
+
+UserDefaults SenderSettingsIn(HWND dialog)
+{
+    return SettingsIn(dialog, kSenderSettings);
+}
+
+UserDefaults CoverPageIn(HWND dialog)
+{
+    return SettingsIn(dialog, kCoverPage);
+}
+
+UserDefaults ThoseAmong(const UserDefaults& all, const UserDefaults& some)
+{
+    UserDefaults those = all;
+    std::erase_if(those, [&](const auto& setting) { return !some.contains(setting.first); });
+    return those;
 }
 
 } // namespace qx::test

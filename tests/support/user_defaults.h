@@ -1,4 +1,4 @@
-// The user's standing send settings of a printer, as the registry and as a job record hold them.
+// The user's standing send settings of a printer, as the registry and a job record hold them and as dialogs show them.
 #pragma once
 
 #include <map>
@@ -21,5 +21,12 @@ UserDefaults SampleDefaults();
 
 UserDefaults DefaultsOf(const FaxJobData& record);
 void SetDefaultsOf(FaxJobData& record, const UserDefaults& defaults); // those of the names that are there
+
+// What a dialog shows: the sender, quality, notification and preview; and the cover page.
+UserDefaults SenderSettingsIn(HWND dialog);
+UserDefaults CoverPageIn(HWND dialog);
+
+// Those of the names that some has.
+UserDefaults ThoseAmong(const UserDefaults& all, const UserDefaults& some);
 
 } // namespace qx::test

@@ -11,7 +11,7 @@
 namespace qx::test {
 namespace {
 
-using Rows = std::vector<Row>;
+using Rows = std::vector<Recipient>;
 using Texts = std::vector<std::wstring>;
 
 class FaxJobPageTest : public testing::Test {

@@ -268,7 +268,7 @@ protected:
         DispatchPosted();
         EXPECT_EQ(GetFocus(), stand.Control(NumberFieldOf(stand.Page().fields)));
         EXPECT_TRUE(stand.Send());
-        EXPECT_EQ(stand.Recipients(), (std::vector<Row>{{L"", L"999", L""}}));
+        EXPECT_EQ(stand.Recipients(), (std::vector<Recipient>{{L"", L"999", L""}}));
     }
     void ExpectFields(const wchar_t* name, const wchar_t* faxNumber, const wchar_t* company)
     {
@@ -317,7 +317,7 @@ TEST_F(Typist, WhoTypesOnToAnotherNameAndPressesAButtonTakesThatOnesNumber)
 {
     stand.TypeName(L"andr");
     SendMessageW(stand.Page().dialog, WM_COMMAND, MAKEWPARAM(IDC_TO, BN_CLICKED), 0); // the focus stays in the name
-    EXPECT_EQ(stand.Recipients(), (std::vector<Row>{{L"Andrew", L"102", L"Mill"}}));
+    EXPECT_EQ(stand.Recipients(), (std::vector<Recipient>{{L"Andrew", L"102", L"Mill"}}));
 }
 
 TEST_F(Typist, WhoTypesOnToANameWithoutNumberTakesNobody)
@@ -337,7 +337,7 @@ TEST_F(Typist, WhoTypesOnToAnotherNameAndSendsFaxesToThatOne)
 {
     stand.TypeName(L"andr");
     EXPECT_TRUE(stand.Send());
-    EXPECT_EQ(stand.Recipients(), (std::vector<Row>{{L"Andrew", L"102", L"Mill"}}));
+    EXPECT_EQ(stand.Recipients(), (std::vector<Recipient>{{L"Andrew", L"102", L"Mill"}}));
 }
 
 TEST_F(Typist, WhoTypesOnToAGroupSeesItBeforeASendLeavesItOut)
@@ -384,7 +384,7 @@ TEST_F(Typist, WhoGoesOnToAnotherFieldHasSeenTheGroup)
     Leave();
     DispatchPosted();
     EXPECT_TRUE(stand.Send());
-    EXPECT_EQ(stand.Recipients(), (std::vector<Row>{{L"", L"999", L""}}));
+    EXPECT_EQ(stand.Recipients(), (std::vector<Recipient>{{L"", L"999", L""}}));
 }
 
 TEST_F(Typist, WhoHasSeenTheGroupSendsAtOnce)
@@ -474,7 +474,7 @@ TEST_F(Typist, WhoTypesOnToAnotherNameAndClicksTheButtonTakesThatOne)
     };
     stand.TypeName(L"andr");
     click();
-    EXPECT_EQ(stand.Recipients(), (std::vector<Row>{{L"Andrew", L"102", L"Mill"}}));
+    EXPECT_EQ(stand.Recipients(), (std::vector<Recipient>{{L"Andrew", L"102", L"Mill"}}));
     SetFocus(Edit());
     stand.TypeName(L"an"); // Andrew is now the first of them
     stand.PressNameKey(VK_BACK);
@@ -636,7 +636,7 @@ TEST_F(NameBox, WhatComesAfterTheUserHasLeftIsNotCompleted)
     EXPECT_FALSE(stand.NamesShown());
     EXPECT_EQ(Fax(), L"555");
     stand.Press(IDC_TO);
-    EXPECT_EQ(stand.Recipients(), (std::vector<Row>{{L"an", L"555", L""}}));
+    EXPECT_EQ(stand.Recipients(), (std::vector<Recipient>{{L"an", L"555", L""}}));
 }
 
 // ---- a combo box as on Windows
@@ -683,9 +683,10 @@ TEST_F(NameBox, NoKeyAndNoWheelPutsAnotherNameBesideANumber)
                 SendMessageW(Combo(), CB_SHOWDROPDOWN, FALSE, 0);
             ASSERT_EQ(Name(), L"A");
             act(stand);
-            const Row shown{Name(), Fax(), L""};
-            const bool one = shown == Row{L"A", L"555", L""} || shown == Row{L"Anna", L"101", L""};
-            EXPECT_TRUE(one) << shown << " after act " << &act - kActs << (open ? ", open" : "");
+            const Recipient shown{Name(), Fax(), L""};
+            const bool one = shown == Recipient{L"A", L"555", L""} || shown == Recipient{L"Anna", L"101", L""};
+            EXPECT_TRUE(one) << ::testing::PrintToString(shown) << " after act " << &act - kActs
+                             << (open ? ", open" : "");
         }
     }
 }
@@ -1154,7 +1155,7 @@ TEST_F(NameBoxWithTexts, ANumberThatStandsInTheFieldsIsWhatIsAddedNotAGroupOfTha
     stand.SetText(IDC_FAX_NUMBER, L"555");
     stand.TypeName(L"team");
     stand.Press(IDC_TO);
-    EXPECT_EQ(stand.Recipients(), (std::vector<Row>{{L"Team", L"555", L""}}));
+    EXPECT_EQ(stand.Recipients(), (std::vector<Recipient>{{L"Team", L"555", L""}}));
 }
 
 // ---- the registry

@@ -4,6 +4,7 @@
 //   phone_book_neighbour PRINTER
 //   names        the names in the picker's list, separated by |
 //   add NAME     adds an entry with the phone book editor, which saves the phone book
+#include "host/job.h"
 #include "host/provision.h"
 #include "host/utf8.h"
 #include "res/add_recipients_ids.h"
@@ -13,14 +14,12 @@
 #include "support/dialog_thread.h"
 
 #include <iostream>
-#include <qxfax/send_fax.h>
 #include <string>
-#include <winspool.h>
 
 namespace qx::test {
 namespace {
 
-std::wstring Names(host::UiDriver& ui)
+std::string Names(host::UiDriver& ui)
 {
     std::wstring names;
     for (int row = 0; row < ui.RowCount(IDC_PICK_LIST); ++row)
@@ -51,23 +50,14 @@ void Obey(host::UiDriver& ui)
 
 int Run(const std::wstring& printerName)
 {
-    const HMODULE module = LoadLibraryW((host::DriverFolder() / L"qxfaxui.dll").c_str());
-    const auto display =
-        reinterpret_cast<decltype(&DisplayFaxUI)>(reinterpret_cast<void*>(GetProcAddress(module, "DisplayFaxUI")));
-    HANDLE printer = nullptr;
-    OpenPrinterW(const_cast<wchar_t*>(printerName.c_str()), &printer, nullptr);
-    FaxJobData job;
-    QxFaxInitJob(&job);
-    {
-        DialogThread conversation([&] { display(printer, &job); });
-        conversation.Ui().WaitForControl(IDC_PHONE_BOOK);
-        conversation.Ui().Press(IDC_PHONE_BOOK);
-        std::cout << "ready" << std::endl;
-        Obey(conversation.Ui());
-    }
-    QxFaxReleaseJob(&job);
-    ClosePrinter(printer);
-    FreeLibrary(module);
+    const host::FaxModule module(host::DriverFolder() / L"qxfaxui.dll");
+    const UniquePrinter printer = host::OpenFaxPrinter(printerName);
+    host::FaxJob job;
+    DialogThread conversation([&] { module.DisplayFaxUi(printer.Get(), job.Record()); });
+    conversation.Ui().WaitForControl(IDC_PHONE_BOOK);
+    conversation.Ui().Press(IDC_PHONE_BOOK);
+    std::cout << "ready" << std::endl;
+    Obey(conversation.Ui());
     return 0;
 }
 

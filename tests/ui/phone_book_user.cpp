@@ -7,6 +7,7 @@
 // To LOG it writes, line by line, "saved NAME" for each of its own entries in a phone book that has taken its place,
 // and "deleting NAME" before it deletes one of them.
 #include "base/unique.h"
+#include "host/job.h"
 #include "host/provision.h"
 #include "host/utf8.h"
 #include "res/add_recipients_ids.h"
@@ -23,10 +24,8 @@
 #include <functional>
 #include <iostream>
 #include <optional>
-#include <qxfax/send_fax.h>
 #include <random>
 #include <string>
-#include <winspool.h>
 
 namespace qx::test {
 namespace {
@@ -95,17 +94,6 @@ private:
 };
 
 // ---- the user ------------------------------------------------------------------------------------------------------
-
-std::vector<std::wstring> NamesShown(HWND list)
-{
-    std::vector<std::wstring> names;
-    for (int row = 0; row < ListView_GetItemCount(list); ++row) {
-        wchar_t text[64] = L"";
-        ListView_GetItemText(list, row, 0, text, 64);
-        names.emplace_back(text);
-    }
-    return names;
-}
 
 class User {
 public:
@@ -187,7 +175,7 @@ private:
 
     void DeleteTheOldest(ScriptedUser& user)
     {
-        const std::vector<std::wstring> names = NamesShown(user.Control(IDC_BOOK_LIST));
+        const std::vector<std::wstring> names = NamesIn(user.Control(IDC_BOOK_LIST));
         const auto oldest =
             std::ranges::find_if(own_, [&](const auto& name) { return std::ranges::find(names, name) != names.end(); });
         if (oldest == own_.end())
@@ -221,31 +209,20 @@ private:
     int count_ = 0;
 };
 
-int Run(wchar_t* printerName, const std::wstring& role, ULONGLONG seconds, const std::wstring& log, bool away)
+int Run(const wchar_t* printerName, const std::wstring& role, ULONGLONG seconds, const std::wstring& log, bool away)
 {
-    const HMODULE module = LoadLibraryW((host::DriverFolder() / L"qxfaxui.dll").c_str());
-    const auto display =
-        reinterpret_cast<decltype(&DisplayFaxUI)>(reinterpret_cast<void*>(GetProcAddress(module, "DisplayFaxUI")));
-    HANDLE printer = nullptr;
-    OpenPrinterW(printerName, &printer, nullptr);
+    const host::FaxModule module(host::DriverFolder() / L"qxfaxui.dll");
+    const UniquePrinter printer = host::OpenFaxPrinter(printerName);
     User user(role, log, away);
-    {
-        const Saves saves(module, [&user](const auto& names) { user.NoteSaved(names); });
-        std::optional<OtherMachine> otherMachine;
-        if (away)
-            otherMachine.emplace(module);
-        for (const ULONGLONG end = GetTickCount64() + seconds * 1000; GetTickCount64() < end;) {
-            FaxJobData job;
-            QxFaxInitJob(&job);
-            {
-                const ScriptedUser hands(user.NextSession());
-                display(printer, &job);
-            }
-            QxFaxReleaseJob(&job);
-        }
+    const Saves saves(module.Handle(), [&user](const auto& names) { user.NoteSaved(names); });
+    std::optional<OtherMachine> otherMachine;
+    if (away)
+        otherMachine.emplace(module.Handle());
+    for (const ULONGLONG end = GetTickCount64() + seconds * 1000; GetTickCount64() < end;) {
+        host::FaxJob job;
+        const ScriptedUser hands(user.NextSession());
+        module.DisplayFaxUi(printer.Get(), job.Record());
     }
-    ClosePrinter(printer);
-    FreeLibrary(module);
     return 0;
 }
 

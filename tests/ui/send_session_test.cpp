@@ -78,13 +78,12 @@ TEST(SendSession, CancelMarksTheJobCancelled)
 
 TEST(SendSession, ANullPrinterLeavesTheRecordUntouchedAndShowsNothing)
 {
-    const SendFaxSession session;
-    const auto display = reinterpret_cast<decltype(&DisplayFaxUI)>(
-        reinterpret_cast<void*>(GetProcAddress(session.Module(), "DisplayFaxUI")));
+    const SendFaxSession session; // puts the module there
+    const host::FaxModule module(host::DriverFolder() / L"qxfaxui.dll");
     FaxJobData record;
     std::memset(&record, 0xA5, sizeof record);
     FaxJobData before = record;
-    display(nullptr, &record);
+    module.DisplayFaxUi(nullptr, record);
     EXPECT_EQ(std::memcmp(&record, &before, sizeof record), 0);
 }
 

@@ -1,6 +1,5 @@
 // Two sessions at a time, on two threads of one process, as a print host has them that serves several programs.
 #include "base/no_copy.h"
-#include "host/utf8.h"
 #include "res/fax_job_page_ids.h"
 #include "support/bare_sheet.h"
 #include "support/resource_count.h"
@@ -54,12 +53,10 @@ private:
     void Call()
     {
         threadId_ = GetCurrentThreadId();
-        const auto display = reinterpret_cast<decltype(&DisplayFaxUI)>(
-            reinterpret_cast<void*>(GetProcAddress(session_.Module(), "DisplayFaxUI")));
         for (int i = 0; i < sessions_; ++i) {
             QxFaxReleaseJob(&session_.Record());
             SetEvent(called_);
-            display(session_.PrinterHandle(), &session_.Record());
+            session_.Call();
             SetEvent(returned_);
             WaitForSingleObject(checked_, INFINITE);
         }
@@ -175,18 +172,10 @@ private:
         if (session_.Record().Cancelled != 0)
             problems_.push_back("session " + std::to_string(i) + " was cancelled");
         else if (session_.Recipients() != std::vector<Recipient>{{Name(i), Number(i), L""}})
-            problems_.push_back("session " + std::to_string(i) + " sent to " + Sent());
+            problems_.push_back("session " + std::to_string(i) + " sent to " +
+                                ::testing::PrintToString(session_.Recipients()));
         else
             ++sent_;
-    }
-
-    std::string Sent()
-    {
-        std::string all;
-        for (const Recipient& recipient : session_.Recipients())
-            all += "'" + host::Utf8(recipient.name) + "' '" + host::Utf8(recipient.faxNumber) + "' '" +
-                   host::Utf8(recipient.company) + "'; ";
-        return all.empty() ? "nobody" : all;
     }
 
     std::wstring Numbered(std::wstring_view before, int i) const
