@@ -37,6 +37,7 @@ struct BoxContents {
     std::wstring text;
     UINT icon = 0;            // MB_ICONERROR, MB_ICONWARNING, MB_ICONQUESTION, MB_ICONINFORMATION or 0
     std::vector<int> buttons; // IDOK, IDYES, ...
+    bool operator==(const BoxContents&) const = default;
 };
 
 class UiDriver : NoCopy {

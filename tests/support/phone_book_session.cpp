@@ -2,7 +2,12 @@
 
 #include "host/utf8.h"
 #include "phonebook/file/phone_book_file.h"
+#include "res/add_recipients_ids.h"
+#include "res/edit_phone_book_ids.h"
+#include "res/entry_ids.h"
 #include "res/fax_job_page_ids.h"
+#include "res/group_ids.h"
+#include "res/map_custom_fields_ids.h"
 #include "res/setup_page_ids.h"
 
 #include <commctrl.h>
@@ -101,6 +106,82 @@ std::vector<std::wstring> PhoneBookSession::SavedNames() const
         names.push_back(item.name);
     return names;
 }
+
+SavedItem PhoneBookSession::Saved(std::wstring_view name) const
+{
+    for (const SavedItem& item : SavedBook()) {
+        if (item.name == name)
+            return item;
+    }
+    return {};
+}
+
+// ---- the user
+
+void Pick(host::UiDriver& ui, const std::vector<int>& rows)
+{
+    ui.SelectRows(IDC_PICK_LIST, rows);
+    ui.Press(IDC_PICK_TO);
+}
+
+void AddEntry(host::UiDriver& ui, std::wstring_view name, std::wstring_view faxNumber)
+{
+    ui.Press(IDC_BOOK_ADD_ENTRY);
+    TypeEntry(ui, name, faxNumber);
+    ui.Press(IDOK);
+}
+
+void EditRow(host::UiDriver& ui, int row)
+{
+    ui.SelectRows(IDC_BOOK_LIST, {row});
+    ui.Press(IDC_BOOK_EDIT);
+}
+
+void DeleteRows(host::UiDriver& ui, const std::vector<int>& rows)
+{
+    ui.SelectRows(IDC_BOOK_LIST, rows);
+    ui.Press(IDC_BOOK_DELETE);
+    ui.AnswerBox(IDOK);
+}
+
+void ImportFile(host::UiDriver& ui, const std::filesystem::path& csv, int columns)
+{
+    ui.Press(IDC_BOOK_IMPORT);
+    ui.AnswerFileDialog(csv);
+    ui.WaitForControl(IDC_MAP);
+    for (int column = 0; column < columns; ++column) {
+        ui.SelectRows(IDC_MAP_SOURCE_FIELDS, {column});
+        ui.SelectRows(IDC_MAP_DESTINATIONS, {column});
+        ui.Press(IDC_MAP);
+    }
+    ui.Press(IDOK);
+}
+
+void ExportFile(host::UiDriver& ui, const std::filesystem::path& csv)
+{
+    ui.Press(IDC_BOOK_EXPORT);
+    ui.AnswerFileDialog(csv);
+}
+
+void TypeEntry(host::UiDriver& ui, std::wstring_view name, std::wstring_view faxNumber)
+{
+    ui.Type(IDC_ENTRY_NAME, name);
+    ui.Type(IDC_ENTRY_FAX_NUMBER, faxNumber);
+}
+
+void AddMembers(host::UiDriver& ui, const std::vector<int>& rows)
+{
+    ui.SelectRows(IDC_GROUP_ENTRIES, rows);
+    ui.Press(IDC_GROUP_ADD);
+}
+
+void OkAndSave(host::UiDriver& ui)
+{
+    ui.Press(IDOK);
+    ui.Press(IDOK);
+}
+
+// ---- what there is
 
 std::vector<std::wstring> NamesIn(host::UiDriver& ui, int list)
 {

@@ -44,8 +44,30 @@ public:
     host::UiDriver& OpenEditor(); // by way of the Setup page
 
     std::vector<SavedItem> SavedBook() const { return SavedIn(PhoneBookFile()); }
+    SavedItem Saved(std::wstring_view name) const; // an empty one when there is none of that name
     std::vector<std::wstring> SavedNames() const;
 };
+
+// ---- what a user does in the picker,
+
+void Pick(host::UiDriver& ui, const std::vector<int>& rows);
+
+// in the editor,
+
+void AddEntry(host::UiDriver& ui, std::wstring_view name, std::wstring_view faxNumber);
+void EditRow(host::UiDriver& ui, int row);
+void DeleteRows(host::UiDriver& ui, const std::vector<int>& rows); // and is sure of it
+// Maps so many of the file's first columns as they come: name, fax number, company.
+void ImportFile(host::UiDriver& ui, const std::filesystem::path& csv, int columns = 3);
+void ExportFile(host::UiDriver& ui, const std::filesystem::path& csv);
+
+// in the dialogs of an entry and of a group.
+
+void TypeEntry(host::UiDriver& ui, std::wstring_view name, std::wstring_view faxNumber);
+void AddMembers(host::UiDriver& ui, const std::vector<int>& rows);
+void OkAndSave(host::UiDriver& ui); // with the OK of the editor
+
+// ---- what there is
 
 // The names in the first column.
 std::vector<std::wstring> NamesIn(host::UiDriver& ui, int list);

@@ -8,6 +8,13 @@
 #include <fstream>
 #include <winspool.h>
 
+void qx::host::PrintTo(const BoxContents& box, std::ostream* out)
+{
+    *out << '\'' << Utf8(box.title) << "': '" << Utf8(box.text) << "', icon " << box.icon << ", buttons";
+    for (const int button : box.buttons)
+        *out << ' ' << button;
+}
+
 namespace qx::test {
 
 namespace fs = std::filesystem;
@@ -48,6 +55,21 @@ SessionOptions WithoutTextLibrary()
     SessionOptions options;
     options.printer.textLibrary = false;
     return options;
+}
+
+host::BoxContents ErrorBox(std::wstring text)
+{
+    return {L"QX MFP Send Fax Error", std::move(text), MB_ICONERROR, {IDOK}};
+}
+
+host::BoxContents WarningBox(std::wstring text, UINT icon, std::vector<int> buttons)
+{
+    return {L"QX MFP Send Fax Warning", std::move(text), icon, std::move(buttons)};
+}
+
+host::BoxContents InformationBox(std::wstring text)
+{
+    return {L"QX MFP Send Fax", std::move(text), MB_ICONINFORMATION, {IDOK}};
 }
 
 fs::path UsersDocuments()

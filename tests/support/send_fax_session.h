@@ -22,10 +22,17 @@
 
 #include <filesystem>
 #include <functional>
+#include <iosfwd>
 #include <optional>
 #include <qxfax/send_fax.h>
 #include <string>
 #include <vector>
+
+namespace qx::host {
+
+void PrintTo(const BoxContents& box, std::ostream* out);
+
+} // namespace qx::host
 
 namespace qx::test {
 
@@ -86,6 +93,11 @@ private:
     host::FaxJob job_;
     std::optional<DialogThread> ui_;
 };
+
+// Boxes of the module in English, to compare with.
+host::BoxContents ErrorBox(std::wstring text);
+host::BoxContents WarningBox(std::wstring text, UINT icon = MB_ICONWARNING, std::vector<int> buttons = {IDOK});
+host::BoxContents InformationBox(std::wstring text);
 
 // The user's documents folder.
 std::filesystem::path UsersDocuments();

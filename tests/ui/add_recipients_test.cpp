@@ -24,13 +24,7 @@ BookText Acquaintances()
         .Group(4, L"Sales", {3, 1});
 }
 
-void ExpectTooManyRecipients(const BoxContents& box)
-{
-    EXPECT_EQ(box.title, L"QX MFP Send Fax Error");
-    EXPECT_EQ(box.text, L"The maximum number of fax numbers has been entered.");
-    EXPECT_EQ(box.icon, static_cast<UINT>(MB_ICONERROR));
-    EXPECT_EQ(box.buttons, std::vector<int>{IDOK});
-}
+const BoxContents kTooManyRecipients = ErrorBox(L"The maximum number of fax numbers has been entered.");
 
 // The first text of a value of a recent recipient, which is named by its place.
 std::wstring RecentText(const PhoneBookSession& session, const std::wstring& place, const wchar_t* value)
@@ -92,8 +86,7 @@ TEST(AddRecipients, GroupAndOneOfItsMembersTogetherGiveTheMemberTwice)
 {
     PhoneBookSession session(Acquaintances());
     UiDriver& ui = session.OpenPicker();
-    ui.SelectRows(IDC_PICK_LIST, {0, 3});
-    ui.Press(IDC_PICK_TO);
+    Pick(ui, {0, 3});
     EXPECT_EQ(NamesIn(ui, IDC_PICK_CHOSEN), (Names{L"Ann", L"Cat", L"Ann"}));
     ui.Press(IDOK);
     EXPECT_EQ(NamesIn(ui, IDC_RECIPIENTS), (Names{L"Ann", L"Cat", L"Ann"}));
@@ -108,15 +101,12 @@ TEST(AddRecipients, HundredthRecipientIsTakenAndTheNextRefusedWithAMessage)
 {
     PhoneBookSession session(BookText().People(120));
     UiDriver& ui = session.OpenPicker();
-    ui.SelectRows(IDC_PICK_LIST, RowsUpTo(99));
-    ui.Press(IDC_PICK_TO);
+    Pick(ui, RowsUpTo(99));
     EXPECT_EQ(ui.RowCount(IDC_PICK_CHOSEN), 99);
-    ui.SelectRows(IDC_PICK_LIST, {100});
-    ui.Press(IDC_PICK_TO);
+    Pick(ui, {100});
     EXPECT_EQ(ui.RowCount(IDC_PICK_CHOSEN), 100);
-    ui.SelectRows(IDC_PICK_LIST, {101});
-    ui.Press(IDC_PICK_TO);
-    ExpectTooManyRecipients(ui.AnswerBox(IDOK));
+    Pick(ui, {101});
+    EXPECT_EQ(ui.AnswerBox(IDOK), kTooManyRecipients);
     EXPECT_EQ(ui.RowCount(IDC_PICK_CHOSEN), 100);
     EXPECT_EQ(ui.CellText(IDC_PICK_CHOSEN, 99, 0), L"Person 00100");
 }
@@ -125,9 +115,8 @@ TEST(AddRecipients, WhatWasTakenBeforeTheLimitStays)
 {
     PhoneBookSession session(BookText().People(120));
     UiDriver& ui = session.OpenPicker();
-    ui.SelectRows(IDC_PICK_LIST, RowsUpTo(120));
-    ui.Press(IDC_PICK_TO);
-    ExpectTooManyRecipients(ui.AnswerBox(IDOK));
+    Pick(ui, RowsUpTo(120));
+    EXPECT_EQ(ui.AnswerBox(IDOK), kTooManyRecipients);
     EXPECT_EQ(ui.RowCount(IDC_PICK_CHOSEN), 100);
 }
 
@@ -135,11 +124,9 @@ TEST(AddRecipients, GroupThatWouldPassTheLimitIsRefusedWholeEvenIfMembersAreGone
 {
     PhoneBookSession session(BookText().People(95).Group(200, L"Sales", {0, 1, 991, 992, 993, 994}));
     UiDriver& ui = session.OpenPicker();
-    ui.SelectRows(IDC_PICK_LIST, RowsUpTo(95));
-    ui.Press(IDC_PICK_TO);
-    ui.SelectRows(IDC_PICK_LIST, {95});
-    ui.Press(IDC_PICK_TO);
-    ExpectTooManyRecipients(ui.AnswerBox(IDOK));
+    Pick(ui, RowsUpTo(95));
+    Pick(ui, {95});
+    EXPECT_EQ(ui.AnswerBox(IDOK), kTooManyRecipients);
     EXPECT_EQ(ui.RowCount(IDC_PICK_CHOSEN), 95);
 }
 
@@ -147,13 +134,11 @@ TEST(AddRecipients, CancelAfterAddingAndDeletingLeavesTheRecipientsAsTheyWere)
 {
     PhoneBookSession session(Acquaintances());
     UiDriver& ui = session.OpenPicker();
-    ui.SelectRows(IDC_PICK_LIST, {1});
-    ui.Press(IDC_PICK_TO);
+    Pick(ui, {1});
     ui.Press(IDOK);
     ui.Press(IDC_PHONE_BOOK);
     EXPECT_EQ(NamesIn(ui, IDC_PICK_CHOSEN), Names{L"Bob"});
-    ui.SelectRows(IDC_PICK_LIST, {3});
-    ui.Press(IDC_PICK_TO);
+    Pick(ui, {3});
     ui.SelectRows(IDC_PICK_CHOSEN, {0, 1});
     ui.Press(IDC_PICK_DELETE);
     EXPECT_EQ(NamesIn(ui, IDC_PICK_CHOSEN), Names{L"Ann"});
@@ -167,8 +152,7 @@ TEST(AddRecipients, DeleteTakesExactlyTheSelectedRowsAndGoesOff)
 {
     PhoneBookSession session(BookText().People(6));
     UiDriver& ui = session.OpenPicker();
-    ui.SelectRows(IDC_PICK_LIST, RowsUpTo(6));
-    ui.Press(IDC_PICK_TO);
+    Pick(ui, RowsUpTo(6));
     ui.SelectRows(IDC_PICK_CHOSEN, {0, 3, 5});
     EXPECT_TRUE(ui.IsEnabled(IDC_PICK_DELETE));
     ui.Focus(IDC_PICK_DELETE);
@@ -186,8 +170,7 @@ TEST(AddRecipients, DeletingAllLeavesTheJobWithoutRecipients)
 {
     PhoneBookSession session(Acquaintances());
     UiDriver& ui = session.OpenPicker();
-    ui.SelectRows(IDC_PICK_LIST, {0, 1});
-    ui.Press(IDC_PICK_TO);
+    Pick(ui, {0, 1});
     ui.Press(IDOK);
     ui.Press(IDC_PHONE_BOOK);
     ui.SelectRows(IDC_PICK_CHOSEN, {0, 1});
@@ -256,8 +239,7 @@ TEST(AddRecipients, PickedItemsComeFirstAmongTheRecentOnesAGroupAsItself)
 {
     PhoneBookSession session(Acquaintances());
     UiDriver& ui = session.OpenPicker();
-    ui.SelectRows(IDC_PICK_LIST, {1, 3});
-    ui.Press(IDC_PICK_TO);
+    Pick(ui, {1, 3});
     ui.Press(IDCANCEL); // picked is used, sent or not
     EXPECT_EQ(RecentText(session, L"0", L"Name"), L"Sales");
     EXPECT_EQ(RecentText(session, L"1", nullptr), L"Bob");
@@ -268,12 +250,9 @@ TEST(AddRecipients, WhatWasChosenOutlivesTheEntryInThePhoneBook)
 {
     PhoneBookSession session(Acquaintances());
     UiDriver& ui = session.OpenPicker();
-    ui.SelectRows(IDC_PICK_LIST, {0, 1, 2});
-    ui.Press(IDC_PICK_TO);
+    Pick(ui, {0, 1, 2});
     ui.Press(IDC_PICK_EDIT_BOOK);
-    ui.SelectRows(IDC_BOOK_LIST, {0, 1});
-    ui.Press(IDC_BOOK_DELETE);
-    ui.AnswerBox(IDOK);
+    DeleteRows(ui, {0, 1});
     ui.Press(IDOK);
     EXPECT_EQ(NamesIn(ui, IDC_PICK_LIST), (Names{L"Cat", L"Sales"}));
     EXPECT_EQ(NamesIn(ui, IDC_PICK_CHOSEN), (Names{L"Ann", L"Bob", L"Cat"}));
@@ -288,11 +267,9 @@ TEST(AddRecipients, CancelledEditOfAChosenEntryDoesNotReachTheJob)
 {
     PhoneBookSession session(Acquaintances());
     UiDriver& ui = session.OpenPicker();
-    ui.SelectRows(IDC_PICK_LIST, {0});
-    ui.Press(IDC_PICK_TO);
+    Pick(ui, {0});
     ui.Press(IDC_PICK_EDIT_BOOK);
-    ui.SelectRows(IDC_BOOK_LIST, {0});
-    ui.Press(IDC_BOOK_EDIT);
+    EditRow(ui, 0);
     ui.Type(IDC_ENTRY_FAX_NUMBER, L"999");
     ui.Press(IDOK);
     ui.Press(IDCANCEL);
@@ -308,9 +285,7 @@ TEST(AddRecipients, CancelledEditsAreGoneFromTheListWhichIsSortedNow)
     UiDriver& ui = session.OpenPicker();
     EXPECT_EQ(NamesIn(ui, IDC_PICK_LIST), (Names{L"Zoe", L"Ann"}));
     ui.Press(IDC_PICK_EDIT_BOOK);
-    ui.SelectRows(IDC_BOOK_LIST, {0});
-    ui.Press(IDC_BOOK_DELETE);
-    ui.AnswerBox(IDOK);
+    DeleteRows(ui, {0});
     ui.Press(IDCANCEL);
     EXPECT_EQ(NamesIn(ui, IDC_PICK_LIST), (Names{L"Ann", L"Zoe"}));
 }

@@ -1,6 +1,5 @@
 // CSV files in the hands of a user: from the driver's call to the phone book editor and back into the phone book file.
 #include "res/edit_phone_book_ids.h"
-#include "res/map_custom_fields_ids.h"
 #include "support/phone_book_session.h"
 #include "support/temporary_folder.h"
 
@@ -9,7 +8,6 @@
 namespace qx::test {
 namespace {
 
-using host::BoxContents;
 using host::UiDriver;
 using Names = std::vector<std::wstring>;
 
@@ -21,15 +19,7 @@ protected:
     void Import(UiDriver& ui, const std::string& bytes, int columns)
     {
         WriteBytes(file_, bytes);
-        ui.Press(IDC_BOOK_IMPORT);
-        ui.AnswerFileDialog(file_);
-        ui.WaitForControl(IDC_MAP);
-        for (int column = 0; column < columns; ++column) {
-            ui.SelectRows(IDC_MAP_SOURCE_FIELDS, {column});
-            ui.SelectRows(IDC_MAP_DESTINATIONS, {column});
-            ui.Press(IDC_MAP);
-        }
-        ui.Press(IDOK);
+        ImportFile(ui, file_, columns);
     }
 
     TemporaryFolder folder_;
@@ -44,8 +34,7 @@ TEST_F(CsvSession, WhatOneUserExportsAnotherImportsAndSaves)
                                      .Entry(2, L"דנה", L"555*02#")
                                      .Group(3, L"Everyone", {1, 2}));
         UiDriver& ui = session.OpenEditor();
-        ui.Press(IDC_BOOK_EXPORT);
-        ui.AnswerFileDialog(file_);
+        ExportFile(ui, file_);
         EXPECT_EQ(ui.AnswerBox(IDOK).title, kSuccessTitle);
         EXPECT_EQ(ui.FocusedControl(), IDC_BOOK_EXPORT);
     }
@@ -68,10 +57,8 @@ TEST_F(CsvSession, RefusedRowsAreCountedAndTheRestIsShown)
     PhoneBookSession session(BookText().Entry(1, L"Ann", L"555"));
     UiDriver& ui = session.OpenEditor();
     Import(ui, "Who,Fax\r\nBob,556\r\nANN,555\r\nCara,five\r\nDan,fax\r\n", 2);
-    const BoxContents box = ui.AnswerBox(IDOK);
-    EXPECT_EQ(box.title, L"QX MFP Send Fax Warning");
-    EXPECT_EQ(box.text, L"3 entries were not imported:\n1 duplicate entry\n2 entries with an invalid fax number");
-    EXPECT_EQ(box.icon, static_cast<UINT>(MB_ICONWARNING));
+    EXPECT_EQ(ui.AnswerBox(IDOK),
+              WarningBox(L"3 entries were not imported:\n1 duplicate entry\n2 entries with an invalid fax number"));
     EXPECT_EQ(NamesIn(ui, IDC_BOOK_LIST), (Names{L"Ann", L"Bob"}));
 }
 
@@ -102,9 +89,7 @@ TEST_F(CsvSession, AFileThatIsNotUnderstoodIsNamedInTheError)
     WriteBytes(file_, "Who,Fax\r\nJ\xF6rg,1\r\n");
     ui.Press(IDC_BOOK_IMPORT);
     ui.AnswerFileDialog(file_);
-    const BoxContents box = ui.AnswerBox(IDOK);
-    EXPECT_EQ(box.title, L"QX MFP Send Fax Error");
-    EXPECT_EQ(box.text, L"Invalid file format. Cannot import data from " + file_.wstring() + L".");
+    EXPECT_EQ(ui.AnswerBox(IDOK), ErrorBox(L"Invalid file format. Cannot import data from " + file_.wstring() + L"."));
     EXPECT_EQ(NamesIn(ui, IDC_BOOK_LIST), Names{L"Ann"});
     EXPECT_EQ(ui.FocusedControl(), IDC_BOOK_IMPORT);
 }

@@ -10,7 +10,6 @@
 namespace qx::test {
 namespace {
 
-using host::BoxContents;
 using host::UiDriver;
 
 // Opens the dialog on a first use: nothing is stored, and the sheet starts on the Setup page.
@@ -256,20 +255,16 @@ TEST(EditDefaults, ABadAddressAndAMissingImageGiveOnlyTheMessageAboutTheAddress)
     ui.Check(IDC_COVER_PAGE, true);
     ui.Paste(IDC_IMAGE, L"C:\\missing.bmp");
     ui.Press(IDOK);
-    const BoxContents question = ui.AnswerBox(IDNO);
-    EXPECT_EQ(question.title, L"QX MFP Send Fax Warning");
-    EXPECT_EQ(question.text, L"The e-mail address is not in a recognized e-mail format.  Do you still want to use it?");
-    EXPECT_EQ(question.buttons, (std::vector<int>{IDYES, IDNO}));
+    EXPECT_EQ(ui.AnswerBox(IDNO),
+              WarningBox(L"The e-mail address is not in a recognized e-mail format.  Do you still want to use it?",
+                         MB_ICONWARNING, {IDYES, IDNO}));
     EXPECT_TRUE(ui.HasControl(IDC_APPLY_DEFAULTS)); // no second box, the dialog is still open
     EXPECT_EQ(ui.FocusedControl(), IDC_EMAIL);
     EXPECT_TRUE(AllSelected(ui, IDC_EMAIL));
 
     ui.Press(IDOK);
     ui.AnswerBox(IDYES);
-    const BoxContents error = ui.AnswerBox(IDOK);
-    EXPECT_EQ(error.title, L"QX MFP Send Fax Error");
-    EXPECT_EQ(error.text, L"The file cannot be found.");
-    EXPECT_EQ(error.icon, static_cast<UINT>(MB_ICONERROR));
+    EXPECT_EQ(ui.AnswerBox(IDOK), ErrorBox(L"The file cannot be found."));
     EXPECT_EQ(ui.FocusedControl(), IDC_IMAGE);
     EXPECT_TRUE(AllSelected(ui, IDC_IMAGE));
     EXPECT_EQ(session.StoredDefaults(), UserDefaults()); // nothing until all checks pass

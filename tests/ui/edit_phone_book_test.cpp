@@ -4,7 +4,6 @@
 #include "res/edit_phone_book_ids.h"
 #include "res/entry_ids.h"
 #include "res/group_ids.h"
-#include "res/map_custom_fields_ids.h"
 #include "res/setup_page_ids.h"
 #include "support/phone_book_session.h"
 
@@ -23,27 +22,7 @@ BookText Acquaintances()
     return BookText().Entry(1, L"Ann", L"111", L"Acme").Entry(2, L"Bob", L"222").Group(4, L"Sales", {2});
 }
 
-void ExpectBookIsFull(const BoxContents& box)
-{
-    EXPECT_EQ(box.title, L"QX MFP Send Fax Warning");
-    EXPECT_EQ(box.text, L"The maximum number of phone book entries has been entered.");
-    EXPECT_EQ(box.icon, static_cast<UINT>(MB_ICONERROR));
-}
-
-void DeleteRows(UiDriver& ui, const std::vector<int>& rows)
-{
-    ui.SelectRows(IDC_BOOK_LIST, rows);
-    ui.Press(IDC_BOOK_DELETE);
-    ui.AnswerBox(IDOK);
-}
-
-void AddEntry(UiDriver& ui, std::wstring_view name, std::wstring_view faxNumber)
-{
-    ui.Press(IDC_BOOK_ADD_ENTRY);
-    ui.Type(IDC_ENTRY_NAME, name);
-    ui.Type(IDC_ENTRY_FAX_NUMBER, faxNumber);
-    ui.Press(IDOK);
-}
+const BoxContents kBookIsFull = WarningBox(L"The maximum number of phone book entries has been entered.", MB_ICONERROR);
 
 // A file that goes with its test.
 class CsvFile {
@@ -59,18 +38,6 @@ public:
 private:
     std::filesystem::path path_;
 };
-
-// Answers the mapping dialog as a user does who takes the first three columns as they come.
-void MapColumnsInOrder(UiDriver& ui, const wchar_t* title = L"Map Custom Fields")
-{
-    ui.WaitForTitle(title);
-    for (const int column : {0, 1, 2}) {
-        ui.SelectRows(IDC_MAP_SOURCE_FIELDS, {column});
-        ui.SelectRows(IDC_MAP_DESTINATIONS, {column});
-        ui.Press(IDC_MAP);
-    }
-    ui.Press(IDOK);
-}
 
 TEST(EditPhoneBook, WithoutTheTextLibraryTheBuiltInTextsKeepTheirDash)
 {
@@ -96,21 +63,19 @@ TEST(EditPhoneBook, FullBookRefusesToGrowButCanBeEditedDeletedAndExported)
     UiDriver& ui = session.OpenEditor();
     for (const int command : {IDC_BOOK_ADD_ENTRY, IDC_BOOK_ADD_GROUP, IDC_BOOK_IMPORT}) {
         ui.Press(command);
-        ExpectBookIsFull(ui.AnswerBox(IDOK));
+        EXPECT_EQ(ui.AnswerBox(IDOK), kBookIsFull);
         EXPECT_EQ(ui.Title(), L"Edit Phone Book");
     }
     EXPECT_EQ(ui.FocusedControl(), IDC_BOOK_IMPORT);
 
-    ui.SelectRows(IDC_BOOK_LIST, {5000});
-    ui.Press(IDC_BOOK_EDIT);
+    EditRow(ui, 5000);
     EXPECT_EQ(ui.Text(IDC_ENTRY_NAME), L"Person 05000");
     ui.Type(IDC_ENTRY_NAME, L"Aaron");
     ui.Press(IDOK);
     EXPECT_EQ(ui.CellText(IDC_BOOK_LIST, 0, 0), L"Aaron");
 
     const CsvFile file;
-    ui.Press(IDC_BOOK_EXPORT);
-    ui.AnswerFileDialog(file.Path());
+    ExportFile(ui, file.Path());
     EXPECT_EQ(ui.AnswerBox(IDOK).text, L"The phone book entries were exported successfully.");
     EXPECT_GT(std::filesystem::file_size(file.Path()), 10000u * 20u);
 
@@ -186,11 +151,9 @@ TEST(EditPhoneBook, DeleteAsksFirstAndKeepsTheOrderOfTheBook)
     UiDriver& ui = session.OpenEditor();
     ui.SelectRows(IDC_BOOK_LIST, {1});
     ui.Press(IDC_BOOK_DELETE);
-    const BoxContents box = ui.AnswerBox(IDCANCEL);
-    EXPECT_EQ(box.title, L"QX MFP Send Fax Warning");
-    EXPECT_EQ(box.text, L"Select OK to permanently remove the selected entries from the phone book.");
-    EXPECT_EQ(box.icon, static_cast<UINT>(MB_ICONWARNING));
-    EXPECT_EQ(box.buttons, (std::vector<int>{IDOK, IDCANCEL}));
+    EXPECT_EQ(ui.AnswerBox(IDCANCEL),
+              WarningBox(L"Select OK to permanently remove the selected entries from the phone book.", MB_ICONWARNING,
+                         {IDOK, IDCANCEL}));
     EXPECT_EQ(ui.RowCount(IDC_BOOK_LIST), 3);
     DeleteRows(ui, {1});
     EXPECT_EQ(NamesIn(ui, IDC_BOOK_LIST), (Names{L"Zoe", L"Max"}));
@@ -204,8 +167,7 @@ TEST(EditPhoneBook, AddedAndRenamedEntriesTakeTheirPlaceAndAreSavedOnOk)
     UiDriver& ui = session.OpenEditor();
     AddEntry(ui, L"Amy", L"5");
     EXPECT_EQ(NamesIn(ui, IDC_BOOK_LIST), (Names{L"Amy", L"Ann", L"Bob", L"Sales"}));
-    ui.SelectRows(IDC_BOOK_LIST, {0});
-    ui.Press(IDC_BOOK_EDIT);
+    EditRow(ui, 0);
     ui.Type(IDC_ENTRY_NAME, L"Zoe");
     ui.Press(IDOK);
     EXPECT_EQ(NamesIn(ui, IDC_BOOK_LIST), (Names{L"Ann", L"Bob", L"Sales", L"Zoe"}));
@@ -224,8 +186,7 @@ TEST(EditPhoneBook, AddGroupLeavesTheButtonsAsTheyWere)
     ui.SelectRows(IDC_BOOK_LIST, {0});
     ui.Press(IDC_BOOK_ADD_GROUP);
     ui.Type(IDC_GROUP_NAME, L"All");
-    ui.SelectRows(IDC_GROUP_ENTRIES, {0, 1});
-    ui.Press(IDC_GROUP_ADD);
+    AddMembers(ui, {0, 1});
     ui.Press(IDOK);
     EXPECT_EQ(NamesIn(ui, IDC_BOOK_LIST), (Names{L"All", L"Ann", L"Bob", L"Sales"}));
     EXPECT_TRUE(ui.SelectedRows(IDC_BOOK_LIST).empty());
@@ -262,13 +223,8 @@ TEST(EditPhoneBook, ImportedRowsAreSortedInAndASuccessIsTold)
     const CsvFile file("Name,Fax Number,Company Name\r\nMia,77,Mines\r\nAda,88,\r\n");
     PhoneBookSession session(Acquaintances());
     UiDriver& ui = session.OpenEditor();
-    ui.Press(IDC_BOOK_IMPORT);
-    ui.AnswerFileDialog(file.Path());
-    MapColumnsInOrder(ui);
-    const BoxContents box = ui.AnswerBox(IDOK);
-    EXPECT_EQ(box.title, L"QX MFP Send Fax");
-    EXPECT_EQ(box.text, L"The phone book entries were imported successfully.");
-    EXPECT_EQ(box.icon, static_cast<UINT>(MB_ICONINFORMATION));
+    ImportFile(ui, file.Path());
+    EXPECT_EQ(ui.AnswerBox(IDOK), InformationBox(L"The phone book entries were imported successfully."));
     EXPECT_EQ(NamesIn(ui, IDC_BOOK_LIST), (Names{L"Ada", L"Ann", L"Bob", L"Mia", L"Sales"}));
     EXPECT_EQ(ui.FocusedControl(), IDC_BOOK_IMPORT);
 }
@@ -278,13 +234,9 @@ TEST(EditPhoneBook, ImportThatPassesTheLimitSaysSoAndShowsWhatItAdded)
     const CsvFile file("Name,Fax Number,Company Name\r\nAda,88,\r\nMia,77,Mines\r\n");
     PhoneBookSession session(BookText().People(9999));
     UiDriver& ui = session.OpenEditor();
-    ui.Press(IDC_BOOK_IMPORT);
-    ui.AnswerFileDialog(file.Path());
-    MapColumnsInOrder(ui);
-    const BoxContents box = ui.AnswerBox(IDOK);
-    EXPECT_EQ(box.title, L"QX MFP Send Fax Error");
-    EXPECT_EQ(box.text, L"The file contains more entries than the phone book can hold. Not all of them were imported.");
-    EXPECT_EQ(box.icon, static_cast<UINT>(MB_ICONERROR));
+    ImportFile(ui, file.Path());
+    EXPECT_EQ(ui.AnswerBox(IDOK), ErrorBox(L"The file contains more entries than the phone book can hold. Not all of "
+                                           L"them were imported."));
     EXPECT_EQ(ui.RowCount(IDC_BOOK_LIST), 10000);
     EXPECT_EQ(ui.CellText(IDC_BOOK_LIST, 0, 0), L"Ada");
 }
@@ -295,9 +247,7 @@ TEST(EditPhoneBook, WithoutTheTextLibraryItsMessagesHaveTheirBuiltInTexts)
     PhoneBookSession session(BookText().People(9998), WithoutTextLibrary());
     UiDriver& ui = session.OpenEditor();
     const auto importFile = [&] {
-        ui.Press(IDC_BOOK_IMPORT);
-        ui.AnswerFileDialog(file.Path());
-        MapColumnsInOrder(ui, L"-Map Custom Fields");
+        ImportFile(ui, file.Path());
         return ui.AnswerBox(IDOK);
     };
     const BoxContents imported = importFile();
@@ -305,7 +255,7 @@ TEST(EditPhoneBook, WithoutTheTextLibraryItsMessagesHaveTheirBuiltInTexts)
     EXPECT_EQ(imported.text, L"-Phone book entries imported successfully.");
 
     ui.Press(IDC_BOOK_ADD_ENTRY);
-    ExpectBookIsFull(ui.AnswerBox(IDOK));
+    EXPECT_EQ(ui.AnswerBox(IDOK), kBookIsFull);
     ui.SelectRows(IDC_BOOK_LIST, {0});
     ui.Press(IDC_BOOK_DELETE);
     EXPECT_EQ(ui.AnswerBox(IDOK).text, L"Select OK to permanently remove the selected entries from the phone book.");
@@ -314,8 +264,7 @@ TEST(EditPhoneBook, WithoutTheTextLibraryItsMessagesHaveTheirBuiltInTexts)
     EXPECT_EQ(importFile().text, L"-Exceeded maximum phone book entries.");
 
     std::filesystem::remove(file.Path()); // nothing to be asked about
-    ui.Press(IDC_BOOK_EXPORT);
-    ui.AnswerFileDialog(file.Path());
+    ExportFile(ui, file.Path());
     const BoxContents exported = ui.AnswerBox(IDOK);
     EXPECT_EQ(exported.title, L"-QX MFP Send Fax");
     EXPECT_EQ(exported.text, L"-Phone book entries exported successfully.");
@@ -357,8 +306,7 @@ TEST(EditPhoneBook, OfDoubledIdsTheFirstIsFoundAndTheLastReplaced)
 {
     PhoneBookSession session(BookText().Entry(7, L"First", L"1").Entry(7, L"Second", L"2").Entry(8, L"Other", L"3"));
     UiDriver& ui = session.OpenEditor();
-    ui.SelectRows(IDC_BOOK_LIST, {1});
-    ui.Press(IDC_BOOK_EDIT);
+    EditRow(ui, 1);
     EXPECT_EQ(ui.Text(IDC_ENTRY_NAME), L"First");
     ui.Press(IDOK);
     EXPECT_EQ(NamesIn(ui, IDC_BOOK_LIST), (Names{L"First", L"First", L"Other"}));

@@ -14,6 +14,9 @@ using host::BoxContents;
 using host::UiDriver;
 using Names = std::vector<std::wstring>;
 
+const BoxContents kDuplicate =
+    WarningBox(L"This is a duplicate entry. Please enter a different name or fax number.", MB_ICONERROR);
+
 class EntryDialog : public ::testing::Test {
 protected:
     PhoneBookSession session{
@@ -28,15 +31,8 @@ protected:
     UiDriver& Edit(int row)
     {
         UiDriver& ui = session.OpenEditor();
-        ui.SelectRows(IDC_BOOK_LIST, {row});
-        ui.Press(IDC_BOOK_EDIT);
+        EditRow(ui, row);
         return ui;
-    }
-    static void ExpectDuplicate(const BoxContents& box)
-    {
-        EXPECT_EQ(box.title, L"QX MFP Send Fax Warning");
-        EXPECT_EQ(box.text, L"This is a duplicate entry. Please enter a different name or fax number.");
-        EXPECT_EQ(box.icon, static_cast<UINT>(MB_ICONERROR));
     }
 };
 
@@ -122,11 +118,10 @@ TEST_F(EntryDialog, EditingWithoutAChangeIsNoDuplicate)
 TEST_F(EntryDialog, SameNameInAnotherLetterCaseAndSameNumberIsADuplicate)
 {
     UiDriver& ui = Add();
-    ui.Type(IDC_ENTRY_NAME, L"ANN");
-    ui.Type(IDC_ENTRY_FAX_NUMBER, L"111");
+    TypeEntry(ui, L"ANN", L"111");
     ui.Type(IDC_ENTRY_COMPANY, L"Other");
     ui.Press(IDOK);
-    ExpectDuplicate(ui.AnswerBox(IDOK));
+    EXPECT_EQ(ui.AnswerBox(IDOK), kDuplicate);
     EXPECT_EQ(ui.Text(IDC_ENTRY_NAME), L"ANN"); // nothing typed is lost
     EXPECT_EQ(ui.Text(IDC_ENTRY_COMPANY), L"Other");
     ui.Type(IDC_ENTRY_FAX_NUMBER, L"112");
@@ -137,10 +132,9 @@ TEST_F(EntryDialog, SameNameInAnotherLetterCaseAndSameNumberIsADuplicate)
 TEST_F(EntryDialog, EntryThatWasRefusedAsADuplicateKeepsItsOldValues)
 {
     UiDriver& ui = Edit(1);
-    ui.Type(IDC_ENTRY_NAME, L"Ann");
-    ui.Type(IDC_ENTRY_FAX_NUMBER, L"111");
+    TypeEntry(ui, L"Ann", L"111");
     ui.Press(IDOK);
-    ExpectDuplicate(ui.AnswerBox(IDOK));
+    EXPECT_EQ(ui.AnswerBox(IDOK), kDuplicate);
     ui.Press(IDCANCEL);
     ui.Press(IDOK);
     EXPECT_EQ(session.SavedBook()[0], (SavedItem{L"Ann", L"111", L"Acme", {}}));
@@ -151,8 +145,7 @@ TEST_F(EntryDialog, BlankCompanyShowsAsEmptyAndIsSavedAsBlankAgain)
 {
     UiDriver& ui = Edit(1);
     EXPECT_EQ(ui.Text(IDC_ENTRY_COMPANY), L"");
-    ui.Press(IDOK);
-    ui.Press(IDOK);
+    OkAndSave(ui);
     EXPECT_EQ(session.SavedBook()[2], (SavedItem{L"Bob", L"222", L" ", {}}));
 }
 
@@ -166,10 +159,8 @@ TEST_F(EntryDialog, BlankNameShowsAsEmptyAndHasToBeFilled)
 TEST_F(EntryDialog, EmptyCompanyIsStoredAsABlank)
 {
     UiDriver& ui = Add();
-    ui.Type(IDC_ENTRY_NAME, L"Zoe");
-    ui.Type(IDC_ENTRY_FAX_NUMBER, L"5");
-    ui.Press(IDOK);
-    ui.Press(IDOK);
+    TypeEntry(ui, L"Zoe", L"5");
+    OkAndSave(ui);
     EXPECT_EQ(session.SavedBook().back(), (SavedItem{L"Zoe", L"5", L" ", {}}));
 }
 
@@ -188,8 +179,7 @@ TEST_F(EntryDialog, EveryFieldTakesFiftyCharacters)
 TEST_F(EntryDialog, CancelAddsNothing)
 {
     UiDriver& ui = Add();
-    ui.Type(IDC_ENTRY_NAME, L"Zoe");
-    ui.Type(IDC_ENTRY_FAX_NUMBER, L"5");
+    TypeEntry(ui, L"Zoe", L"5");
     ui.Press(IDCANCEL);
     EXPECT_EQ(ui.RowCount(IDC_BOOK_LIST), 3);
 }
@@ -205,13 +195,11 @@ TEST(EntryDialogTexts, WithoutTheTextLibraryLabelsHaveTheirBuiltInTexts)
     EXPECT_EQ(ui.Text(IDC_ENTRY_COMPANY_LABEL), L"Company Name");
     EXPECT_EQ(ui.Text(IDOK), L"OK");
     EXPECT_EQ(ui.Text(IDCANCEL), L"Cancel");
-    ui.Type(IDC_ENTRY_NAME, L"Ann");
-    ui.Type(IDC_ENTRY_FAX_NUMBER, L"1");
+    TypeEntry(ui, L"Ann", L"1");
     ui.Press(IDOK);
     EXPECT_EQ(ui.AnswerBox(IDOK).text, L"This is a duplicate entry.  Please enter a different name or fax number");
     ui.Press(IDCANCEL);
-    ui.SelectRows(IDC_BOOK_LIST, {0});
-    ui.Press(IDC_BOOK_EDIT);
+    EditRow(ui, 0);
     EXPECT_EQ(ui.Title(), L"Edit Phone Book Entry");
 }
 

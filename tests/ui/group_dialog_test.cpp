@@ -10,7 +10,6 @@
 namespace qx::test {
 namespace {
 
-using host::BoxContents;
 using host::UiDriver;
 using Names = std::vector<std::wstring>;
 using Ids = std::vector<DWORD>;
@@ -37,8 +36,7 @@ Ids IdsFrom(DWORD first, std::size_t count)
 UiDriver& EditRow(PhoneBookSession& session, int row)
 {
     UiDriver& ui = session.OpenEditor();
-    ui.SelectRows(IDC_BOOK_LIST, {row});
-    ui.Press(IDC_BOOK_EDIT);
+    test::EditRow(ui, row);
     return ui;
 }
 
@@ -49,31 +47,19 @@ UiDriver& AddGroup(PhoneBookSession& session)
     return ui;
 }
 
-SavedItem Saved(const PhoneBookSession& session, std::wstring_view name)
-{
-    for (const SavedItem& item : session.SavedBook()) {
-        if (item.name == name)
-            return item;
-    }
-    return {};
-}
-
 TEST(GroupDialog, NewGroupGetsItsMembersInTheOrderOfAdding)
 {
     PhoneBookSession session(Acquaintances());
     UiDriver& ui = AddGroup(session);
     EXPECT_EQ(ui.Title(), L"Add Group to Phone Book");
     EXPECT_EQ(NamesIn(ui, IDC_GROUP_ENTRIES), (Names{L"Ann", L"Bob", L"Cat"}));
-    ui.SelectRows(IDC_GROUP_ENTRIES, {2});
-    ui.Press(IDC_GROUP_ADD);
-    ui.SelectRows(IDC_GROUP_ENTRIES, {0, 1});
-    ui.Press(IDC_GROUP_ADD);
+    AddMembers(ui, {2});
+    AddMembers(ui, {0, 1});
     EXPECT_EQ(NamesIn(ui, IDC_GROUP_MEMBERS), (Names{L"Cat", L"Ann", L"Bob"}));
     EXPECT_EQ(ui.Row(IDC_GROUP_MEMBERS, 1), (Names{L"Ann", L"111", L"Acme"}));
     ui.Type(IDC_GROUP_NAME, L"All");
-    ui.Press(IDOK);
-    ui.Press(IDOK);
-    EXPECT_EQ(Saved(session, L"All").members, (Ids{3, 1, 2}));
+    OkAndSave(ui);
+    EXPECT_EQ(session.Saved(L"All").members, (Ids{3, 1, 2}));
 }
 
 TEST(GroupDialog, ButtonsFollowTheSelectionOfBothLists)
@@ -101,8 +87,7 @@ TEST(GroupDialog, OkNeedsANameAndAMember)
     EXPECT_FALSE(ui.IsEnabled(IDOK));
     ui.Type(IDC_GROUP_NAME, L"All");
     EXPECT_FALSE(ui.IsEnabled(IDOK));
-    ui.SelectRows(IDC_GROUP_ENTRIES, {0});
-    ui.Press(IDC_GROUP_ADD);
+    AddMembers(ui, {0});
     EXPECT_TRUE(ui.IsEnabled(IDOK));
     ui.Paste(IDC_GROUP_NAME, L"");
     EXPECT_FALSE(ui.IsEnabled(IDOK));
@@ -129,25 +114,21 @@ TEST(GroupDialog, AddingAMemberAgainChangesNothing)
     PhoneBookSession session(Acquaintances());
     UiDriver& ui = EditRow(session, kSales);
     EXPECT_EQ(NamesIn(ui, IDC_GROUP_MEMBERS), (Names{L"Cat", L"Ann"}));
-    ui.SelectRows(IDC_GROUP_ENTRIES, {0});
-    ui.Press(IDC_GROUP_ADD);
+    AddMembers(ui, {0});
     EXPECT_EQ(NamesIn(ui, IDC_GROUP_MEMBERS), (Names{L"Cat", L"Ann"}));
-    ui.Press(IDOK);
-    ui.Press(IDOK);
-    EXPECT_EQ(Saved(session, L"Sales").members, (Ids{3, 99, 1}));
+    OkAndSave(ui);
+    EXPECT_EQ(session.Saved(L"Sales").members, (Ids{3, 99, 1}));
 }
 
 TEST(GroupDialog, MemberThatLeftTheBookHasNoRowButKeepsItsPlace)
 {
     PhoneBookSession session(Acquaintances());
     UiDriver& ui = EditRow(session, kSales);
-    ui.SelectRows(IDC_GROUP_ENTRIES, {1});
-    ui.Press(IDC_GROUP_ADD);
+    AddMembers(ui, {1});
     ui.SelectRows(IDC_GROUP_MEMBERS, {0});
     ui.Press(IDC_GROUP_DELETE);
-    ui.Press(IDOK);
-    ui.Press(IDOK);
-    EXPECT_EQ(Saved(session, L"Sales").members, (Ids{99, 1, 2}));
+    OkAndSave(ui);
+    EXPECT_EQ(session.Saved(L"Sales").members, (Ids{99, 1, 2}));
 }
 
 TEST(GroupDialog, HundredMembersLeaveNothingToAdd)
@@ -176,9 +157,8 @@ TEST(GroupDialog, GroupOfMoreThanAHundredShowsAHundredAndKeepsAll)
     PhoneBookSession session(BookText().Group(900, L"All", IdsFrom(0, 120)).People(120));
     UiDriver& ui = EditRow(session, 0);
     EXPECT_EQ(ui.RowCount(IDC_GROUP_MEMBERS), 100);
-    ui.Press(IDOK);
-    ui.Press(IDOK);
-    EXPECT_EQ(Saved(session, L"All").members, IdsFrom(0, 120));
+    OkAndSave(ui);
+    EXPECT_EQ(session.Saved(L"All").members, IdsFrom(0, 120));
 }
 
 TEST(GroupDialog, AnotherGroupsNameInAnotherLetterCaseIsRefusedAndItsOwnAccepted)
@@ -187,10 +167,8 @@ TEST(GroupDialog, AnotherGroupsNameInAnotherLetterCaseIsRefusedAndItsOwnAccepted
     UiDriver& ui = EditRow(session, kSales);
     ui.Type(IDC_GROUP_NAME, L"SUPPORT");
     ui.Press(IDOK);
-    const BoxContents box = ui.AnswerBox(IDOK);
-    EXPECT_EQ(box.title, L"QX MFP Send Fax Warning");
-    EXPECT_EQ(box.text, L"This is a duplicate phone book entry. Please enter a different group name.");
-    EXPECT_EQ(box.icon, static_cast<UINT>(MB_ICONERROR));
+    EXPECT_EQ(ui.AnswerBox(IDOK),
+              WarningBox(L"This is a duplicate phone book entry. Please enter a different group name.", MB_ICONERROR));
     EXPECT_EQ(ui.Text(IDC_GROUP_NAME), L"SUPPORT");
     ui.Type(IDC_GROUP_NAME, L"sales");
     ui.Press(IDOK);
@@ -203,8 +181,7 @@ TEST(GroupDialog, NameOfFiftyCharactersIsStoredWithFortyNine)
     UiDriver& ui = EditRow(session, kSales);
     ui.Type(IDC_GROUP_NAME, std::wstring(51, L'x'));
     EXPECT_EQ(ui.Text(IDC_GROUP_NAME).size(), 50u);
-    ui.Press(IDOK);
-    ui.Press(IDOK);
+    OkAndSave(ui);
     EXPECT_EQ(session.SavedNames().back(), std::wstring(49, L'x'));
 }
 
@@ -217,7 +194,7 @@ TEST(GroupDialog, CancelLeavesTheGroupAsItWas)
     ui.Press(IDC_GROUP_DELETE);
     ui.Press(IDCANCEL);
     ui.Press(IDOK);
-    EXPECT_EQ(Saved(session, L"Sales").members, (Ids{3, 99, 1}));
+    EXPECT_EQ(session.Saved(L"Sales").members, (Ids{3, 99, 1}));
 }
 
 TEST(GroupDialog, TypedPrefixMovesTheEntries)

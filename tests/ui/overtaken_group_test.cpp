@@ -23,8 +23,7 @@ TEST(OvertakenGroup, OkShowsWhoIsNoMemberAnyMoreInsteadOfEndingTheDialog)
     DialogThread conversation([&] { answer = ShowModal<kAddGroupDialog>(nullptr, group); });
     host::UiDriver& ui = conversation.Ui();
     ui.Type(IDC_GROUP_NAME, L"Team");
-    ui.SelectRows(IDC_GROUP_ENTRIES, {0, 1});
-    ui.Press(IDC_GROUP_ADD);
+    AddMembers(ui, {0, 1});
     ui.Do([&] { second->SetTexts({L"Amy", L"3", L""}); });
     ui.Press(IDOK);
     EXPECT_EQ(NamesIn(ui, IDC_GROUP_ENTRIES), (Names{L"Bob", L"Amy"}));

@@ -119,37 +119,20 @@ void AnotherProgramSaves(const PhoneBookSession& session, const BookText& book)
     BroadcastPhoneBookChanged();
 }
 
-void AddEntry(UiDriver& ui, std::wstring_view name, std::wstring_view faxNumber)
-{
-    ui.Press(IDC_BOOK_ADD_ENTRY);
-    ui.Type(IDC_ENTRY_NAME, name);
-    ui.Type(IDC_ENTRY_FAX_NUMBER, faxNumber);
-    ui.Press(IDOK);
-}
-
 // Opens the dialog of a new group with these rows of the entries as its members.
 void StartGroup(UiDriver& ui, std::wstring_view name, const std::vector<int>& rows)
 {
     ui.Press(IDC_BOOK_ADD_GROUP);
     ui.Type(IDC_GROUP_NAME, name);
-    ui.SelectRows(IDC_GROUP_ENTRIES, rows);
-    ui.Press(IDC_GROUP_ADD);
+    AddMembers(ui, rows);
 }
 
-void EditRow(UiDriver& ui, int row)
-{
-    ui.SelectRows(IDC_BOOK_LIST, {row});
-    ui.Press(IDC_BOOK_EDIT);
-}
-
-SavedItem Saved(const PhoneBookSession& session, std::wstring_view name)
-{
-    for (const SavedItem& item : session.SavedBook()) {
-        if (item.name == name)
-            return item;
-    }
-    return {};
-}
+// The editor over a phone book with one entry.
+class EditorOfBob : public ::testing::Test {
+protected:
+    PhoneBookSession session{BookText().Entry(1, L"Bob", L"222")};
+    UiDriver& ui = session.OpenEditor();
+};
 
 TEST(PhoneBookChanged, OpenListsOfTwoProcessesFollowEachOthersSaves)
 {
@@ -159,19 +142,15 @@ TEST(PhoneBookChanged, OpenListsOfTwoProcessesFollowEachOthersSaves)
     EXPECT_EQ(neighbour.Tell("names"), "Bob|Ann"); // loaded, not sorted
 
     ui.Press(IDC_PICK_EDIT_BOOK);
-    ui.Press(IDC_BOOK_ADD_ENTRY);
-    ui.Type(IDC_ENTRY_NAME, L"Mia");
-    ui.Type(IDC_ENTRY_FAX_NUMBER, L"5");
-    ui.Press(IDOK);
+    AddEntry(ui, L"Mia", L"5");
     EXPECT_EQ(neighbour.Tell("names"), "Bob|Ann"); // not before it is saved
     ui.Press(IDOK);
     EXPECT_EQ(Eventually([&] { return neighbour.Tell("names"); }, std::string("Ann|Bob|Mia")), "Ann|Bob|Mia");
 
-    ui.SelectRows(IDC_PICK_LIST, {0});
-    ui.Press(IDC_PICK_TO);
+    Pick(ui, {0});
     EXPECT_EQ(neighbour.Tell("add Zoe"), "Ann|Bob|Mia|Zoe");
     const Names all{L"Ann", L"Bob", L"Mia", L"Zoe"};
-    EXPECT_EQ(Eventually([&] { return NamesIn(ui, IDC_PICK_LIST); }, all), all);
+    EXPECT_EQ(FollowedNames(ui, IDC_PICK_LIST, all), all);
     EXPECT_EQ(NamesIn(ui, IDC_PICK_CHOSEN), Names{L"Ann"}); // what was chosen is not touched
     EXPECT_FALSE(ui.IsEnabled(IDC_PICK_TO));
 }
@@ -181,9 +160,8 @@ TEST(PhoneBookChanged, EditorAndPickerBelowItReloadWhatAnotherProgramSaved)
     PhoneBookSession session(Acquaintances());
     UiDriver& ui = session.OpenPicker();
     ui.Press(IDC_PICK_EDIT_BOOK);
-    session.WritePhoneBook(BookText().Entry(7, L"New", L"7").Text());
-    BroadcastPhoneBookChanged();
-    EXPECT_EQ(Eventually([&] { return NamesIn(ui, IDC_BOOK_LIST); }, Names{L"New"}), Names{L"New"});
+    AnotherProgramSaves(session, BookText().Entry(7, L"New", L"7"));
+    EXPECT_EQ(FollowedNames(ui, IDC_BOOK_LIST, Names{L"New"}), Names{L"New"});
     ui.Press(IDCANCEL);
     EXPECT_EQ(NamesIn(ui, IDC_PICK_LIST), Names{L"New"});
 }
@@ -193,59 +171,42 @@ TEST(PhoneBookChanged, EditThatAReloadOvertookReplacesTheEntryOfThatId)
 {
     PhoneBookSession session(Acquaintances());
     UiDriver& ui = session.OpenEditor();
-    ui.SelectRows(IDC_BOOK_LIST, {1}); // Ann
-    ui.Press(IDC_BOOK_EDIT);
-    session.WritePhoneBook(BookText().Entry(2, L"Ann", L"111").Entry(3, L"Amy", L"3").Entry(1, L"Bob", L"222").Text());
-    BroadcastPhoneBookChanged();
+    EditRow(ui, 1); // Ann
+    AnotherProgramSaves(session, BookText().Entry(2, L"Ann", L"111").Entry(3, L"Amy", L"3").Entry(1, L"Bob", L"222"));
     ui.Type(IDC_ENTRY_NAME, L"Zoe");
     ui.Press(IDOK);
     EXPECT_EQ(NamesIn(ui, IDC_BOOK_LIST), (Names{L"Amy", L"Bob", L"Zoe"}));
 }
 
 // What has the id now is not what the user was editing: nobody deleted it, so it stays.
-TEST(PhoneBookChanged, EditOfAnEntryWhoseIdAReloadGaveToAnotherOneReplacesNothing)
+TEST_F(EditorOfBob, EditOfAnEntryWhoseIdAReloadGaveToAnotherOneReplacesNothing)
 {
-    PhoneBookSession session(BookText().Entry(1, L"Bob", L"222"));
-    UiDriver& ui = session.OpenEditor();
-    ui.Press(IDC_BOOK_ADD_ENTRY);
-    ui.Type(IDC_ENTRY_NAME, L"Zoe");
-    ui.Type(IDC_ENTRY_FAX_NUMBER, L"5");
-    ui.Press(IDOK); // id 2, not saved yet
-    ui.SelectRows(IDC_BOOK_LIST, {1});
-    ui.Press(IDC_BOOK_EDIT);
-    session.WritePhoneBook(BookText().Entry(1, L"Bob", L"222").Entry(2, L"Amy", L"3").Text());
-    BroadcastPhoneBookChanged();
+    AddEntry(ui, L"Zoe", L"5"); // id 2, not saved yet
+    EditRow(ui, 1);
+    AnotherProgramSaves(session, BookText().Entry(1, L"Bob", L"222").Entry(2, L"Amy", L"3"));
     ui.Type(IDC_ENTRY_NAME, L"Zora");
     ui.Press(IDOK);
     ASSERT_EQ(NamesIn(ui, IDC_BOOK_LIST), (Names{L"Amy", L"Bob", L"Zora"}));
-    ui.SelectRows(IDC_BOOK_LIST, {2});
-    ui.Press(IDC_BOOK_EDIT);
+    EditRow(ui, 2);
     EXPECT_EQ(ui.Text(IDC_ENTRY_NAME), L"Zora"); // it has an id of its own
 }
 
 // Two programs that add at the same time draw the same id.
-TEST(PhoneBookChanged, NewEntryNeverSharesItsIdWithOneThatAReloadBrought)
+TEST_F(EditorOfBob, NewEntryNeverSharesItsIdWithOneThatAReloadBrought)
 {
-    PhoneBookSession session(BookText().Entry(1, L"Bob", L"222"));
-    UiDriver& ui = session.OpenEditor();
     ui.Press(IDC_BOOK_ADD_ENTRY);
-    session.WritePhoneBook(BookText().Entry(1, L"Bob", L"222").Entry(2, L"Amy", L"3").Text());
-    BroadcastPhoneBookChanged();
-    ui.Type(IDC_ENTRY_NAME, L"Zoe");
-    ui.Type(IDC_ENTRY_FAX_NUMBER, L"5");
+    AnotherProgramSaves(session, BookText().Entry(1, L"Bob", L"222").Entry(2, L"Amy", L"3"));
+    TypeEntry(ui, L"Zoe", L"5");
     ui.Press(IDOK);
     ASSERT_EQ(NamesIn(ui, IDC_BOOK_LIST), (Names{L"Amy", L"Bob", L"Zoe"}));
-    ui.SelectRows(IDC_BOOK_LIST, {2});
-    ui.Press(IDC_BOOK_EDIT);
+    EditRow(ui, 2);
     EXPECT_EQ(ui.Text(IDC_ENTRY_NAME), L"Zoe");
 }
 
 // ---- what a group's members were ----------------------------------------------------------------------------------
 
-TEST(PhoneBookChanged, NewGroupDoesNotTakeWhoGotTheIdOfItsUnsavedMember)
+TEST_F(EditorOfBob, NewGroupDoesNotTakeWhoGotTheIdOfItsUnsavedMember)
 {
-    PhoneBookSession session(BookText().Entry(1, L"Bob", L"222"));
-    UiDriver& ui = session.OpenEditor();
     AddEntry(ui, L"Zoe", L"5"); // id 2
     StartGroup(ui, L"Team", {1});
     ASSERT_EQ(NamesIn(ui, IDC_GROUP_MEMBERS), Names{L"Zoe"});
@@ -257,9 +218,8 @@ TEST(PhoneBookChanged, NewGroupDoesNotTakeWhoGotTheIdOfItsUnsavedMember)
     ui.SelectRows(IDC_GROUP_ENTRIES, {1}); // the list is that of the book: this is Bob
     ui.Press(IDC_GROUP_ADD);
     EXPECT_EQ(NamesIn(ui, IDC_GROUP_MEMBERS), Names{L"Bob"});
-    ui.Press(IDOK);
-    ui.Press(IDOK);
-    EXPECT_EQ(Saved(session, L"Team").members, std::vector<DWORD>{1});
+    OkAndSave(ui);
+    EXPECT_EQ(session.Saved(L"Team").members, std::vector<DWORD>{1});
 }
 
 TEST(PhoneBookChanged, SavedGroupDoesNotTakeWhoGotTheIdOfAnUnsavedMember)
@@ -269,20 +229,16 @@ TEST(PhoneBookChanged, SavedGroupDoesNotTakeWhoGotTheIdOfAnUnsavedMember)
     UiDriver& ui = session.OpenEditor();
     AddEntry(ui, L"Zoe", L"5"); // id 3
     EditRow(ui, 1);
-    ui.SelectRows(IDC_GROUP_ENTRIES, {1});
-    ui.Press(IDC_GROUP_ADD);
+    AddMembers(ui, {1});
     ASSERT_EQ(NamesIn(ui, IDC_GROUP_MEMBERS), (Names{L"Bob", L"Zoe"}));
     AnotherProgramSaves(session, BookText(book).Entry(3, L"Amy", L"3"));
     EXPECT_EQ(FollowedNames(ui, IDC_GROUP_MEMBERS, {L"Bob"}), Names{L"Bob"});
-    ui.Press(IDOK);
-    ui.Press(IDOK);
-    EXPECT_EQ(Saved(session, L"Team").members, std::vector<DWORD>{1});
+    OkAndSave(ui);
+    EXPECT_EQ(session.Saved(L"Team").members, std::vector<DWORD>{1});
 }
 
-TEST(PhoneBookChanged, UnsavedGroupThatGetsAnotherIdLeavesStrangersOut)
+TEST_F(EditorOfBob, UnsavedGroupThatGetsAnotherIdLeavesStrangersOut)
 {
-    PhoneBookSession session(BookText().Entry(1, L"Bob", L"222"));
-    UiDriver& ui = session.OpenEditor();
     AddEntry(ui, L"Zoe", L"5");      // id 2
     StartGroup(ui, L"Team", {0, 1}); // id 3
     ui.Press(IDOK);
@@ -292,29 +248,24 @@ TEST(PhoneBookChanged, UnsavedGroupThatGetsAnotherIdLeavesStrangersOut)
     ui.Press(IDOK);
     EXPECT_EQ(NamesIn(ui, IDC_BOOK_LIST), (Names{L"Amy", L"Bob", L"Cat", L"Team"}));
     ui.Press(IDOK);
-    EXPECT_EQ(Saved(session, L"Team").members, std::vector<DWORD>{1});
+    EXPECT_EQ(session.Saved(L"Team").members, std::vector<DWORD>{1});
 }
 
 // The id of one who is gone would be drawn for somebody else one day.
-TEST(PhoneBookChanged, GroupGivesUpAMemberWhomAReloadDidNotBring)
+TEST_F(EditorOfBob, GroupGivesUpAMemberWhomAReloadDidNotBring)
 {
-    PhoneBookSession session(BookText().Entry(1, L"Bob", L"222"));
-    UiDriver& ui = session.OpenEditor();
     AddEntry(ui, L"Zoe", L"5");
     StartGroup(ui, L"Team", {0, 1});
     AnotherProgramSaves(session, BookText().Entry(1, L"Bob", L"222").Entry(7, L"New", L"7"));
     EXPECT_EQ(FollowedNames(ui, IDC_GROUP_MEMBERS, {L"Bob"}), Names{L"Bob"});
-    ui.Press(IDOK);
-    ui.Press(IDOK);
-    EXPECT_EQ(Saved(session, L"Team").members, std::vector<DWORD>{1});
+    OkAndSave(ui);
+    EXPECT_EQ(session.Saved(L"Team").members, std::vector<DWORD>{1});
 }
 
 // ---- nothing that was confirmed is lost ---------------------------------------------------------------------------
 
-TEST(PhoneBookChanged, EditOfAnEntryThatAReloadDidNotBringAddsIt)
+TEST_F(EditorOfBob, EditOfAnEntryThatAReloadDidNotBringAddsIt)
 {
-    PhoneBookSession session(BookText().Entry(1, L"Bob", L"222"));
-    UiDriver& ui = session.OpenEditor();
     AddEntry(ui, L"Zoe", L"5");
     EditRow(ui, 1);
     AnotherProgramSaves(session, BookText().Entry(1, L"Bob", L"333"));
@@ -335,13 +286,11 @@ TEST(PhoneBookChanged, EditOfAGroupThatAnotherProgramDeletedAddsIt)
     ui.Press(IDOK);
     EXPECT_EQ(NamesIn(ui, IDC_BOOK_LIST), (Names{L"Bob", L"Club"}));
     ui.Press(IDOK);
-    EXPECT_EQ(Saved(session, L"Club").members, std::vector<DWORD>{1});
+    EXPECT_EQ(session.Saved(L"Club").members, std::vector<DWORD>{1});
 }
 
-TEST(PhoneBookChanged, EditOfAnUnsavedEntryReplacesNobodyWithTheSameNumber)
+TEST_F(EditorOfBob, EditOfAnUnsavedEntryReplacesNobodyWithTheSameNumber)
 {
-    PhoneBookSession session(BookText().Entry(1, L"Bob", L"222"));
-    UiDriver& ui = session.OpenEditor();
     AddEntry(ui, L"Zoe", L"555-0100"); // id 2
     EditRow(ui, 1);
     AnotherProgramSaves(session, BookText().Entry(1, L"Bob", L"222").Entry(2, L"Amy", L"555-0100"));
@@ -352,39 +301,31 @@ TEST(PhoneBookChanged, EditOfAnUnsavedEntryReplacesNobodyWithTheSameNumber)
 
 // ---- duplicates ---------------------------------------------------------------------------------------------------
 
-TEST(PhoneBookChanged, NewEntryIsADuplicateOfTheOneThatGotItsId)
+TEST_F(EditorOfBob, NewEntryIsADuplicateOfTheOneThatGotItsId)
 {
-    PhoneBookSession session(BookText().Entry(1, L"Bob", L"222"));
-    UiDriver& ui = session.OpenEditor();
     ui.Press(IDC_BOOK_ADD_ENTRY); // draws id 2
     AnotherProgramSaves(session, BookText().Entry(1, L"Bob", L"222").Entry(2, L"Amy", L"3"));
-    ui.Type(IDC_ENTRY_NAME, L"Amy");
-    ui.Type(IDC_ENTRY_FAX_NUMBER, L"3");
+    TypeEntry(ui, L"Amy", L"3");
     ui.Press(IDOK);
     EXPECT_EQ(ui.AnswerBox(IDOK).text, L"This is a duplicate entry. Please enter a different name or fax number.");
     ui.Press(IDCANCEL);
     EXPECT_EQ(NamesIn(ui, IDC_BOOK_LIST), (Names{L"Amy", L"Bob"}));
 }
 
-TEST(PhoneBookChanged, EditedEntryIsADuplicateOfTheOneThatGotItsId)
+TEST_F(EditorOfBob, EditedEntryIsADuplicateOfTheOneThatGotItsId)
 {
-    PhoneBookSession session(BookText().Entry(1, L"Bob", L"222"));
-    UiDriver& ui = session.OpenEditor();
     AddEntry(ui, L"Zoe", L"5"); // id 2
     EditRow(ui, 1);
     AnotherProgramSaves(session, BookText().Entry(1, L"Bob", L"222").Entry(2, L"Amy", L"3"));
-    ui.Type(IDC_ENTRY_NAME, L"Amy");
-    ui.Type(IDC_ENTRY_FAX_NUMBER, L"3");
+    TypeEntry(ui, L"Amy", L"3");
     ui.Press(IDOK);
     ui.AnswerBox(IDOK);
     ui.Press(IDCANCEL);
     EXPECT_EQ(NamesIn(ui, IDC_BOOK_LIST), (Names{L"Amy", L"Bob"}));
 }
 
-TEST(PhoneBookChanged, NewGroupIsADuplicateOfTheOneThatGotItsId)
+TEST_F(EditorOfBob, NewGroupIsADuplicateOfTheOneThatGotItsId)
 {
-    PhoneBookSession session(BookText().Entry(1, L"Bob", L"222"));
-    UiDriver& ui = session.OpenEditor();
     StartGroup(ui, L"Team", {0}); // id 2
     AnotherProgramSaves(session, BookText().Entry(1, L"Bob", L"222").Group(2, L"Team", {1}));
     ui.Press(IDOK);

@@ -17,15 +17,13 @@ constexpr int kRounds = 16;
 void VisitEveryDialog(host::UiDriver& ui)
 {
     ui.Press(IDC_PHONE_BOOK);
-    ui.SelectRows(IDC_PICK_LIST, {0, 2});
-    ui.Press(IDC_PICK_TO);
+    Pick(ui, {0, 2});
     ui.Press(IDC_PICK_EDIT_BOOK);
     ui.Press(IDC_BOOK_ADD_ENTRY);
     ui.Press(IDCANCEL);
     ui.Press(IDC_BOOK_ADD_GROUP);
     ui.Press(IDCANCEL);
-    ui.SelectRows(IDC_BOOK_LIST, {2});
-    ui.Press(IDC_BOOK_EDIT);
+    EditRow(ui, 2);
     ui.SelectRows(IDC_GROUP_ENTRIES, {0});
     ui.Press(IDC_GROUP_DETAILS);
     ui.Press(IDOK);

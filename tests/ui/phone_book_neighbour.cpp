@@ -9,9 +9,9 @@
 #include "host/utf8.h"
 #include "res/add_recipients_ids.h"
 #include "res/edit_phone_book_ids.h"
-#include "res/entry_ids.h"
 #include "res/fax_job_page_ids.h"
 #include "support/dialog_thread.h"
+#include "support/phone_book_session.h"
 
 #include <iostream>
 #include <string>
@@ -21,19 +21,16 @@ namespace {
 
 std::string Names(host::UiDriver& ui)
 {
-    std::wstring names;
-    for (int row = 0; row < ui.RowCount(IDC_PICK_LIST); ++row)
-        names += (row > 0 ? L"|" : L"") + ui.CellText(IDC_PICK_LIST, row, 0);
+    std::string names;
+    for (const std::wstring& name : NamesIn(ui, IDC_PICK_LIST))
+        names += (names.empty() ? "" : "|") + host::Utf8(name);
     return names;
 }
 
 void Add(host::UiDriver& ui, std::wstring_view name)
 {
     ui.Press(IDC_PICK_EDIT_BOOK);
-    ui.Press(IDC_BOOK_ADD_ENTRY);
-    ui.Type(IDC_ENTRY_NAME, name);
-    ui.Type(IDC_ENTRY_FAX_NUMBER, L"1");
-    ui.Press(IDOK);
+    AddEntry(ui, name, L"1");
     ui.Press(IDOK);
 }
 
@@ -44,7 +41,7 @@ void Obey(host::UiDriver& ui)
             line.pop_back();
         if (line.starts_with("add "))
             Add(ui, host::Wide(line.substr(4)));
-        std::cout << host::Utf8(Names(ui)) << std::endl;
+        std::cout << Names(ui) << std::endl;
     }
 }
 

@@ -5,7 +5,7 @@
 #include "res/setup_page_ids.h"
 #include "support/input_method.h"
 #include "support/late_buttons.h"
-#include "support/send_fax_session.h"
+#include "support/phone_book_session.h"
 #include "support/server_printer.h"
 
 #include <gtest/gtest.h>
@@ -259,11 +259,9 @@ TEST(SetupPage, AnAddressWithoutAnAtSignIsAskedAboutAndNoKeepsTheSheetOpenWithIt
     ui.Type(IDC_EMAIL, L"user.example");
     ui.Focus(IDC_SENDER_NAME);
     ui.Press(IDOK);
-    const BoxContents box = ui.AnswerBox(IDNO);
-    EXPECT_EQ(box.title, L"QX MFP Send Fax Warning");
-    EXPECT_EQ(box.text, L"The e-mail address is not in a recognized e-mail format.  Do you still want to use it?");
-    EXPECT_EQ(box.icon, static_cast<UINT>(MB_ICONWARNING));
-    EXPECT_EQ(box.buttons, (std::vector<int>{IDYES, IDNO}));
+    EXPECT_EQ(ui.AnswerBox(IDNO),
+              WarningBox(L"The e-mail address is not in a recognized e-mail format.  Do you still want to use it?",
+                         MB_ICONWARNING, {IDYES, IDNO}));
     EXPECT_FALSE(ui.Finished());
     EXPECT_EQ(ui.FocusedControl(), IDC_EMAIL);
     EXPECT_TRUE(AllSelected(ui, IDC_EMAIL));
@@ -557,15 +555,11 @@ TEST(SetupPage, CancellingTheDefaultsLeavesTheJobAsItWas)
 TEST(SetupPage, ThePhoneBookIsReadAgainAfterItsEditor)
 {
     SendFaxSession session;
-    session.WritePhoneBook("<device><software><component><name>QX Fax Address Book</name><qxfax_phonebook>"
-                           "<qxfax_pbentry entry_id='0' name='Ann' fax_number='1' company_name=''/>"
-                           "</qxfax_phonebook></component></software></device>");
+    session.WritePhoneBook(BookText().Entry(0, L"Ann", L"1").Text());
     UiDriver& ui = OnSetupPage(session);
     ui.Press(IDC_EDIT_PHONE_BOOK);
     EXPECT_EQ(ui.RowCount(IDC_BOOK_LIST), 1);
-    ui.SelectRows(IDC_BOOK_LIST, {0});
-    ui.Press(IDC_BOOK_DELETE);
-    ui.AnswerBox(IDOK);
+    DeleteRows(ui, {0});
     EXPECT_EQ(ui.RowCount(IDC_BOOK_LIST), 0);
     ui.Press(IDCANCEL);
     ui.WaitForControl(IDC_EDIT_PHONE_BOOK);
