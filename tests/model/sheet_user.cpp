@@ -204,10 +204,8 @@ void SheetUser::LookAround(Place place)
 
 void SheetUser::Replace(int id, const wchar_t* text)
 {
-    if (!IsEnabled(id))
-        return;
-    SendMessageW(Control(id), EM_SETSEL, 0, -1);
-    SendMessageW(Control(id), EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(text));
+    if (IsEnabled(id))
+        PasteInto(Control(id), text);
 }
 
 void SheetUser::SelectSome(int list, int most)

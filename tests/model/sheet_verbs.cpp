@@ -21,20 +21,12 @@ constexpr const wchar_t* kNames[] = {L"Team", L"anna",      L"An",     L"Somebod
 
 // ---- the name box ---------------------------------------------------------------------------------------------------
 
-void Key(HWND window, WPARAM key)
-{
-    SendMessageW(window, WM_KEYDOWN, key, 1);
-    if (key == VK_BACK || key == VK_RETURN || key == VK_ESCAPE)
-        SendMessageW(window, WM_CHAR, key, 1); // as the message loop translates it
-    SendMessageW(window, WM_KEYUP, key, 1);
-}
-
 // One of these.
 template <WPARAM... keys> void NameKey(SheetUser& user)
 {
     constexpr WPARAM kOf[] = {keys...};
     SetFocus(user.nameEdit);
-    Key(user.nameEdit, user.OneOf(kOf));
+    PressKeyIn(user.nameEdit, user.OneOf(kOf));
 }
 
 void NameType(SheetUser& user)
@@ -46,8 +38,7 @@ void NameType(SheetUser& user)
 void NamePaste(SheetUser& user)
 {
     SetFocus(user.nameEdit);
-    SendMessageW(user.nameEdit, EM_SETSEL, 0, -1);
-    SendMessageW(user.nameEdit, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(user.OneOf(kNames)));
+    PasteInto(user.nameEdit, user.OneOf(kNames));
 }
 
 // Or a look at a row, with the mouse over it.
@@ -56,27 +47,18 @@ void NameClick(SheetUser& user)
     const int count = static_cast<int>(SendMessageW(user.nameList, LB_GETCOUNT, 0, 0));
     if (!IsWindowVisible(user.nameList) || count == 0)
         return;
-    RECT row{};
-    SendMessageW(user.nameList, LB_GETITEMRECT, static_cast<WPARAM>(user.Pick(count)), reinterpret_cast<LPARAM>(&row));
-    const LPARAM point = MAKELPARAM(row.left + 2, row.top + 2);
-    SendMessageW(user.nameList, WM_MOUSEMOVE, 0, point);
+    const int row = user.Pick(count);
     if (user.Pick(2) == 0)
-        return;
-    SendMessageW(user.nameList, WM_LBUTTONDOWN, MK_LBUTTON, point);
-    SendMessageW(user.nameList, WM_LBUTTONUP, 0, point);
+        HoverRow(user.nameList, row);
+    else
+        ClickRow(user.nameList, row);
 }
 
 void NameDrop(SheetUser& user)
 {
     SetFocus(user.nameEdit);
-    if (IsWindowVisible(user.nameList))
-        return;
-    COMBOBOXINFO info{};
-    info.cbSize = sizeof info;
-    GetComboBoxInfo(user.combo, &info);
-    const LPARAM arrow = MAKELPARAM(info.rcButton.left + 2, info.rcButton.top + 2);
-    SendMessageW(user.combo, WM_LBUTTONDOWN, MK_LBUTTON, arrow);
-    SendMessageW(user.combo, WM_LBUTTONUP, 0, arrow);
+    if (!IsWindowVisible(user.nameList))
+        ClickArrowOf(user.combo);
 }
 
 void NameSelect(SheetUser& user)
@@ -90,11 +72,8 @@ void NameOpenByKey(SheetUser& user)
 {
     SetFocus(user.nameEdit);
     if (user.Pick(2) == 0)
-        return Key(user.nameEdit, VK_F4);
-    constexpr LPARAM kAltHeld = 1 | (1 << 29);
-    const WPARAM key = user.Pick(2) ? VK_DOWN : VK_UP;
-    SendMessageW(user.nameEdit, WM_SYSKEYDOWN, key, kAltHeld);
-    SendMessageW(user.nameEdit, WM_SYSKEYUP, key, kAltHeld);
+        return PressKeyIn(user.nameEdit, VK_F4);
+    PressAltKeyIn(user.nameEdit, user.Pick(2) ? VK_DOWN : VK_UP);
 }
 
 void NameWheel(SheetUser& user)
@@ -174,7 +153,7 @@ void DeleteRows(SheetUser& user)
     if (user.Pick(2) == 0)
         user.Press(IDC_DELETE);
     else
-        Key(user.Control(IDC_RECIPIENTS), VK_DELETE);
+        PressKeyIn(user.Control(IDC_RECIPIENTS), VK_DELETE);
 }
 
 void AddToPhoneBook(SheetUser& user)

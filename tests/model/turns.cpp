@@ -8,6 +8,7 @@
 #include "res/fax_job_page_ids.h"
 #include "res/group_ids.h"
 #include "res/map_custom_fields_ids.h"
+#include "support/dialog_hands.h"
 
 #include <algorithm>
 #include <commctrl.h>
@@ -18,7 +19,6 @@ namespace qx::test {
 
 namespace {
 
-constexpr wchar_t kClass[] = L"qx_turns";
 constexpr UINT kTurn = WM_APP;
 constexpr UINT_PTR kTimer = 1;
 constexpr UINT kCaretTimer = 0x118; // the system's own; it has no name
@@ -70,12 +70,7 @@ Place ShownPageOf(HWND sheet)
 
 Turns::Turns(Take take) : take_(std::move(take))
 {
-    WNDCLASSW windowClass{};
-    windowClass.lpfnWndProc = Procedure;
-    windowClass.hInstance = GetModuleHandleW(nullptr);
-    windowClass.lpszClassName = kClass;
-    RegisterClassW(&windowClass); // fails harmlessly from the second time on
-    window_ = CreateWindowExW(0, kClass, nullptr, 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, windowClass.hInstance, nullptr);
+    window_ = NewMessageWindow(L"qx_turns", Procedure);
     hook_ = SetWindowsHookExW(WH_CBT, ForgetDestroyed, nullptr, GetCurrentThreadId());
     current_ = this;
 }

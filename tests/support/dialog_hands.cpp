@@ -51,8 +51,7 @@ void DialogHands::Paste(int id, const std::wstring& text)
     const HWND inside = FindWindowExW(control, nullptr, L"Edit", nullptr); // of a combo box
     const HWND edit = inside != nullptr ? inside : control;
     SendMessageW(dialog_, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(control), TRUE);
-    SendMessageW(edit, EM_SETSEL, 0, -1);
-    SendMessageW(edit, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(text.c_str()));
+    PasteInto(edit, text);
 }
 
 void DialogHands::Check(int id, bool checked)
@@ -114,6 +113,68 @@ void DialogHands::AskForHelp(int id)
     info.iCtrlId = id;
     info.hItemHandle = control;
     SendMessageW(control, WM_HELP, 0, reinterpret_cast<LPARAM>(&info));
+}
+
+void PressKeyIn(HWND window, WPARAM key)
+{
+    SendMessageW(window, WM_KEYDOWN, key, 1);
+    if (key == VK_BACK || key == VK_RETURN || key == VK_ESCAPE)
+        SendMessageW(window, WM_CHAR, key, 1); // as the message loop translates it
+    SendMessageW(window, WM_KEYUP, key, 1);
+}
+
+void PressAltKeyIn(HWND window, WPARAM key)
+{
+    constexpr LPARAM kAltHeld = 1 | (1 << 29);
+    SendMessageW(window, WM_SYSKEYDOWN, key, kAltHeld);
+    SendMessageW(window, WM_SYSKEYUP, key, kAltHeld);
+}
+
+void PasteInto(HWND edit, const std::wstring& text)
+{
+    SendMessageW(edit, EM_SETSEL, 0, -1);
+    SendMessageW(edit, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(text.c_str()));
+}
+
+void ClickArrowOf(HWND combo)
+{
+    COMBOBOXINFO info{};
+    info.cbSize = sizeof info;
+    GetComboBoxInfo(combo, &info);
+    const LPARAM arrow = MAKELPARAM(info.rcButton.left + 2, info.rcButton.top + 2);
+    SendMessageW(combo, WM_LBUTTONDOWN, MK_LBUTTON, arrow);
+    SendMessageW(combo, WM_LBUTTONUP, 0, arrow);
+}
+
+POINT MiddleOfRow(HWND list, int row)
+{
+    RECT place{};
+    SendMessageW(list, LB_GETITEMRECT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&place));
+    return {(place.left + place.right) / 2, (place.top + place.bottom) / 2};
+}
+
+void HoverRow(HWND list, int row)
+{
+    const POINT point = MiddleOfRow(list, row);
+    SendMessageW(list, WM_MOUSEMOVE, 0, MAKELPARAM(point.x, point.y));
+}
+
+void ClickRow(HWND list, int row)
+{
+    const POINT point = MiddleOfRow(list, row);
+    HoverRow(list, row);
+    SendMessageW(list, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(point.x, point.y));
+    SendMessageW(list, WM_LBUTTONUP, 0, MAKELPARAM(point.x, point.y));
+}
+
+HWND NewMessageWindow(const wchar_t* className, WNDPROC procedure)
+{
+    WNDCLASSW windowClass{};
+    windowClass.lpfnWndProc = procedure;
+    windowClass.hInstance = GetModuleHandleW(nullptr);
+    windowClass.lpszClassName = className;
+    RegisterClassW(&windowClass); // fails harmlessly from the second time on
+    return CreateWindowExW(0, className, nullptr, 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, windowClass.hInstance, nullptr);
 }
 
 void PressCancel(HWND dialog)

@@ -45,6 +45,20 @@ private:
     HWND page_ = nullptr;
 };
 
+// ---- in any window of the thread, wherever the focus is
+
+void PressKeyIn(HWND window, WPARAM key);
+void PressAltKeyIn(HWND window, WPARAM key);         // with Alt held
+void PasteInto(HWND edit, const std::wstring& text); // in the place of all that is there
+void ClickArrowOf(HWND combo);
+// With the mouse, at a row of a list box.
+POINT MiddleOfRow(HWND list, int row);
+void HoverRow(HWND list, int row);
+void ClickRow(HWND list, int row);
+
+// The mailbox of a user who lives on a thread.
+HWND NewMessageWindow(const wchar_t* className, WNDPROC procedure);
+
 // Closes a message box, a file dialog or any other by its button or key for that.
 void PressCancel(HWND dialog);
 // Presses the first of these answers that a message box offers.

@@ -50,29 +50,13 @@ void FaxJobPageStand::Show()
 void FaxJobPageStand::SetText(int id, const std::wstring& text)
 {
     const HWND edit = id == IDC_NAME_BOX ? page_.fields.nameBox.edit : Control(id);
-    SendMessageW(edit, EM_SETSEL, 0, -1);
-    SendMessageW(edit, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(text.c_str()));
+    PasteInto(edit, text);
 }
 
 void FaxJobPageStand::TypeName(const std::wstring& text)
 {
     for (const wchar_t character : text)
         SendMessageW(page_.fields.nameBox.edit, WM_CHAR, character, 1);
-}
-
-void FaxJobPageStand::PressNameKey(WPARAM key)
-{
-    SendMessageW(page_.fields.nameBox.edit, WM_KEYDOWN, key, 1);
-    if (key == VK_BACK || key == VK_RETURN || key == VK_ESCAPE)
-        SendMessageW(page_.fields.nameBox.edit, WM_CHAR, key, 1); // as the message loop translates it
-    SendMessageW(page_.fields.nameBox.edit, WM_KEYUP, key, 1);
-}
-
-void FaxJobPageStand::PressAltNameKey(WPARAM key)
-{
-    constexpr LPARAM kAltHeld = 1 | (1 << 29);
-    SendMessageW(page_.fields.nameBox.edit, WM_SYSKEYDOWN, key, kAltHeld);
-    SendMessageW(page_.fields.nameBox.edit, WM_SYSKEYUP, key, kAltHeld);
 }
 
 void FaxJobPageStand::Compose(const std::wstring& text)
@@ -101,14 +85,8 @@ void FaxJobPageStand::PickName(int row)
 
 void FaxJobPageStand::DropNames(bool open)
 {
-    if (open == NamesShown())
-        return;
-    COMBOBOXINFO info{};
-    info.cbSize = sizeof info;
-    GetComboBoxInfo(page_.fields.nameBox.combo, &info);
-    const LPARAM arrow = MAKELPARAM(info.rcButton.left + 2, info.rcButton.top + 2);
-    SendMessageW(page_.fields.nameBox.combo, WM_LBUTTONDOWN, MK_LBUTTON, arrow);
-    SendMessageW(page_.fields.nameBox.combo, WM_LBUTTONUP, 0, arrow);
+    if (open != NamesShown())
+        ClickArrowOf(page_.fields.nameBox.combo);
 }
 
 void FaxJobPageStand::SelectRows(const std::vector<int>& rows)

@@ -4,11 +4,12 @@
 #include "pages/fax_job_page.h"
 #include "phonebook/recent/recent_list.h"
 #include "record/fax_job_data.h"
+#include "support/dialog_hands.h"
 #include "support/documented_controls.h"
 #include "support/message_boxes.h"
 #include "support/phone_book.h"
-#include "support/windows_combo_box.h"
 #include "support/recipients.h"
+#include "support/windows_combo_box.h"
 
 #include <optional>
 #include <string>
@@ -42,9 +43,9 @@ public:
     // ---- the user
     void SetText(int id, const std::wstring& text); // as a paste over everything
     void TypeName(const std::wstring& text);        // character by character into the name box
-    void PressNameKey(WPARAM key);                  // a key that reaches the name box's edit
-    void PressAltNameKey(WPARAM key);               // with Alt held
-    void Compose(const std::wstring& text);         // with an input method into the name box, and not yet to the end
+    void PressNameKey(WPARAM key) { PressKeyIn(page_.fields.nameBox.edit, key); }
+    void PressAltNameKey(WPARAM key) { PressAltKeyIn(page_.fields.nameBox.edit, key); }
+    void Compose(const std::wstring& text); // with an input method into the name box, and not yet to the end
     void EndComposition();
     void Press(int id);        // a button, also one that is disabled does nothing
     void PickName(int row);    // an item of the name box, as its list would

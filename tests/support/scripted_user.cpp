@@ -9,7 +9,6 @@ namespace qx::test {
 
 namespace {
 
-constexpr wchar_t kClass[] = L"qx_scripted_user";
 constexpr UINT_PTR kTimer = 1;
 constexpr UINT kTickMilliseconds = 10; // a timer's message comes when all others are done
 constexpr int kTries = 4;
@@ -41,12 +40,7 @@ bool IsBox(HWND dialog)
 
 ScriptedUser::ScriptedUser(std::vector<Step> steps) : steps_(std::move(steps))
 {
-    WNDCLASSW windowClass{};
-    windowClass.lpfnWndProc = Procedure;
-    windowClass.hInstance = GetModuleHandleW(nullptr);
-    windowClass.lpszClassName = kClass;
-    RegisterClassW(&windowClass); // fails harmlessly from the second time on
-    window_ = CreateWindowExW(0, kClass, nullptr, 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, windowClass.hInstance, nullptr);
+    window_ = NewMessageWindow(L"qx_scripted_user", Procedure);
     SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
     SetTimer(window_, kTimer, kTickMilliseconds, nullptr);
 }

@@ -28,6 +28,14 @@ protected:
         stand.Press(IDC_TO);
     }
 
+    void ShowAndPick(int name)
+    {
+        stand.Show();
+        stand.DropNames(true);
+        stand.PickName(name);
+    }
+    Recipient Fields() { return {stand.Text(IDC_NAME_BOX), stand.Text(IDC_FAX_NUMBER), stand.Text(IDC_COMPANY)}; }
+
     FaxJobPageStand stand;
 };
 
@@ -72,9 +80,7 @@ TEST_F(FaxJobPageTest, TakesATypedRecipientIntoListAndRecord)
     EXPECT_EQ(stand.Rows(), (Rows{{L"Anna", L"5550100", L"Orchard"}}));
     EXPECT_EQ(stand.Recipients(), stand.Rows());
     EXPECT_EQ(stand.Job().RecipientCount, 1);
-    EXPECT_EQ(stand.Text(IDC_NAME_BOX), L"");
-    EXPECT_EQ(stand.Text(IDC_FAX_NUMBER), L"");
-    EXPECT_EQ(stand.Text(IDC_COMPANY), L"");
+    EXPECT_EQ(Fields(), (Recipient{L"", L"", L""}));
     EXPECT_FALSE(stand.IsEnabled(IDC_TO));
 }
 
@@ -127,9 +133,7 @@ TEST_F(FaxJobPageTest, APickedEntryFillsTheFields)
     stand.DropNames(true);
     EXPECT_EQ(stand.Names(), (Texts{L"Bob", L"Anna"}));
     stand.PickName(1);
-    EXPECT_EQ(stand.Text(IDC_NAME_BOX), L"Anna");
-    EXPECT_EQ(stand.Text(IDC_FAX_NUMBER), L"111");
-    EXPECT_EQ(stand.Text(IDC_COMPANY), L"Orchard");
+    EXPECT_EQ(Fields(), (Recipient{L"Anna", L"111", L"Orchard"}));
     EXPECT_TRUE(stand.IsEnabled(IDC_TO));
     EXPECT_TRUE(stand.IsEnabled(IDC_ADD_TO_PHONE_BOOK));
 }
@@ -138,9 +142,7 @@ TEST_F(FaxJobPageTest, WithNamesakesTheChosenRowDecides)
 {
     stand.AddRecentEntry(L"Anna", L"111");
     stand.AddRecentEntry(L"Anna", L"222");
-    stand.Show();
-    stand.DropNames(true);
-    stand.PickName(1);
+    ShowAndPick(1);
     EXPECT_EQ(stand.Text(IDC_FAX_NUMBER), L"111");
     stand.PickName(0);
     EXPECT_EQ(stand.Text(IDC_FAX_NUMBER), L"222");
@@ -150,9 +152,7 @@ TEST_F(FaxJobPageTest, AStoredNumberThatTheFieldRefusesNeverBringsBackAnotherRec
 {
     stand.AddRecentEntry(L"Bad", L"555 12 x");
     stand.AddRecentEntry(L"Anna", L"111");
-    stand.Show();
-    stand.DropNames(true);
-    stand.PickName(0);
+    ShowAndPick(0);
     stand.PickName(1);
     EXPECT_EQ(stand.Text(IDC_NAME_BOX), L"Bad");
     EXPECT_EQ(stand.Text(IDC_FAX_NUMBER), L"");
@@ -162,9 +162,7 @@ TEST_F(FaxJobPageTest, AStoredNumberThatTheFieldRefusesNeverBringsBackAnotherRec
 TEST_F(FaxJobPageTest, WithoutItsTextAGroupCannotBeTaken)
 {
     stand.AddRecentGroup(L"Team", 2);
-    stand.Show();
-    stand.DropNames(true);
-    stand.PickName(0);
+    ShowAndPick(0);
     EXPECT_TRUE(stand.IsVisible(IDC_GROUP_TEXT));
     EXPECT_FALSE(stand.IsVisible(IDC_FAX_NUMBER));
     EXPECT_FALSE(stand.IsEnabled(IDC_COMPANY));
@@ -178,9 +176,7 @@ TEST_F(FaxJobPageTest, AGroupOfAtMostOneMemberHasATextOfItsOwn)
     stand.AddRecentGroup(L"Duo", 2);
     stand.AddRecentGroup(L"Nobody", 0);
     stand.AddRecentGroup(L"Solo", 1);
-    stand.Show();
-    stand.DropNames(true);
-    stand.PickName(0);
+    ShowAndPick(0);
     EXPECT_EQ(stand.Text(IDC_GROUP_TEXT), L"member: 1");
     stand.PickName(1);
     EXPECT_EQ(stand.Text(IDC_GROUP_TEXT), L"member: 0");
@@ -216,9 +212,7 @@ TEST_F(FaxJobPageTest, AGroupThatDropsOutOfTheRecentListLeavesTheFields)
         groups.back()->SetName((L"Other " + std::to_wstring(i)).c_str());
     }
     stand.AddRecentGroup(L"Team", 2);
-    stand.Show();
-    stand.DropNames(true);
-    stand.PickName(0);
+    ShowAndPick(0);
     ASSERT_TRUE(stand.IsVisible(IDC_GROUP_TEXT));
     SetFocus(stand.Control(IDC_GROUP_TEXT));
     for (const auto& group : groups)
@@ -249,9 +243,7 @@ TEST_F(FaxJobPageTest, ANameThatDroppedOutOfTheRecentListUnnoticedHasItsOwnNumbe
 TEST_F(FaxJobPageTest, AGroupThatStaysInTheRecentListStaysInTheFields)
 {
     stand.AddRecentGroup(L"Team", 2);
-    stand.Show();
-    stand.DropNames(true);
-    stand.PickName(0);
+    ShowAndPick(0);
     stand.AddRecentGroup(L"Others", 2);
     stand.Notify(static_cast<UINT>(PSN_SETACTIVE));
     ASSERT_NE(stand.Page().fields.group, nullptr);

@@ -43,17 +43,6 @@ protected:
     // Never empty, so that a text that the library lacks is not taken for one that nobody set.
     std::wstring LibraryText(unsigned id) { return LocalizedText(context_, {id, L"missing"}); }
 
-    std::wstring Heading(int list, int column)
-    {
-        wchar_t text[kTextUnits] = L"";
-        LVCOLUMNW item{};
-        item.mask = LVCF_TEXT;
-        item.pszText = text;
-        item.cchTextMax = kTextUnits;
-        SendMessageW(Ui().Control(list), LVM_GETCOLUMNW, static_cast<WPARAM>(column), reinterpret_cast<LPARAM>(&item));
-        return text;
-    }
-
     void Map(int sourceRow, int destination)
     {
         Ui().SelectRows(IDC_MAP_SOURCE_FIELDS, {sourceRow});
@@ -75,6 +64,13 @@ protected:
         Ui().Press(button);
         conversation_->End();
         return answer_;
+    }
+
+    // Of OK.
+    Mapping AcceptedMapping()
+    {
+        EXPECT_EQ(End(IDOK), IDOK);
+        return context_.mapping;
     }
 
     UniqueModule library_;
@@ -123,9 +119,9 @@ TEST_F(MapCustomFields, EveryTextIsTheLibrarysOwn)
                                                       {IDCANCEL, 5224}};
     for (const auto& [control, text] : kCaptions)
         EXPECT_EQ(Ui().Text(control), LibraryText(text)) << control;
-    EXPECT_EQ(Heading(IDC_MAP_SOURCE_FIELDS, 0), LibraryText(6088));
-    EXPECT_EQ(Heading(IDC_MAP_DESTINATIONS, 0), LibraryText(6088));
-    EXPECT_EQ(Heading(IDC_MAP_DESTINATIONS, 1), LibraryText(6089));
+    EXPECT_EQ(Ui().ColumnTitle(IDC_MAP_SOURCE_FIELDS, 0), LibraryText(6088));
+    EXPECT_EQ(Ui().ColumnTitle(IDC_MAP_DESTINATIONS, 0), LibraryText(6088));
+    EXPECT_EQ(Ui().ColumnTitle(IDC_MAP_DESTINATIONS, 1), LibraryText(6089));
     EXPECT_EQ(Ui().CellText(IDC_MAP_DESTINATIONS, 0, 0), LibraryText(1104));
     EXPECT_EQ(Ui().CellText(IDC_MAP_DESTINATIONS, 1, 0), LibraryText(5269));
     EXPECT_EQ(Ui().CellText(IDC_MAP_DESTINATIONS, 2, 0), LibraryText(6216));
@@ -173,8 +169,7 @@ TEST_F(MapCustomFields, OkGivesThePairsInTheOrderOfTheEntryFields)
     Map(1, kFaxNumber);
     Map(0, kName);
     EXPECT_EQ(Mapped(), (Texts{L"Who", L"Fax", L"Firm"}));
-    EXPECT_EQ(End(IDOK), IDOK);
-    EXPECT_EQ(context_.mapping, (Mapping{{0, kName}, {1, kFaxNumber}, {2, kCompany}}));
+    EXPECT_EQ(AcceptedMapping(), (Mapping{{0, kName}, {1, kFaxNumber}, {2, kCompany}}));
     EXPECT_EQ(context_.result, 1u);
 }
 
@@ -185,8 +180,7 @@ TEST_F(MapCustomFields, TheCompanyMayStayOut)
     EXPECT_FALSE(Ui().IsEnabled(IDOK));
     Map(1, kFaxNumber);
     EXPECT_TRUE(Ui().IsEnabled(IDOK));
-    EXPECT_EQ(End(IDOK), IDOK);
-    EXPECT_EQ(context_.mapping, (Mapping{{0, kName}, {1, kFaxNumber}}));
+    EXPECT_EQ(AcceptedMapping(), (Mapping{{0, kName}, {1, kFaxNumber}}));
 }
 
 TEST_F(MapCustomFields, WithOnlyNameAndCompanyMappedOkStaysOff)
@@ -226,8 +220,7 @@ TEST_F(MapCustomFields, ALineBreakAtTheEndOfAHeaderFieldIsNeitherShownNorCompare
     EXPECT_EQ(Ui().CellText(IDC_MAP_SOURCE_FIELDS, 1, 0), L"Fax");
     Map(0, kName);
     Map(1, kFaxNumber);
-    EXPECT_EQ(End(IDOK), IDOK);
-    EXPECT_EQ(context_.mapping, (Mapping{{0, kName}, {1, kFaxNumber}}));
+    EXPECT_EQ(AcceptedMapping(), (Mapping{{0, kName}, {1, kFaxNumber}}));
     EXPECT_EQ(context_.headers[0], L"Who"); // trimmed in place
 }
 
@@ -237,8 +230,7 @@ TEST_F(MapCustomFields, AnEmptyHeaderFieldHasNoRowButIsCounted)
     EXPECT_EQ(Ui().RowCount(IDC_MAP_SOURCE_FIELDS), 2);
     Map(0, kName);
     Map(1, kFaxNumber);
-    EXPECT_EQ(End(IDOK), IDOK);
-    EXPECT_EQ(context_.mapping, (Mapping{{1, kName}, {3, kFaxNumber}}));
+    EXPECT_EQ(AcceptedMapping(), (Mapping{{1, kName}, {3, kFaxNumber}}));
 }
 
 TEST_F(MapCustomFields, OfTwoHeaderFieldsWithTheSameTextTheFirstIsMeant)
@@ -246,8 +238,7 @@ TEST_F(MapCustomFields, OfTwoHeaderFieldsWithTheSameTextTheFirstIsMeant)
     Open({L"Fax", L"Who", L"Who"});
     Map(2, kName);
     Map(0, kFaxNumber);
-    EXPECT_EQ(End(IDOK), IDOK);
-    EXPECT_EQ(context_.mapping, (Mapping{{1, kName}, {0, kFaxNumber}}));
+    EXPECT_EQ(AcceptedMapping(), (Mapping{{1, kName}, {0, kFaxNumber}}));
 }
 
 TEST_F(MapCustomFields, HeaderFieldsThatDifferInCaseAreDifferent)
@@ -256,8 +247,7 @@ TEST_F(MapCustomFields, HeaderFieldsThatDifferInCaseAreDifferent)
     Map(0, kName);
     Map(1, kFaxNumber);
     EXPECT_EQ(Mapped(), (Texts{L"who", L"WHO", L""}));
-    EXPECT_EQ(End(IDOK), IDOK);
-    EXPECT_EQ(context_.mapping, (Mapping{{0, kName}, {1, kFaxNumber}}));
+    EXPECT_EQ(AcceptedMapping(), (Mapping{{0, kName}, {1, kFaxNumber}}));
 }
 
 TEST_F(MapCustomFields, AHeaderFieldIsToldApartByItsFirst260Characters)
@@ -280,8 +270,7 @@ TEST_F(MapCustomFields, FortyColumnsAreListedInTheirOrder)
     ASSERT_EQ(Ui().RowCount(IDC_MAP_SOURCE_FIELDS), 40);
     Map(39, kName);
     Map(17, kFaxNumber);
-    EXPECT_EQ(End(IDOK), IDOK);
-    EXPECT_EQ(context_.mapping, (Mapping{{39, kName}, {17, kFaxNumber}}));
+    EXPECT_EQ(AcceptedMapping(), (Mapping{{39, kName}, {17, kFaxNumber}}));
 }
 
 TEST_F(MapCustomFields, CancelMapsNothing)
@@ -388,8 +377,7 @@ TEST_F(MapCustomFields, AMillionColumnsAreShownAtOnceAndTheLastOneCanBeMapped)
     Map(kColumns - 2, kName);
     Map(0, kFaxNumber);
     EXPECT_EQ(Mapped(), (Texts{L"c999999", L"c1", L""}));
-    EXPECT_EQ(End(IDOK), IDOK);
-    EXPECT_EQ(context_.mapping, (Mapping{{999999, kName}, {1, kFaxNumber}}));
+    EXPECT_EQ(AcceptedMapping(), (Mapping{{999999, kName}, {1, kFaxNumber}}));
 }
 
 TEST_F(MapCustomFields, TypingFindsTheNextSourceFieldThatBeginsSo)

@@ -28,26 +28,11 @@ protected:
     HWND Combo() { return stand.Page().fields.nameBox.combo; }
     std::wstring Name() { return stand.Text(IDC_NAME_BOX); }
     std::wstring Fax() { return stand.Text(IDC_FAX_NUMBER); }
+    Texts NameAndFax() { return {Name(), Fax()}; }
     int SelectedRow() { return static_cast<int>(SendMessageW(List(), LB_GETCURSEL, 0, 0)); }
 
-    static LPARAM MiddleOf(const RECT& rectangle)
-    {
-        return MAKELPARAM((rectangle.left + rectangle.right) / 2, (rectangle.top + rectangle.bottom) / 2);
-    }
-    LPARAM PointOfRow(int row)
-    {
-        RECT rectangle{};
-        SendMessageW(List(), LB_GETITEMRECT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&rectangle));
-        return MiddleOf(rectangle);
-    }
-    void Hover(int row) { SendMessageW(List(), WM_MOUSEMOVE, 0, PointOfRow(row)); }
-    void Click(int row)
-    {
-        const LPARAM point = PointOfRow(row);
-        SendMessageW(List(), WM_MOUSEMOVE, 0, point);
-        SendMessageW(List(), WM_LBUTTONDOWN, MK_LBUTTON, point);
-        SendMessageW(List(), WM_LBUTTONUP, 0, point);
-    }
+    void Hover(int row) { HoverRow(List(), row); }
+    void Click(int row) { ClickRow(List(), row); }
     int RowHeight() { return static_cast<int>(SendMessageW(List(), LB_GETITEMHEIGHT, 0, 0)); }
     RECT ListRectangle()
     {
@@ -578,8 +563,7 @@ TEST_F(NameBox, DuringACompositionNothingIsCompletedAndAfterItTheWholeTextIs)
 {
     ShowWith({L"\x5C71\x672C", L"\x5C71\x7530"}); // 100, 101
     stand.Compose(L"\x5C71");
-    EXPECT_EQ(Name(), L"\x5C71");
-    EXPECT_EQ(Fax(), L"");
+    EXPECT_EQ(NameAndFax(), (Texts{L"\x5C71", L""}));
     EXPECT_FALSE(stand.NamesShown());
     stand.EndComposition();
     EXPECT_EQ(Name(), L"\x5C71\x7530");
@@ -602,8 +586,7 @@ TEST_F(NameBox, ACompositionHidesTheListAndHasItsKeysToItself)
     }
     for (const WPARAM key : {VK_DOWN, VK_UP, VK_NEXT, VK_PRIOR, VK_F4})
         stand.PressNameKey(key);
-    EXPECT_EQ(Name(), L"Ab");
-    EXPECT_EQ(Fax(), L"101");
+    EXPECT_EQ(NameAndFax(), (Texts{L"Ab", L"101"}));
     EXPECT_FALSE(stand.NamesShown());
 }
 
@@ -612,8 +595,7 @@ TEST_F(NameBox, ACompositionThatTheUserLeftIsAnsweredWithoutCompletingIt)
     ShowWith({L"Bob", L"Bo"}); // 100, 101
     stand.Compose(L"bob");
     SetFocus(stand.Control(IDC_RECIPIENTS));
-    EXPECT_EQ(Name(), L"bob");
-    EXPECT_EQ(Fax(), L"100");
+    EXPECT_EQ(NameAndFax(), (Texts{L"bob", L"100"}));
     stand.EndComposition();
     EXPECT_FALSE(stand.NamesShown());
     SetFocus(Edit());
@@ -648,8 +630,7 @@ TEST_F(NameBox, TheCompletedRowStaysChosenAlthoughTheComboBoxDeselectsItAfterIts
     stand.TypeName(L"a");
     EXPECT_EQ(SelectedRow(), 0);
     stand.PressNameKey(VK_RETURN);
-    EXPECT_EQ(Name(), L"Anna");
-    EXPECT_EQ(Fax(), L"101");
+    EXPECT_EQ(NameAndFax(), (Texts{L"Anna", L"101"}));
 }
 
 TEST_F(NameBox, NoKeyAndNoWheelPutsAnotherNameBesideANumber)
@@ -755,11 +736,9 @@ TEST_F(NameBox, OpeningTheListLeavesTheTypedTextAlone)
     SetFocus(Edit());
     stand.DropNames(true);
     EXPECT_TRUE(stand.NamesShown());
-    EXPECT_EQ(Name(), L"A");
-    EXPECT_EQ(Fax(), L"555");
+    EXPECT_EQ(NameAndFax(), (Texts{L"A", L"555"}));
     stand.PressNameKey(VK_DOWN);
-    EXPECT_EQ(Name(), L"Anna");
-    EXPECT_EQ(Fax(), L"100");
+    EXPECT_EQ(NameAndFax(), (Texts{L"Anna", L"100"}));
 }
 
 TEST_F(NameBox, TheListStandsBelowTheEditOnePixelNarrowerOnEachSide)
@@ -864,8 +843,7 @@ TEST_F(NameBox, HidesTheListWhenTheSheetMoves)
     SetWindowPos(stand.SheetWindow(), nullptr, 80, 90, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
     Retrieve(stand.SheetWindow(), WM_APP); // a moved sheet is never without messages
     EXPECT_FALSE(stand.NamesShown());
-    EXPECT_EQ(Name(), L"Anna");
-    EXPECT_EQ(Fax(), L"100");
+    EXPECT_EQ(NameAndFax(), (Texts{L"Anna", L"100"}));
     stand.PressNameKey(VK_F4);
     Retrieve(stand.SheetWindow(), WM_APP);
     EXPECT_TRUE(stand.NamesShown());
@@ -931,8 +909,7 @@ TEST_F(NameBox, AnOpenListWhoseNamesHaveNotChangedStaysAsItIs)
     EXPECT_EQ(stand.Names(), (Texts{L"Anna", L"Andrew"}));
     EXPECT_EQ(SelectedRow(), 1);
     stand.PressNameKey(VK_RETURN);
-    EXPECT_EQ(Name(), L"Andrew");
-    EXPECT_EQ(Fax(), L"100");
+    EXPECT_EQ(NameAndFax(), (Texts{L"Andrew", L"100"}));
 }
 
 TEST_F(NameBox, AChangeOfTheRecentListHidesTheOldNames)
@@ -956,8 +933,7 @@ TEST_F(NameBox, EnterTakesTheSelectedRow)
     stand.PressNameKey(VK_DOWN);
     stand.PressNameKey(VK_RETURN);
     EXPECT_FALSE(stand.NamesShown());
-    EXPECT_EQ(Name(), L"Andrew");
-    EXPECT_EQ(Fax(), L"100");
+    EXPECT_EQ(NameAndFax(), (Texts{L"Andrew", L"100"}));
 }
 
 TEST_F(NameBox, EnterWithoutASelectedRowKeepsWhatWasTyped)
@@ -977,8 +953,7 @@ TEST_F(NameBox, EnterWithTheListHiddenChoosesTheFirstRowThatBeginsWithTheTypedTe
     stand.TypeName(L"an");
     SendMessageW(Combo(), CB_SHOWDROPDOWN, FALSE, 0);
     stand.PressNameKey(VK_RETURN);
-    EXPECT_EQ(Name(), L"Anna");
-    EXPECT_EQ(Fax(), L"101");
+    EXPECT_EQ(NameAndFax(), (Texts{L"Anna", L"101"}));
     EXPECT_FALSE(stand.NamesShown());
 }
 
@@ -989,8 +964,7 @@ TEST_F(NameBox, EscapeClearsTheNameAndTheFields)
     ASSERT_EQ(Fax(), L"100");
     stand.PressNameKey(VK_ESCAPE);
     EXPECT_FALSE(stand.NamesShown());
-    EXPECT_EQ(Name(), L"");
-    EXPECT_EQ(Fax(), L"");
+    EXPECT_EQ(NameAndFax(), (Texts{L"", L""}));
     EXPECT_FALSE(stand.IsEnabled(IDC_TO));
     EXPECT_FALSE(stand.IsEnabled(IDC_CLEAR_FIELDS));
 }
@@ -1015,11 +989,9 @@ TEST_F(NameBox, TheArrowKeysWalkThroughTheNamesAlsoWithTheListHidden)
 {
     ShowWith({L"Bob", L"Anna"});
     stand.PressNameKey(VK_DOWN);
-    EXPECT_EQ(Name(), L"Anna");
-    EXPECT_EQ(Fax(), L"101");
+    EXPECT_EQ(NameAndFax(), (Texts{L"Anna", L"101"}));
     stand.PressNameKey(VK_DOWN);
-    EXPECT_EQ(Name(), L"Bob");
-    EXPECT_EQ(Fax(), L"100");
+    EXPECT_EQ(NameAndFax(), (Texts{L"Bob", L"100"}));
 }
 
 TEST_F(NameBox, AProgramThatOpensTheListFindsTheNamesInIt)
@@ -1038,8 +1010,7 @@ TEST_F(NameBox, AClickOnARowTakesItsNameAndFillsTheFields)
     stand.TypeName(L"an");
     Click(1);
     EXPECT_FALSE(stand.NamesShown());
-    EXPECT_EQ(Name(), L"Andrew");
-    EXPECT_EQ(Fax(), L"100");
+    EXPECT_EQ(NameAndFax(), (Texts{L"Andrew", L"100"}));
     EXPECT_TRUE(stand.IsEnabled(IDC_ADD_TO_PHONE_BOOK));
     EXPECT_EQ(GetCapture(), nullptr);
 }
@@ -1050,8 +1021,7 @@ TEST_F(NameBox, AClickInTheListThatTheArrowOpenedDoesTheSame)
     stand.DropNames(true);
     Click(1);
     EXPECT_FALSE(stand.NamesShown());
-    EXPECT_EQ(Name(), L"Bob");
-    EXPECT_EQ(Fax(), L"100");
+    EXPECT_EQ(NameAndFax(), (Texts{L"Bob", L"100"}));
     stand.DropNames(true);
     EXPECT_TRUE(stand.NamesShown());
 }
@@ -1075,15 +1045,14 @@ TEST_F(NameBox, AnArrowKeyGoesFromTheHoveredRowAlsoBackToTheChosenOne)
     stand.PressNameKey(VK_UP);
     EXPECT_EQ(SelectedRow(), 0);
     stand.PressNameKey(VK_RETURN);
-    EXPECT_EQ(Name(), L"Anna");
-    EXPECT_EQ(Fax(), L"101");
+    EXPECT_EQ(NameAndFax(), (Texts{L"Anna", L"101"}));
 }
 
 TEST_F(NameBox, AListThatOpensUnderARestingPointerIsNotHoveredOver)
 {
     ShowWith({L"Andrew", L"Anna"});
     stand.TypeName(L"an");
-    POINT point{static_cast<short>(LOWORD(PointOfRow(1))), static_cast<short>(HIWORD(PointOfRow(1)))};
+    POINT point = MiddleOfRow(List(), 1);
     ClientToScreen(List(), &point);
     stand.Page().fields.nameBox.pointerWhenShown = point;
     Hover(1);
