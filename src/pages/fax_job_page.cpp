@@ -103,10 +103,8 @@ void AddGroupMembers(FaxJobPage& page, const PhoneBookGroup& group)
     if (!GroupFits(page.recipients.Count(), group.Members().size()))
         return ReportTooManyRecipients(page);
     std::vector<UniqueItem<PhoneBookEntry>> entries;
-    for (const PhoneBookItem* const member : group.Members()) {
-        if (const PhoneBookEntry* const entry = AsEntry(member))
-            entries.push_back(MakeRecipient(entry->Texts()));
-    }
+    for (const PhoneBookEntry* const member : group.Members())
+        entries.push_back(MakeRecipient(member->Texts()));
     if (!page.recipients.Add(entries))
         return;
     RememberRecent(page, group);
