@@ -40,6 +40,7 @@ TEST(AddRecipients, ShowsTheBookInItsOrderAndGroupsWithTheirNameOnly)
 {
     PhoneBookSession session(Acquaintances());
     UiDriver& ui = session.OpenPicker();
+    EXPECT_EQ(ui.Title(), L"Add Recipients From Phone Book");
     EXPECT_EQ(NamesIn(ui, IDC_PICK_LIST), (Names{L"Ann", L"Bob", L"Cat", L"Sales"}));
     EXPECT_EQ(ui.Row(IDC_PICK_LIST, 0), (Names{L"Ann", L"111", L"Acme"}));
     EXPECT_EQ(ui.Row(IDC_PICK_LIST, 1), (Names{L"Bob", L"222", L""}));

@@ -66,6 +66,7 @@ TEST(GroupDialog, ButtonsFollowTheSelectionOfBothLists)
 {
     PhoneBookSession session(Acquaintances());
     UiDriver& ui = EditRow(session, kSales);
+    EXPECT_EQ(ui.Title(), L"Edit Group");
     for (const int button : {IDC_GROUP_DETAILS, IDC_GROUP_ADD, IDC_GROUP_DELETE})
         EXPECT_FALSE(ui.IsEnabled(button));
     ui.SelectRows(IDC_GROUP_ENTRIES, {0});
