@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <string>
 #include <windows.h>
@@ -35,6 +36,8 @@ void KeepOnly(const std::string& file)
 
 int main(int count, char** arguments)
 {
+    if (const char* const begun = std::getenv("QX_BEGUN"))
+        std::ofstream(begun).flush(); // see begin.sh
     // Newer systems show 96 dpi, whatever the screen has, to a program that does not say that it knows others.
     const char* const dotsPerInch = std::getenv("QX_DPI");
     if (dotsPerInch != nullptr && std::atoi(dotsPerInch) != USER_DEFAULT_SCREEN_DPI)
