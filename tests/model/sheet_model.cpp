@@ -24,14 +24,6 @@ bool IsSameRecent(const RecentItem& a, const RecentItem& b)
            (a.isGroup || EqualUserText(a.texts.faxNumber, b.texts.faxNumber));
 }
 
-// Another program may have given the id of an item that was not saved yet to one of its own.
-bool MayBe(const BookItem& before, const BookItem& found)
-{
-    return before.isGroup == found.isGroup &&
-           (EqualUserText(before.texts.name, found.texts.name) ||
-            (!before.isGroup && EqualUserText(before.texts.faxNumber, found.texts.faxNumber)));
-}
-
 bool MayBeNumber(const std::wstring& text)
 {
     return text.find_first_not_of(L"0123456789,-*#()[]") == std::wstring::npos;
@@ -135,17 +127,12 @@ void BookModel::Delete(const std::vector<DWORD>& ids)
     }
 }
 
-void BookModel::StoreBack(const BookItem& before, BookItem edited)
+bool BookModel::Has(const BookItem& before)
 {
-    BookItem* const found = Find(edited.id);
-    if (found == nullptr)
-        return; // another program has deleted it
-    if (MayBe(before, *found)) {
-        *found = std::move(edited);
-        return;
-    }
-    edited.id = kIdUnknown;
-    items.push_back(std::move(edited));
+    const BookItem* const found = Find(before.id);
+    return found != nullptr && found->isGroup == before.isGroup &&
+           EqualUserText(found->texts.name, before.texts.name) &&
+           EqualUserText(found->texts.faxNumber, before.texts.faxNumber);
 }
 
 void BookModel::Sort()

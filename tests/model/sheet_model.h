@@ -32,8 +32,8 @@ struct BookModel {
     std::vector<Recipient> MembersOf(const std::vector<DWORD>& ids) const;
     // As one deletion after the other: what is left without members goes as well.
     void Delete(const std::vector<DWORD>& ids);
-    // An edited item, after the book may have been reloaded under the dialog.
-    void StoreBack(const BookItem& before, BookItem edited);
+    // Whether the id of what was there before names the same one still: after a reload it may be somebody else's.
+    bool Has(const BookItem& before);
     // The rows of a file, as an import adds them; the ids stay unknown. A column below 0 is not mapped.
     void Import(const std::vector<std::vector<std::wstring>>& rows, const std::vector<int>& columns);
     void Sort(); // by id: to be compared

@@ -264,6 +264,11 @@ void SheetUser::SomebodySaves(bool told)
             return TRUE;
         },
         0);
+    if (place_ == Place::Group) // whom the members' ids name no longer, they leave
+        std::erase_if(members, [this](DWORD id) {
+            const BookItem* const member = memory.Find(id);
+            return member != nullptr && !file.Has(*member);
+        });
     TakeReloaded();
 }
 
@@ -449,8 +454,10 @@ void SheetUser::CheckDefaults() const
     ExpectEqual(DefaultsIn(key.Get()), stored, "the stored defaults");
 }
 
-void SheetUser::FinishEditing(const BookItem& edited)
+void SheetUser::FinishEditing(BookItem edited)
 {
+    if (!memory.Has(before))
+        edited.id = kIdUnknown; // another program has deleted or changed it: it comes back
     const bool same = memory.HoldsSame(edited);
     const HWND dialog = Dialog();
     Press(IDOK);
@@ -460,7 +467,7 @@ void SheetUser::FinishEditing(const BookItem& edited)
     if (edited.id == kIdUnknown)
         memory.items.push_back(edited);
     else
-        memory.StoreBack(before, edited);
+        *memory.Find(edited.id) = edited;
 }
 
 } // namespace qx::test

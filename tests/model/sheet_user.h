@@ -87,8 +87,8 @@ struct SheetUser : DialogHands {
         unseen.clear();
     }
     void Use(const RecentItem& item);
-    void Note(const UserDefaults& shown);       // as the job's settings
-    void FinishEditing(const BookItem& edited); // the button OK of an item's dialog
+    void Note(const UserDefaults& shown); // as the job's settings
+    void FinishEditing(BookItem edited);  // the button OK of an item's dialog
 
     const Surroundings around;
     std::minstd_rand random; // of the present event
