@@ -1,6 +1,6 @@
 #!/bin/bash
 # Plays whole sessions of the module, each with one call of the system failing, and prints scenario by scenario what
-# came out: + as asked, - less (refused, or kept as it was, and whole), ! wrong.
+# came out: + as asked, - less (refused, or kept as it was, and whole), ! wrong. Every core plays a scenario of its own.
 #
 #   tools/faults.sh [--calls] [--ends] [SCENARIO...]
 #
@@ -24,14 +24,30 @@ while [[ ${1-} == -* ]]; do
     esac
     shift
 done
-filter='*'
-if [[ $# -gt 0 ]]; then
-    filter=$(printf '*/%s:' "$@")
-fi
 
 cmake --preset checked >/dev/null
 cmake --build --preset checked --target fault_tests
 rm -rf build/faults
 mkdir -p build/faults
-export QX_FAULTS QX_FAULTS_REPORT=$root/build/faults QX_SOURCE_DIR=$root QX_BINARY_DIR=$root/build/checked/bin
-tools/with-wine.sh --desk faults wine64 build/checked/bin/tests/fault_tests.exe "$tests" --gtest_filter="$filter"
+export QX_FAULTS QX_FAULTS_REPORT=$root/build/faults QX_SOURCE_DIR=$root QX_BINARY_DIR=$root/build/checked/bin tests
+
+run() { # SLOT OPTION...
+    local slot=$1
+    shift
+    tools/with-wine.sh --desk "faults$slot" --blind wine64 build/checked/bin/tests/fault_tests.exe "$tests" "$@" | tr -d '\r'
+}
+
+play() ( # SCENARIO, one of those that are played at the same time
+    set -o pipefail
+    status=0
+    said=$(run "$QX_SLOT" --gtest_filter="*/$1:") || status=$?
+    echo "$said"
+    exit "$status"
+)
+export -f run play
+
+if [[ $# -eq 0 ]]; then
+    mapfile -t all < <(run 0 --gtest_list_tests | sed -n 's/^ .*\/\([a-z_]*\).*/\1/p' | sort -u)
+    set -- "${all[@]}"
+fi
+printf '%s\n' "$@" | xargs -P "$(nproc)" -n 1 --process-slot-var=QX_SLOT bash -c "play \$1" play
