@@ -87,15 +87,11 @@ void SetOverlayPath(FaxJobData& record, const wchar_t* text) noexcept
 
 void MakeRoomForRecipients(FaxJobData& record) noexcept
 {
-    if (record.Recipients.Items == nullptr)
-        RestartRecipients(record, record.Recipients.Capacity);
-}
-
-void RestartRecipients(FaxJobData& record, INT32 capacity) noexcept
-{
-    HeapRelease(record.Recipients.Items);
-    FaxRecipient** const items = AllocateRecipients(std::max(capacity, 0));
-    record.Recipients = {items != nullptr ? std::max(capacity, 0) : 0, 0, items};
+    if (record.Recipients.Items != nullptr)
+        return;
+    const INT32 capacity = std::max(record.Recipients.Capacity, 0);
+    FaxRecipient** const items = AllocateRecipients(capacity);
+    record.Recipients = {items != nullptr ? capacity : 0, 0, items};
 }
 
 BOOL AddRecipient(FaxJobData& record, FaxRecipient* entry) noexcept

@@ -34,9 +34,6 @@ void SetOverlayPath(FaxJobData& record, const wchar_t* text) noexcept;
 
 // Makes the storage that the driver left out, for the capacity that it stated.
 void MakeRoomForRecipients(FaxJobData& record) noexcept;
-// Empties the list, with room for capacity. Neither the recipients, which the caller has, nor the
-// published count are touched.
-void RestartRecipients(FaxJobData& record, INT32 capacity) noexcept;
 // Appends a recipient that the record owns from then on. FALSE for a null entry, or when memory is short (the entry
 // then stays the caller's).
 BOOL AddRecipient(FaxJobData& record, FaxRecipient* entry) noexcept;

@@ -159,7 +159,8 @@ TEST(FaxJobData, WhatThereIsNoMemoryForIsRefused)
     FaxJobData& record = owned.Get();
     FailingBlocks blocks(nullptr, "HeapAlloc", nullptr);
     blocks.FailFrom(1);
-    RestartRecipients(record, 5);
+    record.Recipients.Capacity = 5;
+    MakeRoomForRecipients(record);
     EXPECT_EQ(record.Recipients.Capacity, 0);
     FaxRecipient recipient{};
     EXPECT_EQ(AddRecipient(record, &recipient), FALSE);

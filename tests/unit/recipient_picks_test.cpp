@@ -1,6 +1,7 @@
 #include "phonebook/ui/recipient_picks.h"
 
 #include "record/fax_job_data.h"
+#include "support/failing_calls.h"
 #include "support/phone_book.h"
 
 #include <gtest/gtest.h>
@@ -145,6 +146,29 @@ TEST_F(ReplaceRecipientsTest, NobodyChosenLeavesACountOfZero)
     EXPECT_EQ(job.Recipients.Count, 0);
     EXPECT_EQ(job.RecipientCount, 0);
     EXPECT_EQ(job.Recipients.Capacity, 10);
+}
+
+// Whoever is picked and not sent to would be told nothing: all of them or, with the picker still open, nobody.
+TEST_F(ReplaceRecipientsTest, ShortMemoryLeavesTheRecordAsItWas)
+{
+    FaxRecipient* const first = Give(L"First");
+    Entries chosen(12, ann); // more than the first room
+    chosen.push_back(AsEntry(Give(L"Second")));
+    FailingCalls<decltype(HeapAlloc), struct BlocksOfPicks> blocks(nullptr, "HeapAlloc", nullptr);
+    for (long call = 1;; ++call) {
+        blocks.FailOnly(call);
+        try {
+            ReplaceRecipients(job, chosen);
+        } catch (const std::bad_alloc&) {
+        }
+        if (!blocks.HasFailed())
+            break;
+        ASSERT_EQ(Names(), (std::vector<std::wstring>{L"First", L"Second"})) << call;
+        ASSERT_EQ(RecipientsOf(job)[0], first) << call;
+        ASSERT_EQ(job.RecipientCount, 2) << call;
+    }
+    EXPECT_GT(blocks.Count(), 12); // each copy is in blocks of its own
+    EXPECT_EQ(job.RecipientCount, 13);
 }
 
 TEST_F(ReplaceRecipientsTest, HundredRecipientsOutgrowTheFirstRoom)

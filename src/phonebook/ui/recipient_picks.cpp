@@ -6,6 +6,7 @@
 
 #include <new>
 #include <unordered_map>
+#include <utility>
 
 namespace qx {
 
@@ -21,13 +22,18 @@ void PickMembers(const PhoneBookGroup& group, const PhoneBook& book, RecipientPi
     }
 }
 
-// A copy of the record's own; left out when memory is short.
-void AddCopy(FaxJobData& job, const PhoneBookEntry& entry) noexcept
-try {
-    UniqueItem<PhoneBookEntry> copy = MakeCopy(entry);
-    if (AddRecipient(job, AsRecipient(copy.get())))
-        static_cast<void>(copy.release());
-} catch (const std::bad_alloc&) {
+// Empties the record's list, with room for count; the caller has the recipients. Throws std::bad_alloc, with nothing
+// changed.
+void Restart(FaxJobData& job, INT32 count)
+{
+    OwnedFaxJobData fresh;
+    FaxRecipientArray& list = fresh.Get().Recipients;
+    list.Capacity = kFirstCapacity;
+    if (!MakeRoomForMore(job.Recipients.Count > 0 ? fresh.Get() : job, count))
+        throw std::bad_alloc();
+    if (job.Recipients.Count > 0)
+        std::swap(job.Recipients, list);
+    list.Count = 0;
 }
 
 } // namespace
@@ -56,16 +62,23 @@ void ReplaceRecipients(FaxJobData& job, std::span<const PhoneBookEntry* const> c
     std::unordered_map<const PhoneBookEntry*, FaxRecipient*> own;
     for (FaxRecipient* const recipient : RecipientsOf(job))
         own.emplace(AsEntry(recipient), recipient);
-    if (job.Recipients.Count > 0)
-        RestartRecipients(job, kFirstCapacity);
+    std::vector<FaxRecipient*> recipients;
+    std::vector<UniqueItem<PhoneBookEntry>> copies;
+    recipients.reserve(chosen.size());
+    copies.reserve(chosen.size());
     for (const PhoneBookEntry* const entry : chosen) {
         if (const auto kept = own.extract(entry))
-            AddRecipient(job, kept.mapped());
+            recipients.push_back(kept.mapped());
         else
-            AddCopy(job, *entry);
+            recipients.push_back(AsRecipient(copies.emplace_back(MakeCopy(*entry)).get()));
     }
+    Restart(job, static_cast<INT32>(recipients.size()));
+    // From here on nothing fails.
+    for (FaxRecipient* const recipient : recipients)
+        AddRecipient(job, recipient);
+    for (UniqueItem<PhoneBookEntry>& copy : copies)
+        static_cast<void>(copy.release());
     job.RecipientCount = job.Recipients.Count;
-    // Last: a recipient that was chosen twice is copied from the one that is kept.
     for (const auto& [entry, recipient] : own)
         QxFaxFreeRecipient(recipient);
 }

@@ -22,7 +22,8 @@ struct RecipientPicks {
 RecipientPicks PickRecipients(std::span<PhoneBookItem* const> items, std::size_t alreadyChosen, const PhoneBook& book);
 
 // Makes chosen the record's recipients, in that order. The record owns each of its recipients exactly once: its own are
-// kept where chosen, all others are copied, and those no longer chosen are freed.
+// kept where chosen, all others are copied, and those no longer chosen are freed. Throws std::bad_alloc, with the
+// record as it was.
 void ReplaceRecipients(FaxJobData& job, std::span<const PhoneBookEntry* const> chosen);
 
 } // namespace qx
