@@ -291,6 +291,21 @@ def shape(text):
     return [(kind, len(lines)) for kind, lines in blocks_of(text)]
 
 
+def problems_of_words(texts, originals):
+    """Texts that English has too. A single word may be the same in both languages, and what is typed as shown."""
+
+    def is_a_phrase(text):
+        return len(re.findall(r"\w+", re.sub(r"`[^`]*`|\{\d+\}", " ", text))) > 1
+
+    if left := [text for text in texts if text in originals and is_a_phrase(text)]:
+        yield f"not translated: '{left[0]}'" + (f" and {len(left) - 1} more" if len(left) > 1 else "")
+
+
+def parts(page):
+    lines = [line for _, block in blocks_of(page["text"]) for line in block]
+    return [page["title"], *page["keywords"], *lines]
+
+
 def problems_of_page(text, original, captions):
     """Of a page's text, beside the same page in English; original is None for the English one."""
     for part in ("title", "keywords", "text"):
@@ -306,8 +321,7 @@ def problems_of_page(text, original, captions):
         return
     if original is None:
         return
-    if text["text"] == original["text"]:
-        yield "not translated"
+    yield from problems_of_words(parts(text), parts(original))
     if shape(text["text"]) != shape(original["text"]):
         yield f"other paragraphs and list items than in English: {shape(text['text'])}"
     if difference := captions_named_in(text["text"]) ^ captions_named_in(original["text"]):
@@ -327,6 +341,10 @@ def problems_of_language(contents, language, original, captions):
             yield f"[{table}] lacks {sorted(missing)}"
         if unknown := set(language[table]) - wanted:
             yield f"[{table}] has {sorted(unknown)}, which contents.toml does not know"
+    if original is not None:
+        for table in ("labels", "chapters"):
+            problems = problems_of_words(language[table].values(), original[table].values())
+            yield from (f"[{table}] {problem}" for problem in problems)
     for page in contents["pages"]:
         if page in language["pages"]:
             text = language["pages"][page]

@@ -59,6 +59,8 @@ def read_list():
 
 
 def check(languages):
+    if languages[0].code != "en":
+        raise Problem("English comes first: whoever has no help of their own shares its pages")
     for what, values in {
         "code": [language.code for language in languages],
         "Windows id": [hex(id) for language in languages for id in language.ids],

@@ -90,6 +90,38 @@ Problems WrongMarksOfDirection(const Tables& tables)
     return problems;
 }
 
+// Of a text, what people read.
+std::wstring Words(const std::wstring& text)
+{
+    static const std::wregex unread(L"\\(&.\\)|[&\u200F]");
+    return std::regex_replace(text, unread, L"");
+}
+
+bool IsInLatinLetters(const TextTable& table)
+{
+    const std::wstring& cancel = table.at(5224);
+    return std::ranges::any_of(cancel, [](wchar_t unit) { return unit >= L'a' && unit <= L'z'; });
+}
+
+// A single word may be the same in two languages that have their letters in common; no phrase is.
+Problems TextsLeftInEnglish(const Tables& tables)
+{
+    Problems problems;
+    for (const auto& [language, table] : tables) {
+        if (LanguageOf(language) == LanguageOf(kEnglish))
+            continue;
+        const bool mayShareWords = IsInLatinLetters(table);
+        for (const auto& [id, text] : table) {
+            const auto english = tables.at(kEnglish).find(id);
+            const std::wstring words = Words(text);
+            const bool isShared = words == L"OK" || (mayShareWords && words.find(L' ') == words.npos);
+            if (english != tables.at(kEnglish).end() && words == Words(english->second) && !isShared)
+                problems.push_back(Name(language, id) + " is left in English");
+        }
+    }
+    return problems;
+}
+
 class StringLibraryTest : public ::testing::Test {
 protected:
     static void SetUpTestSuite()
@@ -152,6 +184,34 @@ TEST_F(StringLibraryTest, EveryUserSeesTheTextsOfTheirLanguage)
                     << language.code << ": " << Name(id, text);
             }
         }
+    }
+}
+
+// Neutral locales are nobody's language of Windows.
+std::set<LANGID>& NumbersOfWindows()
+{
+    static std::set<LANGID> numbers;
+    return numbers;
+}
+
+BOOL CALLBACK NoteNumber(LPWSTR name, DWORD, LPARAM)
+{
+    DWORD isNeutral = 0;
+    GetLocaleInfoEx(name, LOCALE_INEUTRAL | LOCALE_RETURN_NUMBER, reinterpret_cast<LPWSTR>(&isNeutral),
+                    sizeof isNeutral / sizeof(wchar_t));
+    if (const LCID locale = LocaleNameToLCID(name, 0); isNeutral == 0 && SORTIDFROMLCID(locale) == SORT_DEFAULT)
+        NumbersOfWindows().insert(LANGIDFROMLCID(locale));
+    return TRUE;
+}
+
+TEST_F(StringLibraryTest, TheListHasEveryNumberThatWindowsHasForItsLanguages)
+{
+    EnumSystemLocalesEx(NoteNumber, LOCALE_WINDOWS, 0, nullptr);
+    EXPECT_TRUE(NumbersOfWindows().contains(kEnglish));
+    for (const LANGID number : NumbersOfWindows()) {
+        const bool isOfTheList = std::ranges::any_of(
+            test::Languages(), [=](const Language& row) { return PRIMARYLANGID(row.Id()) == PRIMARYLANGID(number); });
+        EXPECT_EQ(LanguageOf(number) != nullptr, isOfTheList) << std::hex << number;
     }
 }
 
@@ -250,6 +310,11 @@ TEST_F(StringLibraryTest, NoTextLooksUntranslatedOrEmpty)
     });
 }
 
+TEST_F(StringLibraryTest, NoTextIsLeftInEnglish)
+{
+    EXPECT_EQ(TextsLeftInEnglish(Languages()), Problems());
+}
+
 TEST_F(StringLibraryTest, LabelsOfThePrintedCoverPageHaveNoAmpersand)
 {
     ForEveryText([](LANGID language, unsigned id, const std::wstring& text) {
@@ -279,7 +344,7 @@ TEST_F(StringLibraryTest, RightToLeftTextsEndOnTheLeftAndPathsInThemReadFromLeft
 // ---- the checks themselves: each names the error that is planted, and no other -------------------------------------
 
 struct PlantedError : StringLibraryTest {
-    static constexpr LANGID kGerman = 0x0407, kHebrew = 0x040D;
+    static constexpr LANGID kGerman = 0x0407, kHebrew = 0x040D, kJapanese = 0x0411;
     Tables tables = Languages();
 };
 
@@ -293,6 +358,16 @@ TEST_F(PlantedError, AWrongPlaceholder)
 {
     tables.at(kGerman).at(5324) = L"Der Abrechnungscode muss mindestens %s Ziffern lang sein.";
     EXPECT_EQ(WrongPlaceholders(tables), Problems{"language 0x0407, text 5324 has other placeholders than English"});
+}
+
+TEST_F(PlantedError, ATextLeftInEnglish)
+{
+    tables.at(kGerman).at(5242) = L"Sho&w Preview Before Sending Fax";
+    EXPECT_EQ(TextsLeftInEnglish(tables), Problems{"language 0x0407, text 5242 is left in English"});
+
+    tables = Languages();
+    tables.at(kJapanese).at(5220) = L"Browse(&B)...";
+    EXPECT_EQ(TextsLeftInEnglish(tables), Problems{"language 0x0411, text 5220 is left in English"});
 }
 
 TEST_F(PlantedError, WrongMarksOfDirection)

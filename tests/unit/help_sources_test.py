@@ -60,6 +60,32 @@ class Translations(unittest.TestCase):
         language["pages"]["15585"]["text"] = ENGLISH["pages"]["15585"]["text"]
         self.assertNamed(language, "15585", "not translated")
 
+    def test_a_part_of_a_text_left_in_english(self):
+        language = german()
+        item = "- `Space`: presses the button that you are on, or changes the check box."
+        text = language["pages"]["keys"]["text"]
+        language["pages"]["keys"]["text"] = "\n".join(
+            item if line.startswith("- `Leertaste`") else line for line in text.split("\n"))
+        self.assertNamed(language, "keys", "not translated", "presses the button")
+
+    def test_a_title_or_keyword_left_in_english(self):
+        language = german()
+        language["pages"]["15624"]["title"] = ENGLISH["pages"]["15624"]["title"]
+        self.assertNamed(language, "15624", "not translated", "Adding recipients")
+        language = german()
+        language["pages"]["15627"]["keywords"] += ENGLISH["pages"]["15627"]["keywords"]
+        self.assertNamed(language, "15627", "not translated", "sender, fax number")
+
+    def test_a_chapter_left_in_english(self):
+        language = german()
+        language["chapters"]["answers"] = ENGLISH["chapters"]["answers"]
+        self.assertNamed(language, "chapters", "not translated", "Questions and answers")
+
+    def test_a_word_that_is_the_same_in_english(self):
+        language = german()
+        language["pages"]["15625"]["keywords"] = ["logo"]
+        self.assertEqual(problems(language), [])
+
     def test_a_caption_left_out(self):
         language = german()
         language["pages"]["15587"]["text"] = "Leert Name, Faxnummer und Firma.\n"

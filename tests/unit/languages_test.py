@@ -82,6 +82,9 @@ class Mistakes(unittest.TestCase):
         rows = [language for language in languages.read_list() if language.code != "de"]
         self.assert_refused("strings/de.rc belongs to no row", *rows)
 
+    def test_a_row_before_english_whose_pages_would_then_quote_its_captions(self):
+        self.assert_refused("English comes first", row("af", 0x0436), row("en", 0x0409))
+
     def test_a_misspelt_field(self):
         with self.assertRaisesRegex(languages.Problem, "row 'en': missing or unknown.*directon"):
             row("en", 0x0409, directon="rtl")
