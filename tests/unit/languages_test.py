@@ -26,6 +26,11 @@ class TheList(unittest.TestCase):
     def test_it_has_every_code_of_the_help(self):
         self.assertEqual(sorted({language.help for language in self.rows}), sorted(HELP_CODES.split()))
 
+    # What is not there is not built, and other tests only see what is.
+    def test_every_language_has_its_texts_and_its_help(self):
+        missing = [file for language in self.rows for file in (language.texts, language.help_texts) if not file.exists()]
+        self.assertEqual([f"{file.parent.name}/{file.name}" for file in missing], [])
+
     def test_wine_can_speak_every_language(self):
         for language in self.rows:
             definitions = {language.locale, language.locale.partition("@")[0]}
