@@ -4,13 +4,18 @@
 #include "base/unique.h"
 #include "support/built.h"
 #include "support/cabinet.h"
+#include "support/compiled_help.h"
 #include "support/help_topics.h"
 #include "support/help_viewer.h"
+#include "support/languages.h"
 #include "support/patched_function.h"
 #include "support/redirected_import.h"
 #include "support/resource_count.h"
+#include "support/ui_language.h"
+#include "text/help_names.h"
 #include "text/help_viewer.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
@@ -662,6 +667,23 @@ TEST_F(HelpPage, FollowsFromPrinterAndCabinetAsInASession)
     const auto requests = viewer_.TakeRequests();
     ASSERT_EQ(requests.size(), 1u);
     EXPECT_EQ(requests[0].page, (folder_ / UserVariant()).native() + L"::/15619.html");
+}
+
+// Of languages that share a help, it is in the first.
+TEST_F(HelpPage, IsInTheLanguageOfEveryUser)
+{
+    fs::copy_file(test::BuiltFolder() / "QXFAXHLP.CAB", cabinet_);
+    for (const test::Language& language : test::Languages()) {
+        const test::UiLanguage user(language.Id());
+        const TextOwner session;
+        Extract();
+        ShowHelp(TextOwner(nullptr, BuildHelpFilePath(PrinterDriver(printer_.Handle())).c_str()), nullptr, 15619);
+        const auto requests = viewer_.TakeRequests();
+        ASSERT_EQ(requests.size(), 1u) << language.code;
+        const auto help = std::ranges::find(test::Languages(), language.helpCode, &test::Language::helpCode);
+        const std::string page = test::ReadCompiledHelp(HelpChmPath(requests[0].page)).at("15619.html");
+        EXPECT_NE(page.find("<html lang=\"" + help->code + "\""), page.npos) << language.code;
+    }
 }
 
 } // namespace
