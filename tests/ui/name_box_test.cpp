@@ -372,6 +372,17 @@ TEST_F(Typist, WhoGoesOnToAnotherFieldHasSeenTheGroup)
     EXPECT_EQ(stand.Recipients(), (std::vector<Recipient>{{L"", L"999", L""}}));
 }
 
+TEST_F(Typist, WhoGoesToTheButtonThatSendsHasNot)
+{
+    AddSomebody();
+    stand.TypeName(L"ande");
+    const HWND ofTheSheet = CreateWindowExW(0, WC_BUTTONW, L"Send", WS_CHILD | WS_VISIBLE, 0, 500, 80, 24,
+                                            stand.SheetWindow(), nullptr, ModuleInstance(), nullptr);
+    SetFocus(ofTheSheet);
+    DispatchPosted();
+    ExpectSendOnlyAfterALook();
+}
+
 TEST_F(Typist, WhoHasSeenTheGroupSendsAtOnce)
 {
     using Act = void (*)(FaxJobPageStand&);
@@ -622,6 +633,22 @@ TEST_F(NameBox, WhatComesAfterTheUserHasLeftIsNotCompleted)
 }
 
 // ---- a combo box as on Windows
+
+// Only for what was chosen in its list may a combo box write into its edit.
+TEST_F(NameBox, TheComboBoxWritesNoNameBecauseOfWhatTheEditTellsIt)
+{
+    ShowWith({L"Anna"});
+    static WNDPROC original;
+    WNDPROC& procedure = stand.Page().fields.nameBox.comboProcedure;
+    original = std::exchange(procedure, [](HWND window, UINT message, WPARAM w, LPARAM l) {
+        if (message == WM_COMMAND && HIWORD(w) == EN_UPDATE)
+            SetWindowTextW(reinterpret_cast<HWND>(l), L"Anna");
+        return CallWindowProcW(original, window, message, w, l);
+    });
+    SendMessageW(Combo(), WM_COMMAND, MAKEWPARAM(0, EN_UPDATE), reinterpret_cast<LPARAM>(Edit()));
+    procedure = original;
+    EXPECT_EQ(Name(), L"");
+}
 
 TEST_F(NameBox, TheCompletedRowStaysChosenAlthoughTheComboBoxDeselectsItAfterItsNotification)
 {
@@ -1035,6 +1062,21 @@ TEST_F(NameBox, HoveringSelectsTheRowUnderThePointer)
     EXPECT_EQ(Name(), L"Anna"); // not chosen yet
     stand.PressNameKey(VK_RETURN);
     EXPECT_EQ(Name(), L"Andrew");
+}
+
+// As a rule the list of a combo box follows the pointer by itself.
+TEST_F(NameBox, HoveringSelectsTheRowOfAListThatLeavesThePointerAlone)
+{
+    ShowWith({L"Andrew", L"Anna"});
+    static WNDPROC original;
+    WNDPROC& procedure = stand.Page().fields.nameBox.listProcedure;
+    original = std::exchange(procedure, [](HWND window, UINT message, WPARAM w, LPARAM l) {
+        return message == WM_MOUSEMOVE ? LRESULT{0} : CallWindowProcW(original, window, message, w, l);
+    });
+    stand.TypeName(L"an");
+    Hover(1);
+    procedure = original;
+    EXPECT_EQ(SelectedRow(), 1);
 }
 
 TEST_F(NameBox, AnArrowKeyGoesFromTheHoveredRowAlsoBackToTheChosenOne)
