@@ -2,8 +2,10 @@
 #include "base/no_copy.h"
 #include "dialog/access_key.h"
 #include "dialog/dialog.h"
+#include "dialog/drawing.h"
 #include "host/window_query.h"
 #include "res/add_recipients_ids.h"
+#include "res/bitmaps_ids.h"
 #include "res/fax_job_page_ids.h"
 #include "res/setup_page_ids.h"
 #include "support/phone_book_session.h"
@@ -53,13 +55,21 @@ protected:
         Ui().Do([=, button = Button()] { SendMessageW(button, message, w, l); });
     }
 
-    // The tooltip of the button's page, or null.
-    HWND Tooltip()
+    bool IsMirrored() { return (GetWindowLongPtrW(Button(), GWL_EXSTYLE) & WS_EX_LAYOUTRTL) != 0; }
+
+    // The button as a tool of its page.
+    TTTOOLINFOW Tool()
     {
         TTTOOLINFOW tool{};
         tool.cbSize = TTTOOLINFOW_V2_SIZE;
         tool.hwnd = Ui().Page();
         tool.uId = reinterpret_cast<UINT_PTR>(Button());
+        return tool;
+    }
+    // The tooltip of the button's page, or null.
+    HWND Tooltip()
+    {
+        TTTOOLINFOW tool = Tool();
         for (const HWND window : host::WindowsOf(session->UiThread())) {
             if (host::IsOfClass(window, TOOLTIPS_CLASSW) &&
                 SendMessageW(window, TTM_GETTOOLINFOW, 0, reinterpret_cast<LPARAM>(&tool)))
@@ -70,13 +80,16 @@ protected:
     std::wstring TooltipText()
     {
         wchar_t text[256] = L"";
-        TTTOOLINFOW tool{};
-        tool.cbSize = TTTOOLINFOW_V2_SIZE;
-        tool.hwnd = Ui().Page();
-        tool.uId = reinterpret_cast<UINT_PTR>(Button());
+        TTTOOLINFOW tool = Tool();
         tool.lpszText = text;
         SendMessageW(Tooltip(), TTM_GETTEXTW, 256, reinterpret_cast<LPARAM>(&tool));
         return text;
+    }
+    UINT TooltipFlags()
+    {
+        TTTOOLINFOW tool = Tool();
+        SendMessageW(Tooltip(), TTM_GETTOOLINFOW, 0, reinterpret_cast<LPARAM>(&tool));
+        return tool.uFlags;
     }
 
     std::optional<PhoneBookSession> session;
@@ -173,6 +186,8 @@ TEST_F(PhoneBookButton, HasATooltipWithItsTextAndItsKey)
     if (text.ends_with(L")")) // a key behind ideographs stands there once
         text.resize(text.rfind(L"("));
     EXPECT_EQ(TooltipText(), text + key);
+    // It sees by itself when the pointer comes again.
+    EXPECT_EQ(TooltipFlags(), TTF_IDISHWND | TTF_SUBCLASS | (IsMirrored() ? TTF_RTLREADING : 0u));
     Ui().Press(IDC_PHONE_BOOK);
     EXPECT_EQ(Ui().Title(), text); // the text is the title's
 }
@@ -189,6 +204,8 @@ TEST_F(PhoneBookButton, LooksDifferentWhenHotPressedOrFocused)
     const Pixels pressed = Look();
     Tell(BM_SETSTATE, FALSE);
     EXPECT_EQ(Look(), atRest);
+    Tell(BM_SETSTYLE, BS_DEFPUSHBUTTON);
+    const Pixels isDefault = Look();
     Ui().Focus(IDC_PHONE_BOOK);
     const Pixels focused = Look();
     Ui().Focus(IDC_COMPANY);
@@ -198,7 +215,35 @@ TEST_F(PhoneBookButton, LooksDifferentWhenHotPressedOrFocused)
     EXPECT_NE(focused, atRest);
     EXPECT_NE(hot, pressed);
     EXPECT_NE(hot, focused);
+    EXPECT_NE(isDefault, atRest);
+    EXPECT_NE(isDefault, focused); // which is the default one, too
     EXPECT_NE(pressed, focused);
+}
+
+TEST_F(PhoneBookButton, ShowsThePictureAsItWasDrawn)
+{
+    Open();
+    const Pixels look = Look();
+    RECT area;
+    GetClientRect(Button(), &area);
+    const UniqueMemoryDc dc(CreateCompatibleDC(nullptr));
+    const UniqueBitmap bitmap(static_cast<HBITMAP>(
+        LoadImageW(session->Module(), MAKEINTRESOURCEW(IDB_PHONE_BOOK), IMAGE_BITMAP, 0, 0, LR_CREATEDIBSECTION)));
+    const SelectedObject selected(dc.Get(), bitmap.Get());
+    const RGBQUAD face{GetBValue(GetSysColor(COLOR_BTNFACE)), GetGValue(GetSysColor(COLOR_BTNFACE)),
+                       GetRValue(GetSysColor(COLOR_BTNFACE)), 0};
+    SetDIBColorTable(dc.Get(), 0, 1, &face); // the ground
+    BITMAP size{};
+    GetObjectW(bitmap.Get(), sizeof size, &size);
+    ASSERT_LE(size.bmWidth, area.right);
+    constexpr int kEdge = 3;
+    for (int y = kEdge; y < size.bmHeight - kEdge; ++y) {
+        for (int x = kEdge; x < size.bmWidth - kEdge; ++x) {
+            EXPECT_EQ(look[static_cast<std::size_t>(y * area.right + x)],
+                      GetPixel(dc.Get(), IsMirrored() ? size.bmWidth - 1 - x : x, y))
+                << x << ' ' << y;
+        }
+    }
 }
 
 TEST_F(PhoneBookButton, FollowsTheSystemsColors)
