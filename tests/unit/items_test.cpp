@@ -269,8 +269,8 @@ TEST(ItemStore, AnItemThatAReloadHasReplacedIsFreedWithItsLastKeeper)
     PhoneBookEntry* const stays = store.NewEntry();
     std::size_t before = 0;
     {
+        const KeptItem other(store, stays); // the first, which a reload leaves alone
         const KeptItem keeper(store, kept);
-        const KeptItem other(store, stays);
         {
             const KeptItem second(store, kept);
             store.DiscardReplaced(replaced);
