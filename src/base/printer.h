@@ -49,7 +49,6 @@ class PrinterDriver {
 public:
     explicit PrinterDriver(HANDLE printer);
 
-    explicit operator bool() const noexcept { return information_.has_value(); }
     // The path of a file beside the driver's; empty when it is not known where that lies.
     std::wstring FileBeside(std::wstring_view name) const;
     // The files that were installed with the driver, in the spooler's order.

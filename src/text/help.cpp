@@ -186,7 +186,7 @@ std::wstring ExtractHelpFromCabinet(const PrinterDriver& driver, std::wstring_vi
 std::wstring BuildHelpFilePath(const PrinterDriver& driver)
 {
     const std::wstring folder = TemporaryFolder();
-    if (!driver || folder.empty())
+    if (folder.empty())
         return {};
     const std::wstring name = HelpFileInnerPath(HelpBaseName(driver), LanguageCode(GetUserDefaultUILanguage()));
     if (name.empty())

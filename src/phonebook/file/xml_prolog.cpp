@@ -130,7 +130,7 @@ private:
             return '\0';
         const char ascii = bytes_[index * width_ + asciiByte_];
         const char other = width_ == 2 ? bytes_[index * width_ + 1 - asciiByte_] : '\0';
-        return other == '\0' && static_cast<unsigned char>(ascii) < 0x80 ? ascii : kNotAscii;
+        return other == '\0' ? ascii : kNotAscii;
     }
 
     std::string_view bytes_;

@@ -143,7 +143,6 @@ void RecentRecipientList::Clear() noexcept
 {
     for (PhoneBookItem*& slot : slots_)
         DestroyItem(std::exchange(slot, nullptr));
-    replaced_.clear();
 }
 
 void RecentRecipientList::Load()
