@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cstdint>
 #include <string_view>
 
 namespace qx {
@@ -14,16 +13,12 @@ namespace {
 // Longer than anybody takes to make one.
 constexpr std::uint64_t kAbandonedAfter = std::uint64_t{10} * 60 * 10000000; // 10 minutes, in units of 100 ns
 
-constexpr std::uint64_t Ticks(const FILETIME& time) noexcept
-{
-    return std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime;
-}
-
 bool HasBeenThereForLong(const WIN32_FIND_DATAW& file) noexcept
 {
     FILETIME now;
     GetSystemTimeAsFileTime(&now);
-    return Ticks(now) > Ticks(file.ftLastWriteTime) + kAbandonedAfter;
+    return Whole(now.dwHighDateTime, now.dwLowDateTime) >
+           Whole(file.ftLastWriteTime.dwHighDateTime, file.ftLastWriteTime.dwLowDateTime) + kAbandonedAfter;
 }
 
 // Whether rest, a file's name behind start, is what UniqueName appends.
@@ -43,6 +38,13 @@ bool IsUniqueEnding(std::wstring_view rest, std::wstring_view ending) noexcept
 }
 
 } // namespace
+
+std::wstring TemporaryFolder()
+{
+    wchar_t folder[MAX_PATH + 1];
+    const DWORD units = GetTempPathW(MAX_PATH + 1, folder);
+    return units <= MAX_PATH ? std::wstring(folder, units) : std::wstring();
+}
 
 std::wstring UniqueName(const std::wstring& start, const wchar_t* ending)
 {

@@ -1,9 +1,20 @@
 // Files that a process is still making, and those that it was making when it ended.
 #pragma once
 
+#include <cstdint>
 #include <string>
+#include <windows.h>
 
 namespace qx {
+
+// The user's folder for temporary files, with a backslash at its end; empty when there is none.
+std::wstring TemporaryFolder();
+
+// What Windows tells of a file in two halves: its times, its size.
+constexpr std::uint64_t Whole(DWORD high, DWORD low) noexcept
+{
+    return std::uint64_t{high} << 32 | low;
+}
 
 // A name that no other process, thread or attempt uses: three numbers behind start, and ending.
 std::wstring UniqueName(const std::wstring& start, const wchar_t* ending);

@@ -18,6 +18,8 @@ inline constexpr int kBillingCodeLimit = 16;
 
 inline constexpr std::size_t kHeaderLimit = 260;      // of the header fields of a CSV file, as they are told apart
 inline constexpr std::size_t kTypedPrefixLimit = 254; // of the texts that are compared with what is typed
+inline constexpr std::size_t kRowNameLimit = 98;      // of the names of a phone book list's rows, compared with it
+inline constexpr std::size_t kNameBoxLimit = 1023;    // of the text of the name box, while it is typed
 
 inline constexpr int kTextUnits = 256;                // capacity of fixed text buffers
 inline constexpr std::size_t kOverlayUnits = 260;     // capacity of the record's buffer of the image path, which the

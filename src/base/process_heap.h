@@ -9,6 +9,9 @@ namespace qx {
 // A zeroed block, or null when memory is short.
 void* HeapAllocate(std::size_t bytes) noexcept;
 void HeapRelease(void* block) noexcept; // null is fine
+struct HeapDeleter {
+    void operator()(void* block) const noexcept { HeapRelease(block); }
+};
 
 // An owned copy of a terminated text; a null text gives an empty copy. Null when memory is short.
 wchar_t* HeapText(const wchar_t* text) noexcept;

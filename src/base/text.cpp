@@ -5,14 +5,9 @@
 
 namespace qx {
 
-namespace {
-
-constexpr HRESULT kCut = static_cast<HRESULT>(0x8007007A); // STRSAFE_E_INSUFFICIENT_BUFFER
-
-} // namespace
-
 HRESULT CopyText(std::span<wchar_t> to, const wchar_t* from) noexcept
 {
+    constexpr HRESULT kCut = static_cast<HRESULT>(0x8007007A); // STRSAFE_E_INSUFFICIENT_BUFFER
     if (to.empty())
         return E_INVALIDARG;
     if (from == nullptr) {

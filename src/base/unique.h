@@ -57,4 +57,15 @@ using UniqueKernelHandle = Unique<HANDLE, CloseHandle>; // mappings, mutexes, ev
 using UniqueFile = Unique<HANDLE, CloseHandle, kInvalidHandle>;
 using UniqueFindFile = Unique<HANDLE, FindClose, kInvalidHandle>;
 
+template <class Interface> void ReleaseInterface(Interface* object) noexcept
+{
+    object->Release();
+}
+
+template <class Interface> class ComPtr : public Unique<Interface*, ReleaseInterface<Interface>> {
+public:
+    using Unique<Interface*, ReleaseInterface<Interface>>::Unique;
+    Interface* operator->() const noexcept { return this->Get(); }
+};
+
 } // namespace qx

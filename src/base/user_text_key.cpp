@@ -1,7 +1,5 @@
 #include "base/user_text_key.h"
 
-#include "base/text.h"
-
 #include <algorithm>
 #include <windows.h>
 

@@ -1,5 +1,7 @@
 #include "base/window_procedure.h"
 
+#include <stdexcept>
+
 namespace qx {
 
 namespace {
@@ -11,12 +13,6 @@ WNDPROC ProcedureOf(HWND window) noexcept
     return reinterpret_cast<WNDPROC>(GetWindowLongPtrW(window, GWLP_WNDPROC));
 }
 
-// A property of a window is a handle, whatever it means.
-HANDLE AsProperty(WNDPROC procedure) noexcept
-{
-    return reinterpret_cast<HANDLE>(procedure);
-}
-
 } // namespace
 
 WNDPROC ReplaceProcedure(HWND window, WNDPROC ours) noexcept
@@ -24,10 +20,20 @@ WNDPROC ReplaceProcedure(HWND window, WNDPROC ours) noexcept
     return reinterpret_cast<WNDPROC>(SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(ours)));
 }
 
+void HookWithData(HWND window, WNDPROC ours, const void* data, WNDPROC& previous)
+{
+    previous = ProcedureOf(window);
+    const auto pointer = reinterpret_cast<LONG_PTR>(data);
+    SetWindowLongPtrW(window, GWLP_USERDATA, pointer);
+    // The procedure relies on the data.
+    if (GetWindowLongPtrW(window, GWLP_USERDATA) != pointer || ReplaceProcedure(window, ours) == nullptr)
+        throw std::runtime_error("a control cannot be hooked");
+}
+
 void RestoreProcedure(HWND window, WNDPROC ours, WNDPROC previous) noexcept
 {
     if (ProcedureOf(window) != ours || ReplaceProcedure(window, previous) == nullptr)
-        SetPropW(window, kBefore, AsProperty(previous));
+        SetPropW(window, kBefore, reinterpret_cast<HANDLE>(previous)); // a property is a handle, whatever it means
 }
 
 LRESULT CallProcedureBefore(HWND window, UINT message, WPARAM w, LPARAM l) noexcept

@@ -21,11 +21,6 @@ constexpr INT kPolite = 1;                   // said when the screen reader has 
 constexpr DWORD kLiveRegionChanged = 0x8019; // EVENT_OBJECT_LIVEREGIONCHANGED
 constexpr DWORD kClient = static_cast<DWORD>(OBJID_CLIENT);
 
-void ReleaseServices(IAccPropServices* services) noexcept
-{
-    services->Release();
-}
-
 // The system's annotations. For the length of one function only: the program's thread is to be in no apartment of ours
 // afterwards.
 class Annotations {
@@ -38,25 +33,24 @@ public:
 
     bool SetName(HWND window, DWORD child, const std::wstring& name) noexcept
     {
-        return services_ && SUCCEEDED(services_.Get()->SetHwndPropStr(window, kClient, child, kName, name.c_str()));
+        return services_ && SUCCEEDED(services_->SetHwndPropStr(window, kClient, child, kName, name.c_str()));
     }
     bool MakeLive(HWND window) noexcept
     {
         VARIANT setting{};
         setting.vt = VT_I4;
         setting.lVal = kPolite;
-        return services_ &&
-               SUCCEEDED(services_.Get()->SetHwndProp(window, kClient, CHILDID_SELF, kLiveSetting, setting));
+        return services_ && SUCCEEDED(services_->SetHwndProp(window, kClient, CHILDID_SELF, kLiveSetting, setting));
     }
     void Clear(HWND window, DWORD child, const GUID& property) noexcept
     {
         if (services_)
-            services_.Get()->ClearHwndProps(window, kClient, child, &property, 1);
+            services_->ClearHwndProps(window, kClient, child, &property, 1);
     }
 
 private:
     ComApartment apartment_;
-    Unique<IAccPropServices*, ReleaseServices> services_;
+    ComPtr<IAccPropServices> services_;
 };
 
 Announcements* Keep(HWND dialog, std::unique_ptr<Announcements> announcements) noexcept

@@ -1,6 +1,5 @@
 #include "dialog/button_width.h"
 
-#include "base/text.h"
 #include "base/trace.h"
 #include "dialog/dialog.h"
 #include "dialog/drawing.h"

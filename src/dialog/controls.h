@@ -2,7 +2,6 @@
 // help.
 #pragma once
 
-#include "base/limits.h"
 #include "text/help_names.h"
 #include "text/localized_text.h"
 

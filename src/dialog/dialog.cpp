@@ -27,9 +27,9 @@ std::wstring FieldText(HWND edit, std::size_t units)
     return text;
 }
 
-void SetFieldText(HWND control, const wchar_t* text)
+void SetFieldText(HWND dialog, int control, const wchar_t* text)
 {
-    if (!SetWindowTextW(control, OrEmpty(text)))
+    if (!SetWindowTextW(GetDlgItem(dialog, control), OrEmpty(text)))
         throw std::runtime_error("a field cannot be filled");
 }
 

@@ -206,6 +206,21 @@ INT_PTR ShowModal(HWND owner, State& state, bool mirrored = IsRightToLeftUi()) n
                            DialogProcedure<kDialog>, reinterpret_cast<LPARAM>(&state));
 }
 
+// ---- keys -----------------------------------------------------------------------------------------------------------
+
+// The keystroke that a WM_GETDLGCODE asks about; null when it asks about all keys.
+inline const MSG* KeystrokeAskedAbout(LPARAM question) noexcept
+{
+    const auto* const message = reinterpret_cast<const MSG*>(question);
+    return message != nullptr && message->message == WM_KEYDOWN ? message : nullptr;
+}
+
+// Of a WM_KEYDOWN: the key is held down, maybe since another dialog was here.
+inline bool IsRepeated(LPARAM keystroke) noexcept
+{
+    return (HIWORD(keystroke) & KF_REPEAT) != 0;
+}
+
 // ---- controls -------------------------------------------------------------------------------------------------------
 
 // The text of a window, at most units UTF-16 units of it.
@@ -214,8 +229,12 @@ std::wstring WindowText(HWND window, std::size_t units = static_cast<std::size_t
 // The text of an edit field, at most units UTF-16 units of it. Throws when it cannot be read or the field is not there,
 // where WindowText answers an empty text: for what is going to be sent or stored.
 std::wstring FieldText(HWND edit, std::size_t units = static_cast<std::size_t>(-1));
+inline std::wstring FieldText(HWND dialog, int field, std::size_t units = static_cast<std::size_t>(-1))
+{
+    return FieldText(GetDlgItem(dialog, field), units);
+}
 // Throws when the control does not take the text, or is not there.
-void SetFieldText(HWND control, const wchar_t* text);
+void SetFieldText(HWND dialog, int control, const wchar_t* text);
 
 // Whether a check box is checked, for what is going to be sent or stored. Throws when that cannot be told.
 bool IsChecked(HWND dialog, int box);

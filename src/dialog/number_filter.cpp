@@ -7,15 +7,16 @@
 
 namespace qx {
 
-void SetFilteredText(NumberFilter& filter, HWND edit, const wchar_t* text)
+void SetFilteredText(NumberFilter& filter, HWND dialog, int field, const wchar_t* text)
 {
     // Before the field changes: its EN_CHANGE then finds nothing to take back.
     filter.accepted = Cut(OrEmpty(text), filter.units);
-    SetFieldText(edit, text);
+    SetFieldText(dialog, field, text);
 }
 
-void RefuseOtherCharacters(NumberFilter& filter, HWND edit)
+void RefuseOtherCharacters(NumberFilter& filter, HWND dialog, int field)
 {
+    const HWND edit = GetDlgItem(dialog, field);
     std::wstring text = WindowText(edit, filter.units);
     // Also a text that the program has put there against the rule: nothing better could come back.
     if (text == filter.accepted)

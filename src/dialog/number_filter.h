@@ -17,10 +17,15 @@ struct NumberFilter {
 
 // A text that the program puts into the field itself is the last accepted one, whatever it holds. Throws when the field
 // does not take it.
-void SetFilteredText(NumberFilter& filter, HWND edit, const wchar_t* text);
+void SetFilteredText(NumberFilter& filter, HWND dialog, int field, const wchar_t* text);
 
 // For EN_CHANGE. A change that brings a character of another kind is taken back whole, with the caret at the end; any
 // other text, an empty one included, becomes the last accepted one.
-void RefuseOtherCharacters(NumberFilter& filter, HWND edit);
+void RefuseOtherCharacters(NumberFilter& filter, HWND dialog, int field);
+// The route of a field on which nothing else depends.
+template <auto kFilter, int kField, class State> void FilterField(State& state)
+{
+    RefuseOtherCharacters(state.*kFilter, state.dialog, kField);
+}
 
 } // namespace qx

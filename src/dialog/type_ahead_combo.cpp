@@ -226,7 +226,7 @@ void OnEditChange(TypeAheadState& state)
     ShowMatches(state, typed);
     // An input method may hand over what was composed when the user has already gone on: nobody would see it completed,
     // and nobody close the list.
-    const int row = GetFocus() == state.edit ? FindRow(state, CB_FINDSTRING, typed) : kNoRow;
+    const int row = GetFocus() == state.edit ? FindRow(state, typed) : kNoRow;
     switch (AnswerTyping(typed, state.previousLength, row >= 0)) {
     case EditAnswer::HideList:
         HideList(state);

@@ -1,4 +1,5 @@
 // What the user types, and the keys.
+#include "dialog/dialog.h"
 #include "dialog/type_ahead_parts.h"
 
 #include <algorithm>
@@ -51,7 +52,7 @@ void ChooseFirstRowThatBeginsWith(TypeAheadState& state, const std::wstring& tex
 {
     if (RowCount(state) == 0) // the names have changed since the list was last shown
         ShowMatches(state, text);
-    const int row = FindRow(state, CB_FINDSTRING, text);
+    const int row = FindRow(state, text);
     if (row >= 0)
         ChooseRow(state, row);
     else
@@ -76,9 +77,8 @@ bool IsEnterOrEscape(WPARAM key) noexcept
 // dialog manager keeps them.
 bool WantsKey(const TypeAheadState& state, LPARAM l) noexcept
 {
-    const auto* const message = reinterpret_cast<const MSG*>(l);
-    return message != nullptr && message->message == WM_KEYDOWN && IsEnterOrEscape(message->wParam) &&
-           (state.composing || ListShows(state));
+    const MSG* const asked = KeystrokeAskedAbout(l);
+    return asked != nullptr && IsEnterOrEscape(asked->wParam) && (state.composing || ListShows(state));
 }
 
 // F4, and Alt with an arrow. The combo box's own way would put the first name that begins with the text into the edit.

@@ -43,7 +43,7 @@ int SelectedRow(const TypeAheadState& state) noexcept;
 void SelectRow(const TypeAheadState& state, WPARAM row) noexcept;
 // Null for a row without an item.
 const SuggestionItem* ItemOfRow(const TypeAheadState& state, int row) noexcept;
-int FindRow(const TypeAheadState& state, UINT search, const std::wstring& text) noexcept;
+int FindRow(const TypeAheadState& state, const std::wstring& text) noexcept;
 void ClearRows(TypeAheadState& state) noexcept;
 void ShowMatches(TypeAheadState& state, const std::wstring& typed);
 void ShowOffered(TypeAheadState& state);

@@ -7,9 +7,6 @@ namespace qx::type_ahead {
 
 namespace {
 
-constexpr std::size_t kTypedUnits = 1023;
-constexpr WPARAM kFromTop = static_cast<WPARAM>(-1);
-
 void AppendRow(const TypeAheadState& state, const SuggestionItem& item) noexcept
 {
     const LRESULT row =
@@ -22,7 +19,7 @@ void AppendRow(const TypeAheadState& state, const SuggestionItem& item) noexcept
 
 std::wstring EditText(const TypeAheadState& state)
 {
-    return WindowText(state.edit, kTypedUnits);
+    return WindowText(state.edit, kNameBoxLimit);
 }
 
 bool ListShows(const TypeAheadState& state) noexcept
@@ -51,10 +48,10 @@ int RowCount(const TypeAheadState& state) noexcept
     return static_cast<int>(SendMessageW(state.list, LB_GETCOUNT, 0, 0));
 }
 
-// search: CB_FINDSTRING or CB_FINDSTRINGEXACT, the combo box's own, from the top. -1 when there is no such row.
-int FindRow(const TypeAheadState& state, UINT search, const std::wstring& text) noexcept
+// The first that begins with text, by the combo box's own search; -1 when there is no such row.
+int FindRow(const TypeAheadState& state, const std::wstring& text) noexcept
 {
-    return static_cast<int>(SendMessageW(state.combo, search, kFromTop, reinterpret_cast<LPARAM>(text.c_str())));
+    return static_cast<int>(SendMessageW(state.combo, CB_FINDSTRING, kNothing, reinterpret_cast<LPARAM>(text.c_str())));
 }
 
 // The combo box itself would empty its edit too.

@@ -136,10 +136,6 @@ void MoveIntoSight(HWND window, HWND owner) noexcept
         SetWindowPos(window, nullptr, left, top, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
-struct HeapDeleter {
-    void operator()(void* block) const noexcept { HeapRelease(block); }
-};
-
 } // namespace
 
 // A program may have taken our procedure away again: then nobody told us of the window's end.
@@ -254,8 +250,7 @@ void FaxSheet::BeginSend()
 void FaxSheet::ReloadPhoneBook()
 {
     content_->faxJobPage.book->FollowChange(false);
-    if (content_->faxJobPage.dialog != nullptr)
-        RefreshNameBoxList(content_->faxJobPage);
+    RefreshNameBoxList(content_->faxJobPage);
 }
 
 void FaxSheet::BeShownFirst()

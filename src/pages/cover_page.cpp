@@ -67,9 +67,9 @@ constexpr Route<CoverPage> kRoutes[] = {
 void LoadCoverPageFields(CoverPage& page, const FaxJobData& record)
 {
     const HWND dialog = page.dialog;
-    SetFieldText(GetDlgItem(dialog, IDC_NOTES), record.CoverPageNotes);
-    SetFieldText(GetDlgItem(dialog, IDC_SUBJECT), record.CoverPageSubject);
-    SetFieldText(GetDlgItem(dialog, IDC_IMAGE), record.OverlayPath);
+    SetFieldText(dialog, IDC_NOTES, record.CoverPageNotes);
+    SetFieldText(dialog, IDC_SUBJECT, record.CoverPageSubject);
+    SetFieldText(dialog, IDC_IMAGE, record.OverlayPath);
     const bool on = record.AddCoverPage != 0;
     SetChecked(dialog, IDC_COVER_PAGE, on);
     EnableFields(page, on, on);
@@ -87,7 +87,7 @@ void ForbidCoverPage(CoverPage& page)
 
 std::optional<SendProblem> CheckImage(const CoverPage& page)
 {
-    const std::wstring path = FieldText(GetDlgItem(page.dialog, IDC_IMAGE), kImagePathLimit);
+    const std::wstring path = FieldText(page.dialog, IDC_IMAGE, kImagePathLimit);
     if (!page.checkImage || path.empty())
         return {};
     if (!CanBeRead(path))
@@ -100,15 +100,14 @@ std::optional<SendProblem> CheckImage(const CoverPage& page)
 void SaveCoverPageFields(const CoverPage& page, FaxJobData& record)
 {
     const HWND dialog = page.dialog;
-    const HWND notes = GetDlgItem(dialog, IDC_NOTES);
     const bool on = IsChecked(dialog, IDC_COVER_PAGE);
     // The fields can be used exactly when the box is checked: another answer is none.
-    if (on != (IsWindowEnabled(notes) != FALSE))
+    if (on != (IsWindowEnabled(GetDlgItem(dialog, IDC_NOTES)) != FALSE))
         throw std::runtime_error("the cover page cannot be read");
     record.AddCoverPage = on ? 1 : 0;
-    SetCoverPageNotes(record, FieldText(notes).c_str());
-    SetCoverPageSubject(record, FieldText(GetDlgItem(dialog, IDC_SUBJECT), kTextUnits).c_str());
-    SetOverlayPath(record, FieldText(GetDlgItem(dialog, IDC_IMAGE), kImagePathLimit).c_str());
+    SetCoverPageNotes(record, FieldText(dialog, IDC_NOTES).c_str());
+    SetCoverPageSubject(record, FieldText(dialog, IDC_SUBJECT, kTextUnits).c_str());
+    SetOverlayPath(record, FieldText(dialog, IDC_IMAGE, kImagePathLimit).c_str());
     if (!HasCoverPage(record))
         throw std::bad_alloc();
 }

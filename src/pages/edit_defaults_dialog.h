@@ -1,7 +1,6 @@
 // The Edit Defaults dialog: the user's standing send settings of a printer.
 #pragma once
 
-#include "dialog/controls.h"
 #include "dialog/dialog.h"
 #include "pages/cover_page.h"
 #include "pages/send_settings.h"

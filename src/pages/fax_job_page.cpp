@@ -239,7 +239,7 @@ void GiveRoomToRecipients(HWND dialog)
 void LoadBillingCode(FaxJobPage& page)
 {
     if (page.job->BillingCodeEnabled != 0) {
-        SetFilteredText(page.billingCode, GetDlgItem(page.dialog, IDC_BILLING_CODE), page.job->BillingCode);
+        SetFilteredText(page.billingCode, page.dialog, IDC_BILLING_CODE, page.job->BillingCode);
         return;
     }
     for (const int id : {IDC_BILLING_GROUP, IDC_BILLING_LABEL, IDC_BILLING_CODE})
@@ -247,14 +247,9 @@ void LoadBillingCode(FaxJobPage& page)
     GiveRoomToRecipients(page.dialog);
 }
 
-void FilterBillingCode(FaxJobPage& page)
-{
-    RefuseOtherCharacters(page.billingCode, GetDlgItem(page.dialog, IDC_BILLING_CODE));
-}
-
 std::wstring BillingCode(const FaxJobPage& page)
 {
-    return FieldText(GetDlgItem(page.dialog, IDC_BILLING_CODE), kTextUnits - 1);
+    return FieldText(page.dialog, IDC_BILLING_CODE, kTextUnits - 1);
 }
 
 // ---- the sheet's questions ------------------------------------------------------------------------------------------
@@ -357,7 +352,7 @@ constexpr Route<FaxJobPage> kRoutes[] = {
     {IDC_RECIPIENTS, static_cast<UINT>(LVN_ITEMCHANGED), UpdateRecipientButtons},
     {IDC_RECIPIENTS, static_cast<UINT>(NM_SETFOCUS), UpdateRecipientButtons},
     {IDC_DELETE, BN_CLICKED, DeleteSelected},
-    {IDC_BILLING_CODE, EN_CHANGE, FilterBillingCode},
+    {IDC_BILLING_CODE, EN_CHANGE, FilterField<&FaxJobPage::billingCode, IDC_BILLING_CODE>},
 };
 
 INT_PTR AnswerOther(FaxJobPage& page, UINT message, WPARAM w, LPARAM l)

@@ -3,7 +3,6 @@
 #pragma once
 
 #include "base/number_text.h"
-#include "dialog/controls.h"
 #include "dialog/dialog.h"
 #include "dialog/number_filter.h"
 #include "pages/cover_page.h"

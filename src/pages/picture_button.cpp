@@ -1,16 +1,12 @@
 #include "pages/picture_button.h"
 
-#include "base/guarded.h"
-#include "base/module.h"
+#include "base/window_procedure.h"
 #include "dialog/access_key.h"
 #include "dialog/contrast.h"
+#include "dialog/dialog.h"
 #include "dialog/drawing.h"
 
-#include <windows.h> // before the headers that build on it
-
 #include <algorithm>
-#include <commctrl.h>
-#include <stdexcept>
 #include <utility>
 
 namespace qx {
@@ -45,17 +41,6 @@ void Frame(HDC dc, RECT& place, int systemColor) noexcept
     InflateRect(&place, -1, -1);
 }
 
-bool IsEnter(UINT message, WPARAM key) noexcept
-{
-    return message == WM_KEYDOWN && key == VK_RETURN;
-}
-
-// Enter that is still held down from another dialog does not press anything.
-bool IsRepeated(LPARAM key) noexcept
-{
-    return (HIWORD(key) & KF_REPEAT) != 0;
-}
-
 } // namespace
 
 void PictureButton::Attach(HWND button, int bitmap)
@@ -68,12 +53,7 @@ void PictureButton::Attach(HWND button, int bitmap)
         GetDIBColorTable(dc.Get(), 0, static_cast<UINT>(colors_.size()), colors_.data());
     }
     button_ = button;
-    previous_ = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(button, GWLP_WNDPROC));
-    SetWindowLongPtrW(button, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
-    // Its procedure relies on the data, and its tooltip would outlive the page without it.
-    if (GetWindowLongPtrW(button, GWLP_USERDATA) != reinterpret_cast<LONG_PTR>(this) ||
-        SetWindowLongPtrW(button, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(Procedure)) == 0)
-        throw std::runtime_error("the picture button cannot be hooked");
+    HookWithData(button, Procedure, this, previous_);
 }
 
 void PictureButton::Name(const std::wstring& text, const std::wstring& caption)
@@ -153,12 +133,6 @@ void PictureButton::SetHot(bool hot) noexcept
         TrackMouseEvent(&leaving);
 }
 
-void PictureButton::SetDefault(bool isDefault) noexcept
-{
-    isDefault_ = isDefault;
-    InvalidateRect(button_, nullptr, FALSE);
-}
-
 LRESULT PictureButton::CallPrevious(UINT message, WPARAM w, LPARAM l) const noexcept
 {
     return CallWindowProcW(previous_, button_, message, w, l);
@@ -170,15 +144,16 @@ LRESULT PictureButton::Handle(UINT message, WPARAM w, LPARAM l)
     case WM_GETDLGCODE: {
         // An owner-drawn button says no more than that it is one: the dialog manager would never make it the default
         // button, and Enter would go to the one that sends.
-        const auto* const asked = reinterpret_cast<const MSG*>(l);
+        const MSG* const asked = KeystrokeAskedAbout(l);
         return CallPrevious(message, w, l) | (isDefault_ ? DLGC_DEFPUSHBUTTON : DLGC_UNDEFPUSHBUTTON) |
-               (asked != nullptr && IsEnter(asked->message, asked->wParam) ? DLGC_WANTMESSAGE : 0);
+               (asked != nullptr && asked->wParam == VK_RETURN ? DLGC_WANTMESSAGE : 0);
     }
     case BM_SETSTYLE: // how the dialog manager makes a button the default one; this one stays owner-drawn
-        SetDefault((w & BS_TYPEMASK) == BS_DEFPUSHBUTTON);
+        isDefault_ = (w & BS_TYPEMASK) == BS_DEFPUSHBUTTON;
+        InvalidateRect(button_, nullptr, FALSE);
         return 0;
     case WM_KEYDOWN:
-        if (!IsEnter(message, w))
+        if (w != VK_RETURN)
             break;
         if (!IsRepeated(l))
             SendMessageW(GetParent(button_), WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(button_), BN_CLICKED),

@@ -31,7 +31,6 @@ private:
     LRESULT Handle(UINT message, WPARAM w, LPARAM l);
     LRESULT CallPrevious(UINT message, WPARAM w, LPARAM l) const noexcept;
     void SetHot(bool hot) noexcept;
-    void SetDefault(bool isDefault) noexcept;
     void GiveTooltip(const MSG& move);
     void DrawPicture(HDC dc, const RECT& place) const noexcept;
 

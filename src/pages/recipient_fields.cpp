@@ -150,7 +150,7 @@ void ForgetRefillIfChanged(RecipientFields& fields)
 
 void FilterFaxNumber(RecipientFields& fields)
 {
-    RefuseOtherCharacters(fields.faxNumber, ControlOf(fields, IDC_FAX_NUMBER));
+    RefuseOtherCharacters(fields.faxNumber, fields.dialog, IDC_FAX_NUMBER);
     ForgetRefillIfChanged(fields);
 }
 
@@ -200,13 +200,13 @@ void OfferNames(RecipientFields& fields, const RecentRecipientList& recent)
 
 Recipient ReadRecipient(const RecipientFields& fields)
 {
-    return {FieldText(fields.nameBox.edit, kFieldUnits), FieldText(ControlOf(fields, IDC_FAX_NUMBER), kFieldUnits),
-            FieldText(ControlOf(fields, IDC_COMPANY), kFieldUnits)};
+    return {FieldText(fields.nameBox.edit, kFieldUnits), FieldText(fields.dialog, IDC_FAX_NUMBER, kFieldUnits),
+            FieldText(fields.dialog, IDC_COMPANY, kFieldUnits)};
 }
 
 bool HasFaxNumber(const RecipientFields& fields)
 {
-    return !FieldText(ControlOf(fields, IDC_FAX_NUMBER), kFieldUnits).empty();
+    return !FieldText(fields.dialog, IDC_FAX_NUMBER, kFieldUnits).empty();
 }
 
 RecipientFacts FactsOf(const RecipientFields& fields) noexcept

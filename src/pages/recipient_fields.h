@@ -11,7 +11,6 @@
 #include "text/localized_text.h"
 
 #include <optional>
-#include <string>
 #include <windows.h>
 
 namespace qx {

@@ -1,7 +1,6 @@
 #include "pages/recipient_list.h"
 
 #include "dialog/drawing.h"
-#include "dialog/list_view.h"
 
 #include <algorithm>
 
@@ -19,21 +18,6 @@ void RecipientList::Attach(const TextOwner& texts, HWND list, FaxJobData& job)
     job_ = &job;
     SetUpListView(texts, list_, kColumns);
     Fill();
-}
-
-int RecipientList::Count() const noexcept
-{
-    return static_cast<int>(RecipientsOf(*job_).size());
-}
-
-bool RecipientList::HasSelection() const noexcept
-{
-    return SelectedCount(list_) > 0;
-}
-
-void RecipientList::SelectAll() noexcept
-{
-    SelectAllRows(list_);
 }
 
 bool RecipientList::Append(const FaxRecipient& recipient) noexcept

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "base/no_copy.h"
+#include "dialog/list_view.h"
 #include "phonebook/book/items.h"
 #include "record/fax_job_data.h"
 #include "text/localized_text.h"
@@ -16,9 +17,9 @@ public:
     // Sets up an empty list view and fills it. It outlives this object's use, and so does the job.
     void Attach(const TextOwner& texts, HWND list, FaxJobData& job);
 
-    int Count() const noexcept;
-    bool HasSelection() const noexcept;
-    void SelectAll() noexcept;
+    int Count() const noexcept { return static_cast<int>(RecipientsOf(*job_).size()); }
+    bool HasSelection() const noexcept { return SelectedCount(list_) > 0; }
+    void SelectAll() noexcept { SelectAllRows(list_); }
 
     // Whether there is a row for each recipient. When there is not, the list is filled again, for the user to look at.
     bool ShowsJob() noexcept;

@@ -1,6 +1,6 @@
 #include "pages/send_problems.h"
 
-#include "base/text_template.h"
+#include "phonebook/ui/phone_book_dialog.h"
 #include "res/fax_job_page_ids.h"
 #include "res/send_settings_ids.h"
 
@@ -25,7 +25,7 @@ constexpr Text kEmailAddress{5318};
 
 constexpr Complaint kComplaints[] = {
     {SendProblem::NoRecipient, IDC_FAX_NUMBER, {5255, L"At least one fax number is required."}},
-    {SendProblem::TooManyRecipients, IDC_FAX_NUMBER, {5265, L"The maximum number of fax numbers has been entered."}},
+    {SendProblem::TooManyRecipients, IDC_FAX_NUMBER, kTooManyRecipients.text},
     {SendProblem::BillingCodeMissing, IDC_BILLING_CODE, kRequired, kBillingCode},
     {SendProblem::BillingCodeTooShort, IDC_BILLING_CODE, {5324, L"The billing code must be at least %d digits"}},
     {SendProblem::ImageNotFound, IDC_IMAGE, {5262, L"The file cannot be found."}},

@@ -2,7 +2,6 @@
 
 #include "base/limits.h"
 #include "base/printer.h"
-#include "base/text.h"
 #include "record/fax_job_data.h"
 
 #include <algorithm>
@@ -34,16 +33,6 @@ constexpr int kNotificationFields[] = {IDC_NOTIFY_NEVER, IDC_NOTIFY_THIS_JOB, ID
 constexpr int kNotificationLabels[] = {IDC_NOTIFICATION_GROUP, IDC_NOTIFY_LABEL, IDC_NOTIFY_TYPE_LABEL,
                                        IDC_EMAIL_LABEL};
 
-void SetField(HWND dialog, int control, const WCHAR* text)
-{
-    SetFieldText(GetDlgItem(dialog, control), text);
-}
-
-std::wstring Field(HWND dialog, int control, std::size_t units)
-{
-    return FieldText(GetDlgItem(dialog, control), units);
-}
-
 void TakeAway(HWND dialog, int control) noexcept
 {
     EnableControl(dialog, control, false);
@@ -74,16 +63,16 @@ bool TakeChoice(std::span<const Choice> choices, int control, DWORD& chosen) noe
 void LoadSender(SendSettings& settings, const FaxJobData& record)
 {
     const HWND dialog = settings.dialog;
-    SetField(dialog, IDC_SENDER_NAME, record.SenderName);
-    SetFilteredText(settings.faxNumber, GetDlgItem(dialog, IDC_SENDER_FAX), record.SenderFaxNo);
-    SetField(dialog, IDC_SENDER_COMPANY, record.SenderCompany);
-    SetFilteredText(settings.voiceNumber, GetDlgItem(dialog, IDC_SENDER_VOICE), record.SenderVoiceNo);
+    SetFieldText(dialog, IDC_SENDER_NAME, record.SenderName);
+    SetFilteredText(settings.faxNumber, dialog, IDC_SENDER_FAX, record.SenderFaxNo);
+    SetFieldText(dialog, IDC_SENDER_COMPANY, record.SenderCompany);
+    SetFilteredText(settings.voiceNumber, dialog, IDC_SENDER_VOICE, record.SenderVoiceNo);
 }
 
 void LoadMethod(SendSettings& settings, const FaxJobData& record)
 {
     const HWND dialog = settings.dialog;
-    SetField(dialog, IDC_EMAIL, record.NotifyEmail);
+    SetFieldText(dialog, IDC_EMAIL, record.NotifyEmail);
     if (Choose(dialog, kMethods, record.NotifyMethod, settings.notifyMethod))
         EnableControl(dialog, IDC_EMAIL, settings.notifyMethod == kMethodEmail);
 }
@@ -127,19 +116,9 @@ bool AnswerClick(SendSettings& settings, int control) noexcept
     return TakeChoice(kResolutions, control, settings.resolution) || TakeChoice(kOccasions, control, settings.notifyOn);
 }
 
-void FilterFaxNumber(SendSettings& settings)
-{
-    RefuseOtherCharacters(settings.faxNumber, GetDlgItem(settings.dialog, IDC_SENDER_FAX));
-}
-
-void FilterVoiceNumber(SendSettings& settings)
-{
-    RefuseOtherCharacters(settings.voiceNumber, GetDlgItem(settings.dialog, IDC_SENDER_VOICE));
-}
-
 constexpr Route<SendSettings> kRoutes[] = {
-    {IDC_SENDER_FAX, EN_CHANGE, FilterFaxNumber},
-    {IDC_SENDER_VOICE, EN_CHANGE, FilterVoiceNumber},
+    {IDC_SENDER_FAX, EN_CHANGE, FilterField<&SendSettings::faxNumber, IDC_SENDER_FAX>},
+    {IDC_SENDER_VOICE, EN_CHANGE, FilterField<&SendSettings::voiceNumber, IDC_SENDER_VOICE>},
     {IDC_PREVIEW, BN_CLICKED, TogglePreview},
 };
 
@@ -172,7 +151,7 @@ std::optional<SendProblem> CheckEmail(const SendSettings& settings, const FaxJob
 {
     if (record.EmailServiceOperational == 0 || !IsChecked(settings.dialog, IDC_NOTIFY_EMAIL))
         return {};
-    return CheckEmailAddress(Field(settings.dialog, IDC_EMAIL, kEmailLimit + 1));
+    return CheckEmailAddress(FieldText(settings.dialog, IDC_EMAIL, kEmailLimit + 1));
 }
 
 void SaveSendSettings(const SendSettings& settings, FaxJobData& record)
@@ -181,14 +160,14 @@ void SaveSendSettings(const SendSettings& settings, FaxJobData& record)
     // What the box shows was not taken over when it was clicked.
     if (IsChecked(dialog, IDC_PREVIEW) != (settings.showPreview != 0))
         throw std::runtime_error("the preview's check box was not read");
-    SetSenderName(record, Field(dialog, IDC_SENDER_NAME, kTextUnits).c_str());
-    SetSenderFaxNo(record, Field(dialog, IDC_SENDER_FAX, kTextUnits).c_str());
-    SetSenderCompany(record, Field(dialog, IDC_SENDER_COMPANY, kTextUnits).c_str());
-    SetSenderVoiceNo(record, Field(dialog, IDC_SENDER_VOICE, kTextUnits).c_str());
+    SetSenderName(record, FieldText(dialog, IDC_SENDER_NAME, kTextUnits).c_str());
+    SetSenderFaxNo(record, FieldText(dialog, IDC_SENDER_FAX, kTextUnits).c_str());
+    SetSenderCompany(record, FieldText(dialog, IDC_SENDER_COMPANY, kTextUnits).c_str());
+    SetSenderVoiceNo(record, FieldText(dialog, IDC_SENDER_VOICE, kTextUnits).c_str());
     record.Resolution = settings.resolution;
     record.NotifyOn = settings.notifyOn;
     record.NotifyMethod = settings.notifyMethod;
-    SetNotifyEmail(record, Field(dialog, IDC_EMAIL, kEmailLimit + 1).c_str());
+    SetNotifyEmail(record, FieldText(dialog, IDC_EMAIL, kEmailLimit + 1).c_str());
     record.ShowPreview = settings.showPreview;
     if (!HasSendSettings(record))
         throw std::bad_alloc();

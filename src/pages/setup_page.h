@@ -2,7 +2,6 @@
 // defaults and to the phone book editor.
 #pragma once
 
-#include "dialog/controls.h"
 #include "dialog/dialog.h"
 #include "pages/edit_defaults_dialog.h"
 #include "pages/send_button.h"

@@ -2,7 +2,7 @@
 
 #include "base/text.h"
 
-#include <cstddef>
+#include <cwchar>
 
 namespace qx {
 
@@ -10,17 +10,12 @@ namespace {
 
 constexpr std::size_t kSpareUnits = 10;
 
-std::size_t Units(const wchar_t* text) noexcept
-{
-    return std::char_traits<wchar_t>::length(text);
-}
-
 // Of a list of strings, up to and with its final terminator.
 std::size_t ListUnits(const wchar_t* list) noexcept
 {
     std::size_t units = 1;
-    for (const wchar_t* text = list; *text != L'\0'; text += Units(text) + 1)
-        units += Units(text) + 1;
+    for (const wchar_t* text = list; *text != L'\0'; text += std::wcslen(text) + 1)
+        units += std::wcslen(text) + 1;
     return units;
 }
 
@@ -82,7 +77,7 @@ bool WriteString(HKEY key, const wchar_t* name, const wchar_t* text, DWORD type)
     if (key == nullptr)
         return false;
     const wchar_t* const stored = OrEmpty(text);
-    const std::size_t units = type == REG_SZ ? Units(stored) + 1 : ListUnits(stored);
+    const std::size_t units = type == REG_SZ ? std::wcslen(stored) + 1 : ListUnits(stored);
     return RegSetValueExW(key, name, 0, type, reinterpret_cast<const BYTE*>(stored),
                           static_cast<DWORD>(units * sizeof(wchar_t))) == ERROR_SUCCESS;
 }

@@ -25,22 +25,14 @@ std::wstring LanguageCode(LANGID language)
     return code;
 }
 
-// With a backslash at its end; empty when there is none, or when it leaves no room for a name.
-std::wstring TemporaryFolder()
-{
-    wchar_t folder[MAX_PATH];
-    const DWORD units = GetTempPathW(MAX_PATH, folder);
-    return units > 0 && units < MAX_PATH ? std::wstring(folder, units) : std::wstring();
-}
-
 // Nothing when there is no such file. A folder of that name is no file.
-std::optional<ULONGLONG> SizeOfFile(const std::wstring& path) noexcept
+std::optional<std::uint64_t> SizeOfFile(const std::wstring& path) noexcept
 {
     WIN32_FIND_DATAW found;
     const UniqueFindFile search(FindFirstFileW(path.c_str(), &found));
     if (!search || (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
         return std::nullopt;
-    return ULONGLONG{found.nFileSizeHigh} << 32 | found.nFileSizeLow;
+    return Whole(found.nFileSizeHigh, found.nFileSizeLow);
 }
 
 bool FileExists(const std::wstring& path) noexcept

@@ -13,10 +13,7 @@ namespace {
 // An entry is what the driver reads as FaxRecipient; the fields' order is tested, their extent is settled here.
 static_assert(sizeof(PhoneBookEntry) == sizeof(FaxRecipient));
 
-struct TextDeleter {
-    void operator()(wchar_t* text) const noexcept { HeapRelease(text); }
-};
-using OwnedText = std::unique_ptr<wchar_t, TextDeleter>;
+using OwnedText = std::unique_ptr<wchar_t, HeapDeleter>;
 
 OwnedText CopyOf(const wchar_t* text)
 {
@@ -232,19 +229,14 @@ ItemStore::~ItemStore()
         DestroyItem(item);
 }
 
-PhoneBookEntry* ItemStore::NewEntry()
+template <class Item> Item* ItemStore::New()
 {
-    UniqueItem<PhoneBookEntry> entry(new PhoneBookEntry);
-    items_.push_back(entry.get());
-    return entry.release();
+    UniqueItem<Item> item(new Item);
+    items_.push_back(item.get());
+    return item.release();
 }
-
-PhoneBookGroup* ItemStore::NewGroup()
-{
-    UniqueItem<PhoneBookGroup> group(new PhoneBookGroup);
-    items_.push_back(group.get());
-    return group.release();
-}
+template PhoneBookEntry* ItemStore::New();
+template PhoneBookGroup* ItemStore::New();
 
 void ItemStore::Discard(PhoneBookItem* item) noexcept
 {

@@ -138,8 +138,8 @@ public:
     ItemStore() = default;
     ~ItemStore();
 
-    PhoneBookEntry* NewEntry(); // throws std::bad_alloc
-    PhoneBookGroup* NewGroup();
+    PhoneBookEntry* NewEntry() { return New<PhoneBookEntry>(); } // throws std::bad_alloc
+    PhoneBookGroup* NewGroup() { return New<PhoneBookGroup>(); }
     // Frees an item that nobody points at any more, such as a refused duplicate.
     void Discard(PhoneBookItem* item) noexcept;
     // Frees the items that a reload of the book has replaced, but for those that somebody keeps. May leave all of them
@@ -148,6 +148,8 @@ public:
 
 private:
     friend class KeptItem;
+
+    template <class Item> Item* New();
 
     std::vector<PhoneBookItem*> items_;           // in the order of their making
     std::vector<const PhoneBookItem*> kept_;      // once for each keeper

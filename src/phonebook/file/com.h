@@ -9,20 +9,8 @@
 #include <new>
 #include <oleauto.h>
 #include <string_view>
-#include <utility>
 
 namespace qx {
-
-template <class Interface> void ReleaseInterface(Interface* object) noexcept
-{
-    object->Release();
-}
-
-template <class Interface> class ComPtr : public Unique<Interface*, ReleaseInterface<Interface>> {
-public:
-    using Unique<Interface*, ReleaseInterface<Interface>>::Unique;
-    Interface* operator->() const noexcept { return this->Get(); }
-};
 
 // A text for a COM call; throws std::bad_alloc.
 inline UniqueBstr MakeBstr(std::wstring_view text)

@@ -20,19 +20,13 @@ constexpr LONGLONG kLongestFile = 256 << 20; // hundreds of times the largest ph
 constexpr std::size_t kBlockBytes = 64 << 10;
 constexpr int kCopiesLookedFor = 100;
 
-constexpr std::uint64_t Combined(DWORD high, DWORD low) noexcept
-{
-    return std::uint64_t{high} << 32 | low;
-}
-
 // ---- names -------------------------------------------------------------------------------------------------------
 
 // Where replacements lie, and copies, when the folder of a phone book takes none; empty when there is no such place.
 std::wstring StartInTemporaryFolder()
 {
-    wchar_t folder[MAX_PATH + 1] = L"";
-    const DWORD units = GetTempPathW(MAX_PATH + 1, folder);
-    return units == 0 || units > MAX_PATH ? std::wstring() : std::wstring(folder) + kNameInTemporaryFolder;
+    const std::wstring folder = TemporaryFolder();
+    return folder.empty() ? folder : folder + kNameInTemporaryFolder;
 }
 
 // A full disk, say, is another matter: what does not fit beside a file is not to be written over it.
@@ -117,9 +111,9 @@ std::optional<FileStamp> StampOf(HANDLE file) noexcept
     BY_HANDLE_FILE_INFORMATION info{};
     if (!GetFileInformationByHandle(file, &info))
         return std::nullopt;
-    return FileStamp{.written = Combined(info.ftLastWriteTime.dwHighDateTime, info.ftLastWriteTime.dwLowDateTime),
-                     .bytes = Combined(info.nFileSizeHigh, info.nFileSizeLow),
-                     .index = Combined(info.nFileIndexHigh, info.nFileIndexLow),
+    return FileStamp{.written = Whole(info.ftLastWriteTime.dwHighDateTime, info.ftLastWriteTime.dwLowDateTime),
+                     .bytes = Whole(info.nFileSizeHigh, info.nFileSizeLow),
+                     .index = Whole(info.nFileIndexHigh, info.nFileIndexLow),
                      .volume = info.dwVolumeSerialNumber};
 }
 

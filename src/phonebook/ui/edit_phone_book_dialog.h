@@ -5,8 +5,6 @@
 #include "phonebook/ui/phone_book_dialog.h"
 #include "phonebook/ui/phone_book_list.h"
 
-#include <windows.h>
-
 namespace qx {
 
 // The dialog's state. The book is changed in place.

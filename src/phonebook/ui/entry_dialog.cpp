@@ -41,36 +41,31 @@ constexpr auto kAddControls = ControlsWith({.name = 15710, .faxNumber = 15711, .
 constexpr auto kEditControls = ControlsWith({.name = 15720, .faxNumber = 15721, .company = 15722});
 static_assert(IdsAreUnique(kAddControls));
 
-HWND ControlOf(const EntryDialogContext& entry, int id) noexcept
-{
-    return GetDlgItem(entry.dialog, id);
-}
-
 std::wstring TypedText(const EntryDialogContext& entry, int id)
 {
-    return FieldText(ControlOf(entry, id), kNameLimit);
+    return FieldText(entry.dialog, id, kNameLimit);
 }
 
 // ---- start-up -----------------------------------------------------------------------------------------------------
 
 void ShowEntry(EntryDialogContext& context)
 {
-    SetFieldText(ControlOf(context, IDC_ENTRY_NAME), ToShown(context.entry->Name()));
-    SetFilteredText(context.faxNumber, ControlOf(context, IDC_ENTRY_FAX_NUMBER), context.entry->FaxNumber());
-    SetFieldText(ControlOf(context, IDC_ENTRY_COMPANY), ToShown(context.entry->Company()));
+    SetFieldText(context.dialog, IDC_ENTRY_NAME, ToShown(context.entry->Name()));
+    SetFilteredText(context.faxNumber, context.dialog, IDC_ENTRY_FAX_NUMBER, context.entry->FaxNumber());
+    SetFieldText(context.dialog, IDC_ENTRY_COMPANY, ToShown(context.entry->Company()));
 }
 
 // ---- commands -----------------------------------------------------------------------------------------------------
 
 void RefreshOk(EntryDialogContext& context)
 {
-    EnableControl(context.dialog, IDOK,
-                  HasText(ControlOf(context, IDC_ENTRY_NAME)) && HasText(ControlOf(context, IDC_ENTRY_FAX_NUMBER)));
+    const auto holdsText = [&](int id) { return HasText(GetDlgItem(context.dialog, id)); };
+    EnableControl(context.dialog, IDOK, holdsText(IDC_ENTRY_NAME) && holdsText(IDC_ENTRY_FAX_NUMBER));
 }
 
 void FilterFaxNumber(EntryDialogContext& context)
 {
-    RefuseOtherCharacters(context.faxNumber, ControlOf(context, IDC_ENTRY_FAX_NUMBER));
+    RefuseOtherCharacters(context.faxNumber, context.dialog, IDC_ENTRY_FAX_NUMBER);
     RefreshOk(context);
 }
 

@@ -5,8 +5,6 @@
 #include "dialog/number_filter.h"
 #include "phonebook/ui/phone_book_dialog.h"
 
-#include <windows.h>
-
 namespace qx {
 
 // What the opener hands over, and the dialog's own state.

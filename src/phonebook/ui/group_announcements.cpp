@@ -1,7 +1,5 @@
 #include "phonebook/ui/group_announcements.h"
 
-#include "phonebook/book/phone_book.h"
-
 #include <algorithm>
 #include <map>
 

@@ -128,7 +128,7 @@ void Accept(GroupDialogContext& group)
         return;
     }
     PhoneBookGroup candidate;
-    candidate.SetName(ToStored(FieldText(GetDlgItem(group.dialog, IDC_GROUP_NAME), kStoredNameUnits)).c_str());
+    candidate.SetName(ToStored(FieldText(group.dialog, IDC_GROUP_NAME, kStoredNameUnits)).c_str());
     const PhoneBookGroup& itself = group.stored != nullptr ? *group.stored : *group.working;
     if (HoldsSameGroup(group.book, candidate, IdIn(group.book, itself))) {
         ShowFaxMessage(group, kDuplicate, group.dialog);

@@ -41,15 +41,14 @@ std::vector<const PhoneBookEntry*> MembersInBookOrder(const PhoneBook& book, std
     return members;
 }
 
-bool AddMembers(PhoneBookGroup& group, std::span<PhoneBookItem* const> items)
+void AddMembers(PhoneBookGroup& group, std::span<PhoneBookItem* const> items)
 {
     for (const PhoneBookItem* const item : items) {
         if (group.MemberIds().size() >= kMaxRecipients)
-            return false;
+            return;
         if (std::ranges::find(group.MemberIds(), item->GetId()) == group.MemberIds().end())
             group.AddMemberId(item->GetId());
     }
-    return true;
 }
 
 bool HoldsSameGroup(const PhoneBook& book, const PhoneBookGroup& group, std::optional<DWORD> ownId) noexcept

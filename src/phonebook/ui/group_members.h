@@ -18,8 +18,8 @@ std::vector<const PhoneBookEntry*> MembersInOwnOrder(const PhoneBook& book, std:
 // In the book's order: the entries whose id is among ids, at most as many as there are ids.
 std::vector<const PhoneBookEntry*> MembersInBookOrder(const PhoneBook& book, std::span<const DWORD> ids);
 
-// Adds the items' ids to the group, but none twice. False when the group was full before all were looked at.
-bool AddMembers(PhoneBookGroup& group, std::span<PhoneBookItem* const> items);
+// Adds the items' ids to the group until it is full, but none twice.
+void AddMembers(PhoneBookGroup& group, std::span<PhoneBookItem* const> items);
 
 // Whether the book has a group of the same name, other than the one of that id.
 bool HoldsSameGroup(const PhoneBook& book, const PhoneBookGroup& group, std::optional<DWORD> ownId) noexcept;

@@ -7,7 +7,6 @@
 #include "phonebook/ui/map_custom_fields_dialog.h"
 #include "phonebook/ui/phone_book_dialog.h"
 
-#include <iterator>
 #include <new>
 #include <optional>
 

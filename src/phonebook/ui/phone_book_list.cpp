@@ -2,6 +2,7 @@
 
 #include "base/limits.h"
 #include "base/module.h"
+#include "base/window_procedure.h"
 #include "dialog/contrast.h"
 #include "dialog/dialog.h"
 #include "dialog/drawing.h"
@@ -11,7 +12,6 @@
 
 #include <algorithm>
 #include <memory>
-#include <stdexcept>
 #include <string>
 
 namespace qx {
@@ -21,7 +21,6 @@ namespace {
 constexpr int kIconPixels = 16;
 constexpr COLORREF kIconBackground = RGB(255, 0, 255);
 constexpr COLORREF kIconOutline = RGB(40, 50, 70);
-constexpr std::size_t kComparedNameUnits = 98; // of a row, when it is compared with what was typed
 
 // ---- rows ---------------------------------------------------------------------------------------------------------
 
@@ -124,11 +123,6 @@ struct ListSubclass {
     WNDPROC previous;
 };
 
-bool IsRepeated(LPARAM keystroke) noexcept
-{
-    return (HIWORD(keystroke) & KF_REPEAT) != 0;
-}
-
 // True when the key was for us. One that is held down presses its button once: nobody means to add a recipient a
 // hundred times.
 bool AnswerKey(HWND list, ListKeys keys, WPARAM key, LPARAM keystroke) noexcept
@@ -149,9 +143,9 @@ bool AnswerKey(HWND list, ListKeys keys, WPARAM key, LPARAM keystroke) noexcept
 // down has been used already: what it pressed may have taken the selection away.
 bool ClaimsEnter(HWND list, ListKeys keys, LPARAM question) noexcept
 {
-    const auto* const message = reinterpret_cast<const MSG*>(question);
-    return message != nullptr && message->message == WM_KEYDOWN && message->wParam == VK_RETURN && keys.activate != 0 &&
-           (SelectedCount(list) > 0 || IsRepeated(message->lParam));
+    const MSG* const asked = KeystrokeAskedAbout(question);
+    return asked != nullptr && asked->wParam == VK_RETURN && keys.activate != 0 &&
+           (SelectedCount(list) > 0 || IsRepeated(asked->lParam));
 }
 
 LRESULT CALLBACK ListProcedure(HWND list, UINT message, WPARAM w, LPARAM l) noexcept
@@ -190,14 +184,8 @@ LRESULT CALLBACK ListProcedure(HWND list, UINT message, WPARAM w, LPARAM l) noex
 
 void AnswerKeys(HWND list, ListKeys keys)
 {
-    const auto previous = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(list, GWLP_WNDPROC));
-    auto subclass = std::make_unique<ListSubclass>(ListSubclass{keys, previous});
-    const auto data = reinterpret_cast<LONG_PTR>(subclass.get());
-    SetWindowLongPtrW(list, GWLP_USERDATA, data);
-    // The procedure relies on the data.
-    if (GetWindowLongPtrW(list, GWLP_USERDATA) != data ||
-        SetWindowLongPtrW(list, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(ListProcedure)) == 0)
-        throw std::runtime_error("the list cannot be hooked");
+    auto subclass = std::make_unique<ListSubclass>(ListSubclass{keys, nullptr});
+    HookWithData(list, ListProcedure, subclass.get(), subclass->previous);
     static_cast<void>(subclass.release()); // the list's, until it is destroyed
 }
 
@@ -221,7 +209,7 @@ void FillPhoneBookList(PhoneBookList& list, const PhoneBook& book, ListedItems l
         if (listed == ListedItems::EntriesOnly && item->IsGroup())
             continue;
         rows.push_back(item);
-        list.names.Append(Cut(item->GetName(), kComparedNameUnits));
+        list.names.Append(Cut(item->GetName(), kRowNameLimit));
     }
     ReplaceRows(list.window, rows);
 }
