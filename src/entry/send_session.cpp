@@ -23,7 +23,8 @@ constexpr Message kNotOperational{
     MB_OK | MB_ICONEXCLAMATION,
     MessageTitle::Warning};
 
-// Texts handed to the driver. Kept: two stand here twice. The driver finds texts by id, never by position.
+// Texts handed to the driver, the labels of its cover page: from, name, company, voice number; to, name, company;
+// subject, notes, date, time, pages. Kept: two stand here twice. The driver finds texts by id, never by position.
 constexpr INT32 kDriverStrings[] = {5320, 5316, 5210, 5229, 5319, 5316, 5210, 5219, 5218, 5202, 5203, 5204};
 
 std::wstring HelpName(HANDLE printer, const wchar_t* name)

@@ -98,8 +98,8 @@ void OpenKeys(RegistryKeySet& set)
         return;
     CloseKey(set.hAddressBookKey);
     CloseKey(set.hDefaultKey);
-    // The other two are released without being closed, on purpose: reopening a set leaves its earlier job data and
-    // recent list handles open, and whoever holds a copy of them goes on with it.
+    // Kept: the other two are released without being closed. Reopening a set leaves its earlier job data and recent
+    // list handles open, and whoever holds a copy of them goes on with it.
     UniqueKey root;
     if (!CreateKey(HKEY_CURRENT_USER, *path, *root.Receive()))
         return;

@@ -79,8 +79,8 @@ CsvStatus CsvTable::Read() noexcept
 std::wstring_view CsvTable::Decode(CsvEncoding encoding, std::span<const unsigned char> bytes)
 {
     if (encoding == CsvEncoding::Utf16LittleEndian) {
-        // The first two bytes are passed over whether or not they are a mark: a file without one, recognised by its
-        // looks, loses its first character. So it has always been.
+        // Kept: the first two bytes are passed over whether or not they are a mark: a file without one, recognised by
+        // its looks, loses its first character.
         const std::span<const unsigned char> text = bytes.subspan(kUtf16MarkBytes);
         return {reinterpret_cast<const wchar_t*>(text.data()), text.size() / sizeof(wchar_t)};
     }

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -23,8 +22,8 @@ enum class CsvStatus {
 };
 
 // Judges a file by its marks, then by looksLikeUtf16, which is asked about all bytes, then by its bytes being plain
-// ones. A file below four bytes stays unknown. Accented ANSI text is refused on purpose, since nobody knows the code
-// page it was written in.
+// ones. A file below four bytes stays unknown. Kept: accented ANSI text is refused, since nobody knows the code page it
+// was written in.
 CsvEncoding DetectEncoding(std::span<const unsigned char> bytes,
                            bool (*looksLikeUtf16)(std::span<const unsigned char> bytes));
 

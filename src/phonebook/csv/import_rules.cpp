@@ -97,7 +97,7 @@ CountMessage CountMessageFor(int duplicates, int invalidFaxNumbers)
     const int all = duplicates + invalidFaxNumbers;
     if (all == 0)
         return {};
-    // A gap that is kept: these counts have never been told.
+    // Kept: a gap, these counts are not told.
     if ((duplicates == 2 && invalidFaxNumbers >= 2) || (duplicates >= 3 && invalidFaxNumbers == 2))
         return {};
 

@@ -154,8 +154,8 @@ void RecentRecipientList::Load()
         slots_[i] = ReadItem(keys_->hMruListKey, std::to_wstring(i)).release();
 }
 
-// Subkeys are named by slot while Count is the number of those written: with an empty slot in between the last items
-// lie beyond Count. Subkeys of empty slots stay as they are. Both have always been so, and Load counts on neither.
+// Kept: subkeys are named by slot while Count is the number of those written: with an empty slot in between the last
+// items lie beyond Count. Kept: subkeys of empty slots stay as they are. Load counts on neither.
 void RecentRecipientList::Save() const
 {
     if (keys_->hMruListKey == nullptr)

@@ -13,8 +13,7 @@ namespace qx {
 // None when the value cannot be read. Texts that are missing in it are empty.
 std::optional<Recipient> ReadRegistryEntry(HKEY key, const wchar_t* valueName);
 
-// As a REG_MULTI_SZ, which ends at the first empty text: an entry without fax number loses its company. That is how
-// the recent list has always been kept.
+// As a REG_MULTI_SZ. Kept: it ends at the first empty text, and an entry without fax number loses its company.
 void WriteRegistryEntry(HKEY key, const wchar_t* valueName, const Recipient& texts);
 
 // The names of a key's values, in the key's order; those of more than 259 units are left out.
