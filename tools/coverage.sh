@@ -33,9 +33,16 @@ if [[ $run == yes ]]; then
     cmake --preset coverage >/dev/null
     cmake --build --preset coverage
     if [[ $clear == yes ]]; then find "$build" -name '*.gcda' -delete; fi
+    # Two processes that end at the same moment would write over each other: each has files of its own, by its number
+    # and the display that it runs on, in which the objects are called as in the build.
+    processes=$PWD/$build/processes above=${PWD//[^\/]/}//
+    rm -rf "$processes"
+    mkdir "$processes"
     # A test that fails for the sake of the counting has counted all the same.
-    GCOV_PREFIX=Z: tools/with-wine.sh \
+    GCOV_PREFIX="Z:$processes/%q{QX_WINE_SESSION}/%p" GCOV_PREFIX_STRIP=${#above} tools/with-wine.sh \
         ctest --preset coverage --parallel "$(($(nproc) + 1))" "${options[@]}" || failed=$?
+    python3 tools/coverage_counts.py "$build" "$processes"
+    rm -rf "$processes"
 fi
 python3 tools/coverage_table.py "${listing[@]}" "$gcov" "$build"
 exit "$failed"
