@@ -6,6 +6,7 @@ tool for adding up passes over objects that one program holds without some of th
 """
 import argparse
 import collections
+import itertools
 import pathlib
 import re
 import struct
@@ -64,11 +65,13 @@ def is_of(counted, notes):
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument('build', type=pathlib.Path, help='its folder')
-    parser.add_argument('processes', type=pathlib.Path, help='the folder of their files: .../NUMBER/src/...')
+    parser.add_argument('processes', type=pathlib.Path, help='the folder of their files, .../NUMBER/src/...')
     arguments = parser.parse_args()
     files = collections.defaultdict(list)
+    for file in itertools.chain.from_iterable(arguments.build.glob(f'{top}/**/*.gcda') for top in ('src', 'tests')):
+        files[str(file.relative_to(arguments.build))] = [] # of earlier runs
     for file in sorted(arguments.processes.glob('**/*.gcda')):
-        files[re.search(r'/[0-9]+/(src/.*)', str(file))[1]].append(file)
+        files[re.search(r'/[0-9]+/((src|tests)/.*)', str(file))[1]].append(file)
     for name, counted in files.items():
         total = arguments.build / name
         notes = total.with_suffix('.gcno').read_bytes()

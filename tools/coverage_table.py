@@ -18,6 +18,8 @@ class File:
     def __init__(self, source=()):
         # What ends at a brace is destroyed there, which nobody wrote, and often for the sake of an exception alone.
         self.braces = {number for number, text in enumerate(source, start=1) if text.strip() in ('}', '};')}
+        # Whether an exception is of the kind that a handler takes: it is a line, and what it does has branches.
+        self.handlers = {number for number, text in enumerate(source, start=1) if re.match(r'[\s}]*catch\b', text)}
         self.lines = collections.Counter()
         self.functions = {}
         self.branches = {}
@@ -31,6 +33,8 @@ class File:
                 continue
             self.lines[number] += line['count']
             self.functions[number] = plain_name(names.get(function, ''))
+            if number in self.handlers:
+                continue
             counts = [branch['count'] for branch in without_exceptions(line['branches'])]
             # What a template was made for is one function, unless that has other branches.
             place = number, starts.get(function), len(counts)
@@ -72,7 +76,7 @@ def without_exceptions(branches):
 def count(gcov, build):
     """The files of src/ by name, with what all programs together ran of them."""
     files = {}
-    objects = sorted(build.glob('src/**/*.gcno'))
+    objects = sorted(build.glob('**/*.gcno'))
     reports = subprocess.run([gcov, '--branch-probabilities', '--json-format', '--stdout', '--relative-only', *objects],
                              check=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout
     for report in reports.splitlines():

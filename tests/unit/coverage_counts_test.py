@@ -63,6 +63,8 @@ class TheSum(unittest.TestCase):
 
     def test_what_only_another_build_has_counted_is_nothing(self):
         self.assertIsNone(self.sum_of(counted(10, [2])))
+        self.write("build/src/a/a.gcda", counted(10, [5]))
+        self.assertIsNone(self.sum_of())
 
     def test_a_file_that_was_not_written_to_its_end_is_passed_over(self):
         for bytes_written in (4, 16, 50):

@@ -77,6 +77,12 @@ class TheTable(unittest.TestCase):
         table = self.table_of([source("src/a/a.cpp", line(2, 1), line(3, 0, branch(0), branch(0)))])
         self.assertEqual(table[-1], ["all", "1", "1", "100.0", "%", "0", "0"])
 
+    def test_a_handler_is_a_line_without_branches(self):
+        (self.folder / "src/a").mkdir(parents=True)
+        (self.folder / "src/a/a.cpp").write_text("try {\n    f();\n} catch (const E&) {\n    g();\n}\n")
+        table = self.table_of([source("src/a/a.cpp", line(2, 1), line(3, 0, branch(0), branch(0)), line(4, 0))])
+        self.assertEqual(table[-1], ["all", "3", "1", "33.3", "%", "0", "0"])
+
     def test_only_the_product_counts(self):
         table = self.table_of([source("src/a/a.cpp", line(1, 1)), source("tests/support/a.h", line(1, 0))])
         self.assertEqual(table[-1], ["all", "1", "1", "100.0", "%", "0", "0"])
