@@ -5,6 +5,8 @@
 //     ...
 //     calls.Count();                              // how many there were
 //
+//     WhileEachFails<decltype(ReadFile)>("ReadFile", FALSE, [&](const std::string& what) { ... });
+//
 // A function returns failure instead, with the last error set. What a call must look like to be counted at all can be
 // narrowed down by a condition on its arguments. Tag tells apart functions of one type; one object per function, type
 // and tag at a time.
@@ -14,7 +16,9 @@
 
 #include <atomic>
 #include <functional>
+#include <gtest/gtest.h>
 #include <limits>
+#include <string>
 
 namespace qx::test {
 
@@ -78,5 +82,21 @@ private:
     std::atomic<long> last_ = 0;
     std::atomic<bool> hasFailed_ = false;
 };
+
+// Runs body(what) with the first, the second, ... of this program's calls of the function failing alone, as long as it
+// makes another.
+template <class Function, class Failure, class Body>
+void WhileEachFails(const char* function, Failure failure, Body body, DWORD lastError = ERROR_GEN_FAILURE)
+{
+    FailingCalls<Function, struct EachCallTag> calls(nullptr, function, failure, lastError);
+    bool failed = true;
+    for (long call = 1; failed && !testing::Test::HasFailure(); ++call) {
+        calls.FailOnly(call);
+        body(std::string(function) + ' ' + std::to_string(call));
+        failed = calls.HasFailed();
+        calls.FailNone();
+        EXPECT_TRUE(failed || call > 1) << function << " is not called";
+    }
+}
 
 } // namespace qx::test

@@ -5,6 +5,7 @@
 #include "res/map_custom_fields_ids.h"
 #include "support/built.h"
 #include "support/dialog_thread.h"
+#include "support/failing_calls.h"
 #include "support/phone_book.h"
 #include "support/temporary_folder.h"
 
@@ -190,6 +191,17 @@ TEST_F(CsvImportDialog, AFileThatIsNotUnderstoodIsAnInvalidFormat)
     }
 }
 
+TEST_F(CsvImportDialog, AFileWhoseHeaderDoesNotFitIntoMemoryIsAnInvalidFormat)
+{
+    const std::string file = std::string(300000, 'x') + ",Fax\r\nAnn,1\r\n";
+    FailingCalls<void*(std::size_t), struct LongTexts> memory(nullptr, "malloc", nullptr, ERROR_NOT_ENOUGH_MEMORY,
+                                                              [](std::size_t bytes) { return bytes > 500000; });
+    memory.FailFrom(1);
+    Import(file);
+    EXPECT_EQ(End().status, ImportExportStatus::InvalidFormat);
+    EXPECT_TRUE(memory.HasFailed());
+}
+
 TEST_F(CsvImportDialog, AnEmptyFileCannotBeOpened)
 {
     Import("");
@@ -306,6 +318,15 @@ TEST_F(CsvExportDialog, AFileThatAnotherProgramHoldsCannotBeOpenedAndKeepsItsAtt
     }
     EXPECT_EQ(ReadBytes(file), "old");
     EXPECT_TRUE(GetFileAttributesW(file.c_str()) & FILE_ATTRIBUTE_HIDDEN);
+}
+
+TEST_F(CsvExportDialog, ABookForWhichMemoryIsShortIsNotExported)
+{
+    FailingCalls<decltype(VirtualAlloc), struct PagesOfExport> pages(nullptr, "VirtualAlloc", nullptr);
+    pages.FailFrom(1);
+    StartExport();
+    Ui().AnswerFileDialog(folder_ / L"book.csv");
+    EXPECT_EQ(End().status, ImportExportStatus::ExportFailed);
 }
 
 TEST_F(CsvExportDialog, CancellingWritesNothing)

@@ -399,5 +399,29 @@ TEST_F(MapCustomFields, TypingFindsTheNextSourceFieldThatBeginsSo)
     EXPECT_EQ(find(L"x", 0), -1);
 }
 
+TEST_F(MapCustomFields, ARowThatIsNotThereHasNoTextAndNothingIsFoundWithoutOne)
+{
+    Open({L"Name", L"Fax"});
+    const HWND list = Ui().Control(IDC_MAP_SOURCE_FIELDS);
+    const auto ask = [list](auto& question, UINT code) {
+        question.hdr = {list, IDC_MAP_SOURCE_FIELDS, code};
+        return SendMessageW(GetParent(list), WM_NOTIFY, IDC_MAP_SOURCE_FIELDS, reinterpret_cast<LPARAM>(&question));
+    };
+    for (const int row : {-1, 2}) {
+        NMLVDISPINFOW question{};
+        question.item.iItem = row;
+        ask(question, static_cast<UINT>(LVN_GETDISPINFOW));
+        EXPECT_EQ(question.item.pszText, nullptr) << row; // no text was asked for
+        question.item.mask = LVIF_TEXT;
+        ask(question, static_cast<UINT>(LVN_GETDISPINFOW));
+        EXPECT_STREQ(question.item.pszText, L"") << row;
+    }
+    for (const UINT flags : {LVFI_PARAM, LVFI_STRING}) {
+        NMLVFINDITEMW search{};
+        search.lvfi.flags = flags;
+        EXPECT_EQ(ask(search, static_cast<UINT>(LVN_ODFINDITEMW)), -1) << flags;
+    }
+}
+
 } // namespace
 } // namespace qx

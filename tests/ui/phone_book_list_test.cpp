@@ -4,6 +4,7 @@
 #include "base/activation_context.h"
 #include "dialog/button_width.h"
 #include "dialog/dialog.h"
+#include "support/failing_calls.h"
 #include "support/phone_book.h"
 
 #include <gtest/gtest.h>
@@ -118,6 +119,44 @@ TEST_F(PhoneBookListTest, RowsCarryTheIdsAndGroupsTheIcon)
     EXPECT_EQ(height, 16);
     FillPhoneBookList(list, *book, ListedItems::All);
     EXPECT_EQ(reinterpret_cast<HIMAGELIST>(Send(LVM_GETIMAGELIST, LVSIL_SMALL)), icons); // made once
+}
+
+TEST_F(PhoneBookListTest, GroupsAreListedWithoutAnIconUntilThereIsOne)
+{
+    book.AddGroup(L"Sales", {7}, 9);
+    const auto icons = [this] { return reinterpret_cast<HIMAGELIST>(Send(LVM_GETIMAGELIST, LVSIL_SMALL)); };
+    const auto fill = [&](const std::string& what) {
+        FillPhoneBookList(list, *book, ListedItems::All);
+        EXPECT_EQ(CellText(0, 0), L"Sales") << what;
+    };
+    const auto begin = [&] {
+        Send(LVM_SETIMAGELIST, LVSIL_SMALL, nullptr);
+        EXPECT_EQ(icons(), nullptr);
+    };
+    WhileEachFails<decltype(LoadImageW)>("LoadImageW", nullptr, fill);
+    EXPECT_NE(icons(), nullptr);
+    begin();
+    WhileEachFails<decltype(ImageList_Create)>("ImageList_Create", nullptr, fill);
+    EXPECT_NE(icons(), nullptr);
+    begin();
+    WhileEachFails<decltype(ImageList_AddMasked)>("ImageList_AddMasked", -1, fill);
+    EXPECT_NE(icons(), nullptr);
+}
+
+// It would leave its keys to the dialog, whose default button sends.
+TEST_F(PhoneBookListTest, AListThatCannotBeHookedIsRefused)
+{
+    int refused = 0;
+    WhileEachFails<decltype(SetWindowLongPtrW)>("SetWindowLongPtrW", LONG_PTR{0}, [&](const std::string&) {
+        const HWND other = Child(WC_LISTVIEWW, LVS_REPORT);
+        try {
+            SetUpPhoneBookList(TextOwner(), other, 90, {});
+        } catch (const std::runtime_error&) {
+            ++refused;
+        }
+        DestroyWindow(other);
+    });
+    EXPECT_EQ(refused, 2); // its data, its procedure
 }
 
 TEST_F(PhoneBookListTest, EntriesOnlyLeavesGroupsAndIconsOut)
