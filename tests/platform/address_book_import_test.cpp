@@ -1,6 +1,7 @@
 #include "phonebook/recent/address_book_import.h"
 
 #include "support/documents_folder.h"
+#include "support/failing_calls.h"
 #include "support/phone_book.h"
 #include "support/redirected_import.h"
 #include "support/test_printer.h"
@@ -146,6 +147,21 @@ TEST_F(AddressBookImport, OfAnEmptyAddressBookDoesNotSave)
     ImportOldAddressBookOnce(printer.Handle(), *book);
     EXPECT_TRUE(documents.Files().empty());
     EXPECT_EQ(Version(printer), AsStored(0x10000));
+}
+
+TEST_F(AddressBookImport, OfEntriesThatCannotBeReadDoesNotSaveEither)
+{
+    Publish(printer);
+    PutOld(L"a", L"Ann\0\0"s);
+    FailingCalls<decltype(RegQueryValueExW), struct QueryCalls> queries(
+        nullptr, "RegQueryValueExW", ERROR_ACCESS_DENIED, ERROR_ACCESS_DENIED,
+        [](HKEY, LPCWSTR name, DWORD*, DWORD*, BYTE*, DWORD*) {
+            return name != nullptr && std::wstring_view(name) == L"a";
+        });
+    queries.FailFrom(1);
+    ImportOldAddressBookOnce(printer.Handle(), *book);
+    EXPECT_TRUE(queries.HasFailed());
+    EXPECT_TRUE(documents.Files().empty());
 }
 
 TEST_F(AddressBookImport, GivesValuesWithFewerStringsEmptyTexts)

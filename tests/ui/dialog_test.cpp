@@ -2,6 +2,7 @@
 #include "dialog/dialog.h"
 
 #include "res/entry_ids.h"
+#include "support/failing_calls.h"
 #include "support/patched_function.h"
 
 #include <gtest/gtest.h>
@@ -67,6 +68,26 @@ INT_PTR CALLBACK SheetProcedure(HWND, UINT message, WPARAM w, LPARAM)
     if (message == PSM_PRESSBUTTON)
         g_buttonPressed = static_cast<int>(w);
     return FALSE;
+}
+
+TEST(Field, OneThatCannotBeReadIsNotTakenForAnEmptyOne)
+{
+    const HWND field =
+        CreateWindowExW(0, WC_EDITW, L"555", WS_POPUP, 0, 0, 100, 20, nullptr, nullptr, ModuleInstance(), nullptr);
+    EXPECT_EQ(FieldText(field), L"555");
+    EXPECT_THROW(FieldText(nullptr), std::runtime_error);
+    {
+        test::FailingCalls<decltype(GetWindowTextW), struct TextCalls> texts(nullptr, "GetWindowTextW", 0);
+        texts.FailFrom(1);
+        EXPECT_EQ(WindowText(field), L"");
+        EXPECT_THROW(FieldText(field), std::runtime_error);
+    }
+    test::FailingCalls<decltype(GetWindowTextLengthW), struct LengthCalls> lengths(nullptr, "GetWindowTextLengthW", 0);
+    for (const long call : {1, 2}) {
+        lengths.FailOnly(call);
+        EXPECT_THROW(FieldText(field), std::runtime_error) << call;
+    }
+    DestroyWindow(field);
 }
 
 class DialogTest : public ::testing::Test {
