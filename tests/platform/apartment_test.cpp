@@ -78,6 +78,19 @@ template <class Function, class Failure> bool StartsWithout(const char* function
     return static_cast<bool>(thread);
 }
 
+TEST(ApartmentThread, IsWaitedForUntilItHasEndedAndNoLonger)
+{
+    test::FailingCalls<decltype(MsgWaitForMultipleObjects), struct WaitCalls> waits(
+        nullptr, "MsgWaitForMultipleObjects", WAIT_FAILED);
+    waits.FailNone();
+    {
+        const ApartmentThread thread;
+        ASSERT_TRUE(thread);
+    }
+    EXPECT_GE(waits.Count(), 1);
+    EXPECT_LE(waits.Count(), 100); // once more for each message that comes meanwhile
+}
+
 TEST(ApartmentThread, IsNoneWhenItCannotHaveWhatItNeeds)
 {
     EXPECT_FALSE(StartsWithout<decltype(CreateEventW)>("CreateEventW", nullptr));
