@@ -1,5 +1,6 @@
 // The Fax Job page alone. What a user sees of it in a whole session is in fax_job_session_test.cpp.
 #include "settings/device_state.h"
+#include "support/failing_calls.h"
 #include "support/fax_job_page_stand.h"
 #include "support/input_method.h"
 #include "support/print_host.h"
@@ -446,6 +447,25 @@ TEST_F(CoverPageTest, SettingsThatTheDefaultsReplacedAreNotOverwrittenBySend)
     Fill(L"Anna", L"1");
     SetCoverPageNotes(stand.Job(), L"From the defaults");
     stand.Job().CoverPageFromDefaults = 1;
+    EXPECT_TRUE(stand.Send());
+    EXPECT_STREQ(stand.Job().CoverPageNotes, L"From the defaults");
+}
+
+// They would put the cover page of before into the job.
+TEST_F(CoverPageTest, FieldsThatDidNotTakeTheDefaultsAreShownAnewBeforeASend)
+{
+    stand.Show();
+    Fill(L"Anna", L"1");
+    SetCoverPageNotes(stand.Job(), L"From the defaults");
+    stand.Job().DefaultsSaved = 1;
+    {
+        FailingCalls<decltype(SetWindowTextW), struct FillCalls> calls(nullptr, "SetWindowTextW", FALSE);
+        calls.FailFrom(1);
+        stand.Notify(static_cast<UINT>(PSN_SETACTIVE));
+    }
+    EXPECT_EQ(stand.Text(IDC_NOTES), L"");
+    EXPECT_FALSE(stand.Send());
+    EXPECT_EQ(stand.Text(IDC_NOTES), L"From the defaults");
     EXPECT_TRUE(stand.Send());
     EXPECT_STREQ(stand.Job().CoverPageNotes, L"From the defaults");
 }
