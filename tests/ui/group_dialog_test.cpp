@@ -216,6 +216,14 @@ TEST(GroupDialog, DetailsOfAnEntryKeepTheFocusOnTheirButton)
     ui.PressKey(VK_ESCAPE);
     EXPECT_EQ(ui.FocusedControl(), IDC_GROUP_DETAILS);
     EXPECT_TRUE(ui.IsEnabled(IDC_GROUP_ADD));
+
+    // Pressed by a program that helps the user, which moves no focus.
+    ui.Focus(IDC_GROUP_NAME);
+    PostMessageW(ui.Dialog(), WM_COMMAND, MAKEWPARAM(IDC_GROUP_DETAILS, BN_CLICKED),
+                 reinterpret_cast<LPARAM>(ui.Control(IDC_GROUP_DETAILS)));
+    ui.WaitForControl(IDC_DETAILS_COMPANY);
+    ui.PressKey(VK_ESCAPE);
+    EXPECT_EQ(ui.FocusedControl(), IDC_GROUP_DETAILS);
 }
 
 TEST(GroupDialog, KeysAndDoubleClickAddAndDelete)

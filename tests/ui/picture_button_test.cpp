@@ -249,6 +249,8 @@ TEST_F(PhoneBookButton, ShowsThePictureAsItWasDrawn)
 TEST_F(PhoneBookButton, FollowsTheSystemsColors)
 {
     Open();
+    // Larger than the picture, as with more dots per inch.
+    Ui().Do([button = Button()] { SetWindowPos(button, nullptr, 0, 0, 60, 60, SWP_NOMOVE | SWP_NOZORDER); });
     const Pixels before = Look();
     const COLORREF face = GetSysColor(COLOR_BTNFACE), otherFace = RGB(200, 220, 240);
     {
