@@ -12,11 +12,9 @@ namespace {
 // Without memory of its own: that may be what the exception is about. What the library says is ASCII.
 void TraceAscii(const char* text) noexcept
 {
-    wchar_t wide[200];
-    std::size_t units = 0;
-    for (; text[units] != '\0' && units < std::size(wide) - 1; ++units)
-        wide[units] = static_cast<wchar_t>(static_cast<unsigned char>(text[units]));
-    wide[units] = L'\0';
+    wchar_t wide[200] = L"";
+    for (std::size_t i = 0; text[i] != '\0' && i < std::size(wide) - 1; ++i)
+        wide[i] = static_cast<wchar_t>(static_cast<unsigned char>(text[i]));
     Trace({L"an exception was stopped: ", wide});
 }
 

@@ -94,7 +94,7 @@ std::string SystemKey(std::wstring_view text)
                             static_cast<int>(key.size()));
     };
     int bytes = map();
-    if (bytes == 0 && GetLastError() == ERROR_INSUFFICIENT_BUFFER) {
+    if (bytes == 0) { // too long, as a rule
         const int needed = LCMapStringW(LOCALE_USER_DEFAULT, kFlags, text.data(), units, nullptr, 0);
         key.resize(static_cast<std::size_t>(std::max(needed, 0)));
         bytes = map();

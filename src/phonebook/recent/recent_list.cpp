@@ -79,8 +79,7 @@ std::vector<DWORD> MemberIndexes(HKEY key, DWORD count)
 UniqueItem<PhoneBookGroup> ReadGroup(HKEY key)
 {
     DWORD count = 0;
-    if (!ReadDword(key, kMemberCount, count) || count == 0)
-        return nullptr;
+    ReadDword(key, kMemberCount, count);
     UniqueItem<PhoneBookGroup> group(new PhoneBookGroup);
     std::wstring name;
     if (ReadString(key, kName, name))
