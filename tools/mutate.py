@@ -6,33 +6,40 @@ import difflib
 import fnmatch
 import hashlib
 import json
+import math
 import os
 import pathlib
 import re
+import shlex
 import shutil
 import signal
 import subprocess
 import sys
+import threading
 import time
 
 from mutations import mutations
 
 ROOT = pathlib.Path(__file__).resolve().parents[1]
 HOME = ROOT / 'build' / 'mutate'
-COPY = HOME / 'tree'            # the sources, one of them changed
+COPY = HOME / 'tree'            # the sources as they were at the start: work on the others can go on
 BUILD = COPY / 'build' / 'checked'
 BUILT = BUILD / 'bin'
-UNCHANGED = HOME / 'unchanged'  # what was built from the sources as they are
 RESULTS = HOME / 'results.jsonl'
-OUTPUT = HOME / 'output.log'
 MARK = 'QX_MUTATE_RUN'          # in the environment of everything that a test starts
 
-PROGRAMS = ['unit_tests', 'platform_tests', 'exception_tests', 'dialog_tests', 'session_tests']
+# By program of tests: what has a change in it while they run. Sessions have it in the module alone.
+PROGRAMS = {name: f'bin/tests/{name}.exe' for name in
+            ['unit_tests', 'platform_tests', 'exception_tests', 'dialog_tests', 'session_tests']}
+CHANGED = {**PROGRAMS, 'session_tests': 'bin/qxfaxui.dll'}
+CHANGED_AS_WELL = {'platform.dialog_templates': 'bin/qxfaxui.dll',
+                   'platform.phone_book_processes': 'bin/tests/phone_book_worker.exe'}
 UNKNOWN_SECONDS = 10            # what a test is taken to last before it has run
 SLOW = 30                       # seconds that a test may take, and five times what it took, before it counts as hanging
+MOST_OTHER_FAILURES = 3         # of a test, before it is given up: it does not fail because of the change
 
 
-# ---- the copy and its builds -----------------------------------------------------------------------------------------
+# ---- the copy and its build ------------------------------------------------------------------------------------------
 
 def update_copy():
     """Makes the copy the same as the sources, and leaves alone what already is."""
@@ -51,39 +58,14 @@ def update_copy():
         shutil.copymode(source, copy)
 
 
-def build(program):
-    """Whether it can be built, and if not, the first error."""
-    made = subprocess.run(['cmake', '--build', BUILD, '--target', program], stdout=subprocess.PIPE,
-                          stderr=subprocess.STDOUT, encoding='utf-8', errors='replace')
-    errors = [line for line in made.stdout.splitlines() if re.search(r'error|undefined reference', line)]
-    return made.returncode == 0, errors[0] if errors else made.stdout[-300:]
-
-
-def build_unchanged():
+def build_copy():
     subprocess.run(['cmake', '--preset', 'checked'], cwd=COPY, check=True, stdout=subprocess.DEVNULL)
-    for program in PROGRAMS:
-        good, error = build(program)
-        if not good:
-            sys.exit(f'mutate.sh: {program} cannot be built: {error}')
-    # What a session looks for stands beside the module.
-    shutil.rmtree(UNCHANGED, ignore_errors=True)
-    shutil.copytree(BUILT, UNCHANGED)
-
-
-@contextlib.contextmanager
-def applied(mutation):
-    file = COPY / mutation.file
-    source = file.read_text(encoding='utf-8')
-    try:
-        file.write_text(mutation.apply(source), encoding='utf-8')
-        yield
-    finally:
-        file.write_text(source, encoding='utf-8')
+    subprocess.run(['cmake', '--build', BUILD, '--target', *PROGRAMS], check=True)
 
 
 # ---- which test can reach what ---------------------------------------------------------------------------------------
 
-# By file of src, without its ending: the tests that run it, in this order, after the one of the file's name.
+# By file of src, without its ending: the tests that run it, besides the one of the file's name.
 REACH = [
     ('base/abandoned_files', 'platform.phone_book_file platform.help platform.phone_book_failures'),
     ('base/activation_context', 'platform.file_dialog ui.dialog ui.send_session ui.two_sessions ui.failing_calls'),
@@ -131,11 +113,11 @@ REACH = [
                          ' platform.phone_book_processes ui.phone_book_sharing'),
     ('phonebook/recent/*', 'unit.entry_text_block platform.recent_list platform.address_book_import ui.fax_job_page'
                            ' ui.fax_job_session'),
-    ('phonebook/ui/add*', 'ui.add_recipients ui.phone_book_changed'),
+    ('phonebook/ui/add*', 'ui.add_recipients ui.phone_book_changed ui.accessible_names'),
     ('phonebook/ui/button_rules', 'ui.group_dialog ui.add_recipients ui.edit_phone_book'),
     ('phonebook/ui/details*', 'ui.add_recipients ui.group_dialog ui.edit_phone_book'),
     ('phonebook/ui/e*', 'ui.entry_dialog ui.csv_session ui.phone_book_changed ui.edit_phone_book'),
-    ('phonebook/ui/group*', 'ui.announcements ui.group_dialog ui.edit_phone_book'),
+    ('phonebook/ui/group*', 'ui.accessible_names ui.announcements ui.group_dialog ui.edit_phone_book'),
     ('phonebook/ui/[im]*', 'ui.import_export ui.map_custom_fields ui.csv_session'),
     ('phonebook/ui/phone_book_*', 'ui.phone_book_list ui.announcements ui.guest_windows ui.phone_book_changed'
                                   ' ui.add_recipients ui.edit_phone_book ui.high_contrast'),
@@ -147,8 +129,8 @@ REACH = [
     ('pages/send_button', 'ui.fax_job_page ui.two_sessions ui.fax_job_session'),
     ('pages/send_[pr]*', 'unit.send_round ui.fax_job_page ui.setup_page ui.fax_job_session'),
     ('pages/s[eh]*', 'ui.edit_defaults_dialog ui.edit_defaults ui.setup_page'),
-    ('entry/*', 'host.send_fax_session ui.send_session ui.guest_session ui.two_sessions ui.picture_button'
-                ' ui.setup_page ui.fax_job_session ui.failing_calls'),
+    ('entry/*', 'host.send_fax_session ui.send_session ui.guest_session ui.guest_windows ui.two_sessions'
+                ' ui.picture_button ui.setup_page ui.help ui.fax_job_session ui.failing_calls'),
     # Texts, captions and help topics of tables.
     ('[dpe]*/*', 'platform.string_library platform.help_pages'),
     ('pages/*', 'ui.help'),
@@ -156,9 +138,10 @@ REACH = [
 
 
 class Test:
-    def __init__(self, name, program, seconds):
+    def __init__(self, name, program, seconds, long):
         self.name, self.program = name, program
         self.file = name.split('.')[1]
+        self.usual_seconds = math.inf if long else seconds
         self.seconds = seconds # of its last run without a failure
 
     def is_named_after(self, unit):
@@ -174,17 +157,19 @@ def tests_of_the_build():
     for test in json.loads(shown.stdout)['tests']:
         program, file = pathlib.Path(test['command'][-2]).stem, test['command'][-1]
         if program in PROGRAMS and test['name'].split('.')[1:] == [file]:
-            yield Test(test['name'], program, seconds.get(test['name'], UNKNOWN_SECONDS))
+            labels = [label for given in test['properties'] if given['name'] == 'LABELS' for label in given['value']]
+            yield Test(test['name'], program, seconds.get(test['name'], UNKNOWN_SECONDS), 'long' in labels)
 
 
-def tests_of(unit, tests):
-    """Those that can reach a unit, in the order in which they are to run."""
+def tests_of(unit, tests, longest):
+    """Those that can reach a unit: those of its name first, then the quickest, up to the longest."""
     found = {test.name: test for test in tests}
-    named = [test.name for test in tests if test.is_named_after(unit)]
-    named += [name for pattern, names in REACH if fnmatch.fnmatchcase(unit, pattern) for name in names.split()]
-    if unknown := set(named) - set(found):
+    named = [test for test in tests if test.is_named_after(unit)]
+    names = {name for pattern, names in REACH if fnmatch.fnmatchcase(unit, pattern) for name in names.split()}
+    if unknown := names - set(found):
         sys.exit(f'mutate.sh: there is no test {" ".join(sorted(unknown))}')
-    return [found[name] for name in dict.fromkeys(named)]
+    others = {found[name] for name in names if found[name].usual_seconds <= longest} - set(named)
+    return named + sorted(others, key=lambda test: test.usual_seconds)
 
 
 class Includes:
@@ -192,87 +177,210 @@ class Includes:
 
     def __init__(self):
         self.includers = collections.defaultdict(set)
-        for folder, top in [('src', 'src'), ('tests', 'tests'), ('host', '.'), ('admin', '.')]:
+        for folder in ['src', 'tests', 'host', 'admin']:
             for file in (ROOT / folder).rglob('*'):
                 if file.suffix in {'.cpp', '.h'}:
                     for name in re.findall(r'^#include "([^"]+)"', file.read_text(encoding='utf-8'), re.MULTILINE):
-                        self.includers[name].add(str(file.relative_to(ROOT / top)))
+                        self.includers[name].add(str(file.relative_to(ROOT)))
 
-    def units(self, header):
-        """How many .cpp files a change of a header has to be compiled with."""
-        seen, todo = set(), [header]
+    def units(self, file):
+        """The .cpp files that a change of a file has to be compiled with."""
+        seen, todo = set(), [file]
         while todo:
-            new = self.includers[todo.pop()] - seen
-            seen |= new
-            todo += new
-        return sum(name.endswith('.cpp') for name in seen)
+            name = todo.pop()
+            if name not in seen:
+                seen.add(name)
+                todo += self.includers[re.sub('^(src|tests)/', '', name)]
+        return sorted(name for name in seen if name.endswith('.cpp'))
 
 
-# ---- running them ----------------------------------------------------------------------------------------------------
+# ---- what has the change in it ---------------------------------------------------------------------------------------
 
-def end_what_is_left():
-    """Ends what a test has started and left behind, and only that."""
-    for process in pathlib.Path('/proc').glob('[0-9]*'):
-        with contextlib.suppress(OSError):
-            if f'{MARK}={os.getpid()}'.encode() in (process / 'environ').read_bytes().split(b'\0'):
-                os.kill(int(process.name), signal.SIGKILL)
+class NotBuilt(Exception):
+    """With the first error."""
 
 
-def run(test, binaries, case='*'):
-    """(how it failed or None, the case that failed)"""
-    environment = {**os.environ, 'QX_SOURCE_DIR': str(COPY), 'QX_BINARY_DIR': str(binaries), MARK: str(os.getpid())}
-    command = ['wine64', binaries / 'tests' / f'{test.program}.exe', test.file, '--gtest_fail_fast',
-               f'--gtest_filter={case}']
-    (binaries / 'qxfaxui.dll').touch() # a session installs what is newer than the driver that is there
-    begun = time.monotonic()
-    # Into a file: what is left behind by a test would keep a pipe open.
-    with OUTPUT.open('wb') as output:
-        process = subprocess.Popen(command, cwd=COPY, env=environment, stdin=subprocess.DEVNULL, stdout=output,
-                                   stderr=subprocess.STDOUT, start_new_session=True)
-        try:
-            status = process.wait(timeout=SLOW + 5 * test.seconds if case == '*' else 3 * SLOW)
-        except subprocess.TimeoutExpired:
-            status = None
-            process.kill()
-            process.wait()
-    if status == 0:
-        if case == '*':
-            test.seconds = time.monotonic() - begun
+def checked_run(command):
+    made = subprocess.run(command, cwd=BUILD, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, encoding='utf-8',
+                          errors='replace')
+    if made.returncode != 0:
+        errors = [line for line in made.stdout.splitlines() if re.search(r'error|undefined reference', line)]
+        raise NotBuilt(errors[0] if errors else made.stdout[-300:])
+
+
+class Commands:
+    """What the build of the copy runs."""
+
+    def __init__(self):
+        self.objects = collections.defaultdict(list) # by source: the commands that compile it
+        for entry in json.loads((BUILD / 'compile_commands.json').read_text(encoding='utf-8')):
+            command = shlex.split(entry['command'])
+            if os.path.basename(command[0]) == 'ccache':
+                del command[0]
+            self.objects[os.path.relpath(entry['file'], COPY)].append(command)
+        self.links = {}
+        for target in {*CHANGED.values(), *CHANGED_AS_WELL.values()}:
+            if (BUILD / target).exists():
+                shown = subprocess.run(['ninja', '-C', BUILD, '-t', 'commands', '-s', target], check=True,
+                                       stdout=subprocess.PIPE, encoding='utf-8').stdout
+                self.links[target] = next(shlex.split(part) for part in shown.split('&&') if f' -o {target} ' in part)
+
+
+class Change:
+    """Sources with a change in them, and what is built from them: one object per unit, nothing else is compiled."""
+
+    def __init__(self, desk, mutation, commands, includes):
+        self.desk, self.commands, self.includes = desk, commands, includes
+        self.mutation = mutation
+        self.objects = {} # made of the changed sources, by the name of the copy's
+
+    def __enter__(self):
+        source = (COPY / self.mutation.file).read_text(encoding='utf-8')
+        (self.desk.tree / self.mutation.file).write_text(self.mutation.apply(source), encoding='utf-8')
+        return self
+
+    def __exit__(self, *_):
+        shutil.copyfile(COPY / self.mutation.file, self.desk.tree / self.mutation.file)
+        for target in list(self.desk.changed):
+            self.desk.restore(target)
+
+    def build(self, target):
+        """Makes the desk's program or module one with the change. Throws NotBuilt."""
+        if target in self.desk.changed:
+            return
+        link, scratch = list(self.commands.links[target]), self.desk.folder / 'scratch'
+        for unit in self.includes.units(self.mutation.file):
+            for command in self.commands.objects[unit]:
+                made = command[command.index('-o') + 1]
+                library = f"lib/lib{re.search(r'([^/]+)[.]dir/', made)[1]}.a"
+                if made in link:
+                    link[link.index(made)] = self.compiled(command, made)
+                elif library in link: # what comes before a library is not taken from it
+                    link.insert(link.index(next(part for part in link if part.startswith('lib/'))),
+                                self.compiled(command, made))
+        link[link.index('-o') + 1] = self.desk.built / pathlib.Path(target).relative_to('bin')
+        self.desk.changed.add(target)
+        checked_run([re.sub('^-Wl,--out-implib,.*', f'-Wl,--out-implib,{scratch}/import.a', str(part))
+                     for part in link] + ['-s'])
+
+    def compiled(self, command, made):
+        if made not in self.objects:
+            self.objects[made] = str(self.desk.folder / 'scratch' / made.replace('/', '_'))
+            command = [part.replace(str(COPY / 'src'), str(self.desk.tree / 'src')) for part in command]
+            command[command.index('-o') + 1] = self.objects[made]
+            checked_run([*command, '-g0', '-w']) # a function whose only call is gone is no error here
+        return self.objects[made]
+
+
+# ---- running tests ---------------------------------------------------------------------------------------------------
+
+class Desk:
+    """A Wine session, sources and programs of one's own: of several desks, none sees another's change."""
+
+    def __init__(self, number):
+        self.folder = HOME / f'desk{number}'
+        self.tree, self.built = self.folder / 'tree', self.folder / 'bin'
+        self.changed = set() # what has a change in it
+        shutil.rmtree(self.folder, ignore_errors=True)
+        self.tree.mkdir(parents=True)
+        (self.folder / 'scratch').mkdir()
+        for file in COPY.iterdir():
+            if file.name not in {'src', 'build'}:
+                (self.tree / file.name).symlink_to(file)
+        shutil.copytree(COPY / 'src', self.tree / 'src')
+        shutil.copytree(BUILT, self.built) # what a session looks for stands beside the module
+
+        # The session stays for as long as somebody is there.
+        command = [COPY / 'tools' / 'with-wine.sh', '--desk', f'mutate{number}', 'sh', '-c',
+                   "env -0; printf '\\0'; exec cat"]
+        self.session = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        text = b''
+        while not text.endswith(b'\0\0'):
+            read = self.session.stdout.read1()
+            if not read:
+                sys.exit('mutate.sh: there is no Wine session')
+            text += read
+        self.mark = f'{os.getpid()}.{number}'
+        self.environment = {**dict(line.split('=', 1) for line in text.decode().rstrip('\0').split('\0')),
+                            MARK: self.mark}
+        self.driver = pathlib.Path(self.environment['WINEPREFIX'],
+                                   'drive_c/windows/system32/spool/drivers/x64/3/qxfaxui.dll')
+
+    def close(self):
+        self.session.stdin.close()
+        self.session.wait()
+
+    def restore(self, target):
+        shutil.copy(BUILD / target, self.built / pathlib.Path(target).relative_to('bin'))
+        self.changed.discard(target)
+
+    def end_what_is_left(self):
+        """Ends what a test has started and left behind, and only that."""
+        for process in pathlib.Path('/proc').glob('[0-9]*'):
+            with contextlib.suppress(OSError):
+                if f'{MARK}={self.mark}'.encode() in (process / 'environ').read_bytes().split(b'\0'):
+                    os.kill(int(process.name), signal.SIGKILL)
+
+    def run(self, test, cases='*', changed=True):
+        """(how it failed or None, the case that failed)"""
+        tree, built = (self.tree, self.built) if changed else (COPY, BUILT)
+        environment = {**self.environment, 'QX_SOURCE_DIR': str(tree), 'QX_BINARY_DIR': str(built)}
+        command = ['wine64', built / 'tests' / f'{test.program}.exe', test.file, '--gtest_fail_fast',
+                   f'--gtest_filter={cases}']
+        self.driver.unlink(missing_ok=True) # a session installs what it does not find
+        begun = time.monotonic()
+        # Into a file: what is left behind by a test would keep a pipe open.
+        with (self.folder / 'output.log').open('wb') as output:
+            process = subprocess.Popen(command, cwd=tree, env=environment, stdin=subprocess.DEVNULL, stdout=output,
+                                       stderr=subprocess.STDOUT, start_new_session=True)
+            try:
+                status = process.wait(timeout=SLOW + 5 * test.seconds if cases[0] in '*-' else 3 * SLOW)
+            except subprocess.TimeoutExpired:
+                status = None
+                process.kill()
+                process.wait()
+        if status == 0:
+            if cases == '*':
+                test.seconds = time.monotonic() - begun
+            return None, None
+        self.end_what_is_left()
+        told = re.findall(r'^\[ +(RUN|FAILED|OK) +\] ([^\s,]+)',
+                          (self.folder / 'output.log').read_text(errors='replace'), re.MULTILINE)
+        failed = [name for what, name in told if what == 'FAILED']
+        how = 'hung' if status is None else 'failed' if failed else 'crashed'
+        return how, failed[0] if failed else told[-1][1] if told else '*'
+
+    def notices(self, test):
+        """How and with which case a test notices what was changed, or (None, None)."""
+        others = []
+        while len(others) < MOST_OTHER_FAILURES:
+            how, case = self.run(test, f"-{':'.join(others)}" if others else '*')
+            if how is None or case in others:
+                break
+            # The machine may be busy, the prefix spoilt by what crashed: it has to be the change.
+            again = self.run(test, case)[0]
+            if again and self.run(test, case, changed=False)[0] is None:
+                return how, f'{test.name} {case}'
+            print(f"  {test.name} {case} {how}, but {'without the change, too' if again else 'not again'}", flush=True)
+            others.append(case)
         return None, None
-    end_what_is_left()
-    cases = re.findall(r'^\[ +(RUN|FAILED|OK) +\] ([^\s,]+)', OUTPUT.read_text(errors='replace'), re.MULTILINE)
-    failed = [name for what, name in cases if what == 'FAILED']
-    how = 'hung' if status is None else 'failed' if failed else 'crashed'
-    return how, failed[0] if failed else cases[-1][1] if cases else case
 
-
-def notices(test):
-    """How and with which case a test notices what was changed, or (None, None)."""
-    how, case = run(test, BUILT)
-    # The machine may be busy, the prefix spoilt by what crashed: it has to be the change.
-    if how and run(test, BUILT, case)[0] and run(test, UNCHANGED, case)[0] is None:
-        return how, f'{test.name} {case}'
-    if how:
-        print(f'  {test.name} {case} {how}, but not because of the change', flush=True)
-    return None, None
-
-
-def tried(mutation, tests):
-    """What comes out, as a line of the results."""
-    result = {'key': mutation.key, 'line': mutation.line, 'tests': []}
-    built = set()
-    with applied(mutation):
-        for test in tests:
-            if test.program not in built:
-                good, error = build(test.program)
-                if not good:
-                    return {**result, 'outcome': 'not built', 'error': error}
-                built.add(test.program)
-            result['tests'].append(test.name)
-            how, case = notices(test)
-            if how:
-                return {**result, 'outcome': 'noticed', 'how': how, 'case': case}
-    return {**result, 'outcome': 'unnoticed'}
+    def tried(self, mutation, tests, commands, includes):
+        """What comes out, as a line of the results."""
+        result = {'key': mutation.key, 'line': mutation.line, 'tests': []}
+        with Change(self, mutation, commands, includes) as change:
+            for test in tests:
+                try:
+                    change.build(CHANGED[test.program])
+                    if test.name in CHANGED_AS_WELL:
+                        change.build(CHANGED_AS_WELL[test.name])
+                except NotBuilt as error:
+                    return {**result, 'outcome': 'not built', 'error': str(error)}
+                result['tests'].append(test.name)
+                how, case = self.notices(test)
+                if how:
+                    return {**result, 'outcome': 'noticed', 'how': how, 'case': case}
+        return {**result, 'outcome': 'unnoticed'}
 
 
 # ---- results ---------------------------------------------------------------------------------------------------------
@@ -291,7 +399,7 @@ def sample(arguments):
         path = ROOT / top
         for file in sorted(path.rglob('*')) if path.is_dir() else [path]:
             if file.suffix == '.cpp' or file.suffix == '.h' and \
-                    includes.units(str(file.relative_to(ROOT / 'src'))) <= arguments.units:
+                    len(includes.units(str(file.relative_to(ROOT)))) <= arguments.units:
                 found += mutations(str(file.relative_to(ROOT)), file.read_text(encoding='utf-8'))
     return sorted(found, key=lambda mutation: hashlib.sha256(f'{arguments.seed} {mutation.key}'.encode()).digest())
 
@@ -318,46 +426,63 @@ def report(changes, results):
 
 def main():
     parser = argparse.ArgumentParser(prog='mutate.sh', description=__doc__)
-    for option, default in [('seed', 1), ('count', 20), ('units', 40)]:
-        parser.add_argument(f'--{option}', type=int, default=default)
+    for option, default in [('seed', 1), ('count', 20), ('units', 40), ('desks', os.cpu_count()), ('longest', math.inf)]:
+        parser.add_argument(f'--{option}', type=type(default), default=default)
     for option in ['all', 'again', 'report']:
         parser.add_argument(f'--{option}', action='store_true')
     parser.add_argument('files', nargs='*')
     arguments = parser.parse_args()
 
-    if not arguments.report and os.environ.get('QX_WINE_SESSION', '') != str(COPY / 'build' / 'wine' / 'en'):
-        update_copy()
-        os.execv(COPY / 'tools' / 'with-wine.sh', ['with-wine.sh', sys.executable, '-B', *sys.argv])
-
-    changes, results = sample(arguments), read_results()
     if not arguments.report:
-        build_unchanged()
-        try_changes(arguments, changes, results, list(tests_of_the_build()))
-    report(changes, results)
+        update_copy()
+        build_copy()
+        Trial(arguments).run()
+    report(sample(arguments), read_results())
 
 
-def try_changes(arguments, changes, results, tests):
-    built = 0
-    for mutation in changes:
-        if built == arguments.count:
-            break
-        outcome = results.get(mutation.key, {}).get('outcome')
-        if outcome is None or outcome == 'unnoticed' and arguments.again:
-            outcome = try_change(arguments, mutation, results, tests)
-        built += outcome != 'not built'
+class Trial:
+    """Desks that try what there is to be tried, one change each at a time."""
 
+    def __init__(self, arguments):
+        self.arguments = arguments
+        self.changes, self.results = iter(sample(arguments)), read_results()
+        self.tests, self.commands, self.includes = list(tests_of_the_build()), Commands(), Includes()
+        self.counted = 0 # changes that are built, or are being tried
+        self.lock = threading.Lock()
 
-def try_change(arguments, mutation, results, tests):
-    begun = time.monotonic()
-    unit = str(pathlib.PurePath(mutation.file).relative_to('src').with_suffix(''))
-    result = tried(mutation, tests if arguments.all else tests_of(unit, tests))
-    result['seconds'] = round(time.monotonic() - begun, 1)
-    results[mutation.key] = result
-    with RESULTS.open('a', encoding='utf-8') as file:
-        file.write(json.dumps(result) + '\n')
-    print(f"{mutation.key}: {result['outcome']} {result.get('how', '')} {result.get('case', '')}"
-          f" {result['seconds']} s", flush=True)
-    return result['outcome']
+    def run(self):
+        desks = [Desk(number) for number in range(1, self.arguments.desks + 1)]
+        threads = [threading.Thread(target=self.work, args=[desk]) for desk in desks]
+        for thread in threads:
+            thread.start()
+        for thread in threads:
+            thread.join()
+        for desk in desks:
+            desk.close()
+
+    def next(self):
+        """One that is not known yet, or None."""
+        with self.lock:
+            while self.counted < self.arguments.count and (mutation := next(self.changes, None)):
+                outcome = self.results.get(mutation.key, {}).get('outcome')
+                self.counted += outcome != 'not built'
+                if outcome is None or outcome == 'unnoticed' and self.arguments.again:
+                    return mutation
+        return None
+
+    def work(self, desk):
+        while mutation := self.next():
+            begun = time.monotonic()
+            unit = str(pathlib.PurePath(mutation.file).relative_to('src').with_suffix(''))
+            tests = self.tests if self.arguments.all else tests_of(unit, self.tests, self.arguments.longest)
+            result = desk.tried(mutation, tests, self.commands, self.includes)
+            result['seconds'] = round(time.monotonic() - begun, 1)
+            with self.lock:
+                self.counted -= result['outcome'] == 'not built'
+                with RESULTS.open('a', encoding='utf-8') as file:
+                    file.write(json.dumps(result) + '\n')
+                print(f"{mutation.key}: {result['outcome']} {result.get('how', '')} {result.get('case', '')}"
+                      f" {result['seconds']} s", flush=True)
 
 
 if __name__ == '__main__':

@@ -167,7 +167,7 @@ def is_removable(tokens, first, end):
         return False
     while i + 1 < end and (tokens.texts[i + 1] in {'.', '->', '::', '(', '['} or tokens.texts[i] in {'.', '->', '::'}):
         i = tokens.partner.get(i + 1, i + 1)
-    if 'reserve' in tokens.texts[first:i]:
+    if {'reserve', 'LVM_SETITEMCOUNT'} & set(tokens.texts[first:i]):
         return False
     return i + 1 == end and tokens.texts[i] == ')' or tokens.texts[i + 1] in {'=', '+=', '-=', '|=', '&='}
 

@@ -46,6 +46,7 @@ class WhatIsChanged(unittest.TestCase):
         self.assertEqual(changed("SendMessageW(window, WM_CLOSE, 0, 0);"), [])
         self.assertEqual(changed("PostThread(window, 0);"), ["PostThread(window, 1);"])
         self.assertEqual(changed("void F()\n{\n    a.reserve(b);\n}"), [])
+        self.assertEqual(changed("void F()\n{\n    SendMessageW(list, LVM_SETITEMCOUNT, size, 0);\n}"), [])
 
     def test_not_what_is_no_code(self):
         for line in ["// a == b", "/* a == b\n c == d */", "#if a == b", '#define X \\\n a == b',
