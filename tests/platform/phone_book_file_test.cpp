@@ -126,6 +126,17 @@ TEST_F(PhoneBookFile, HoldsTheFirstItemsThatASaveIsGiven)
     EXPECT_EQ(book.Names(), (Names{L"A", L"B"}));
 }
 
+TEST_F(PhoneBookFile, FindsNothingOfWhatAReloadNoLongerHas)
+{
+    book.AddEntry(L"Ann", L"1", L"", 3);
+    book->Save(1);
+    ASSERT_NE(book->FindEntry(3), nullptr); // and remembers where
+    std::filesystem::remove(Path());
+    book->Reload();
+    EXPECT_EQ(book->GetCount(), 0u);
+    EXPECT_EQ(book->FindEntry(3), nullptr);
+}
+
 TEST_F(PhoneBookFile, GivesBackEveryTextThatXmlCanHold)
 {
     const wchar_t name[] = L"<&>\"' \t\r\n äאあ漢 \xD83D\xDE00 ]]> &amp; --";

@@ -42,6 +42,7 @@ TEST(XmlProlog, ADocumentTypeIsRefusedInEveryEncoding)
     EXPECT_FALSE(HasPlainProlog("\xFF\xFE" + Wide(kDoctype, true)));
     EXPECT_FALSE(HasPlainProlog("\xFE\xFF" + Wide(kDoctype, false)));
     EXPECT_FALSE(HasPlainProlog("<!doctype device><device/>"));
+    EXPECT_FALSE(HasPlainProlog("<!--><d/>--><!DOCTYPE d><d/>")); // the comment ends behind what looks like an element
 }
 
 TEST(XmlProlog, SixteenBitDocumentsAreSeenThrough)
