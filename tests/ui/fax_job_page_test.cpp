@@ -376,6 +376,18 @@ TEST_F(FaxJobPageTest, ARefusedDuplicateLeavesAGapInTheIds)
     EXPECT_EQ(stand.Book().GetCount(), 1u);
 }
 
+// As much of it as the texts of a job hold.
+TEST_F(FaxJobPageTest, ARecentNameThatIsLongerThanItCouldBeTypedIsTakenWithTheFirst255Characters)
+{
+    stand.AddRecentEntry(std::wstring(300, L'n').c_str(), L"5");
+    stand.Show();
+    stand.DropNames(true);
+    stand.PickName(0);
+    stand.Press(IDC_TO);
+    ASSERT_EQ(stand.Recipients().size(), 1u);
+    EXPECT_EQ(stand.Recipients()[0].name.size(), 255u);
+}
+
 // ---- cover page
 
 class CoverPageTest : public FaxJobPageTest {

@@ -44,6 +44,30 @@ TEST(GuestWindows, AProgramThatTakesTheSheetsProcedureAwayDoesNotEndTheNextSessi
     EXPECT_EQ(session.Recipients(), (std::vector<Recipient>{{L"", L"5550100", L""}}));
 }
 
+HWND g_sheet = nullptr;
+LONG_PTR g_lastProcedure = 0;
+
+LRESULT CALLBACK NoteLastProcedure(int code, WPARAM w, LPARAM l)
+{
+    const auto& message = *reinterpret_cast<const CWPSTRUCT*>(l);
+    if (code == HC_ACTION && message.hwnd == g_sheet && message.message == WM_NCDESTROY)
+        g_lastProcedure = GetWindowLongPtrW(g_sheet, GWLP_WNDPROC);
+    return CallNextHookEx(nullptr, code, w, l);
+}
+
+// With the last one a dialog frees what it holds.
+TEST(GuestWindows, TheSheetsLastMessagesAreTheDialogsOwn)
+{
+    SendFaxSession session;
+    session.SetDefault(L"ApplyDefaults", 1u);
+    session.Start();
+    g_sheet = session.Ui().Dialog();
+    session.Ui().Do([] { SetWindowsHookExW(WH_CALLWNDPROC, NoteLastProcedure, nullptr, GetCurrentThreadId()); });
+    const auto ofTheClass = static_cast<LONG_PTR>(GetClassLongPtrW(g_sheet, GCLP_WNDPROC));
+    session.Cancel();
+    EXPECT_EQ(g_lastProcedure, ofTheClass);
+}
+
 // ---- messages from less privileged programs
 
 struct Allowed {

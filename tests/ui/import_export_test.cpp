@@ -1,16 +1,19 @@
 #include "phonebook/ui/import_export.h"
 
 #include "base/unique.h"
+#include "dialog/file_dialog.h"
 #include "phonebook/ui/phone_book_dialog.h"
 #include "res/map_custom_fields_ids.h"
 #include "support/built.h"
 #include "support/dialog_thread.h"
 #include "support/failing_calls.h"
 #include "support/phone_book.h"
+#include "support/redirected_import.h"
 #include "support/temporary_folder.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <utility>
 
 namespace qx {
 namespace {
@@ -105,6 +108,27 @@ protected:
 using CsvImportDialog = ImportExport;
 using CsvExportDialog = ImportExport;
 using ImportExportReport = ImportExport;
+
+HWND g_owner = nullptr;
+
+BOOL WINAPI NoteOwner(OPENFILENAMEW* dialog)
+{
+    g_owner = dialog->hwndOwner;
+    return FALSE;
+}
+
+TEST_F(ImportExport, TheFileDialogsBelongToTheEditor)
+{
+    const RedirectedImport<decltype(GetOpenFileNameW)> toOpen("GetOpenFileNameW", NoteOwner);
+    const RedirectedImport<decltype(GetSaveFileNameW)> toSave("GetSaveFileNameW", NoteOwner);
+    PhoneBookDialog editor(texts_, *book_.owned);
+    editor.dialog = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 10, 10, nullptr, nullptr, nullptr, nullptr);
+    ImportCsv(editor, false);
+    EXPECT_EQ(std::exchange(g_owner, nullptr), editor.dialog);
+    ExportCsv(editor);
+    EXPECT_EQ(g_owner, editor.dialog);
+    DestroyWindow(editor.dialog);
+}
 
 // ---- import --------------------------------------------------------------------------------------------------------
 

@@ -6,12 +6,14 @@
 #include "support/redirected_import.h"
 #include "support/send_fax_session.h"
 
+#include <algorithm>
 #include <atomic>
 #include <commctrl.h>
 #include <cstring>
 #include <future>
 #include <gtest/gtest.h>
 #include <thread>
+#include <vector>
 #include <windows.h>
 #include <winspool.h>
 
@@ -142,9 +144,43 @@ TEST(SendSession, OnlyBeforeWindows6TheTitleBarOffersHelp)
     EXPECT_FALSE(OffersHelpInTheTitleBar(IsWindows<6>));
 }
 
-// ---- what the spooler is asked: with a server's printer each question is a round over the network
+// ---- the end of the module
 
 PatchedFunction* g_patch = nullptr;
+RedirectedImport<decltype(CreateActCtxW)>* g_create = nullptr;
+std::vector<HANDLE> g_created, g_released;
+
+HANDLE WINAPI NoteCreated(const ACTCTXW* request)
+{
+    return g_created.emplace_back(g_create->Original()(request));
+}
+
+void WINAPI NoteReleased(HANDLE context)
+{
+    g_released.push_back(context);
+    g_patch->WithOriginal([&] {
+        ReleaseActCtx(context);
+        return true;
+    });
+}
+
+TEST(SendSession, AnUnloadedModuleHasReleasedItsActivationContext)
+{
+    PatchedFunction release(L"kernel32.dll", "ReleaseActCtx", NoteReleased);
+    g_patch = &release;
+    {
+        SendFaxSession session;
+        RedirectedImport<decltype(CreateActCtxW)> create("CreateActCtxW", NoteCreated, session.Module());
+        g_create = &create;
+        OnFaxJobPage(session);
+        session.Cancel();
+    }
+    ASSERT_EQ(g_created.size(), 1u);
+    EXPECT_EQ(std::ranges::count(g_released, g_created.front()), 1);
+}
+
+// ---- what the spooler is asked: with a server's printer each question is a round over the network
+
 int g_questions = 0;
 
 BOOL WINAPI CountedGetPrinterDriver(HANDLE printer, wchar_t* environment, DWORD level, BYTE* data, DWORD bytes,
