@@ -62,8 +62,9 @@ void RemoveAbandonedFiles(const std::wstring& start, const wchar_t* ending)
     if (!search)
         return;
     do {
-        const std::wstring_view name = found.cFileName;
-        if (name.size() > nameUnits && IsUniqueEnding(name.substr(nameUnits), ending) && HasBeenThereForLong(found))
+        std::wstring_view name = found.cFileName;
+        name.remove_prefix(std::min(nameUnits, name.size())); // it may be found by a shorter name that it also has
+        if (IsUniqueEnding(name, ending) && HasBeenThereForLong(found))
             DeleteFileW((folder + found.cFileName).c_str());
     } while (FindNextFileW(search.Get(), &found));
 }

@@ -66,6 +66,16 @@ TEST(ApartmentThread, IsStartedOnlyWhenItHasBegunAlsoWhenWaitingIsRefused)
         const ApartmentThread thread;
         EXPECT_TRUE(thread) << refusals;
     }
+    {
+        // Nor by the other way of waiting.
+        test::FailingCalls<decltype(WaitForMultipleObjects), struct OtherWaits> waits(nullptr, "WaitForMultipleObjects",
+                                                                                      WAIT_FAILED);
+        waits.FailOnly(1);
+        g_refusals = 1000000;
+        const ApartmentThread thread;
+        EXPECT_TRUE(thread);
+        EXPECT_TRUE(waits.HasFailed());
+    }
     g_refusals = 0;
 }
 

@@ -2,6 +2,8 @@
 
 #include "record/fax_job_data.h"
 #include "settings/key_set.h"
+#include "support/failing_calls.h"
+#include "support/patched_function.h"
 #include "support/print_host.h"
 #include "support/test_printer.h"
 
@@ -182,6 +184,20 @@ TEST(SpoolerThunkHost, IsThisProcessOnlyUnderItsName)
     EXPECT_EQ(IsSpoolerThunkHost(), InPrintHost());
     if (!InPrintHost()) {
         EXPECT_EQ(RunInPrintHost("SpoolerThunkHost.IsThisProcessOnlyUnderItsName"), 0u);
+    }
+}
+
+// Kept: only there do 32-bit programs print through another one.
+TEST(SpoolerThunkHost, IsNoneOnOtherProcessors)
+{
+    const auto isNone = [](const std::string& what) { EXPECT_EQ(IsSpoolerThunkHost(), InPrintHost()) << what; };
+    WhileEachFails<decltype(GetProcAddress)>("GetProcAddress", nullptr, isNone); // then another function is asked
+    const PatchedFunction native(
+        L"kernel32.dll", "GetNativeSystemInfo",
+        +[](SYSTEM_INFO* info) { info->wProcessorArchitecture = PROCESSOR_ARCHITECTURE_INTEL; });
+    EXPECT_FALSE(IsSpoolerThunkHost());
+    if (!InPrintHost()) {
+        EXPECT_EQ(RunInPrintHost("SpoolerThunkHost.IsNoneOnOtherProcessors"), 0u);
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "record/fax_job_data.h"
 #include "settings/key_set.h"
+#include "support/failing_calls.h"
 #include "support/test_printer.h"
 #include "support/user_defaults.h"
 
@@ -159,6 +160,70 @@ TEST_F(FaxDefaults, BadlyStoredValuesNeverReadMemoryOrStopTheOthers)
     EXPECT_EQ(record().Resolution, 1u);
     EXPECT_EQ(record().NotifyOn, 1u);
     EXPECT_STREQ(record().NotifyEmail, L"ann@example.com");
+}
+
+TEST_F(FaxDefaults, WhatCannotBeReadIsLeftOutOrRefused)
+{
+    SetDefaultsOf(record(), SampleDefaults());
+    SaveFaxDefaults(record());
+    const UserDefaults nothing = DefaultsOf(OwnedFaxJobData().Get());
+    int refused = 0;
+    const auto load = [&](UnreadDefaults unread) {
+        return [&, unread](const std::string& what) {
+            OwnedFaxJobData again;
+            const KeySet againKeys{again.Get()};
+            again.Get().PrinterHandle = printer.Handle();
+            try {
+                LoadFaxDefaults(again.Get(), unread);
+            } catch (const std::exception&) {
+                ++refused;
+                return;
+            }
+            int missing = 0;
+            for (const auto& [name, value] : DefaultsOf(again.Get())) {
+                missing += value == SampleDefaults()[name] ? 0 : 1;
+                EXPECT_TRUE(value == SampleDefaults()[name] || value == nothing.at(name)) << what;
+            }
+            EXPECT_LE(missing, unread == UnreadDefaults::Refused ? 0 : 14) << what;
+        };
+    };
+    WhileEachFails<decltype(RegQueryValueExW)>("RegQueryValueExW", ERROR_ACCESS_DENIED, load(UnreadDefaults::LeftOut));
+    WhileEachFails<decltype(RegCreateKeyExW)>("RegCreateKeyExW", ERROR_ACCESS_DENIED, load(UnreadDefaults::LeftOut));
+    EXPECT_EQ(refused, 0);
+    WhileEachFails<decltype(RegQueryValueExW)>("RegQueryValueExW", ERROR_ACCESS_DENIED, load(UnreadDefaults::Refused));
+    EXPECT_GT(refused, 14);
+}
+
+TEST_F(FaxDefaults, WithoutMemoryForATextTheyAreNotLoaded)
+{
+    SetDefaultsOf(record(), SampleDefaults());
+    SaveFaxDefaults(record());
+    FailingCalls<decltype(HeapAlloc), struct DefaultTexts> memory(nullptr, "HeapAlloc", nullptr);
+    memory.FailFrom(1);
+    OwnedFaxJobData again;
+    const KeySet againKeys{again.Get()};
+    again.Get().PrinterHandle = printer.Handle();
+    EXPECT_THROW(LoadFaxDefaults(again.Get()), std::bad_alloc);
+}
+
+TEST_F(FaxDefaults, TellWhatBecomesOfEachValueThatIsStored)
+{
+    const std::vector<FaxDefaultName> names = FaxDefaultNames();
+    ASSERT_EQ(names.size(), SampleDefaults().size());
+    for (const FaxDefaultName& stored : names) {
+        ASSERT_TRUE(SampleDefaults().contains(stored.name));
+        const DefaultValue value = SampleDefaults()[stored.name];
+        EXPECT_EQ(std::holds_alternative<DWORD>(value), stored.type == REG_DWORD);
+        if (stored.type == REG_DWORD)
+            EXPECT_EQ(FaxDefaultTakenOver(stored.name, std::get<DWORD>(value)), std::get<DWORD>(value));
+        else
+            EXPECT_EQ(FaxDefaultTakenOver(stored.name, std::get<std::wstring>(value)), std::get<std::wstring>(value));
+    }
+    EXPECT_EQ(FaxDefaultTakenOver(L"NotifyMethod", 7), 1u);
+    EXPECT_EQ(FaxDefaultTakenOver(L"ApplyDefaults", 7), 7u); // any value
+    EXPECT_EQ(FaxDefaultTakenOver(L"SenderFaxNo", L"12x"), std::nullopt);
+    EXPECT_EQ(FaxDefaultTakenOver(L"SenderFaxNo", L""), L"");
+    EXPECT_EQ(FaxDefaultTakenOver(L"Resolution", L"1"), std::nullopt); // no text
 }
 
 TEST_F(FaxDefaults, WithoutASubtreeNameNothingIsLoadedOrSaved)

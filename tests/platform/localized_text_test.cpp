@@ -2,6 +2,7 @@
 
 #include "base/unique.h"
 #include "support/built.h"
+#include "support/failing_calls.h"
 #include "support/patched_function.h"
 #include "support/temporary_folder.h"
 #include "support/text_library.h"
@@ -130,6 +131,39 @@ TEST_F(TextLookup, AMissingBlockIsNotLookedForInOtherLanguages)
     const TextOwner owner = OwnerOf({BlockWithText(Sibling(user_), 5223, L"sibling")});
     EXPECT_EQ(Lookup(owner, 16), L"(none)");
     EXPECT_EQ(CurrentTextLanguage(), user_);
+}
+
+TEST_F(TextLookup, ATextThatTheSystemDoesNotHandOutIsNone)
+{
+    const TextOwner owner = OwnerOf({BlockWithText(user_, 5223, L"&Send")});
+    const auto lookUp = [&](const std::string& what) {
+        const std::wstring text = Lookup(owner, 5223);
+        EXPECT_TRUE(text == L"&Send" || text == L"(none)") << what;
+    };
+    test::WhileEachFails<decltype(FindResourceExW)>("FindResourceExW", nullptr, lookUp);
+    test::WhileEachFails<decltype(LoadResource)>("LoadResource", nullptr, lookUp);
+    test::WhileEachFails<decltype(LockResource)>("LockResource", nullptr, lookUp);
+    test::WhileEachFails<decltype(SizeofResource)>("SizeofResource", 0u, lookUp);
+}
+
+// Resources of other kinds may have names, and one kind of texts has had one.
+TEST_F(TextLookup, TextsOfANamedKindServeAsWell)
+{
+    static std::vector<std::wstring> searched;
+    searched.clear();
+    const test::RedirectedImport<decltype(EnumResourceTypesW)> types(
+        "EnumResourceTypesW", +[](HMODULE module, ENUMRESTYPEPROCW tell, LONG_PTR context) -> BOOL {
+            wchar_t other[] = L"OTHER", texts[] = L"RT_STRING";
+            return tell(module, other, context) && tell(module, texts, context);
+        });
+    const test::RedirectedImport<decltype(EnumResourceNamesW)> names(
+        "EnumResourceNamesW", +[](HMODULE module, LPCWSTR type, ENUMRESNAMEPROCW tell, LONG_PTR context) -> BOOL {
+            searched.emplace_back(type);
+            return tell(module, RT_STRING, MAKEINTRESOURCEW(5223 / 16 + 1), context);
+        });
+    const TextOwner owner = OwnerOf({BlockWithText(Sibling(user_), 5223, L"sibling")});
+    EXPECT_EQ(Lookup(owner, 5223), L"sibling");
+    EXPECT_EQ(searched, std::vector<std::wstring>{L"RT_STRING"});
 }
 
 TEST_F(TextLookup, TextsAreCutAt255Characters)

@@ -589,7 +589,7 @@ TEST_F(FailingFiles, OnlyOldFilesOfATemporarysNameAreRemoved)
 {
     const Names strangers = {L"qxfaxab.xml.1.2.new",    L"qxfaxab.xml.1.2.3.4.new", L"qxfaxab.xml.1.2.x.new",
                              L"qxfaxab.xml.1.2..new",   L"qxfaxab.xml.4711.new",    L"qxfaxab.xml.mine.new",
-                             L"qxfaxab.xml.1.2.3.new1", L"other.xml.1.2.3.new"};
+                             L"qxfaxab.xml.1.2.3.new1", L"other.xml.1.2.3.new",     L"qxfaxab.xml.1.2x.3.new"};
     Names left = strangers;
     left.insert(left.end(), {L"qxfaxab.xml", L"qxfaxab.xml.12.34.7.new"});
     std::ranges::sort(left);
@@ -771,6 +771,63 @@ TEST_F(FailingFiles, WhereNoFolderTakesASecondFileNothingIsWritten)
     folders.FailFrom(1);
     EXPECT_FALSE(SaveBob());
     EXPECT_EQ(ReadBytes(Path()), before);
+}
+
+// Where the folder takes a second file, and where it does not.
+class FailingSaves : public FailingFiles {
+protected:
+    // Saves Bob over Ann, with the first, the second, ... call failing alone.
+    template <class Function, class Failure>
+    void SaveWhileEachFails(const char* function, Failure failure, DWORD error = ERROR_GEN_FAILURE)
+    {
+        for (const bool inPlace : {false, true}) {
+            bool failed = true;
+            for (long call = 1; failed && !HasFailure(); ++call) {
+                const std::string what = std::string(function) + (inPlace ? " in place " : " ") + std::to_string(call);
+                WriteBook();
+                if (inPlace)
+                    TakeNoSecondFile(ERROR_ACCESS_DENIED);
+                FailingCalls<Function, struct CallsOfSave> calls(nullptr, function, failure, error);
+                calls.FailOnly(call);
+                const bool saved = SaveBob(true);
+                failed = calls.HasFailed();
+                calls.FailNone();
+                refusals = {};
+                CheckOldOrNew(saved, what);
+            }
+        }
+    }
+
+    void CheckOldOrNew(bool saved, const std::string& what)
+    {
+        if (saved)
+            EXPECT_EQ(NamesInFile(), Names{L"Bob"}) << what;
+        else
+            EXPECT_EQ(ReadBytes(Path()), before) << what;
+        const Names copies = KeptCopies(Path());
+        EXPECT_TRUE(!saved || !copies.empty()) << what;
+        for (const std::wstring& copy : copies) {
+            EXPECT_EQ(ReadBytes(copy), before) << what;
+            SetFileAttributesW(copy.c_str(), FILE_ATTRIBUTE_NORMAL);
+            DeleteFileW(copy.c_str());
+        }
+    }
+};
+
+TEST_F(FailingSaves, LeaveOldOrNewAndTheOldOneInACopy)
+{
+    SaveWhileEachFails<decltype(CreateFileW)>("CreateFileW", INVALID_HANDLE_VALUE);
+    SaveWhileEachFails<decltype(CopyFileW)>("CopyFileW", FALSE, ERROR_PATH_NOT_FOUND);
+    SaveWhileEachFails<decltype(WriteFile)>("WriteFile", FALSE);
+    SaveWhileEachFails<decltype(ReadFile)>("ReadFile", FALSE);
+    SaveWhileEachFails<decltype(FlushFileBuffers)>("FlushFileBuffers", FALSE);
+    SaveWhileEachFails<decltype(SetEndOfFile)>("SetEndOfFile", FALSE);
+    SaveWhileEachFails<decltype(GetFileSizeEx)>("GetFileSizeEx", FALSE);
+    SaveWhileEachFails<decltype(SetFilePointerEx)>("SetFilePointerEx", FALSE);
+    SaveWhileEachFails<decltype(GetFileAttributesW)>("GetFileAttributesW", INVALID_FILE_ATTRIBUTES);
+    SaveWhileEachFails<decltype(GetFileAttributesExW)>("GetFileAttributesExW", FALSE);
+    SaveWhileEachFails<decltype(GetFileSecurityW)>("GetFileSecurityW", FALSE);
+    SaveWhileEachFails<decltype(GetTempPathW)>("GetTempPathW", 0u);
 }
 
 TEST_F(FailingFiles, ABookIsSavedAlsoWhereThereIsNoGuard)

@@ -1,9 +1,11 @@
 #include "phonebook/recent/recent_list.h"
 
+#include "support/failing_calls.h"
 #include "support/phone_book.h"
 #include "support/resource_count.h"
 #include "support/test_printer.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 
 namespace qx {
@@ -364,6 +366,40 @@ TEST_F(RecentList, ReadsTextsWithoutTerminatorsOfOddSizesAndOfOtherTypes)
         ASSERT_NE(loaded.Slots()[0], nullptr) << row.what;
         EXPECT_EQ(loaded.Slots()[0]->GetName(), row.name) << row.what;
     }
+}
+
+// No name may come back with another's number.
+TEST_F(RecentList, HasItsItemsWholeOrNotAtAllWhenAnyCallFails)
+{
+    Use(L"Ann", L"1");
+    const PhoneBookGroup* const group = book.NewGroup(L"Group", 2);
+    list.AddRecent(group, &*book);
+    const std::vector<Recipient> known{{L"Ann", L"1", L""}, group->Members()[0]->Texts(), group->Members()[1]->Texts()};
+    const auto load = [&](const std::string& what) {
+        RecentRecipientList loaded;
+        loaded.Open(printer.Handle());
+        loaded.Load();
+        for (const PhoneBookItem* const item : loaded.Slots()) {
+            std::vector<const PhoneBookEntry*> entries;
+            if (const PhoneBookGroup* const one = AsGroup(item); one != nullptr)
+                entries.assign(one->Members().begin(), one->Members().end());
+            else if (item != nullptr)
+                entries.push_back(AsEntry(item));
+            for (const PhoneBookEntry* const entry : entries)
+                EXPECT_NE(std::ranges::find(known, entry->Texts()), known.end()) << what;
+        }
+    };
+    const auto save = [&](const std::string&) { list.Save(); };
+    WhileEachFails<decltype(RegCreateKeyExW)>("RegCreateKeyExW", ERROR_ACCESS_DENIED, save);
+    WhileEachFails<decltype(RegDeleteKeyW)>("RegDeleteKeyW", ERROR_ACCESS_DENIED, save);
+    WhileEachFails<decltype(RegSetValueExW)>("RegSetValueExW", ERROR_ACCESS_DENIED, [&](const std::string& what) {
+        list.Save();
+        load(what);
+    });
+    WhileEachFails<decltype(RegOpenKeyExW)>("RegOpenKeyExW", ERROR_ACCESS_DENIED, load);
+    WhileEachFails<decltype(RegQueryValueExW)>("RegQueryValueExW", ERROR_ACCESS_DENIED, load);
+    WhileEachFails<decltype(RegEnumValueW)>("RegEnumValueW", ERROR_ACCESS_DENIED, load);
+    EXPECT_EQ(NamesAfterLoad(), (Names{L"Group", L"Ann"}));
 }
 
 TEST_F(RecentList, OfAPrinterWithoutSubtreeIsEmptyAndSavesNothing)

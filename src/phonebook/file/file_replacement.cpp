@@ -119,15 +119,20 @@ std::optional<FileStamp> StampOf(HANDLE file) noexcept
 
 std::wstring NameOfCopy(const std::wstring& start, int number)
 {
-    return number == 1 ? start + kCopyEnding : start + L'.' + std::to_wstring(number) + kCopyEnding;
+    std::wstring name = start;
+    if (number > 1)
+        name.append(L".").append(std::to_wstring(number));
+    return name.append(kCopyEnding);
 }
 
 // What the names of copies of path begin with where its folder takes none; empty when there is no such place. Without
 // what the folder is called: of several phone books of one name each keeps its copy.
 std::wstring StartOfCopiesElsewhere(const std::wstring& path)
 {
-    const std::wstring start = StartInTemporaryFolder();
-    return start.empty() ? start : start + L'.' + path.substr(path.rfind(L'\\') + 1);
+    std::wstring start = StartInTemporaryFolder();
+    if (!start.empty())
+        start.append(L".").append(path, path.rfind(L'\\') + 1);
+    return start;
 }
 
 // Copies path to the first free name behind start, unless one of those that are taken is a copy of it already. Of
