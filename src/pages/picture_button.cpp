@@ -59,8 +59,9 @@ void PictureButton::Attach(HWND button, int bitmap)
 void PictureButton::Name(const std::wstring& text, const std::wstring& caption)
 {
     SetWindowTextW(button_, caption.c_str());
-    const wchar_t key = AccessKeyOf(caption);
-    tip_ = key != 0 ? text + L" (Alt+" + key + L")" : text;
+    tip_ = text;
+    if (const wchar_t key = AccessKeyOf(caption))
+        tip_.append(L" (Alt+").append(1, key).append(L")");
 }
 
 // Once, when the pointer first comes: a window of its own would be felt when the page opens. move is that message,
