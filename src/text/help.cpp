@@ -52,8 +52,9 @@ UINT OnFileInCabinet(Extraction& extraction, FILE_IN_CABINET_INFO_W& file) noexc
 {
     // The target is made from the wanted name, never from the cabinet's: a cabinet cannot lead a file elsewhere.
     const bool wanted = CompareStringOrdinal(file.NameInCabinet, -1, extraction.wanted.c_str(), -1, TRUE) == CSTR_EQUAL;
-    if (!wanted || FAILED(CopyText(file.FullTargetName, extraction.target.c_str())))
+    if (!wanted)
         return FILEOP_SKIP;
+    CopyText(file.FullTargetName, extraction.target.c_str());
     extraction.bytes = file.FileSize;
     return FILEOP_DOIT;
 }

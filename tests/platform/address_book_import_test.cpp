@@ -194,5 +194,30 @@ TEST_F(AddressBookImport, PassesOverAValueWhoseNameIsTooLongAndGoesOn)
     EXPECT_EQ(names, (Names{L"Ann", L"Bob", L"Just fits", L"Of no name"}));
 }
 
+TEST_F(AddressBookImport, LeavesOutWhatCannotBeReadAndNothingElse)
+{
+    Names imported;
+    WhileEachFails<decltype(RegQueryValueExW)>("RegQueryValueExW", ERROR_ACCESS_DENIED, [&](const std::string& what) {
+        const TestPrinter other; // to which it happens once
+        Publish(other);
+        const UniqueKey old = other.Key(L"QX-FAX\\Address Book");
+        const std::wstring ann = L"Ann\0"
+                                 L"1\0Acme\0\0"s,
+                           bob = L"Bob\0"
+                                 L"2\0\0\0"s;
+        PutBytes(old.Get(), L"first", REG_MULTI_SZ, ann.data(), ann.size() * sizeof(wchar_t));
+        PutBytes(old.Get(), L"second", REG_MULTI_SZ, bob.data(), bob.size() * sizeof(wchar_t));
+        TestBook loaded;
+        loaded->SetPrinter(other.Handle());
+        ImportOldAddressBookOnce(other.Handle(), *loaded);
+        for (const PhoneBookItem* const item : loaded->Items()) {
+            const Recipient texts = AsEntry(item)->Texts();
+            EXPECT_TRUE(texts == (Recipient{L"Ann", L"1", L"Acme"}) || texts == (Recipient{L"Bob", L"2", L""})) << what;
+        }
+        imported = loaded.Names();
+    });
+    EXPECT_EQ(imported, (Names{L"Ann", L"Bob"})); // by the last one, of which no call failed
+}
+
 } // namespace
 } // namespace qx

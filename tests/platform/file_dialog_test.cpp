@@ -3,6 +3,7 @@
 #include "dialog/file_dialog.h"
 
 #include "base/apartment.h"
+#include "support/failing_calls.h"
 
 #include <filesystem>
 #include <functional>
@@ -96,6 +97,20 @@ TEST(FileDialog, WhereTheUserGoesDoesNotMoveTheProgramsDirectory)
             EXPECT_EQ(fs::current_path(), before);
         });
     }
+}
+
+TEST(FileDialog, ADirectoryThatNobodyTellsStaysWhereTheUserGoes)
+{
+    const fs::path before = fs::current_path();
+    test::WhileEachFails<decltype(GetCurrentDirectoryW)>("GetCurrentDirectoryW", 0u, [&](const std::string& what) {
+        EXPECT_TRUE(Ask(nullptr, [](OPENFILENAMEW&) {
+            SetCurrentDirectoryW(L"C:\\windows");
+            return true;
+        })) << what;
+        const fs::path now = fs::current_path();
+        EXPECT_TRUE(now == before || now == fs::path(L"C:\\windows")) << what;
+        fs::current_path(before);
+    });
 }
 
 TEST(FileDialog, ItsAnswerIsHandedOn)

@@ -5,6 +5,7 @@
 #include "support/built.h"
 #include "support/cabinet.h"
 #include "support/compiled_help.h"
+#include "support/failing_calls.h"
 #include "support/help_topics.h"
 #include "support/help_viewer.h"
 #include "support/languages.h"
@@ -16,6 +17,7 @@
 #include "text/help_viewer.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
@@ -490,6 +492,71 @@ TEST_F(Help, ATemporaryFolderTooLongForAFileBelowItGivesNoHelp)
     EXPECT_TRUE(fs::is_empty(folder));
 }
 
+// The file itself finds room there, what it is unpacked to does not.
+TEST_F(Help, ATemporaryFolderTooLongForAnUnpackedFileGivesNoHelp)
+{
+    test::WriteCabinet(cabinet_, {{UserVariant(), "variant"}, {kEnglish, "english"}});
+    fs::path folder = folder_;
+    while (folder.native().size() < 240)
+        folder /= std::wstring(std::min<std::size_t>(40, 245 - folder.native().size()), L'x');
+    fs::create_directories(folder);
+    SetTemporaryFolder(folder);
+    EXPECT_EQ(Extract(), "");
+    EXPECT_TRUE(fs::is_empty(folder));
+}
+
+// ---- calls that fail -----------------------------------------------------------------------------------------------
+
+TEST_F(Help, AnyCallThatFailsGivesTheWholeFileOrNone)
+{
+    test::WriteCabinet(cabinet_, {{UserVariant(), "variant"}});
+    const auto extract = [this](const std::string& what) {
+        const fs::path path = Extract();
+        EXPECT_TRUE(path.empty() || Contents(path) == "variant") << what;
+        EXPECT_LE(FilesInSandbox().size(), 1u) << what;
+        const std::wstring help = BuildHelpFilePath(PrinterDriver(printer_.Handle()));
+        EXPECT_TRUE(help.empty() || help == (folder_ / UserVariant()).native() + L"::/qxhelp.txt") << what;
+        fs::remove(folder_ / UserVariant());
+    };
+    test::WhileEachFails<decltype(GetTempPathW)>("GetTempPathW", 0u, extract);
+    test::WhileEachFails<decltype(GetPrinterDriverW)>("GetPrinterDriverW", FALSE, extract, ERROR_INVALID_HANDLE);
+    test::WhileEachFails<decltype(FindFirstFileW)>("FindFirstFileW", INVALID_HANDLE_VALUE, extract);
+    test::WhileEachFails<decltype(SetupIterateCabinetW)>("SetupIterateCabinetW", FALSE, extract);
+    test::WhileEachFails<decltype(CreateFileW)>("CreateFileW", INVALID_HANDLE_VALUE, extract);
+    test::WhileEachFails<decltype(FlushFileBuffers)>("FlushFileBuffers", FALSE, extract);
+    test::WhileEachFails<decltype(MoveFileExW)>("MoveFileExW", FALSE, extract);
+    test::WhileEachFails<decltype(GetLongPathNameW)>("GetLongPathNameW", 0u, extract);
+    test::WhileEachFails<decltype(OpenPrinterW)>("OpenPrinterW", FALSE, [](const std::string& what) {
+        EXPECT_EQ(BuildDriverFilePath(nullptr, L"x.cab"), L"") << what;
+    });
+}
+
+// The question would never end if a name that cannot be remembered counted as another one.
+TEST_F(Help, ACabinetWhoseContinuationHasANameTooLongGivesNoHelp)
+{
+    static UINT answers[3];
+    const auto iterate = +[](PCWSTR, DWORD, PSP_FILE_CALLBACK_W callback, PVOID context) -> BOOL {
+        CABINET_INFO_W next{};
+        const auto ask = [&] {
+            return callback(context, SPFILENOTIFY_NEEDNEWCABINET, reinterpret_cast<UINT_PTR>(&next), 0);
+        };
+        next.CabinetFile = L"NEXT.CAB";
+        answers[0] = ask();
+        const std::wstring name(MAX_PATH, L'x');
+        next.CabinetFile = name.c_str();
+        answers[1] = ask();
+        next.CabinetFile = nullptr;
+        answers[2] = ask();
+        return FALSE;
+    };
+    const test::RedirectedImport<decltype(SetupIterateCabinetW)> iterating("SetupIterateCabinetW", iterate);
+    test::WriteCabinet(cabinet_, {{kEnglish, "english"}});
+    EXPECT_EQ(Extract(), "");
+    EXPECT_EQ(answers[0], static_cast<UINT>(NO_ERROR));
+    EXPECT_EQ(answers[1], static_cast<UINT>(ERROR_FILE_NOT_FOUND));
+    EXPECT_EQ(answers[2], static_cast<UINT>(NO_ERROR)); // not asked for before
+}
+
 TEST_F(Help, ManyAttemptsLeaveNoHandleOpen)
 {
     test::WriteCabinet(cabinet_, {{"..\\" + UserVariant(), "1"}, {"OTHER.CHM", "2"}});
@@ -657,6 +724,61 @@ TEST_F(HelpPage, IsShownByOneOtherThreadFromAMultithreadedApartment)
         EXPECT_EQ(WaitForSingleObject(thread, 0), WAIT_OBJECT_0);
         CloseHandle(thread);
     });
+}
+
+TEST_F(HelpPage, WithoutAViewerOrAThreadForItThereIsNoneAndTheNextIsShown)
+{
+    const TextOwner owner = OwnerOf(PutChm());
+    ShowHelp(owner, nullptr, 15596); // loads the viewer
+    EXPECT_EQ(viewer_.TakeRequests().size(), 1u);
+    const auto show = [&](const std::string& what) {
+        ShowHelp(owner, nullptr, 15596);
+        const auto requests = viewer_.TakeRequests();
+        EXPECT_LE(requests.size(), 1u) << what;
+        CloseHelpViewer();
+    };
+    test::WhileEachFails<decltype(GetSystemDirectoryW)>("GetSystemDirectoryW", 0u, show);
+    test::WhileEachFails<decltype(LoadLibraryExW)>("LoadLibraryExW", nullptr, show);
+    test::WhileEachFails<decltype(GetModuleHandleExW)>("GetModuleHandleExW", FALSE, show);
+    {
+        test::FailingCalls<decltype(GetProcAddress), struct Viewers> functions(nullptr, "GetProcAddress", nullptr);
+        functions.FailFrom(1);
+        ShowHelp(owner, nullptr, 15596);
+    }
+    EXPECT_TRUE(viewer_.TakeRequests().empty());
+    InApartment(COINIT_MULTITHREADED, [&] {
+        test::WhileEachFails<decltype(CreateThread)>("CreateThread", nullptr, show);
+        test::WhileEachFails<decltype(CreateEventW)>("CreateEventW", nullptr, show);
+        ShowHelp(owner, nullptr, 15596);
+        EXPECT_EQ(viewer_.TakeRequests().size(), 1u);
+        CloseHelpViewer();
+    });
+}
+
+// The list of viewers' threads has an end.
+TEST_F(HelpPage, IsNotShownToMoreThreadsAtOnceThanThereIsRoomFor)
+{
+    constexpr int kRoom = 32;
+    const TextOwner owner = OwnerOf(PutChm());
+    std::vector<std::thread> threads;
+    std::atomic<int> asked = 0;
+    std::atomic<bool> over = false;
+    for (int i = 0; i <= kRoom; ++i)
+        threads.emplace_back([&] {
+            CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+            ShowHelp(owner, nullptr, 15596);
+            ++asked;
+            while (!over)
+                Sleep(1);
+            CloseHelpViewer();
+            CoUninitialize();
+        });
+    while (asked <= kRoom)
+        Sleep(1);
+    over = true;
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(viewer_.TakeRequests().size(), static_cast<std::size_t>(kRoom));
 }
 
 TEST_F(HelpPage, FollowsFromPrinterAndCabinetAsInASession)
