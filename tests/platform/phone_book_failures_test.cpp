@@ -786,7 +786,7 @@ protected:
                 const std::string what = std::string(function) + (inPlace ? " in place " : " ") + std::to_string(call);
                 WriteBook();
                 if (inPlace)
-                    TakeNoSecondFile(ERROR_ACCESS_DENIED);
+                    TakeNoSecondFile(ERROR_PATH_NOT_FOUND);
                 FailingCalls<Function, struct CallsOfSave> calls(nullptr, function, failure, error);
                 calls.FailOnly(call);
                 const bool saved = SaveBob(true);
