@@ -818,14 +818,10 @@ TEST_F(FailingSaves, LeaveOldOrNewAndTheOldOneInACopy)
 {
     SaveWhileEachFails<decltype(CreateFileW)>("CreateFileW", INVALID_HANDLE_VALUE);
     SaveWhileEachFails<decltype(CopyFileW)>("CopyFileW", FALSE, ERROR_PATH_NOT_FOUND);
-    SaveWhileEachFails<decltype(WriteFile)>("WriteFile", FALSE);
     SaveWhileEachFails<decltype(ReadFile)>("ReadFile", FALSE);
     SaveWhileEachFails<decltype(FlushFileBuffers)>("FlushFileBuffers", FALSE);
     SaveWhileEachFails<decltype(SetEndOfFile)>("SetEndOfFile", FALSE);
-    SaveWhileEachFails<decltype(GetFileSizeEx)>("GetFileSizeEx", FALSE);
-    SaveWhileEachFails<decltype(SetFilePointerEx)>("SetFilePointerEx", FALSE);
     SaveWhileEachFails<decltype(GetFileAttributesW)>("GetFileAttributesW", INVALID_FILE_ATTRIBUTES);
-    SaveWhileEachFails<decltype(GetFileAttributesExW)>("GetFileAttributesExW", FALSE);
     SaveWhileEachFails<decltype(GetFileSecurityW)>("GetFileSecurityW", FALSE);
     SaveWhileEachFails<decltype(GetTempPathW)>("GetTempPathW", 0u);
 }
