@@ -37,7 +37,7 @@ BOOL FetchEscapeData(void** buffer, DWORD* size) noexcept
         *size = g_size;
         return g_size != 0;
     }
-    if (g_block == nullptr || g_size == 0 || *buffer == nullptr)
+    if (g_block == nullptr || *buffer == nullptr)
         return FALSE;
     std::memcpy(*buffer, g_block, g_size);
     return TRUE;

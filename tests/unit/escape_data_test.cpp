@@ -1,5 +1,7 @@
 #include "entry/escape_data.h"
 
+#include "support/failing_calls.h"
+
 #include <gtest/gtest.h>
 
 namespace qx {
@@ -41,6 +43,20 @@ TEST(EscapeData, AStoreOfNothingDropsTheBlockButKeepsReportingItsSize)
         EXPECT_FALSE(FetchEscapeData(&to, &size));
         EXPECT_STREQ(buffer, "keep");
     }
+}
+
+TEST(EscapeData, AStoreForWhichMemoryIsShortDropsTheBlockAndKeepsItsSize)
+{
+    ASSERT_TRUE(StoreEscapeData("hello", 5));
+    test::FailingCalls<decltype(HeapAlloc), struct Blocks> memory(nullptr, "HeapAlloc", nullptr);
+    memory.FailFrom(1);
+    EXPECT_FALSE(StoreEscapeData("abc", 3));
+    EXPECT_EQ(StoredSize(), 5u);
+    char buffer[8] = "keep";
+    void* to = buffer;
+    DWORD size = 0;
+    EXPECT_FALSE(FetchEscapeData(&to, &size));
+    EXPECT_STREQ(buffer, "keep");
 }
 
 TEST(EscapeData, BadArgumentsOfAFetchChangeNothing)
