@@ -4,6 +4,7 @@
 #include "base/activation_context.h"
 #include "dialog/button_width.h"
 #include "dialog/dialog.h"
+#include "dialog/list_view.h"
 #include "support/failing_calls.h"
 #include "support/phone_book.h"
 
@@ -141,6 +142,9 @@ TEST_F(PhoneBookListTest, GroupsAreListedWithoutAnIconUntilThereIsOne)
     begin();
     WhileEachFails<decltype(ImageList_AddMasked)>("ImageList_AddMasked", -1, fill);
     EXPECT_NE(icons(), nullptr);
+    begin();
+    WhileEachFails<decltype(SystemParametersInfoW)>("SystemParametersInfoW", FALSE, fill); // then it has its colours
+    EXPECT_NE(icons(), nullptr);
 }
 
 // It would leave its keys to the dialog, whose default button sends.
@@ -265,6 +269,58 @@ TEST_F(PhoneBookListTest, CaptionThatFitsLeavesTheButtonAlone)
     FitButtonToText(button);
     GetWindowRect(button, &after);
     EXPECT_TRUE(EqualRect(&before, &after));
+}
+
+TEST_F(PhoneBookListTest, ACaptionThatCannotBeMeasuredLeavesTheButtonAlone)
+{
+    const HWND button = Child(L"Button", 0, L"Delete these entries from the phone book", 20);
+    const auto widthOf = [button] { return PlaceOf(button).right - PlaceOf(button).left; };
+    const auto fit = [&](const std::string& what) {
+        FitButtonToText(button);
+        EXPECT_GE(widthOf(), 20) << what;
+    };
+    FailingCalls<decltype(DrawTextW), struct Measures> measures(nullptr, "DrawTextW", 0);
+    measures.FailFrom(1);
+    FitButtonToText(button);
+    EXPECT_EQ(widthOf(), 20);
+    measures.FailNone();
+    WhileEachFails<decltype(SetWindowPos)>("SetWindowPos", FALSE, fit);
+    EXPECT_GT(widthOf(), 20);
+    WhileEachFails<decltype(GetClientRect)>("GetClientRect", FALSE, fit);
+}
+
+TEST_F(PhoneBookListTest, AListWithoutItsColumnsIsNone)
+{
+    const HWND other = Child(WC_LISTVIEWW, LVS_REPORT);
+    FailingCalls<decltype(SendMessageW), struct Columns> columns(
+        nullptr, "SendMessageW", -1, ERROR_NOT_ENOUGH_MEMORY,
+        [](HWND, UINT message, WPARAM, LPARAM) { return message == LVM_INSERTCOLUMNW; });
+    columns.FailOnly(2);
+    EXPECT_FALSE(SetUpListView(TextOwner(), other, RecipientColumns(90)));
+}
+
+TEST_F(PhoneBookListTest, AKeyWhoseButtonIsOffOrNotThereIsTakenAllTheSame)
+{
+    constexpr int kButton = 7;
+    const HWND other = Child(WC_LISTVIEWW, LVS_REPORT);
+    SetUpPhoneBookList(TextOwner(), other, 90, {.activate = kButton});
+    static int pressed;
+    pressed = 0;
+    SetWindowLongPtrW(parent, DWLP_DLGPROC,
+                      reinterpret_cast<LONG_PTR>(+[](HWND, UINT message, WPARAM w, LPARAM) -> INT_PTR {
+                          pressed += message == WM_COMMAND && w == kButton ? 1 : 0;
+                          return FALSE;
+                      }));
+    const auto press = [other](WPARAM key) { return SendMessageW(other, WM_KEYDOWN, key, 0); };
+    EXPECT_EQ(press(VK_RETURN), 0);
+    EXPECT_EQ(press(VK_DELETE), 0); // of no button
+    const HWND button = Child(L"Button", WS_DISABLED);
+    SetWindowLongPtrW(button, GWLP_ID, kButton);
+    EXPECT_EQ(press(VK_RETURN), 0);
+    EXPECT_EQ(pressed, 0);
+    EnableWindow(button, TRUE);
+    EXPECT_EQ(press(VK_RETURN), 0);
+    EXPECT_EQ(pressed, 1);
 }
 
 } // namespace

@@ -12,6 +12,7 @@
 #include <cstring>
 #include <future>
 #include <gtest/gtest.h>
+#include <prsht.h>
 #include <thread>
 #include <vector>
 #include <windows.h>
@@ -70,6 +71,26 @@ TEST(SendSession, WhatIsTypedComesOutAsTyped)
     EXPECT_STREQ(job.BillingCode, L"0042");
 }
 
+// As programs do that help the user to press buttons.
+TEST(SendSession, OtherProgramsMayPressSendInTheirWays)
+{
+    const struct {
+        UINT message;
+        WPARAM button;
+    } ways[] = {{PSM_PRESSBUTTON, PSBTN_OK}, {PSM_PRESSBUTTON, PSBTN_APPLYNOW}, {PSM_APPLY, 0}};
+    SendFaxSession session;
+    host::UiDriver& ui = OnFaxJobPage(session).Ui();
+    const HWND sheet = ui.Dialog();
+    for (const auto& way : ways) {
+        PostMessageW(sheet, way.message, way.button, 0);
+        EXPECT_EQ(ui.AnswerBox(IDOK), ErrorBox(L"At least one fax number is required.")) << way.message;
+    }
+    ui.Type(IDC_FAX_NUMBER, L"5550101");
+    PostMessageW(sheet, PSM_PRESSBUTTON, PSBTN_OK, 0);
+    EXPECT_EQ(session.End().Cancelled, 0u);
+    EXPECT_EQ(session.Recipients(), (std::vector<Recipient>{{L"", L"5550101", L""}}));
+}
+
 TEST(SendSession, CancelMarksTheJobCancelled)
 {
     SendFaxSession session;
@@ -87,6 +108,39 @@ TEST(SendSession, ANullPrinterLeavesTheRecordUntouchedAndShowsNothing)
     FaxJobData before = record;
     module.DisplayFaxUi(nullptr, record);
     EXPECT_EQ(std::memcmp(&record, &before, sizeof record), 0);
+}
+
+TEST(SendSession, WithoutARecordNothingIsShown)
+{
+    const SendFaxSession session;
+    const host::FaxModule module(host::DriverFolder() / L"qxfaxui.dll");
+    using Display = void WINAPI(HANDLE, FaxJobData*);
+    const auto display =
+        reinterpret_cast<Display*>(reinterpret_cast<void*>(GetProcAddress(module.Handle(), "DisplayFaxUI")));
+    display(session.PrinterHandle(), nullptr);
+}
+
+// The sheet takes its place from the program's window, and its size from its pages.
+TEST(SendSession, TheSheetOfAProgramAtTheEdgeOfTheScreenIsWhole)
+{
+    SendFaxSession session;
+    session.SetDefault(L"ApplyDefaults", 1u);
+    session.Start([&session] {
+        RECT screen{};
+        SystemParametersInfoW(SPI_GETWORKAREA, 0, &screen, 0);
+        const HWND owner = CreateWindowExW(0, L"Static", L"", WS_POPUP | WS_VISIBLE, screen.right - 90,
+                                           screen.bottom - 90, 80, 80, nullptr, nullptr, nullptr, nullptr);
+        SetActiveWindow(owner);
+        session.Call();
+        DestroyWindow(owner);
+    });
+    session.Ui().WaitForControl(IDC_FAX_NUMBER);
+    RECT screen{}, sheet{}, seen{};
+    SystemParametersInfoW(SPI_GETWORKAREA, 0, &screen, 0);
+    GetWindowRect(GetAncestor(session.Ui().Dialog(), GA_ROOT), &sheet);
+    IntersectRect(&seen, &sheet, &screen);
+    EXPECT_TRUE(EqualRect(&seen, &sheet)) << sheet.right << ", " << sheet.bottom;
+    session.Cancel();
 }
 
 TEST(SendSession, TheDriversEscapeDataOutlivesIt)
