@@ -366,7 +366,7 @@ public:
                                                 L"\xd83d\xde00"};
         std::wstring name;
         for (unsigned left = Number(4); left > 0; --left)
-            name += pieces[Number(few_ ? 6 : std::size(pieces))];
+            name += pieces[Number(few_ ? 6 : static_cast<unsigned>(std::size(pieces)))];
         few_ = Number(3) == 0;
         return name;
     }
