@@ -242,11 +242,12 @@ UniqueKey DeviceKey(Settings& settings)
 
 void Apply(Settings& settings, HANDLE printer, Report& report)
 {
-    const auto differs = [](const Setting& row) { return row.given && row.given != row.present; };
+    bool allSet = true;
     UniqueKey device;
     for (const Setting& row : settings.Rows()) {
-        if (!differs(row))
+        if (!row.given || row.given == row.present)
             continue;
+        allSet = false;
         if (!report.DryRun() && row.printerKey == nullptr && !device)
             device = DeviceKey(settings);
         const DWORD error = report.DryRun()             ? DWORD{ERROR_SUCCESS}
@@ -256,7 +257,7 @@ void Apply(Settings& settings, HANDLE printer, Report& report)
             throw Refusal(SystemError("cannot set " + Where(row) + Utf8(row.name), error));
         report.Change("set " + Where(row) + Utf8(row.name) + " to " + Shown(*row.given));
     }
-    if (std::ranges::none_of(settings.Rows(), differs))
+    if (allSet)
         report.Say("Everything is set so already.");
 }
 

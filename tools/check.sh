@@ -2,7 +2,8 @@
 # Checks the source tree without running anything of it. What it needs is installed by 'tools/setup.sh --checks'.
 #
 #   tools/check.sh [FILE...]          format, scripts and spelling of everything, or of these files
-#   tools/check.sh --lints [FILE...]  clang-tidy, too: some ten seconds of one core for each source file
+#   tools/check.sh --lints [FILE...]  clang-tidy, too: some ten seconds of one core for each source file that has changed,
+#                                     by itself or in what it includes, since it was last found clean
 #   tools/check.sh --fix              formats the sources instead
 set -euo pipefail
 . "$(dirname "$0")/help.sh"
@@ -41,10 +42,12 @@ tidy() {
     gcc=$(dirname "$("$cross-g++-posix" -print-libgcc-file-name)")
     local arguments=("--extra-arg-before=--target=$cross" --extra-arg=-Wno-unused-command-line-argument
         --extra-arg=-Wno-unknown-warning-option --extra-arg=-Wno-ignored-gch)
-    for include in "$gcc/include/c++" "$gcc/include/c++/$cross" "/usr/$cross/include" /usr/share/mingw-w64/include; do
+    for include in "$gcc/include/c++" "$gcc/include/c++/$cross" "/usr/$cross/include" /usr/share/mingw-w64/include \
+        "$PWD/$build/header_libraries"; do
         arguments+=("--extra-arg=-isystem$include")
     done
-    files_named '^(src|host|admin)/.*\.cpp$' | on_each "clang-tidy-$clang" -p "$build" --quiet "${arguments[@]}"
+    files_named '^(src|host|admin)/.*\.cpp$' |
+        on_each tools/lint.py build/lints "clang-tidy-$clang" -p "$build" --quiet "${arguments[@]}"
 }
 
 python() { files_named '\.py$' | xargs -r pyflakes3; }

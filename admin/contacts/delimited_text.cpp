@@ -95,8 +95,7 @@ private:
                     return;
                 }
                 ++at_;
-            } else if (IsLineEnd(text_[at_]) &&
-                       !(text_[at_] == L'\r' && at_ + 1 < text_.size() && text_[at_ + 1] == L'\n')) {
+            } else if (IsLineEnd(text_[at_]) && !IsAtCrLf()) {
                 ++line_;
             }
             field += text_[at_];
@@ -105,11 +104,13 @@ private:
         table_.line = opened;
     }
 
+    bool IsAtCrLf() const noexcept { return text_[at_] == L'\r' && at_ + 1 < text_.size() && text_[at_ + 1] == L'\n'; }
+
     void SkipLineEnd()
     {
         if (at_ >= text_.size())
             return;
-        if (text_[at_] == L'\r' && at_ + 1 < text_.size() && text_[at_ + 1] == L'\n')
+        if (IsAtCrLf())
             ++at_;
         ++at_;
         ++line_;
