@@ -376,6 +376,21 @@ TEST_F(FaxJobPageTest, ARefusedDuplicateLeavesAGapInTheIds)
     EXPECT_EQ(stand.Book().GetCount(), 1u);
 }
 
+TEST_F(FaxJobPageTest, ARowThatTheListDoesNotGiveUpStaysWithThoseBehindIt)
+{
+    stand.Show();
+    Add(L"Bob", L"2");
+    Add(L"Anna", L"1");
+    stand.SelectRows({0, 1});
+    FailingCalls<decltype(SendMessageW), struct DeleteCalls> calls(
+        nullptr, "SendMessageW", 0, 0, [](HWND, UINT message, WPARAM, LPARAM) { return message == LVM_DELETEITEM; });
+    calls.FailOnly(1);
+    stand.Press(IDC_DELETE);
+    EXPECT_TRUE(calls.HasFailed());
+    EXPECT_EQ(stand.Rows().size(), 2u);
+    EXPECT_EQ(stand.Recipients(), stand.Rows());
+}
+
 // As much of it as the texts of a job hold.
 TEST_F(FaxJobPageTest, ARecentNameThatIsLongerThanItCouldBeTypedIsTakenWithTheFirst255Characters)
 {
