@@ -391,6 +391,53 @@ TEST_F(FaxJobPageTest, ARowThatTheListDoesNotGiveUpStaysWithThoseBehindIt)
     EXPECT_EQ(stand.Recipients(), stand.Rows());
 }
 
+// What the rows show would be somebody else than whom the record has at their places.
+TEST_F(FaxJobPageTest, WhileARowIsMissingNobodyIsAddedOrDeleted)
+{
+    const Rows both{{L"Bob", L"2", L""}, {L"Anna", L"1", L""}};
+    const auto loseTheFirstRow = [this] { ListView_DeleteItem(stand.Control(IDC_RECIPIENTS), 0); };
+    stand.Show();
+    Add(L"Bob", L"2");
+    Add(L"Anna", L"1");
+    loseTheFirstRow();
+    Fill(L"Zoe", L"9");
+    stand.Press(IDC_TO);
+    EXPECT_EQ(stand.Recipients(), both);
+    EXPECT_EQ(stand.Rows(), both);
+    EXPECT_EQ(stand.Text(IDC_FAX_NUMBER), L"9");
+
+    loseTheFirstRow();
+    stand.SelectRows({0}); // Anna, where the record has Bob
+    stand.Press(IDC_DELETE);
+    EXPECT_EQ(stand.Recipients(), both);
+    EXPECT_EQ(stand.Rows(), both);
+    EXPECT_FALSE(stand.IsEnabled(IDC_DELETE));
+
+    stand.Press(IDC_TO);
+    EXPECT_EQ(stand.Recipients().size(), 3u);
+    EXPECT_EQ(stand.Recipients(), stand.Rows());
+}
+
+TEST_F(FaxJobPageTest, AGroupWhoseMembersTheListDoesNotTakeIsNotTakenAtAll)
+{
+    stand.Page().hStringDll = ModuleInstance(); // of the test, which has a text for it
+    stand.AddRecentGroup(L"Trio", 3);
+    ShowAndPick(0);
+    ASSERT_TRUE(stand.IsEnabled(IDC_TO));
+    FailingCalls<decltype(SendMessageW), struct InsertCalls> calls(
+        nullptr, "SendMessageW", -1, 0, [](HWND, UINT message, WPARAM, LPARAM) { return message == LVM_INSERTITEMW; });
+    for (const long row : {1, 2, 3}) {
+        calls.FailOnly(row);
+        stand.Press(IDC_TO);
+        EXPECT_TRUE(calls.HasFailed());
+        EXPECT_EQ(stand.Recipients(), Rows{}) << row;
+        EXPECT_EQ(stand.Rows(), Rows{}) << row;
+    }
+    calls.FailNone();
+    stand.Press(IDC_TO);
+    EXPECT_EQ(stand.Recipients().size(), 3u);
+}
+
 // As much of it as the texts of a job hold.
 TEST_F(FaxJobPageTest, ARecentNameThatIsLongerThanItCouldBeTypedIsTakenWithTheFirst255Characters)
 {
