@@ -41,7 +41,7 @@ private:
         if (View(name) == xml::kEntry)
             LookAtEntry(node);
         else if (View(name) == xml::kGroup && !Attribute(node, xml::kGroupName))
-            sentences_.push_back("a group has no name, and is not shown");
+            sentences_.emplace_back("a group has no name, and is not shown");
     }
 
     void LookAtEntry(IXMLDOMNode& node)

@@ -103,6 +103,7 @@ void Get(const std::wstring& printerName, Report& report)
 void Set(const std::wstring& printerName, const std::vector<std::wstring>& texts, Report& report)
 {
     std::vector<Assignment> assignments;
+    assignments.reserve(texts.size());
     for (const std::wstring& text : texts)
         assignments.push_back(ReadAssignment(text)); // all of them, or none
     const UniquePrinter printer = OpenPrinterToRead(printerName);

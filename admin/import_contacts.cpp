@@ -144,6 +144,7 @@ private:
             return;
         }
         std::vector<std::string> changes;
+        changes.reserve(number.changes.size());
         for (const NumberChange change : number.changes)
             changes.push_back(Describe(change));
         const std::wstring name = Fitting(contact.name, "name", changes);
