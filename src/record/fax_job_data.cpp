@@ -53,6 +53,8 @@ bool GrowStrings(FaxStringTable& table) noexcept
     FaxString* const items = AllocateStrings(capacity);
     if (items == nullptr)
         return false;
+    if (table.Items == nullptr)
+        table.Count = 0;
     for (INT32 i = 0; i < table.Count; ++i) {
         if (!SetString(items[i], table.Items[i].Id, table.Items[i].Text)) {
             FreeStrings(items, i + 1);
@@ -117,7 +119,7 @@ bool MakeRoomForMore(FaxJobData& record, INT32 count) noexcept
     if (items == nullptr)
         return false;
     std::ranges::copy(RecipientsOf(record), items);
-    HeapRelease(std::exchange(list.Items, items));
+    HeapRelease(static_cast<void*>(std::exchange(list.Items, items)));
     list.Capacity = capacity;
     return true;
 }

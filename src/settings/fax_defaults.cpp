@@ -110,7 +110,7 @@ bool LoadFaxDefaults(FaxJobData& record, UnreadDefaults unread)
     OpenKeys(KeySetOf(record));
     // A printer without a subtree has no defaults; one whose key cannot be opened may have some.
     if (record.hDefaultKey == nullptr &&
-        !(unread == UnreadDefaults::Refused && RestrictedUserGuid(record.PrinterHandle)))
+        (unread != UnreadDefaults::Refused || !RestrictedUserGuid(record.PrinterHandle)))
         return false;
     for (const StoredText& text : kTexts)
         LoadText(record, text, unread);

@@ -42,7 +42,10 @@ const std::wstring& SourceText(const MapCustomFieldsContext& context, int row) n
 {
     static const std::wstring none;
     const auto index = static_cast<std::size_t>(row);
-    return row >= 0 && index < context.sources.size() ? *context.headers[context.sources[index]] : none;
+    if (row < 0 || index >= context.sources.size())
+        return none;
+    const std::optional<std::wstring>& header = context.headers[context.sources[index]];
+    return header ? *header : none;
 }
 
 int SelectedRow(HWND list) noexcept

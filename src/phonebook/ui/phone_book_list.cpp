@@ -178,6 +178,8 @@ LRESULT CALLBACK ListProcedure(HWND list, UINT message, WPARAM w, LPARAM l) noex
         SetWindowLongPtrW(list, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(previous));
         delete subclass;
         break;
+    default:
+        break;
     }
     return CallWindowProcW(previous, list, message, w, l);
 }
