@@ -31,17 +31,22 @@ TEST(EscapeData, IsFetchedAsOftenAsWantedUntilTheNextStore)
     EXPECT_EQ(StoredSize(), 3u);
 }
 
+void ExpectNothingToCopy()
+{
+    char buffer[8] = "keep";
+    void* to = buffer;
+    DWORD size = 0;
+    EXPECT_FALSE(FetchEscapeData(&to, &size));
+    EXPECT_STREQ(buffer, "keep");
+}
+
 TEST(EscapeData, AStoreOfNothingDropsTheBlockButKeepsReportingItsSize)
 {
     for (const bool nullData : {true, false}) {
         ASSERT_TRUE(StoreEscapeData("hello", 5));
         EXPECT_FALSE(nullData ? StoreEscapeData(nullptr, 4) : StoreEscapeData("x", 0));
         EXPECT_EQ(StoredSize(), 5u);
-        char buffer[8] = "keep";
-        void* to = buffer;
-        DWORD size = 0;
-        EXPECT_FALSE(FetchEscapeData(&to, &size));
-        EXPECT_STREQ(buffer, "keep");
+        ExpectNothingToCopy();
     }
 }
 
@@ -52,11 +57,7 @@ TEST(EscapeData, AStoreForWhichMemoryIsShortDropsTheBlockAndKeepsItsSize)
     memory.FailFrom(1);
     EXPECT_FALSE(StoreEscapeData("abc", 3));
     EXPECT_EQ(StoredSize(), 5u);
-    char buffer[8] = "keep";
-    void* to = buffer;
-    DWORD size = 0;
-    EXPECT_FALSE(FetchEscapeData(&to, &size));
-    EXPECT_STREQ(buffer, "keep");
+    ExpectNothingToCopy();
 }
 
 TEST(EscapeData, BadArgumentsOfAFetchChangeNothing)
