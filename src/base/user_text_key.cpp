@@ -96,7 +96,9 @@ std::string SystemKey(std::wstring_view text)
     int bytes = map();
     if (bytes == 0) { // too long, as a rule
         const int needed = LCMapStringW(LOCALE_USER_DEFAULT, kFlags, text.data(), units, nullptr, 0);
-        key.resize(static_cast<std::size_t>(std::max(needed, 0)));
+        if (needed <= 0)
+            return {}; // without room for a byte it would be told its size again
+        key.resize(static_cast<std::size_t>(needed));
         bytes = map();
     }
     key.resize(static_cast<std::size_t>(std::max(bytes, 0)));

@@ -301,5 +301,18 @@ TEST(UserTextKeys, AreNoneWhereTheSystemMakesNone)
     EXPECT_EQ(key, "before");
 }
 
+// Without room for one byte the system tells the size of a key: that is no key, or names of one length would be equal.
+TEST(UserTextKeys, AreNoneWhereTheSystemDoesNotTellTheirSize)
+{
+    const UserTextKeys keys;
+    test::FailingCalls<decltype(LCMapStringW), struct Sizes> made(
+        nullptr, "LCMapStringW", 0, ERROR_NOT_ENOUGH_MEMORY,
+        [](LCID, DWORD, LPCWSTR, int, LPWSTR key, int room) { return key == nullptr || room > 0; });
+    made.FailFrom(1);
+    std::string key = "before";
+    EXPECT_FALSE(keys.Append(key, L"\u00c4nne"));
+    EXPECT_EQ(key, "before");
+}
+
 } // namespace
 } // namespace qx
