@@ -22,6 +22,7 @@ namespace qx::test {
 namespace {
 
 constexpr int kEventsOfOneUser = 1000;
+constexpr int kEnoughMistaken = 3; // users, to look into
 constexpr auto kTimeToShorten = std::chrono::minutes(8);
 
 using Script = std::vector<std::string>;
@@ -136,9 +137,14 @@ TEST_F(SheetModel, EveryUserSeesAndSendsAndFindsAgainWhatHeEntered)
     if (const char* const chosen = std::getenv("QX_USERS"))
         std::sscanf(chosen, "%u,%u", &first, &count);
     const char* const script = std::getenv("QX_SCRIPT");
-    const Outcome outcome = script != nullptr ? Replay(first, ReadLines(script)) : Play(first, count);
-    if (!outcome.good)
+    for (int mistaken = 0; count > 0 && mistaken < kEnoughMistaken; ++mistaken) {
+        const Outcome outcome = script != nullptr ? Replay(first, ReadLines(script)) : Play(first, count);
+        if (outcome.good)
+            return;
         Tell(outcome);
+        count -= outcome.user + 1 - first;
+        first = outcome.user + 1; // the others go on without him
+    }
 }
 
 } // namespace
