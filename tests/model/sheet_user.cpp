@@ -132,7 +132,7 @@ void SheetUser::BeginSession()
         settings = NoSettings();
     if (settings[L"NotifyMethod"] != DefaultValue(2u))
         settings[L"NotifyMethod"] = 1u;
-    touched = false;
+    touched = touchedAsChosen = false;
     changed = true;
     setupShown = coverPageShown = false;
 }
@@ -168,8 +168,13 @@ void SheetUser::Do(const Event& event)
         if (place == Place::FaxJob && record.Cancelled == kNothingSaid && Page() != nullptr) {
             // The page fills the fields from the name; what the user puts into them is the user's.
             const Recipient now = Fields();
-            if (now.faxNumber != fields.faxNumber || now.company != fields.company)
+            const RecentItem* const named = recents.Suggestion(now.name);
+            if (now.faxNumber != fields.faxNumber || now.company != fields.company) {
                 touched = pasted;
+                touchedAsChosen = false;
+            }
+            if (named != nullptr && named->texts.faxNumber == now.faxNumber && named->texts.company == now.company)
+                touchedAsChosen = true;
             CheckFaxJob();
         }
         if (std::exchange(recentsChanged, false))
@@ -310,7 +315,8 @@ std::vector<DWORD> SheetUser::SelectedIds(int list) const
 
 Offer SheetUser::OfferOf(const Recipient& shown) const
 {
-    const RecentItem* const suggestion = touched ? nullptr : recents.Suggestion(shown.name);
+    const bool users = touched && !touchedAsChosen;
+    const RecentItem* const suggestion = users ? nullptr : recents.Suggestion(shown.name);
     return {shown, suggestion != nullptr ? std::optional(*suggestion) : std::nullopt, boxes};
 }
 
@@ -326,7 +332,8 @@ void SheetUser::CheckPair(const Recipient& row) const
 void SheetUser::CheckTaken(const Offer& offer, const Recipient& taken) const
 {
     if (taken != offer.fields) {
-        Expect(offer.suggestion.has_value(), "other fields are taken than those shown");
+        if (!offer.suggestion)
+            throw Mistake("other fields are taken than those shown: " + Shown(taken) + ", not " + Shown(offer.fields));
         ExpectEqual(taken, {offer.fields.name, offer.suggestion->texts.faxNumber, offer.suggestion->texts.company},
                     "other fields are taken");
     }

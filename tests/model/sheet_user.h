@@ -103,11 +103,12 @@ struct SheetUser : DialogHands {
     std::vector<std::string> unseen; // contents of the file that this program has not seen
     RecentModel recents;
     std::vector<Recipient> rows, chosen;
-    UserDefaults stored, settings;                   // of the user, of the job
-    bool changed = false;                            // the list, since it was looked at
-    bool recentsChanged = false;                     // likewise
-    bool pasted = false;                             // by the present event
-    bool touched = false;                            // number or company are the user's
+    UserDefaults stored, settings; // of the user, of the job
+    bool changed = false;          // the list, since it was looked at
+    bool recentsChanged = false;   // likewise
+    bool pasted = false;           // by the present event
+    bool touched = false;          // number or company are the user's
+    bool touchedAsChosen = false;  // they may be the name's as well: what was put there is what the name has
     bool coverPageShown = false, setupShown = false; // since they were loaded
 
     // The subject of the dialog that is open.
