@@ -4,6 +4,8 @@
 
 #include <commctrl.h>
 #include <cstdlib>
+#include <mutex>
+#include <unordered_map>
 
 namespace qx::test {
 
@@ -60,28 +62,54 @@ void ForgetScrollRange(HWND list)
     Scroll(list, kToTheTop);
 }
 
-LRESULT CALLBACK AfterMessage(int code, WPARAM w, LPARAM l)
+std::mutex g_lock;
+std::unordered_map<HWND, WNDPROC> g_before; // of the controls of every thread, what they had before
+
+WNDPROC Before(HWND control, bool forget)
 {
-    const auto& done = *reinterpret_cast<const CWPRETSTRUCT*>(l);
-    if (code == HC_ACTION) {
-        if (done.message == WM_ENABLE && done.wParam == FALSE)
-            LeaveFocusNowhere(done.hwnd);
-        else if (done.message == WM_SETFOCUS)
-            CheckByFocus(done.hwnd);
-        else if (done.message == WM_SETREDRAW)
-            RememberRedraw(done.hwnd, done.wParam != FALSE);
-        else if (done.message == LVM_SCROLL)
-            Scroll(done.hwnd, -done.lParam);
-        else if (done.message == LVM_DELETEALLITEMS)
-            ForgetScrollRange(done.hwnd);
-    }
+    const std::lock_guard lock(g_lock);
+    const auto found = g_before.find(control);
+    const WNDPROC procedure = found->second;
+    if (forget)
+        g_before.erase(found);
+    return procedure;
+}
+
+LRESULT CALLBACK Documented(HWND control, UINT message, WPARAM w, LPARAM l)
+{
+    const LRESULT result = CallWindowProcW(Before(control, message == WM_NCDESTROY), control, message, w, l);
+    if (message == WM_ENABLE && w == FALSE)
+        LeaveFocusNowhere(control);
+    else if (message == WM_SETFOCUS)
+        CheckByFocus(control);
+    else if (message == WM_SETREDRAW)
+        RememberRedraw(control, w != FALSE);
+    else if (message == LVM_SCROLL)
+        Scroll(control, -l);
+    else if (message == LVM_DELETEALLITEMS)
+        ForgetScrollRange(control);
+    return result;
+}
+
+void PutInFrontOf(HWND control)
+{
+    const std::lock_guard lock(g_lock);
+    g_before[control] =
+        reinterpret_cast<WNDPROC>(SetWindowLongPtrW(control, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(Documented)));
+}
+
+// Not a hook of all messages, nor the system's chain of procedures: here, each asks the server at every message, and a
+// list of thousands of rows takes ten times as long.
+LRESULT CALLBACK AtCreation(int code, WPARAM w, LPARAM l)
+{
+    if (code == HCBT_CREATEWND && (reinterpret_cast<const CBT_CREATEWNDW*>(l)->lpcs->style & WS_CHILD) != 0)
+        PutInFrontOf(reinterpret_cast<HWND>(w));
     return CallNextHookEx(nullptr, code, w, l);
 }
 
 } // namespace
 
-DocumentedControls::DocumentedControls()
-    : hook_(SetWindowsHookExW(WH_CALLWNDPROCRET, AfterMessage, nullptr, GetCurrentThreadId()))
+DocumentedControls::DocumentedControls() : hook_(SetWindowsHookExW(WH_CBT, AtCreation, nullptr, GetCurrentThreadId()))
 {
 }
 

@@ -1,4 +1,4 @@
-// Controls that behave as Windows documents them where those here differ. For the windows of one thread:
+// Controls that behave as Windows documents them where those here differ. For the controls that one thread creates:
 //   - a control that is disabled while it has the keyboard focus leaves the focus nowhere;
 //   - an automatic radio button that gets the focus checks itself and says that it was clicked;
 //   - a list view learns how far it can be scrolled when redrawing comes back, and is not scrolled before; emptied, it
