@@ -14,7 +14,10 @@ cd "$(dirname "$0")"
 
 tools/setup.sh
 cmake --preset checked >/dev/null
+tools/with-wine.sh true & # what each run of it begins with is made meanwhile: it is mostly waiting
+prefix=$!
 cmake --build --preset checked
+wait "$prefix"
 # One more than there are cores: a dialog often waits for the display.
 [[ $# -gt 0 ]] || set -- --label-exclude '^long$'
 tools/with-wine.sh ctest --preset checked --parallel "$(($(nproc) + 1))" "$@"
