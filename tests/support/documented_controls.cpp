@@ -94,8 +94,10 @@ LRESULT CALLBACK Documented(HWND control, UINT message, WPARAM w, LPARAM l)
 void PutInFrontOf(HWND control)
 {
     const std::lock_guard lock(g_lock);
-    g_before[control] =
-        reinterpret_cast<WNDPROC>(SetWindowLongPtrW(control, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(Documented)));
+    const auto [before, isNew] = g_before.try_emplace(control);
+    if (isNew) // a thread may have two of the hooks
+        before->second =
+            reinterpret_cast<WNDPROC>(SetWindowLongPtrW(control, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(Documented)));
 }
 
 // Not a hook of all messages, nor the system's chain of procedures: here, each asks the server at every message, and a
