@@ -42,5 +42,17 @@ TEST(AccessKey, IsNotGivenWhereItWouldMarkAnotherLetterOrNoneIsFree)
     EXPECT_EQ(WithAccessKey(L"Book", L"ABCDEFGHIJKLMNOPQRSTUVWXYZ"), L"Book");
 }
 
+TEST(AccessKey, GoesWithItsMarkFromACaptionThatIsReadOut)
+{
+    EXPECT_EQ(WithoutAccessKey(L"Co&ver Page"), L"Cover Page");
+    EXPECT_EQ(WithoutAccessKey(L"\x30A2(&A)"), L"\x30A2");
+    EXPECT_EQ(WithoutAccessKey(L"\x30A2(&A):"), L"\x30A2:");
+    EXPECT_EQ(WithoutAccessKey(L"R&&D"), L"R&D");
+    EXPECT_EQ(WithoutAccessKey(L"(&Add)"), L"(Add)"); // words in brackets
+    EXPECT_EQ(WithoutAccessKey(L"A (B)"), L"A (B)");
+    EXPECT_EQ(WithoutAccessKey(L"(&"), L"(&");
+    EXPECT_EQ(WithoutAccessKey(L"None&"), L"None&");
+}
+
 } // namespace
 } // namespace qx

@@ -71,7 +71,9 @@ TEST(FaxJobData, TheOverlayPathKeepsItsFirst258Characters)
     SetOverlayPath(owned.Get(), L"short");
     EXPECT_EQ(owned.Get().OverlayPath, buffer); // made once, then reused
     EXPECT_STREQ(buffer, L"short");
-    EXPECT_EQ(buffer[257], L'\0'); // the whole buffer is cleared, not only terminated
+    EXPECT_EQ(buffer[257], L'\0');       // the whole buffer is cleared, not only terminated
+    SetOverlayPath(owned.Get(), buffer); // itself
+    EXPECT_STREQ(buffer, L"short");
     SetOverlayPath(owned.Get(), nullptr);
     EXPECT_STREQ(buffer, L"");
 }
@@ -92,6 +94,7 @@ TEST(FaxJobData, RecipientsGrowByDoublingAndKeepTheirOrder)
     EXPECT_EQ(record.Recipients.Capacity, 8);
     DeleteRecipient(record, 1);
     DeleteRecipient(record, 9); // not there
+    DeleteRecipient(record, -1);
     ASSERT_EQ(record.RecipientCount, 4);
     const wchar_t* const expected[] = {L"0", L"2", L"3", L"4"};
     for (int i = 0; i < 4; ++i)

@@ -139,6 +139,8 @@ TEST(Items, EqualNamesAreTheSameEntryWhenOneNumberIsUnknownWhateverTheCompany)
     EXPECT_FALSE(IsSameEntry(*Entry(L"Ann Lee", L"555"), *Entry(L"Ann Lee", L"556")));
     EXPECT_FALSE(IsSameEntry(*Entry(L"Ann Lee", L"555"), *Entry(L"Ann Le", L"555")));
     EXPECT_FALSE(IsSameEntry(*Entry(nullptr, L"555"), *Entry(nullptr, L"555")));
+    EXPECT_FALSE(IsSameEntry(*Entry(L"Ann Lee", L"555"), *Entry(nullptr, L"555")));
+    EXPECT_TRUE(IsSameEntry(*Entry(L"Ann Lee", L"555"), *Entry(L"Ann Lee", nullptr)));
     EXPECT_FALSE(IsSameEntry(*Entry(L"Ann", L""), *Entry(L"Ann", L"555"))); // empty is known
 }
 

@@ -186,5 +186,15 @@ TEST(PhoneBook, ManyDeletionsAtOnceEndAsOneAfterTheOther)
     }
 }
 
+TEST(FileStamp, IsAnotherOneWhenAnyPartOfItIs)
+{
+    const FileStamp stamp{.written = 1, .bytes = 2, .index = 3, .volume = 4};
+    EXPECT_EQ(stamp, (FileStamp{.written = 1, .bytes = 2, .index = 3, .volume = 4}));
+    EXPECT_NE(stamp, (FileStamp{.written = 9, .bytes = 2, .index = 3, .volume = 4}));
+    EXPECT_NE(stamp, (FileStamp{.written = 1, .bytes = 9, .index = 3, .volume = 4}));
+    EXPECT_NE(stamp, (FileStamp{.written = 1, .bytes = 2, .index = 9, .volume = 4}));
+    EXPECT_NE(stamp, (FileStamp{.written = 1, .bytes = 2, .index = 3, .volume = 9}));
+}
+
 } // namespace
 } // namespace qx

@@ -23,6 +23,9 @@ TEST(Text, BadArgumentsAreRefused)
     const wchar_t full[2] = {L'a', L'b'};
     wchar_t unterminated[2] = {full[0], full[1]};
     EXPECT_EQ(AppendText(unterminated, L"c"), E_INVALIDARG);
+    wchar_t room[4] = L"a";
+    EXPECT_EQ(AppendText(room, nullptr), E_INVALIDARG);
+    EXPECT_STREQ(room, L"a");
 }
 
 TEST(Text, AppendingGoesOnWhereTheTextEnds)

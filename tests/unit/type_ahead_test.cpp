@@ -70,8 +70,10 @@ TEST(Suggestions, AreForgottenWithTheItemsTheyWereMadeOf)
 {
     Suggestions suggestions;
     suggestions.SetItems({{L"Anna"}});
+    EXPECT_FALSE(suggestions.AreFor(L"")); // not looked for yet
     suggestions.Rebuild(L"a");
     EXPECT_TRUE(suggestions.AreFor(L"a"));
+    EXPECT_FALSE(suggestions.AreFor(L"an"));
     suggestions.SetItems({{L"Adam"}});
     EXPECT_TRUE(suggestions.Matches().empty());
     EXPECT_FALSE(suggestions.AreFor(L"a"));
@@ -99,6 +101,7 @@ TEST(Typing, WaitsForTheSecondHalfOfASurrogatePair)
 {
     EXPECT_EQ(AnswerTyping(L"\xD83D", 0, true), EditAnswer::ShowList);
     EXPECT_EQ(AnswerTyping(L"\xD83D\xDE00", 1, true), EditAnswer::Complete);
+    EXPECT_EQ(AnswerTyping(L"\xFF21", 0, true), EditAnswer::Complete); // a wide letter is whole
 }
 
 } // namespace
