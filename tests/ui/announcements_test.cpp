@@ -1,6 +1,5 @@
 // What is said to those who do not see the dialogs, beyond what the system finds out by itself.
 #include "base/activation_context.h"
-#include "dialog/access_key.h"
 #include "phonebook/ui/edit_phone_book_dialog.h"
 #include "res/edit_phone_book_ids.h"
 #include "support/fax_job_page_stand.h"
@@ -14,20 +13,6 @@ namespace {
 
 using Service = ScreenReader::Service;
 using Texts = std::vector<std::wstring>;
-
-TEST(Announcements, ACaptionIsReadWithoutItsAccessKey)
-{
-    for (const auto& [caption, read] :
-         std::initializer_list<std::pair<const wchar_t*, const wchar_t*>>{{L"", L""},
-                                                                          {L"Fax To", L"Fax To"},
-                                                                          {L"&Fax Number:", L"Fax Number:"},
-                                                                          {L"Fax &Recipients:", L"Fax Recipients:"},
-                                                                          {L"宛先(&R):", L"宛先:"},
-                                                                          {L"Fields && Sons", L"Fields & Sons"},
-                                                                          {L"(&) or (&X", L"() or (X"},
-                                                                          {L"odd &", L"odd &"}})
-        EXPECT_EQ(WithoutAccessKey(caption), read);
-}
 
 // ---- the Fax Job page
 

@@ -1,6 +1,8 @@
 #include "dialog/access_key.h"
 
 #include <gtest/gtest.h>
+#include <initializer_list>
+#include <utility>
 
 namespace qx {
 namespace {
@@ -44,14 +46,20 @@ TEST(AccessKey, IsNotGivenWhereItWouldMarkAnotherLetterOrNoneIsFree)
 
 TEST(AccessKey, GoesWithItsMarkFromACaptionThatIsReadOut)
 {
-    EXPECT_EQ(WithoutAccessKey(L"Co&ver Page"), L"Cover Page");
-    EXPECT_EQ(WithoutAccessKey(L"\x30A2(&A)"), L"\x30A2");
-    EXPECT_EQ(WithoutAccessKey(L"\x30A2(&A):"), L"\x30A2:");
-    EXPECT_EQ(WithoutAccessKey(L"R&&D"), L"R&D");
-    EXPECT_EQ(WithoutAccessKey(L"(&Add)"), L"(Add)"); // words in brackets
-    EXPECT_EQ(WithoutAccessKey(L"A (B)"), L"A (B)");
-    EXPECT_EQ(WithoutAccessKey(L"(&"), L"(&");
-    EXPECT_EQ(WithoutAccessKey(L"None&"), L"None&");
+    for (const auto& [caption, read] :
+         std::initializer_list<std::pair<const wchar_t*, const wchar_t*>>{{L"", L""},
+                                                                          {L"Fax To", L"Fax To"},
+                                                                          {L"Co&ver Page", L"Cover Page"},
+                                                                          {L"Fax &Recipients:", L"Fax Recipients:"},
+                                                                          {L"宛先(&R):", L"宛先:"},
+                                                                          {L"宛先(&R)", L"宛先"},
+                                                                          {L"Fields && Sons", L"Fields & Sons"},
+                                                                          {L"(&Add)", L"(Add)"}, // a word in brackets
+                                                                          {L"A (B)", L"A (B)"},
+                                                                          {L"(&) or (&X", L"() or (X"},
+                                                                          {L"(&", L"(&"},
+                                                                          {L"odd &", L"odd &"}})
+        EXPECT_EQ(WithoutAccessKey(caption), read);
 }
 
 } // namespace
