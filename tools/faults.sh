@@ -10,6 +10,7 @@
 # build/faults.
 set -euo pipefail
 . "$(dirname "$0")/help.sh"
+. "$(dirname "$0")/cores.sh"
 
 root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root"
@@ -31,23 +32,28 @@ rm -rf build/faults
 mkdir -p build/faults
 export QX_FAULTS QX_FAULTS_REPORT=$root/build/faults QX_SOURCE_DIR=$root QX_BINARY_DIR=$root/build/checked/bin tests
 
-run() { # SLOT OPTION...
-    local slot=$1
+mapfile -t cores < <(usable_cores)
+
+run() { # CORE OPTION...
+    local core=$1
     shift
-    tools/with-wine.sh --desk "faults$slot" --blind wine64 build/checked/bin/tests/fault_tests.exe "$tests" "$@" | tr -d '\r'
+    taskset -c "$core" tools/with-wine.sh --desk "faults$core" --blind \
+        wine64 build/checked/bin/tests/fault_tests.exe "$tests" "$@" | tr -d '\r'
 }
 
-play() ( # SCENARIO, one of those that are played at the same time
+play() ( # SCENARIO CORE..., one of those that are played at the same time, each on the core of its slot
     set -o pipefail
     status=0
-    said=$(run "$QX_SLOT" --gtest_filter="*/$1:") || status=$?
+    local slots=("${@:2}")
+    said=$(run "${slots[QX_SLOT]}" --gtest_filter="*/$1:") || status=$?
     echo "$said"
     exit "$status"
 )
 export -f run play
 
 if [[ $# -eq 0 ]]; then
-    mapfile -t all < <(run 0 --gtest_list_tests | sed -n 's/^ .*\/\([a-z_]*\).*/\1/p' | sort -u)
+    mapfile -t all < <(run "${cores[0]}" --gtest_list_tests | sed -n 's/^ .*\/\([a-z_]*\).*/\1/p' | sort -u)
     set -- "${all[@]}"
 fi
-printf '%s\n' "$@" | xargs -P "$(nproc)" -n 1 --process-slot-var=QX_SLOT bash -c "play \$1" play
+printf '%s\n' "$@" | xargs -P "${#cores[@]}" -I SCENARIO --process-slot-var=QX_SLOT \
+    bash -c 'play "$@"' play SCENARIO "${cores[@]}"

@@ -8,6 +8,7 @@
 #   tools/users.sh --replay FILE USER     events that were printed, one per line, again
 set -euo pipefail
 . "$(dirname "$0")/help.sh"
+. "$(dirname "$0")/cores.sh"
 
 root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root"
@@ -28,12 +29,12 @@ cmake --preset checked >/dev/null
 cmake --build --preset checked --target model_tests
 export QX_SOURCE_DIR=$root QX_BINARY_DIR=$root/build/checked/bin QX_WINE=wine64
 
-play() { # CORE FIRST COUNT; a round between two that share a core, as player and wineserver do, is quick
+play() { # CORE FIRST COUNT
     QX_USERS=$2,$3 taskset -c "$1" tools/with-wine.sh --desk "users$1" --blind \
         wine64 build/checked/bin/tests/model_tests.exe sheet_model
 }
 
-mapfile -t cores < <(taskset -cp $$ | sed 's/.*: //' | tr ',' '\n' | while IFS=- read -r a b; do seq "$a" "${b:-$a}"; done)
+mapfile -t cores < <(usable_cores)
 if [[ -n ${script-} ]]; then
     QX_SCRIPT=Z:$script play "${cores[0]}" "$from" 1
     exit

@@ -646,6 +646,27 @@ TEST_F(FaxJobPageTest, NoButtonInheritsTheFocusOfOneThatGoesOff)
     }
 }
 
+// On the way there the name turns out to be a group's, which has neither a number nor a company.
+TEST_F(FaxJobPageTest, AFieldThatGoesOffWhileItGetsTheFocusHandsItToTheGroup)
+{
+    stand.AddRecentGroup(L"Team", 2);
+    stand.AddRecentEntry(L"Anna", L"111");
+    stand.Show();
+    for (const int id : {IDC_FAX_NUMBER, IDC_COMPANY}) {
+        SetFocus(stand.Page().fields.nameBox.edit);
+        stand.DropNames(true);
+        stand.PickName(0);
+        ASSERT_EQ(stand.Text(IDC_FAX_NUMBER), L"111");
+        stand.SetText(IDC_NAME_BOX, L"Team");
+        SetFocus(stand.Control(id));
+        MSG message;
+        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
+            DispatchMessageW(&message);
+        EXPECT_EQ(stand.Text(IDC_FAX_NUMBER), L"");
+        EXPECT_EQ(GetFocus(), stand.Control(IDC_GROUP_TEXT)) << id;
+    }
+}
+
 TEST_F(CoverPageTest, AReloadThatDisablesTheFocusedFieldHandsTheFocusOn)
 {
     stand.Job().AddCoverPage = 1;
