@@ -349,9 +349,9 @@ constexpr Route<FaxJobPage> kRoutes[] = {
     {IDC_CLEAR_FIELDS, BN_CLICKED, ClearRecipientFields},
     {IDC_ADD_TO_PHONE_BOOK, BN_CLICKED, AddFieldsToPhoneBook},
     {IDC_TO, BN_CLICKED, AddToRecipients},
+    {IDC_DELETE, BN_CLICKED, DeleteSelected},
     {IDC_RECIPIENTS, static_cast<UINT>(LVN_ITEMCHANGED), UpdateRecipientButtons},
     {IDC_RECIPIENTS, static_cast<UINT>(NM_SETFOCUS), UpdateRecipientButtons},
-    {IDC_DELETE, BN_CLICKED, DeleteSelected},
     {IDC_BILLING_CODE, EN_CHANGE, FilterField<&FaxJobPage::billingCode, IDC_BILLING_CODE>},
 };
 
