@@ -80,6 +80,8 @@ void Store(const EditDefaultsDialog& state)
     const bool apply = IsChecked(state.dialog, IDC_APPLY_DEFAULTS);
 
     FaxJobData& defaults = *state.defaults;
+    if (!state.deviceIsKnown)
+        KeepNotification(chosen.Get(), defaults);
     ExchangeSendSettings(defaults, chosen.Get());
     ExchangeCoverPage(defaults, chosen.Get());
     defaults.ApplyDefaults = apply ? 1 : 0;

@@ -2,6 +2,7 @@
 
 #include "base/limits.h"
 #include "base/printer.h"
+#include "base/text.h"
 #include "record/fax_job_data.h"
 
 #include <algorithm>
@@ -170,6 +171,18 @@ void SaveSendSettings(const SendSettings& settings, FaxJobData& record)
     SetNotifyEmail(record, FieldText(dialog, IDC_EMAIL, kEmailLimit + 1).c_str());
     record.ShowPreview = settings.showPreview;
     if (!HasSendSettings(record))
+        throw std::bad_alloc();
+}
+
+void KeepNotification(FaxJobData& chosen, const FaxJobData& stored)
+{
+    if (stored.NotificationAvailable != 0 && stored.EmailServiceOperational != 0)
+        return;
+    if (stored.NotificationAvailable == 0)
+        chosen.NotifyOn = stored.NotifyOn;
+    chosen.NotifyMethod = stored.NotifyMethod;
+    SetNotifyEmail(chosen, OrEmpty(stored.NotifyEmail));
+    if (!HasSendSettings(chosen))
         throw std::bad_alloc();
 }
 

@@ -89,6 +89,10 @@ std::optional<SendProblem> CheckEmail(const SendSettings& settings, const FaxJob
 // be read or stored.
 void SaveSendSettings(const SendSettings& settings, FaxJobData& record);
 
+// What of the stored notification could not be chosen stays as it was. For a device that may have it after all. Throws
+// std::bad_alloc.
+void KeepNotification(FaxJobData& chosen, const FaxJobData& stored);
+
 // What the shared controls do. FALSE: not one of them.
 INT_PTR AnswerCommand(SendSettings& settings, int control, UINT code);
 

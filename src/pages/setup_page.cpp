@@ -50,7 +50,7 @@ void ReloadSetupPage(SetupPage& page)
 void LoadWorkingDefaults(SetupPage& page)
 {
     FaxJobData& defaults = page.defaults.Get();
-    ReadDeviceState(defaults, page.printer);
+    page.defaultsDialog.deviceIsKnown = ReadDeviceState(defaults, page.printer);
     LoadFaxDefaults(defaults);
 
     static_cast<TextOwner&>(page.defaultsDialog) = page;

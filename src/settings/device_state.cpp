@@ -19,12 +19,15 @@ namespace qx {
 
 namespace {
 
-// Of type REG_DWORD only; 0 for everything else.
-DWORD DeviceValue(HKEY key, const wchar_t* name) noexcept
+// The value is 0 unless it is of type REG_DWORD.
+LSTATUS QueryDeviceValue(HKEY key, const wchar_t* name, DWORD& value) noexcept
 {
-    DWORD value = 0;
     DWORD type = REG_NONE;
-    return ReadDword(key, name, value, &type) && type == REG_DWORD ? value : 0;
+    value = 0;
+    const LSTATUS status = QueryDword(key, name, value, &type);
+    if (type != REG_DWORD)
+        value = 0;
+    return status;
 }
 
 void ReadBillingCode(FaxJobData& record)
@@ -65,15 +68,18 @@ WORD NativeProcessorArchitecture() noexcept
 
 } // namespace
 
-void ReadDeviceState(FaxJobData& record, HANDLE printer)
+bool ReadDeviceState(FaxJobData& record, HANDLE printer)
 {
     record.PrinterHandle = printer;
-    OpenDeviceStateKey(KeySetOf(record));
+    bool isRead = OpenDeviceStateKey(KeySetOf(record));
     for (const DeviceNumber& number : kDeviceNumbers) {
-        const DWORD value = DeviceValue(record.hBidiInfoKey, number.name);
+        DWORD value = 0;
+        const LSTATUS status = QueryDeviceValue(record.hBidiInfoKey, number.name, value);
         record.*number.field = number.isFlag ? value != 0 : value;
+        isRead = isRead && (record.hBidiInfoKey == nullptr || IsAnswer(status));
     }
     ReadBillingCode(record);
+    return isRead;
 }
 
 void ReadCoverPageLock(FaxJobData& record)

@@ -12,8 +12,8 @@ inline constexpr DWORD kCoverPageLocked = 1;
 inline constexpr DWORD kCoverPageLockUnknown = 2;
 
 // Fills the record's printer handle and device flags. A flag that the device-status software has not left, or left in
-// another type, is off.
-void ReadDeviceState(FaxJobData& record, HANDLE printer);
+// another type, is off, and so is one that cannot be read. False when there was such a one.
+bool ReadDeviceState(FaxJobData& record, HANDLE printer);
 
 // Fills CoverPageLock and, unless the lock is unknown, DefaultOverlayPath from the data of record.PrinterHandle.
 void ReadCoverPageLock(FaxJobData& record);

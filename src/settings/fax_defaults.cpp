@@ -73,11 +73,9 @@ void TakeOver(FaxJobData& record, const StoredNumber& number, DWORD stored)
     record.*number.field = stored >= number.least && stored <= number.most ? stored : number.otherwise;
 }
 
-// A value that is missing, or longer than what it stands for, is none; everything else is a failure.
 bool IsRead(LSTATUS status, UnreadDefaults unread)
 {
-    if (unread == UnreadDefaults::Refused && status != ERROR_SUCCESS && status != ERROR_FILE_NOT_FOUND &&
-        status != ERROR_MORE_DATA)
+    if (unread == UnreadDefaults::Refused && !IsAnswer(status))
         throw std::runtime_error("the defaults cannot be read");
     return status == ERROR_SUCCESS;
 }

@@ -6,6 +6,7 @@
 #include "base/text.h"
 #include "base/unique.h"
 #include "settings/names.h"
+#include "settings/registry.h"
 
 #include <cstddef>
 #include <utility>
@@ -109,15 +110,17 @@ void OpenKeys(RegistryKeySet& set)
     CreateKey(root.Get(), kRecentListKey, set.hMruListKey);
 }
 
-void OpenDeviceStateKey(RegistryKeySet& set)
+bool OpenDeviceStateKey(RegistryKeySet& set)
 {
     const auto path = SubtreePath(set.PrinterHandle, std::wstring(L"\\") + kDeviceStateKey);
     if (!path)
-        return;
+        return false;
     CloseKey(set.hBidiInfoKey);
     HKEY opened = nullptr;
-    if (RegOpenKeyExW(HKEY_CURRENT_USER, path->c_str(), 0, KEY_ALL_ACCESS, &opened) == ERROR_SUCCESS)
+    const LSTATUS status = RegOpenKeyExW(HKEY_CURRENT_USER, path->c_str(), 0, KEY_ALL_ACCESS, &opened);
+    if (status == ERROR_SUCCESS)
         set.hBidiInfoKey = opened;
+    return IsAnswer(status);
 }
 
 void CloseKeys(RegistryKeySet& set) noexcept

@@ -44,8 +44,8 @@ private:
 // failure, what could not be opened stays as it was, and later reads find nothing.
 void OpenKeys(RegistryKeySet& set);
 // Opens the key that the device-status software keeps for the set's printer, if there is one; the one held before is
-// closed. Without a subtree name the one held before stays.
-void OpenDeviceStateKey(RegistryKeySet& set);
+// closed. Without a subtree name the one held before stays. False when it cannot be told what the software has left.
+bool OpenDeviceStateKey(RegistryKeySet& set);
 // Closes the five keys and leaves them null.
 void CloseKeys(RegistryKeySet& set) noexcept;
 

@@ -62,6 +62,11 @@ bool ReadDword(HKEY key, const wchar_t* name, DWORD& out, DWORD* type) noexcept
     return QueryDword(key, name, out, type) == ERROR_SUCCESS;
 }
 
+bool IsAnswer(LSTATUS status) noexcept
+{
+    return status == ERROR_SUCCESS || status == ERROR_FILE_NOT_FOUND || status == ERROR_MORE_DATA;
+}
+
 DWORD ValueType(HKEY key, const wchar_t* name) noexcept
 {
     DWORD type = REG_NONE;

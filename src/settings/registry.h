@@ -13,6 +13,9 @@ LSTATUS QueryString(HKEY key, const wchar_t* name, std::wstring& out); // with t
 // Any value of at most four bytes; its type is not checked, and told when asked for.
 bool ReadDword(HKEY key, const wchar_t* name, DWORD& out, DWORD* type = nullptr) noexcept;
 LSTATUS QueryDword(HKEY key, const wchar_t* name, DWORD& out, DWORD* type = nullptr) noexcept; // likewise
+// Whether the system has told what is stored: a value, or that there is none, or one longer than what it stands for.
+// Everything else is a failure, behind which there may be anything.
+bool IsAnswer(LSTATUS status) noexcept;
 // REG_...; REG_NONE when there is no such value.
 DWORD ValueType(HKEY key, const wchar_t* name) noexcept;
 // type is REG_SZ or REG_MULTI_SZ (text is then a list that ends with an empty string). Any other type writes nothing

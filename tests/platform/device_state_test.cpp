@@ -120,6 +120,36 @@ TEST_F(DeviceState, WithoutASubtreeNameTheKeyHeldBeforeIsUsed)
     EXPECT_EQ(record().NotificationAvailable, 1u);
 }
 
+TEST_F(DeviceState, WhatCannotBeReadIsOffAndIsTold)
+{
+    const auto isRead = [&] { return ReadDeviceState(record(), printer.Handle()); };
+    EXPECT_TRUE(isRead()); // there is none
+    const UniqueKey key = Stored();
+    EXPECT_TRUE(isRead()); // there is nothing in it
+    for (const DeviceNumber& number : kDeviceNumbers)
+        PutNumber(key.Get(), number.name, 1);
+    EXPECT_TRUE(isRead());
+    {
+        FailingCalls<decltype(RegQueryValueExW), struct ReadNumber> reads(nullptr, "RegQueryValueExW",
+                                                                          ERROR_ACCESS_DENIED);
+        long read = 0;
+        for (const DeviceNumber& number : kDeviceNumbers) {
+            reads.FailOnly(++read);
+            EXPECT_FALSE(isRead()) << number.name;
+            EXPECT_EQ(record().*number.field, 0u) << number.name;
+        }
+    }
+    {
+        FailingCalls<decltype(RegOpenKeyExW), struct OpenState> opens(nullptr, "RegOpenKeyExW", ERROR_ACCESS_DENIED);
+        opens.FailOnly(1);
+        EXPECT_FALSE(isRead());
+        EXPECT_EQ(record().EmailServiceOperational, 0u);
+    }
+    PutText(key.Get(), L"FAX_NOTIFICATION_AVAILABLE", L"on"); // no number, and longer than one
+    EXPECT_TRUE(isRead());
+    EXPECT_FALSE(ReadDeviceState(record(), TestPrinter(TestPrinter::Subtree::Unnamed).Handle()));
+}
+
 TEST_F(CoverPageLock, IsUnknownWithoutALock)
 {
     printer.SetText(kCoverPageData, kPath, L"C:\\logo.bmp");

@@ -2,9 +2,12 @@
 #include "record/fax_job_data.h"
 #include "res/edit_defaults_ids.h"
 #include "settings/device_state.h"
+#include "settings/fax_defaults.h"
 #include "settings/key_set.h"
 #include "support/dialog_thread.h"
+#include "support/failing_calls.h"
 #include "support/test_printer.h"
+#include "support/user_defaults.h"
 
 #include <gtest/gtest.h>
 #include <optional>
@@ -99,6 +102,32 @@ TEST_F(EditDefaultsDialogTest, ANumberThatNoButtonStandsForChecksNone)
         EXPECT_FALSE(ui.IsChecked(button)) << button;
     Press(IDOK);
     EXPECT_EQ(Defaults().Resolution, 0u);
+}
+
+// It is asked again next time, and may have what it has had before.
+TEST_F(EditDefaultsDialogTest, WhatADeviceThatCannotBeReadDoesNotOfferStaysAsItWasStored)
+{
+    UserDefaults stored = SampleDefaults();
+    stored[L"OverlayPath"] = L""; // there is no such image
+    SetDefaultsOf(Defaults(), stored);
+    SaveFaxDefaults(Defaults());
+    const UniqueKey device = printer.Key(L"QXBIDIInfo");
+    for (const DeviceNumber& number : kDeviceNumbers)
+        PutNumber(device.Get(), number.name, 1);
+
+    FailingCalls<decltype(RegQueryValueExW), struct DeviceReads> reads(nullptr, "RegQueryValueExW",
+                                                                       ERROR_ACCESS_DENIED);
+    long read = 0;
+    for (const DeviceNumber& number : kDeviceNumbers) {
+        reads.FailOnly(++read);
+        dialog.deviceIsKnown = ReadDeviceState(Defaults(), printer.Handle());
+        reads.FailNone();
+        stored[L"SenderName"] = number.name;
+        Open().Type(IDC_SENDER_NAME, number.name);
+        Press(IDOK);
+        EXPECT_EQ(DefaultsIn(printer.Key(L"QX-FAX\\Default").Get()), stored) << number.name;
+        EXPECT_EQ(DefaultsOf(Defaults()), stored) << number.name;
+    }
 }
 
 } // namespace
