@@ -2,12 +2,12 @@
 # Plays whole sessions of the module, each with one call of the system failing, and prints scenario by scenario what
 # came out: + as asked, - less (refused, or kept as it was, and whole), ! wrong. Every core plays a scenario of its own.
 #
-#   tools/faults.sh [--calls] [--ends] [SCENARIO...]
+#   tools/faults.sh [--on] [--calls] [--ends] [SCENARIO...]
 #
 # Without --calls one call of each place in the code is played, in both ways; some minutes per scenario. With it each
 # call is, which takes hours. With --ends calls do not fail, but are the last of their process, which ends before or
 # after them; and every folder that a power cut in the session may leave is judged. The plans and reports are kept in
-# build/faults.
+# build/faults. With --on, what an interrupted run of the same build has played is not played again.
 set -euo pipefail
 . "$(dirname "$0")/help.sh"
 . "$(dirname "$0")/cores.sh"
@@ -17,18 +17,20 @@ cd "$root"
 
 QX_FAULTS=places
 tests=every_call
+on=
 while [[ ${1-} == -* ]]; do
     case $1 in
         --calls) QX_FAULTS=calls ;;
         --ends) tests=last_instant ;;
-        *) echo 'usage: tools/faults.sh [--calls] [--ends] [SCENARIO...]' >&2; exit 2 ;;
+        --on) on=yes ;;
+        *) echo 'usage: tools/faults.sh [--on] [--calls] [--ends] [SCENARIO...]' >&2; exit 2 ;;
     esac
     shift
 done
 
 cmake --preset checked >/dev/null
 cmake --build --preset checked --target fault_tests
-rm -rf build/faults
+[[ $on ]] || rm -rf build/faults
 mkdir -p build/faults
 export QX_FAULTS QX_FAULTS_REPORT=$root/build/faults QX_SOURCE_DIR=$root QX_BINARY_DIR=$root/build/checked/bin tests
 

@@ -15,7 +15,8 @@
 //
 //   fault_runner SCENARIO end PRINTER FOLDER FUNCTION NUMBER INSTANT
 //
-// The exit code is 0 when all has been played, whatever came out.
+// The exit code is 0 when all has been played, whatever came out, and 6 when another process must go on behind the last
+// line that ended.
 #include "base/apartment.h"
 #include "base/unique.h"
 #include "host/utf8.h"
@@ -37,6 +38,10 @@ namespace {
 
 constexpr DWORD kPatienceMilliseconds = 120000;
 constexpr UINT kHung = 4, kCrashed = 5;
+constexpr int kMoreToPlay = 6;
+// Wine waits for all apartments that have ever been called from elsewhere, as those of file dialogs are, at once: after
+// 63 nobody listens any more, and the next file dialog of the process waits forever.
+constexpr int kSessionsOfAProcess = 50;
 constexpr DWORD kOutcomeUnknown = 7;
 
 // What the module must leave as it found it.
@@ -214,6 +219,7 @@ public:
     }
 
     const Played& Usual() const { return usual_; }
+    bool IsWornOut() const { return sessions_ >= kSessionsOfAProcess; }
 
     std::vector<SeenCall> Count()
     {
@@ -296,6 +302,7 @@ private:
                      std::vector<SeenCall>* seen = nullptr,
                      const std::function<Verdict(const FaxJobData&)>& judge = nullptr)
     {
+        ++sessions_;
         Played played;
         FaxJobData record;
         QxFaxInitJob(&record);
@@ -331,6 +338,7 @@ private:
     Scenario& scenario_;
     PhoneBookSession session_;
     Played usual_;
+    int sessions_ = 0;
 };
 
 int Count(Player& player, const char* file)
@@ -384,6 +392,8 @@ int Run(Player& player, const char* file, int first, const char* reportFile,
     for (int line = 0; plan >> fault.call.function >> fault.call.number >> second; ++line) {
         if (line < first)
             continue;
+        if (player.IsWornOut())
+            return kMoreToPlay;
         fault.onwards = second != 0 ? Onwards::Yes : Onwards::No;
         report.Begin(line);
         report.End(line, (player.*play)(fault));

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <map>
@@ -17,7 +18,7 @@ namespace qx::test {
 
 namespace {
 
-constexpr unsigned long kHung = 4;
+constexpr unsigned long kHung = 4, kMoreToPlay = 6;
 
 // Spread over all functions and sessions from the first call to the last.
 std::uint32_t MixOf(const Fault& fault)
@@ -76,64 +77,72 @@ std::vector<Fault> PlayedFaults::FaultsOf(bool everyCall, const std::function<bo
     return faults;
 }
 
-std::vector<Result> PlayedFaults::ResultsIn(int& begun) const
+std::vector<Result> PlayedFaults::ResultsIn(bool& playing) const
 {
     std::vector<Result> results;
     std::ifstream stream(File("report"));
     for (std::string line; std::getline(stream, line);) {
         std::istringstream words(line);
         std::string word;
-        int number = 0;
+        std::size_t number = 0;
         words >> word >> number;
-        begun = number;
-        if (static_cast<int>(results.size()) <= number)
-            results.resize(static_cast<std::size_t>(number) + 1);
-        if (word == "begin")
+        playing = word == "begin";
+        if (playing)
             continue;
-        Result& result = results[static_cast<std::size_t>(number)];
-        words >> result.mark;
-        std::getline(words >> std::ws, result.what);
+        results.resize(std::max(results.size(), number + 1));
+        words >> results[number].mark;
+        std::getline(words >> std::ws, results[number].what);
     }
     return results;
+}
+
+bool PlayedFaults::WritePlan(const std::vector<Fault>& faults) const
+{
+    std::ostringstream plan;
+    for (const Fault& fault : faults)
+        plan << fault.function << ' ' << fault.number << ' ' << fault.second << '\n';
+    std::ostringstream before;
+    before << std::ifstream(File("plan")).rdbuf();
+    std::ofstream(File("plan")) << plan.str();
+    return before.str() == plan.str();
 }
 
 std::vector<Result> PlayedFaults::Play(const std::vector<Fault>& faults) const
 {
     const std::filesystem::path plan = File("plan"), report = File("report");
-    {
-        std::ofstream stream(plan);
-        for (const Fault& fault : faults)
-            stream << fault.function << ' ' << fault.number << ' ' << fault.second << '\n';
-    }
-    std::map<int, std::string> ended;
-    for (int first = 0; first < static_cast<int>(faults.size());) {
-        const unsigned long code = Run(command_, {plan.wstring(), std::to_wstring(first), report.wstring()});
-        if (code == 0)
-            break;
-        int begun = first - 1;
-        ResultsIn(begun);
-        if (begun < first)
+    if (!WritePlan(faults))
+        std::filesystem::remove(report);
+    bool playing = false;
+    for (std::vector<Result> results = ResultsIn(playing);; results = ResultsIn(playing)) {
+        if (results.size() == faults.size())
+            return results;
+        const std::wstring first = std::to_wstring(results.size());
+        const unsigned long code = Run(command_, {plan.wstring(), first, report.wstring()});
+        if (const std::size_t before = results.size(); code == 0 || code == kMoreToPlay) {
+            if (ResultsIn(playing).size() == before)
+                throw std::runtime_error("fault_runner plays nothing");
+            continue;
+        }
+        results = ResultsIn(playing);
+        if (!playing)
             throw std::runtime_error("fault_runner does not begin: " + std::to_string(code));
-        char what[40];
-        std::snprintf(what, sizeof what, code == kHung ? "hung" : "ended the program (%lx)", code);
-        ended[begun] = what;
-        first = begun + 1;
+        std::ofstream ended(report, std::ios::app);
+        ended << "end " << results.size() << " ! ";
+        if (code == kHung)
+            ended << "hung\n";
+        else
+            ended << "ended the program (" << std::hex << code << ")\n";
     }
-    int begun = 0;
-    std::vector<Result> results = ResultsIn(begun);
-    results.resize(faults.size());
-    for (const auto& [number, what] : ended)
-        results[static_cast<std::size_t>(number)] = {'!', what};
-    return results;
 }
 
 std::vector<Result> PlayedFaults::Play() const
 {
     const std::filesystem::path report = File("report");
+    std::filesystem::remove(report);
     if (const unsigned long code = Run(command_, {L"-", L"0", report.wstring()}); code != 0)
         throw std::runtime_error("fault_runner ended with " + std::to_string(code));
-    int begun = 0;
-    return ResultsIn(begun);
+    bool playing = false;
+    return ResultsIn(playing);
 }
 
 void PlayedFaults::Report(const std::vector<Fault>& faults, const std::vector<Result>& results, const char* first,

@@ -38,7 +38,7 @@ public:
     // Counts the calls of a session in which nothing fails. Both ways of each that is wanted, or of the first one of
     // its place.
     std::vector<Fault> FaultsOf(bool everyCall, const std::function<bool(const SeenCall&)>& wanted) const;
-    // In as many processes as it takes.
+    // In as many processes as it takes. Goes on behind what the kept report of the same plan says has ended.
     std::vector<Result> Play(const std::vector<Fault>& faults) const;
     // A command that takes no plan; its lines.
     std::vector<Result> Play() const;
@@ -51,7 +51,10 @@ public:
 private:
     std::filesystem::path File(const char* ending) const;
     unsigned long Run(const std::string& command, const std::vector<std::wstring>& arguments) const;
-    std::vector<Result> ResultsIn(int& begun) const;
+    // False when the last one was another.
+    bool WritePlan(const std::vector<Fault>& faults) const;
+    // Of what has ended. Playing: whether something has begun and not ended.
+    std::vector<Result> ResultsIn(bool& playing) const;
 
     const TemporaryFolder temporary_;
     const std::string scenario_;

@@ -2,6 +2,7 @@
 
 #include "base/unique.h"
 #include "dialog/dialog.h"
+#include "host/utf8.h"
 #include "phonebook/recent/recent_list.h"
 #include "res/add_recipients_ids.h"
 #include "res/cover_page_ids.h"
@@ -308,6 +309,12 @@ protected:
         std::ranges::sort(shown);
         if (shown_ && known && names == shown)
             return {Kind::Less, "saved as shown"};
+        const auto isKept = [&](const SavedItem& old) {
+            const auto isNamesake = [&](const SavedItem& item) { return item.name == old.name; };
+            return std::ranges::none_of(wanted, isNamesake) || std::ranges::any_of(saved, isNamesake);
+        };
+        if (shown_ && known && std::ranges::includes(names, shown) && std::ranges::all_of(OldBook(), isKept))
+            return {Kind::Less, "saved, and more than shown"};
         Verdict verdict = JudgeBook({});
         if (verdict.kind == Kind::AsAsked)
             verdict.kind = Kind::Less;
@@ -364,6 +371,8 @@ class EditPhoneBook : public Editing {
         wanted.insert(wanted.end(), {bob, moved, pair, team});
         Items may = OldBook();
         may.insert(may.end(), {bob, moved, pair, team});
+        for (const DWORD alone : {DWORD{1}, DWORD{2}}) // of the members that were chosen, as the dialog showed
+            may.push_back({pair.name, L"", L"", {alone}});
         return JudgeEditing(record, may, wanted);
     }
 
@@ -748,7 +757,14 @@ Verdict Scenario::JudgeBook(const std::vector<Items>& accepted) const
         if (copy == sorted(OldBook()) || isAccepted(copy))
             return {Kind::Less, "book in the kept copy"};
     }
-    return {Kind::Wrong, "book lost: " + std::to_string(now.size()) + " items"};
+    std::string items;
+    for (const SavedItem& item : now) {
+        items += " [" + host::Utf8(item.name + L"/" + item.faxNumber + L"/" + item.company);
+        for (const auto id : item.members)
+            items += " " + std::to_string(id);
+        items += "]";
+    }
+    return {Kind::Wrong, "book lost:" + items};
 }
 
 template <class Made> std::unique_ptr<Scenario> Make()
