@@ -20,6 +20,7 @@
 #include <map>
 #include <optional>
 #include <prsht.h>
+#include <sstream>
 #include <winspool.h>
 
 namespace qx::test {
@@ -321,7 +322,6 @@ protected:
         return verdict;
     }
 
-private:
     std::optional<std::vector<std::wstring>> shown_;
 };
 
@@ -423,7 +423,10 @@ class Export : public Editing {
         std::filesystem::remove(File());
         Script steps;
         AddOpenEditor(steps);
-        steps.emplace_back([](ScriptedUser& user) { user.Press(IDC_BOOK_EXPORT); });
+        steps.emplace_back([this](ScriptedUser& user) {
+            shown_ = NamesIn(user.Control(IDC_BOOK_LIST));
+            user.Press(IDC_BOOK_EXPORT);
+        });
         steps.emplace_back([this](ScriptedUser& user) { user.ChooseFile(File()); });
         return steps;
     }
@@ -439,11 +442,32 @@ class Export : public Editing {
             return {Kind::AsAsked, "exported"};
         if (bytes == "<no file>" || bytes.empty())
             return {Kind::Less, bytes.empty() ? "empty file" : "no file"};
+        // Of a book that could be read in part only, as the list told.
+        if (shown_ && Text(bytes) == LinesOf(*shown_))
+            return {Kind::Less, "exported as shown"};
         return {Kind::Wrong, "part of a file"};
     }
 
     // The file is written in place, and can be written again.
     Verdict JudgeEnded() override { return JudgeBook({}); }
+
+    static std::wstring Text(const std::string& bytes)
+    {
+        return {reinterpret_cast<const wchar_t*>(bytes.data()), bytes.size() / sizeof(wchar_t)};
+    }
+
+    // The header and the entries of these names.
+    std::wstring LinesOf(const std::vector<std::wstring>& names) const
+    {
+        std::wistringstream lines(Text(whole_));
+        std::wstring line, found;
+        while (std::getline(lines, line)) {
+            const auto isIn = [&](const std::wstring& name) { return line.find(name) != line.npos; };
+            if (found.empty() || std::ranges::any_of(names, isIn))
+                found += line + L'\n';
+        }
+        return found;
+    }
 
     std::filesystem::path File() const { return Folder() / L"book.csv"; }
     std::string whole_;
