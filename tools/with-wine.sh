@@ -157,7 +157,8 @@ prepare_prefix() {
     # On the user's display the window manager is there, and has its say.
     [[ $own_display != no ]] || sed -i 's/^"Managed"="N"/"Managed"="Y"/' "$WINEPREFIX/user.reg"
     [[ $own_display != none ]] ||
-        printf '\n[Software\\\\Wine\\\\Drivers]\n"Graphics"="null"\n' >>"$WINEPREFIX/user.reg"
+        printf '\n[%s]\n%s\n' 'Software\\Wine\\Drivers' '"Graphics"="null"' \
+            'Software\\Microsoft\\Windows\\CurrentVersion\\ThemeManager' '"ThemeActive"="0"' >>"$WINEPREFIX/user.reg"
     sed -i "s/^\"LogPixels\"=dword:.*/\"LogPixels\"=dword:$(printf %08x "$dpi")/" "$WINEPREFIX/user.reg"
     touch "$WINEPREFIX/.copied"
 }

@@ -281,7 +281,7 @@ void SheetUser::SomebodySaves(bool told)
 
 Recipient SheetUser::FieldsOn(HWND page)
 {
-    const auto text = [page](int id) { return WindowText(GetDlgItem(page, id)); };
+    const auto text = [page](int id) { return WindowText(ItemOf(page, id)); };
     return {text(IDC_NAME_BOX), text(IDC_FAX_NUMBER), text(IDC_COMPANY)};
 }
 

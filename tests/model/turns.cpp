@@ -63,7 +63,7 @@ Place ShownPageOf(HWND sheet)
     const HWND page = PropSheet_GetCurrentPageHwnd(sheet);
     if (page == nullptr)
         return Place::None;
-    return GetDlgItem(page, IDC_NAME_BOX) != nullptr ? Place::FaxJob : Place::Setup;
+    return ItemOf(page, IDC_NAME_BOX) != nullptr ? Place::FaxJob : Place::Setup;
 }
 
 } // namespace

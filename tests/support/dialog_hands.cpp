@@ -5,13 +5,24 @@
 
 #include <algorithm>
 #include <commctrl.h>
+#include <map>
 #include <prsht.h>
+#include <utility>
 
 namespace qx::test {
 
 using host::kFileNameCombo;
 using host::kFileNameEdit;
 using host::kSheetTabs;
+
+HWND ItemOf(HWND dialog, int id)
+{
+    thread_local std::map<std::pair<HWND, int>, HWND> known;
+    HWND& item = known[{dialog, id}];
+    if (GetDlgCtrlID(item) != id || GetParent(item) != dialog)
+        item = GetDlgItem(dialog, id);
+    return item;
+}
 
 void DialogHands::TakeUp(HWND dialog)
 {
@@ -21,12 +32,12 @@ void DialogHands::TakeUp(HWND dialog)
 
 bool DialogHands::IsSheet() const
 {
-    return GetDlgItem(dialog_, kSheetTabs) != nullptr;
+    return ItemOf(dialog_, kSheetTabs) != nullptr;
 }
 
 HWND DialogHands::Control(int id) const
 {
-    const HWND control = GetDlgItem(page_, id);
+    const HWND control = ItemOf(page_, id);
     if (control == nullptr)
         throw NotUsable("no such control");
     return control;
@@ -68,7 +79,7 @@ void DialogHands::Press(int id)
 
 void DialogHands::PressSheet(int id)
 {
-    const HWND button = GetDlgItem(dialog_, id);
+    const HWND button = ItemOf(dialog_, id);
     if (button == nullptr || !IsWindowEnabled(button))
         throw NotUsable("no such button");
     SendMessageW(button, BM_CLICK, 0, 0);
@@ -95,9 +106,9 @@ void DialogHands::SelectRows(int id, const std::vector<int>& rows)
 void DialogHands::ChooseFile(const std::filesystem::path& file)
 {
     for (const int id : {kFileNameCombo, kFileNameEdit}) {
-        if (const HWND name = GetDlgItem(dialog_, id); name != nullptr) {
+        if (const HWND name = ItemOf(dialog_, id); name != nullptr) {
             SetWindowTextW(name, file.c_str());
-            SendMessageW(GetDlgItem(dialog_, IDOK), BM_CLICK, 0, 0);
+            SendMessageW(ItemOf(dialog_, IDOK), BM_CLICK, 0, 0);
             return;
         }
     }
@@ -179,13 +190,13 @@ HWND NewMessageWindow(const wchar_t* className, WNDPROC procedure)
 
 void PressCancel(HWND dialog)
 {
-    SendMessageW(dialog, WM_COMMAND, IDCANCEL, reinterpret_cast<LPARAM>(GetDlgItem(dialog, IDCANCEL)));
+    SendMessageW(dialog, WM_COMMAND, IDCANCEL, reinterpret_cast<LPARAM>(ItemOf(dialog, IDCANCEL)));
 }
 
 void Answer(HWND box, const std::vector<int>& answers)
 {
     for (const int answer : answers) {
-        if (const HWND button = GetDlgItem(box, answer); button != nullptr) {
+        if (const HWND button = ItemOf(box, answer); button != nullptr) {
             SendMessageW(box, WM_COMMAND, static_cast<WPARAM>(answer), reinterpret_cast<LPARAM>(button));
             return;
         }

@@ -17,6 +17,10 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+// GetDlgItem for controls that are asked for again and again: Wine asks another process each time. NULL when there is
+// none.
+HWND ItemOf(HWND dialog, int id);
+
 class DialogHands : NoCopy {
 public:
     HWND Dialog() const { return dialog_; }
