@@ -209,6 +209,22 @@ TEST_F(PhoneBookListTest, RowsOfABookThatWasLoadedAgainAreNobody)
     EXPECT_EQ(CollectSelectedItems(list, *book).size(), 1u);
 }
 
+TEST_F(PhoneBookListTest, RowsThatStayBehindWhenTheyCannotBeReplacedAreNobody)
+{
+    book.AddEntry(L"Zoe", L"1", L"", 7);
+    FillPhoneBookList(list, *book, ListedItems::All);
+    Select(0);
+    book->Reload();
+    book.AddEntry(L"Amy", L"2", L"", 7);
+    FailingCalls<decltype(SendMessageW), struct Emptying> calls(
+        nullptr, "SendMessageW", 0, ERROR_NOT_ENOUGH_MEMORY,
+        [](HWND, UINT message, WPARAM, LPARAM) { return message == LVM_DELETEALLITEMS; });
+    calls.FailOnly(1);
+    EXPECT_THROW(FillPhoneBookList(list, *book, ListedItems::All), std::exception);
+    EXPECT_TRUE(calls.HasFailed());
+    EXPECT_TRUE(CollectSelectedItems(list, *book).empty());
+}
+
 // Zero is an id, too.
 TEST_F(PhoneBookListTest, RowThatCannotBeReadIsNobody)
 {

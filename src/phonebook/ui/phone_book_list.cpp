@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <stdexcept>
 #include <string>
 
 namespace qx {
@@ -38,14 +39,16 @@ bool AppendItem(HWND list, const PhoneBookItem& item) noexcept
     return AppendRow(list, {item.GetName()}, static_cast<LPARAM>(item.GetId()), 0);
 }
 
-// The list stays where it was scrolled to. False when it does not take all rows whole: some are missing then.
-template <class Items> bool ReplaceRows(HWND list, const Items& items) noexcept
+// The list stays where it was scrolled to. False when it does not take all rows whole: some are missing then. Throws
+// when it keeps its old ones.
+template <class Items> bool ReplaceRows(HWND list, const Items& items)
 {
     const auto topRow = static_cast<int>(SendMessageW(list, LVM_GETTOPINDEX, 0, 0));
     bool whole = true;
     {
         const RedrawOff quiet(list);
-        SendMessageW(list, LVM_DELETEALLITEMS, 0, 0);
+        if (!SendMessageW(list, LVM_DELETEALLITEMS, 0, 0))
+            throw std::runtime_error("a list keeps its old rows");
         SendMessageW(list, LVM_SETITEMCOUNT, items.size(), 0);
         for (const auto* const item : items)
             whole = AppendItem(list, *item) && whole;
@@ -206,7 +209,7 @@ void FillPhoneBookList(PhoneBookList& list, const PhoneBook& book, ListedItems l
     std::vector<const PhoneBookItem*> rows;
     rows.reserve(book.GetCount());
     list.names.Clear();
-    list.loads = book.Loads();
+    list.loads.reset(); // the ids of rows that stay, should this fail, may be those of others by now
     for (const PhoneBookItem* const item : book.Items()) {
         if (listed == ListedItems::EntriesOnly && item->IsGroup())
             continue;
@@ -214,6 +217,7 @@ void FillPhoneBookList(PhoneBookList& list, const PhoneBook& book, ListedItems l
         list.names.Append(Cut(item->GetName(), kRowNameLimit));
     }
     ReplaceRows(list.window, rows);
+    list.loads = book.Loads();
 }
 
 void ShowRow(const PhoneBookList& list, std::size_t row)

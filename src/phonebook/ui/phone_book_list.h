@@ -4,6 +4,7 @@
 #include "dialog/list_view.h"
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -42,8 +43,8 @@ private:
 // A list view that shows items of the phone book.
 struct PhoneBookList {
     HWND window = nullptr;
-    RowTexts names = {}; // of the rows: the items themselves may be gone with the next reload
-    unsigned loads = 0;  // of the book, when the rows were filled
+    RowTexts names = {};                // of the rows: the items themselves may be gone with the next reload
+    std::optional<unsigned> loads = {}; // of the book, when the rows were filled
 };
 
 enum class ListedItems { All, EntriesOnly };
