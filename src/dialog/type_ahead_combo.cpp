@@ -174,6 +174,7 @@ void DetachTypeAhead(TypeAheadState& state) noexcept
     GiveBack(state.edit, Procedure<AnswerEditMessage>, state.editProcedure);
     Unregister(state);
     FreeSuggestionItems(state);
+    state.combo = state.edit = state.list = nullptr;
 }
 
 void SetSuggestionItems(TypeAheadState& state, std::vector<SuggestionItem> items)
@@ -263,11 +264,6 @@ const void* GetChosenItemData(TypeAheadState& state)
 bool TakeUnansweredChange(TypeAheadState& state) noexcept
 {
     return std::exchange(state.composedChange, false);
-}
-
-const SuggestionItem* SuggestionOfText(const TypeAheadState& state)
-{
-    return state.suggestions.Find(EditText(state));
 }
 
 void ClearNameBox(TypeAheadState& state)

@@ -2,6 +2,8 @@
 // what the user has seen.
 #include "support/failing_calls.h"
 
+#include "host/window_query.h"
+#include "phonebook/ui/phone_book_changed.h"
 #include "res/add_recipients_ids.h"
 #include "res/cover_page_ids.h"
 #include "res/edit_defaults_ids.h"
@@ -429,6 +431,27 @@ TEST_F(FailingCallsTest, APageThatCannotBeFilledEndsTheSheetAsCancelled)
         EXPECT_EQ(session_.End().Cancelled, 1u) << field;
         EXPECT_EQ(session_.Recipients(), Recipients{}) << field;
     }
+}
+
+// The sheet, which the other page has hooked, is still there when the next message comes.
+TEST_F(FailingCallsTest, APhoneBookThatChangesIsNotFollowedByAPageThatCouldNotBeFilled)
+{
+    SendFaxSession session(WithOutcomeUnknown()); // without defaults: it begins on the other page
+    const auto ofNameBox = [](HWND window, int index, LONG_PTR) {
+        if (index != GWLP_WNDPROC || !host::IsOfClass(window, L"Edit") ||
+            GetDlgCtrlID(GetParent(window)) != IDC_NAME_BOX)
+            return false;
+        PostMessageW(GetAncestor(window, GA_ROOT), PhoneBookChangedMessage(), 0, 0);
+        return true;
+    };
+    FailingCalls<decltype(SetWindowLongPtrW), struct NameBoxCalls> calls(session.Module(), "SetWindowLongPtrW", 0,
+                                                                         ERROR_ACCESS_DENIED, ofNameBox);
+    calls.FailOnly(1);
+    session.Start();
+    session.Ui().WaitForControl(IDC_EDIT_DEFAULTS);
+    session.Ui().GoToPage(0);
+    EXPECT_EQ(session.End().Cancelled, 1u);
+    EXPECT_TRUE(calls.HasFailed());
 }
 
 TEST_F(FailingCallsTest, APageThatCannotShowAChoiceEndsTheSheetAsCancelled)
