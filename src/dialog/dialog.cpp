@@ -7,6 +7,15 @@
 
 namespace qx {
 
+namespace {
+
+bool HoldsCharacters(HWND edit) noexcept
+{
+    return SendMessageW(edit, EM_GETLINECOUNT, 0, 0) > 1 || SendMessageW(edit, EM_LINELENGTH, 0, 0) > 0;
+}
+
+} // namespace
+
 std::wstring WindowText(HWND window, std::size_t units)
 {
     const auto length = static_cast<std::size_t>(std::max(GetWindowTextLengthW(window), 0));
@@ -19,12 +28,17 @@ std::wstring WindowText(HWND window, std::size_t units)
 std::wstring FieldText(HWND edit, std::size_t units)
 {
     // Asked in three ways: an empty answer may also mean that the question has failed.
-    const bool holdsText = SendMessageW(edit, EM_GETLINECOUNT, 0, 0) > 1 || SendMessageW(edit, EM_LINELENGTH, 0, 0) > 0;
+    const bool holdsText = HoldsCharacters(edit);
     const bool hasLength = GetWindowTextLengthW(edit) > 0;
     std::wstring text = WindowText(edit, units);
     if (edit == nullptr || hasLength != holdsText || text.empty() == holdsText)
         throw std::runtime_error("a field cannot be read");
     return text;
+}
+
+bool HasText(HWND window) noexcept
+{
+    return window == nullptr || GetWindowTextLengthW(window) > 0 || HoldsCharacters(window);
 }
 
 void SetFieldText(HWND dialog, int control, const wchar_t* text)

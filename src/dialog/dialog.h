@@ -268,9 +268,7 @@ inline bool IsMirrored(HWND window) noexcept
     return (GetWindowLongPtrW(window, GWL_EXSTYLE) & WS_EX_LAYOUTRTL) != 0;
 }
 
-inline bool HasText(HWND window) noexcept
-{
-    return GetWindowTextLengthW(window) > 0;
-}
+// Of an edit field. In doubt yes: a question that fails is answered as by an empty one.
+bool HasText(HWND window) noexcept;
 
 } // namespace qx

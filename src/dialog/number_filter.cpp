@@ -18,10 +18,11 @@ void RefuseOtherCharacters(NumberFilter& filter, HWND dialog, int field)
 {
     const HWND edit = GetDlgItem(dialog, field);
     std::wstring text = WindowText(edit, filter.units);
+    const bool isRead = !text.empty() || !HasText(edit);
     // Also a text that the program has put there against the rule: nothing better could come back.
-    if (text == filter.accepted)
+    if (isRead && text == filter.accepted)
         return;
-    if (std::ranges::all_of(text, filter.allowed)) {
+    if (isRead && std::ranges::all_of(text, filter.allowed)) {
         filter.accepted = std::move(text);
         return;
     }

@@ -71,8 +71,6 @@ bool TakeUnansweredChange(TypeAheadState& state) noexcept;
 // The page's value of the row that is selected or, without a selection, of the item whose text is the edit's; null when
 // there is none.
 const void* GetChosenItemData(TypeAheadState& state);
-// The item whose text is the edit's, whatever row is selected; null when there is none.
-const SuggestionItem* SuggestionOfText(const TypeAheadState& state);
 
 // Empties the edit, as the program's act: what is typed next is typed into an empty field.
 void ClearNameBox(TypeAheadState& state);

@@ -22,13 +22,19 @@ HWND ControlOf(const RecipientFields& fields, int id) noexcept
     return GetDlgItem(fields.dialog, id);
 }
 
+// In doubt not: a question that fails is answered as by an empty field.
+bool Shows(HWND field, const std::wstring& text)
+{
+    return WindowText(field) == text && !(text.empty() && HasText(field));
+}
+
 // A text that stands there already is not set again: every keystroke in the name box may come here. A field that does
 // not take the text is emptied, or it would go on showing that of another recipient.
 void SetText(const RecipientFields& fields, int id, const wchar_t* text)
 {
     const HWND control = ControlOf(fields, id);
-    if (WindowText(control) != OrEmpty(text) && !SetWindowTextW(control, OrEmpty(text)))
-        SetWindowTextW(control, L"");
+    if (!Shows(control, OrEmpty(text)) && !SetWindowTextW(control, OrEmpty(text)) && !SetWindowTextW(control, L""))
+        throw std::runtime_error("a field keeps the text of another recipient");
 }
 
 std::wstring TextOf(const RecipientFields& fields, int id)
@@ -87,7 +93,7 @@ void ShowEntry(RecipientFields& fields, const wchar_t* faxNumber, const wchar_t*
     ShowGroupText(fields, false);
     // Set at once: emptied before, the field would turn buttons off under the mouse. A stored number that the filter
     // refuses must not bring back the one of another recipient.
-    if (TextOf(fields, IDC_FAX_NUMBER) != OrEmpty(faxNumber)) {
+    if (!Shows(ControlOf(fields, IDC_FAX_NUMBER), OrEmpty(faxNumber))) {
         fields.faxNumber.accepted.clear();
         SetText(fields, IDC_FAX_NUMBER, faxNumber);
     }
@@ -95,9 +101,25 @@ void ShowEntry(RecipientFields& fields, const wchar_t* faxNumber, const wchar_t*
     fields.refill = ReadRecipient(fields);
 }
 
-// Without an item the fields are emptied.
-void ShowItem(RecipientFields& fields, const PhoneBookItem* item)
+// Better nobody's number than another one's.
+void ShowNobody(RecipientFields& fields) noexcept
 {
+    fields.numberTaken = Holds(fields, IDC_FAX_NUMBER);
+    fields.group = nullptr;
+    fields.refill.reset();
+    fields.faxNumber.accepted.clear();
+    fields.keepAnothers = false;
+    for (const int id : {IDC_FAX_NUMBER, IDC_COMPANY, IDC_GROUP_TEXT}) {
+        SetWindowTextW(ControlOf(fields, id), L"");
+        fields.keepAnothers = fields.keepAnothers || Holds(fields, id);
+    }
+    ShowGroupText(fields, false);
+}
+
+// Without an item the fields are emptied; so they are, and it throws, when they cannot be told apart from what stood
+// there before.
+void ShowItem(RecipientFields& fields, const PhoneBookItem* item)
+try {
     fields.numberTaken = false;
     if (const PhoneBookGroup* const group = AsGroup(item))
         ShowGroup(fields, *group);
@@ -105,6 +127,10 @@ void ShowItem(RecipientFields& fields, const PhoneBookItem* item)
         ShowEntry(fields, entry->FaxNumber(), entry->Company());
     else
         ShowEntry(fields, nullptr, nullptr);
+    fields.keepAnothers = false;
+} catch (...) {
+    ShowNobody(fields);
+    throw;
 }
 
 void FillEmptyFields(RecipientFields& fields)
@@ -234,12 +260,16 @@ void FillFieldsFromNameBox(RecipientFields& fields)
 
 void SettleFields(RecipientFields& fields)
 {
+    if (fields.keepAnothers)
+        ShowNobody(fields);
+    if (fields.keepAnothers)
+        throw std::runtime_error("the fields cannot be emptied");
     if (TakeUnansweredChange(fields.nameBox))
         FillEmptyFields(fields);
     if (!fields.refill)
         return;
-    const std::wstring name = TextOf(fields, IDC_NAME_BOX);
-    const SuggestionItem* const found = name != fields.refill->name ? SuggestionOfText(fields.nameBox) : nullptr;
+    const std::wstring name = FieldText(fields.nameBox.edit, kFieldUnits);
+    const SuggestionItem* const found = name != fields.refill->name ? fields.nameBox.suggestions.Find(name) : nullptr;
     if (found == nullptr || found->data == nullptr)
         return;
     // The name that was refilled from, in other letters: only an item of just these letters is another one.

@@ -29,6 +29,8 @@ struct RecipientFields {
     std::optional<Recipient> refill;
     // Settling has taken the number that stood in the fields away, and the user has not acted on it yet.
     bool numberTaken = false;
+    // A field could not be emptied of what belongs to another name. Settling tries again, and throws until it can be.
+    bool keepAnothers = false;
 };
 
 // Posted to the page, which calls FindFocus: a field may have been disabled under the focus.
@@ -57,6 +59,7 @@ void FillFieldsFromNameBox(RecipientFields& fields);
 // While the user types, the fields are refilled as long as they are empty: typing on from one name to another leaves
 // the number of the first. Before anything is done with the fields, and when the user leaves the name, the one that
 // stands there gets its own number. What the user has put into the fields stays, and so it does for an unknown name.
+// Throws when it cannot be told whose number stands there.
 void SettleFields(RecipientFields& fields);
 
 // Somebody listens: the fax number is one that is required, and the group's text is read for itself, since the label

@@ -1,4 +1,5 @@
 // The completing name box on the real page, with the messages that keyboard and mouse send to it.
+#include "support/failing_calls.h"
 #include "support/fax_job_page_stand.h"
 #include "support/redirected_import.h"
 #include "support/string_library.h"
@@ -457,6 +458,46 @@ TEST_F(Typist, NeverFindsTheNumberOfOneNameBesideAnotherWhenTheFieldDoesNotTakeT
     ASSERT_EQ(Fax(), L"101");
     Leave();
     ExpectFields(L"Andrew", L"", L"Mill");
+}
+
+// With the first, the second, ... call failing, alone or with all later ones.
+template <class Function, class Failure>
+void SendWhileEachFails(FaxJobPageStand& stand, const char* function, Failure failure)
+{
+    FailingCalls<Function, struct FieldCalls> calls(nullptr, function, failure);
+    for (const bool alone : {true, false}) {
+        const auto send = [&](long call) {
+            if (!stand.Send())
+                return false;
+            const bool failed = calls.HasFailed();
+            calls.FailNone();
+            const Texts fields{stand.Text(IDC_NAME_BOX), stand.Text(IDC_FAX_NUMBER)};
+            EXPECT_FALSE(fields == Texts({L"Andrew", L"101"}) || fields == Texts({L"Anna", L"102"}))
+                << function << (alone ? " " : " from ") << call;
+            return !failed || testing::Test::HasFailure();
+        };
+        bool sentWhole = false;
+        for (long call = 1; !sentWhole; call = alone ? call + 1 : call * 2) {
+            if (alone)
+                calls.FailOnly(call);
+            else
+                calls.FailFrom(call);
+            stand.TypeName(L"andr"); // past Anna
+            sentWhole = send(call);
+            calls.FailNone();
+            send(call);
+            ClearFields(stand.Page().fields);
+        }
+    }
+}
+
+TEST_F(Typist, NeverSendsTheNumberOfOneNameBesideAnotherWhateverFails)
+{
+    stand.LetTheOtherPageRefuse(true);
+    SendWhileEachFails<decltype(GetWindowTextW)>(stand, "GetWindowTextW", 0);
+    SendWhileEachFails<decltype(GetWindowTextLengthW)>(stand, "GetWindowTextLengthW", 0);
+    SendWhileEachFails<decltype(SetWindowTextW)>(stand, "SetWindowTextW", FALSE);
+    SendWhileEachFails<decltype(GetDlgItem)>(stand, "GetDlgItem", nullptr);
 }
 
 TEST_F(Typist, WhoTypesOnToAnotherNameAndClicksTheButtonTakesThatOne)
