@@ -567,6 +567,22 @@ TEST_F(FailingFiles, WithoutACopyNothingIsWrittenInPlace)
     EXPECT_EQ(ReadBytes(Path()), before);
 }
 
+TEST_F(FailingFiles, TheCopyOfWhatIsWrittenOverLiesInTheTemporaryFolderOrNowhere)
+{
+    WriteBook();
+    TakeNoSecondFile(ERROR_ACCESS_DENIED);
+    refusals.copy = [this, beside = refusals.copy](const std::wstring& path) -> DWORD {
+        EXPECT_TRUE(path.starts_with(temporary.Path().wstring())) << path;
+        return beside(path);
+    };
+    FailingCalls<decltype(GetTempPathW), struct Folders> folders(nullptr, "GetTempPathW", 0);
+    folders.FailFrom(2); // the replacement lies there by then
+    const bool saved = SaveBob();
+    folders.FailNone();
+    EXPECT_TRUE(saved ? NamesInFile() == Names{L"Bob"} : ReadBytes(Path()) == before);
+    EXPECT_TRUE(CopiesInTemporaryFolder().empty());
+}
+
 // Names
 
 TEST_F(FailingFiles, EveryAttemptHasATemporaryOfItsOwn)

@@ -173,10 +173,9 @@ Replacement::Replacement(const std::wstring& path) : path_(path)
 {
     if (Create(path) || !TakesNoSecondFile(GetLastError()))
         return;
-    beside_ = false;
-    const std::wstring start = StartInTemporaryFolder();
-    if (!start.empty())
-        Create(start);
+    elsewhere_ = StartInTemporaryFolder();
+    if (!elsewhere_.empty())
+        Create(elsewhere_);
 }
 
 // False with the last error set.
@@ -207,7 +206,7 @@ Replacement::~Replacement()
 
 bool Replacement::TakePlace(const MayGo& mayGo)
 {
-    return FlushToDisk(temporary_) && (beside_ ? Rename(mayGo) : Overwrite(mayGo));
+    return FlushToDisk(temporary_) && (elsewhere_.empty() ? Rename(mayGo) : Overwrite(mayGo));
 }
 
 bool Replacement::Rename(const MayGo& mayGo)
@@ -231,14 +230,14 @@ bool Replacement::Rename(const MayGo& mayGo)
 
 bool Replacement::Overwrite(const MayGo& mayGo)
 {
-    RemoveAbandonedFiles(StartInTemporaryFolder(), kReplacementEnding);
+    RemoveAbandonedFiles(elsewhere_, kReplacementEnding);
     if (!mayGo())
         return false;
     std::string oldContent;
     std::string newContent;
     if (ReadWholeFile(path_, oldContent) != ERROR_SUCCESS || ReadWholeFile(temporary_, newContent) != ERROR_SUCCESS)
         return false;
-    const std::wstring copy = UniqueName(StartInTemporaryFolder(), kCopyEnding);
+    const std::wstring copy = UniqueName(elsewhere_, kCopyEnding);
     if (!oldContent.empty() && CopyToNewFile(path_, copy) != ERROR_SUCCESS)
         return false;
     const bool written = WriteOver(path_, newContent);

@@ -38,7 +38,7 @@ private:
 
     const std::wstring path_;
     std::wstring temporary_;
-    bool beside_ = true;
+    std::wstring elsewhere_; // what its name begins with in the temporary folder; empty when it lies beside path
 };
 
 // Removes what processes that died while replacing path left beside it: files of a replacement's name that have been
