@@ -283,6 +283,12 @@ protected:
         };
     }
 
+    // Whether a call opens the book itself to write over what is in it.
+    bool WritesOver(const std::wstring& path, DWORD access, DWORD disposition) const
+    {
+        return path == Path() && (access & GENERIC_WRITE) != 0 && disposition == OPEN_EXISTING;
+    }
+
     std::string Kept(const wchar_t* ending) const { return ReadBytes(Path() + ending); }
 
     const std::string theirs = "<theirs/>", theirNext = "<next/>";
@@ -332,6 +338,68 @@ TEST_F(SavedElsewhere, BeforeItIsWrittenOverInPlaceItIsKept)
     ASSERT_EQ(copies.size(), 1u);
     EXPECT_EQ(ReadBytes(copies[0]), theirs);
     EXPECT_EQ(NamesInFile(), Names{L"Ann"});
+}
+
+TEST_F(SavedElsewhere, WhileWhatIsWrittenOverIsCopiedItIsKept)
+{
+    TakeNoSecondFile(ERROR_PATH_NOT_FOUND);
+    refusals.flush = AtCall(2, theirs); // of the copy that lies there while it is written over
+    book->Save(1);
+    const Names copies = KeptCopies(Path());
+    ASSERT_EQ(copies.size(), 1u);
+    EXPECT_EQ(ReadBytes(copies[0]), theirs);
+    EXPECT_EQ(NamesInFile(), Names{L"Ann"});
+    EXPECT_EQ(CopiesInTemporaryFolder().size(), 1u);
+}
+
+TEST_F(SavedElsewhere, RightBeforeItWouldBeWrittenOverItIsKept)
+{
+    TakeNoSecondFile(ERROR_PATH_NOT_FOUND);
+    refusals.open = [&, beside = refusals.open, saved = false](const std::wstring& path, DWORD access,
+                                                               DWORD disposition) mutable -> DWORD {
+        if (WritesOver(path, access, disposition) && !std::exchange(saved, true))
+            SaveElsewhere(theirs);
+        return beside(path, access, disposition);
+    };
+    book->Save(1);
+    const Names copies = KeptCopies(Path());
+    ASSERT_EQ(copies.size(), 1u);
+    EXPECT_EQ(ReadBytes(copies[0]), theirs);
+    EXPECT_EQ(NamesInFile(), Names{L"Ann"});
+    EXPECT_EQ(CopiesInTemporaryFolder().size(), 1u);
+}
+
+TEST_F(SavedElsewhere, AgainAndAgainBeforeItWouldBeWrittenOverItStays)
+{
+    TakeNoSecondFile(ERROR_PATH_NOT_FOUND);
+    std::string last;
+    refusals.open = [&, beside = refusals.open, saves = 0](const std::wstring& path, DWORD access,
+                                                           DWORD disposition) mutable -> DWORD {
+        if (WritesOver(path, access, disposition))
+            SaveElsewhere(last = "<theirs number='" + std::to_string(++saves) + "'/>");
+        return beside(path, access, disposition);
+    };
+    EXPECT_FALSE(SaveBob());
+    EXPECT_EQ(ReadBytes(Path()), last);
+    EXPECT_TRUE(CopiesInTemporaryFolder().empty());
+}
+
+// Who holds the file for longer than a save waits may save in it.
+TEST_F(SavedElsewhere, WhileItCannotBeOpenedToBeWrittenOverItStays)
+{
+    TakeNoSecondFile(ERROR_PATH_NOT_FOUND);
+    refusals.open = [&, beside = refusals.open, calls = 0](const std::wstring& path, DWORD access,
+                                                           DWORD disposition) mutable -> DWORD {
+        constexpr int kWholePatience = 41;
+        if (!WritesOver(path, access, disposition) || ++calls > kWholePatience)
+            return beside(path, access, disposition);
+        if (calls == kWholePatience)
+            SaveElsewhere(theirs);
+        return ERROR_SHARING_VIOLATION;
+    };
+    EXPECT_FALSE(SaveBob());
+    EXPECT_EQ(ReadBytes(Path()), theirs);
+    EXPECT_TRUE(CopiesInTemporaryFolder().empty());
 }
 
 TEST_F(SavedElsewhere, RightAfterARenameItIsNotTakenForSeen)
@@ -763,7 +831,8 @@ TEST_F(FailingFiles, ACopyThatCannotBeComparedIsNotTakenForOneOfThisFile)
 TEST_F(FailingFiles, AReadThatFailsWhileWritingInPlaceLosesNothing)
 {
     int refused = 0;
-    for (long call = 1; call <= 4; ++call) { // the new content's end, its mark, the old content, the new one
+    // The new content's end, its mark, itself, the copy, the old content.
+    for (long call = 1; call <= 5; ++call) {
         refusals.open = nullptr;
         WriteBook();
         TakeNoSecondFile(ERROR_ACCESS_DENIED);
@@ -776,7 +845,7 @@ TEST_F(FailingFiles, AReadThatFailsWhileWritingInPlaceLosesNothing)
         EXPECT_EQ(saved ? NamesInFile() : Names{L"Bob"}, Names{L"Bob"}) << call;
         EXPECT_TRUE(saved || ReadBytes(Path()) == before) << call;
     }
-    EXPECT_EQ(refused, 3);
+    EXPECT_EQ(refused, 4);
 }
 
 TEST_F(FailingFiles, WhereNoFolderTakesASecondFileNothingIsWritten)

@@ -64,13 +64,26 @@ DWORD ReadSome(HANDLE file, std::span<char> buffer) noexcept
     return ReadFile(file, buffer.data(), static_cast<DWORD>(buffer.size()), &read, nullptr) ? read : 0;
 }
 
-// Writes over what is there, without emptying the file first, and to the disk.
-bool WriteOver(const std::wstring& path, const std::string& bytes) noexcept
+// From the file's beginning. ERROR_SUCCESS or ERROR_FILE_TOO_LARGE.
+DWORD ReadWhole(HANDLE file, std::string& out)
 {
-    const UniqueFile file = OpenWhenFree(path, GENERIC_WRITE);
+    LARGE_INTEGER size{};
+    if (!GetFileSizeEx(file, &size) || size.QuadPart > kLongestFile)
+        return ERROR_FILE_TOO_LARGE;
+    std::string content(static_cast<std::size_t>(size.QuadPart), '\0');
+    if (ReadSome(file, content) != content.size())
+        return ERROR_FILE_TOO_LARGE;
+    out = std::move(content);
+    return ERROR_SUCCESS;
+}
+
+// Writes over what is there, without emptying the file first, and to the disk.
+bool WriteOver(HANDLE file, const std::string& bytes) noexcept
+{
     DWORD written = 0;
-    return file && WriteFile(file.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) &&
-           written == bytes.size() && SetEndOfFile(file.Get()) && FlushFileBuffers(file.Get());
+    return SetFilePointerEx(file, {}, nullptr, FILE_BEGIN) &&
+           WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) &&
+           written == bytes.size() && SetEndOfFile(file) && FlushFileBuffers(file);
 }
 
 // A new file, safely on the disk; nothing is left of it when that fails. The error says why.
@@ -105,6 +118,26 @@ bool HaveSameContent(const std::wstring& left, const std::wstring& right)
     }
     return true;
 }
+
+// A copy that has been made at path, and is removed again unless it is kept.
+class PassingCopy : NoCopy {
+public:
+    explicit PassingCopy(std::wstring&& path) noexcept : path_(std::move(path)) {}
+    ~PassingCopy()
+    {
+        if (kept_)
+            return;
+        SetFileAttributesW(path_.c_str(), FILE_ATTRIBUTE_NORMAL);
+        DeleteFileW(path_.c_str());
+    }
+
+    const std::wstring& Path() const noexcept { return path_; }
+    void Keep() noexcept { kept_ = true; }
+
+private:
+    const std::wstring path_;
+    bool kept_ = false;
+};
 
 std::optional<FileStamp> StampOf(HANDLE file) noexcept
 {
@@ -231,21 +264,31 @@ bool Replacement::Rename(const MayGo& mayGo)
 bool Replacement::Overwrite(const MayGo& mayGo)
 {
     RemoveAbandonedFiles(elsewhere_, kReplacementEnding);
-    if (!mayGo())
-        return false;
-    std::string oldContent;
     std::string newContent;
-    if (ReadWholeFile(path_, oldContent) != ERROR_SUCCESS || ReadWholeFile(temporary_, newContent) != ERROR_SUCCESS)
+    if (ReadWholeFile(temporary_, newContent) != ERROR_SUCCESS)
         return false;
-    const std::wstring copy = UniqueName(elsewhere_, kCopyEnding);
-    if (!oldContent.empty() && CopyToNewFile(path_, copy) != ERROR_SUCCESS)
+    for (int saves = 0; saves < kMostSavesWaitedFor; ++saves) {
+        std::wstring name = UniqueName(elsewhere_, kCopyEnding);
+        if (CopyToNewFile(path_, name) != ERROR_SUCCESS)
+            return false;
+        PassingCopy copy(std::move(name));
+        std::string oldContent;
+        if (ReadWholeFile(copy.Path(), oldContent) != ERROR_SUCCESS || !mayGo())
+            return false;
+        // From here on no other machine writes. One that has since the copy was made takes another round.
+        const UniqueFile file = OpenWhenFree(path_, GENERIC_READ | GENERIC_WRITE);
+        std::string content;
+        if (!file || ReadWhole(file.Get(), content) != ERROR_SUCCESS)
+            return false;
+        if (content != oldContent)
+            continue;
+        if (WriteOver(file.Get(), newContent))
+            return true;
+        if (!WriteOver(file.Get(), oldContent) && !oldContent.empty())
+            copy.Keep();
         return false;
-    const bool written = WriteOver(path_, newContent);
-    if ((written || WriteOver(path_, oldContent)) && !oldContent.empty()) {
-        SetFileAttributesW(copy.c_str(), FILE_ATTRIBUTE_NORMAL);
-        DeleteFileW(copy.c_str());
     }
-    return written;
+    return false;
 }
 
 void RemoveAbandonedReplacements(const std::wstring& path) noexcept
@@ -328,16 +371,10 @@ DWORD ReadWholeFile(const std::wstring& path, std::string& out, std::optional<Fi
     const UniqueFile file = OpenWhenFree(path, GENERIC_READ);
     if (!file)
         return GetLastError();
-    LARGE_INTEGER size{};
-    if (!GetFileSizeEx(file.Get(), &size) || size.QuadPart > kLongestFile)
-        return ERROR_FILE_TOO_LARGE;
-    std::string content(static_cast<std::size_t>(size.QuadPart), '\0');
-    if (ReadSome(file.Get(), content) != content.size())
-        return ERROR_FILE_TOO_LARGE;
-    if (stamp != nullptr)
+    const DWORD error = ReadWhole(file.Get(), out);
+    if (error == ERROR_SUCCESS && stamp != nullptr)
         *stamp = StampOf(file.Get());
-    out = std::move(content);
-    return ERROR_SUCCESS;
+    return error;
 }
 
 } // namespace qx

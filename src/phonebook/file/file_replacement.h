@@ -11,6 +11,9 @@
 
 namespace qx {
 
+// Of others, which come between looking at a file and replacing it.
+inline constexpr int kMostSavesWaitedFor = 20;
+
 // A new, empty file that is to take the place of path, which exists and is no link. It lies beside path, or in the
 // temporary folder when the folder of path takes no second file; there is none when it can lie nowhere. It is hidden
 // only when it takes the place: a hidden one could not be saved over. It is removed again unless it took the place.
@@ -27,8 +30,9 @@ public:
 
     // Puts the new content, once it is safely on the disk, where the old one was: in one step when it lies beside it.
     // Otherwise it is written over the old one, of which a copy lies in the temporary folder until that is done; when
-    // it fails the old content is put back, and the copy stays unless that succeeded. The file keeps its security and
-    // its attributes and is hidden. False: the old content is there.
+    // it fails the old content is put back, and the copy stays unless that succeeded. What somebody else saves until
+    // the first byte is written counts as the old content, and is asked for. The file keeps its security and its
+    // attributes and is hidden. False: the old content is there.
     bool TakePlace(const MayGo& mayGo);
 
 private:

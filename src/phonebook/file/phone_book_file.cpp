@@ -330,8 +330,6 @@ public:
     }
 
 private:
-    static constexpr int kMostSavesWaitedFor = 20;
-
     const std::wstring& path_;
     const bool matters_;
     std::optional<ContentHash> known_;
