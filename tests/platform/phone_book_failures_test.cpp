@@ -424,14 +424,18 @@ TEST_F(FailingFiles, ABookOfWhichALoadDropsSomethingIsKeptBeforeItIsReplaced)
     for (const char* const item :
          {"<qxfax_pbentry entry_id='1' name='Ann' fax_number='555 0100'/>", "<qxfax_pbentry name='Ann'/>",
           "<qxfax_group entry_id='1'><member_list/></qxfax_group>",
-          "<qxfax_group entry_id='1' group_name='G'><member_list/><member_list/></qxfax_group>"}) {
+          "<qxfax_group entry_id='1' group_name='G'><member_list/><member_list/></qxfax_group>",
+          "<qxfax_group entry_id='1' group_name='G'><member_list><m_entry_id><![CDATA[1]]></m_entry_id></member_list>"
+          "</qxfax_group>",
+          "<qxfax_group entry_id='1' group_name='G'><member_list><m_entry_id><!-- -->1</m_entry_id></member_list>"
+          "</qxfax_group>"}) {
         before = std::string("<device><software><component><qxfax_phonebook>") + item +
                  "</qxfax_phonebook></component></software></device>";
         SetFileAttributesW(Path().c_str(), FILE_ATTRIBUTE_NORMAL);
         WriteBytes(Path(), before);
         book->Reload();
         book->Save(book->GetCount());
-        EXPECT_EQ(ReadBytes(Path() + L".bak"), before);
+        EXPECT_EQ(ReadBytes(Path() + L".bak"), before) << item;
         SetFileAttributesW((Path() + L".bak").c_str(), FILE_ATTRIBUTE_NORMAL);
         DeleteFileW((Path() + L".bak").c_str());
     }

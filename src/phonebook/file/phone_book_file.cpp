@@ -190,6 +190,8 @@ private:
             if (const auto text = walk_.FirstText(child)) {
                 group.AddMemberId(ParseId(text->c_str()));
                 NoteId(group.MemberIds().back()); // else a new entry might become a member
+            } else {
+                loaded_.dropped = true;
             }
         });
     }
