@@ -832,6 +832,25 @@ TEST_F(FailingFiles, ACopyThatCannotBeComparedIsNotTakenForOneOfThisFile)
     EXPECT_EQ(documents.Files(), (Names{L"qxfaxab.xml", L"qxfaxab.xml.2.bak", L"qxfaxab.xml.bak"}));
 }
 
+TEST_F(FailingFiles, ABookInUseIsWaitedForOnceHoweverManyCopiesThereAre)
+{
+    WriteBook();
+    int calls = 0;
+    refusals.open = [&](const std::wstring& path, DWORD, DWORD) -> DWORD {
+        calls += path == Path() ? 1 : 0;
+        return path == Path() ? ERROR_SHARING_VIOLATION : ERROR_SUCCESS;
+    };
+    std::vector<int> callsWithCopies;
+    for (std::size_t copies = 0; copies < 3; ++copies) {
+        calls = 0;
+        EXPECT_TRUE(KeepCopy(Path())); // the system's own copying is let through
+        callsWithCopies.push_back(calls);
+    }
+    EXPECT_EQ(KeptCopies(Path()).size(), 3u);
+    EXPECT_GT(callsWithCopies[1], 1);
+    EXPECT_EQ(callsWithCopies[2], callsWithCopies[1]);
+}
+
 TEST_F(FailingFiles, AReadThatFailsWhileWritingInPlaceLosesNothing)
 {
     int refused = 0;

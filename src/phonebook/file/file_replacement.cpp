@@ -98,14 +98,16 @@ DWORD CopyToNewFile(const std::wstring& from, const std::wstring& to) noexcept
     return ERROR_WRITE_FAULT;
 }
 
-bool HaveSameContent(const std::wstring& left, const std::wstring& right)
+// False also when a could not be opened.
+bool HaveSameContent(const UniqueFile& a, const std::wstring& right)
 {
-    const UniqueFile a = OpenWhenFree(left, GENERIC_READ);
+    if (!a)
+        return false;
     const UniqueFile b = OpenWhenFree(right, GENERIC_READ);
     LARGE_INTEGER sizeOfA{};
     LARGE_INTEGER sizeOfB{};
-    if (!a || !b || !GetFileSizeEx(a.Get(), &sizeOfA) || !GetFileSizeEx(b.Get(), &sizeOfB) ||
-        sizeOfA.QuadPart != sizeOfB.QuadPart)
+    if (!b || !GetFileSizeEx(a.Get(), &sizeOfA) || !GetFileSizeEx(b.Get(), &sizeOfB) ||
+        sizeOfA.QuadPart != sizeOfB.QuadPart || !SetFilePointerEx(a.Get(), {}, nullptr, FILE_BEGIN))
         return false;
     std::vector<char> fromA(kBlockBytes);
     std::vector<char> fromB(kBlockBytes);
@@ -172,14 +174,17 @@ std::wstring StartOfCopiesElsewhere(const std::wstring& path)
 // several unreadable phone books each keeps its copy: .bak, .2.bak, .3.bak, ... The error says why there is none.
 DWORD KeepCopyBehind(const std::wstring& start, const std::wstring& path)
 {
+    UniqueFile file = OpenWhenFree(path, GENERIC_READ); // once: somebody may hold it for good
     std::wstring copy;
     DWORD error = ERROR_FILE_EXISTS;
     for (int number = 1; error == ERROR_FILE_EXISTS; ++number) {
         copy = NameOfCopy(start, number);
-        if (GetFileAttributesW(copy.c_str()) == INVALID_FILE_ATTRIBUTES)
+        if (GetFileAttributesW(copy.c_str()) == INVALID_FILE_ATTRIBUTES) {
+            file.Reset(); // others need not wait for the disk
             error = CopyToNewFile(path, copy);
-        else if (HaveSameContent(path, copy))
+        } else if (HaveSameContent(file, copy)) {
             return ERROR_SUCCESS;
+        }
     }
     if (error == ERROR_SUCCESS)
         SetFileAttributesW(copy.c_str(), FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_HIDDEN);
