@@ -97,6 +97,14 @@ LPVOID WINAPI HeapAllocStandIn(HANDLE heap, DWORD flags, SIZE_T bytes)
     return Asked(refusals.allocateHeap) == ERROR_SUCCESS ? allocateHeap->Original()(heap, flags, bytes) : nullptr;
 }
 
+RedirectedImport<decltype(HeapFree)>* freeHeap = nullptr;
+long blocksFreed = 0;
+BOOL WINAPI HeapFreeStandIn(HANDLE heap, DWORD flags, LPVOID block)
+{
+    blocksFreed += block != nullptr ? 1 : 0;
+    return freeHeap->Original()(heap, flags, block);
+}
+
 template <class Function> class StandIn {
 public:
     StandIn(const char* name, Function* function, RedirectedImport<Function>*& current)
@@ -1048,6 +1056,41 @@ TEST_F(FailingFiles, AnyBlockThatCannotBeAllocatedWhileLoadingIsNotTakenForAnEmp
             book->RemoveAll();
         },
         6);
+}
+
+// Items and their texts are blocks of the process heap; nothing else here is.
+TEST_F(FailingFiles, ALoadForWhichMemoryIsShortLeavesNoItemBehind)
+{
+    WriteBook();
+    const StandIn<decltype(HeapFree)> frees("HeapFree", HeapFreeStandIn, freeHeap);
+    FailingCalls<void*(std::size_t), struct LoadMemory> memory(nullptr, "malloc", nullptr);
+    for (const bool ofItems : {true, false}) {
+        int thrown = 0;
+        int failing = 0;
+        for (bool failed = true; failed; ++failing) {
+            long blocks = 0;
+            bool refused = false;
+            blocksFreed = 0;
+            refusals.allocateHeap = [&]() -> DWORD {
+                if (ofItems && blocks == failing)
+                    refused = true;
+                blocks += refused ? 0 : 1;
+                return refused ? ERROR_NOT_ENOUGH_MEMORY : ERROR_SUCCESS;
+            };
+            if (!ofItems)
+                memory.FailOnly(failing + 1);
+            try {
+                LoadPhoneBookFile(Path(), book.store);
+            } catch (const std::bad_alloc&) {
+                ++thrown;
+                EXPECT_EQ(blocks, blocksFreed) << ofItems << failing;
+            }
+            failed = refused || memory.HasFailed();
+            memory.FailNone();
+            refusals = {};
+        }
+        EXPECT_GT(thrown, 5) << ofItems;
+    }
 }
 
 TEST_F(FailingFiles, AReloadForWhichMemoryIsShortLeavesNothingOfACancelledEdit)

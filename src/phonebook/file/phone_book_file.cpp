@@ -147,10 +147,9 @@ private:
             loaded_.dropped = true;
             return;
         }
-        PhoneBookEntry* const entry = store_.NewEntry();
+        PhoneBookEntry* const entry = AddItem(&ItemStore::NewEntry);
         entry->SetId(id);
         entry->SetTexts(texts_);
-        loaded_.items.push_back(entry);
     }
 
     void ReadGroup(IXMLDOMNode& element)
@@ -168,11 +167,19 @@ private:
             loaded_.dropped = true;
             return;
         }
-        PhoneBookGroup* const group = store_.NewGroup();
+        PhoneBookGroup* const group = AddItem(&ItemStore::NewGroup);
         group->SetId(id);
         group->SetName(groupName->c_str());
         ReadMembers(element, *group);
-        loaded_.items.push_back(group);
+    }
+
+    // Before it has its texts: whoever discards the items finds it when there is no memory for those.
+    template <class Item> Item* AddItem(Item* (ItemStore::*make)())
+    {
+        PhoneBookItem*& place = loaded_.items.emplace_back();
+        Item* const item = (store_.*make)();
+        place = item;
+        return item;
     }
 
     // The members stand in a group's only child, whatever it is called. A group with more children has no members.
@@ -366,10 +373,14 @@ LoadedPhoneBook LoadPhoneBookFile(const std::wstring& path, ItemStore& store)
     loaded.outcome = LoadOutcome::NotUnderstood;
     if (!document.Read(bytes))
         return loaded;
-    if (Reader(loaded, store).ReadItems(*document.PhoneBookNode())) {
-        loaded.outcome = LoadOutcome::Read;
-    } else {
-        loaded.outcome = LoadOutcome::NotFinished;
+    try {
+        const bool whole = Reader(loaded, store).ReadItems(*document.PhoneBookNode());
+        loaded.outcome = whole ? LoadOutcome::Read : LoadOutcome::NotFinished;
+    } catch (...) {
+        store.DiscardReplaced(loaded.items);
+        throw;
+    }
+    if (loaded.outcome == LoadOutcome::NotFinished) {
         store.DiscardReplaced(loaded.items);
         loaded.items.clear();
     }
