@@ -111,6 +111,30 @@ TEST(XmlProlog, NestingIsCountedAsAParserWould)
         EXPECT_TRUE(NestsAtMost(bytes, 1)) << bytes;
 }
 
+// The second byte of a character may be a closing bracket's there.
+TEST(XmlProlog, NestingCannotHideBehindCharactersOfTwoBytes)
+{
+    const std::string deep = "<a><a><a></a></a></a>";
+    for (const std::string name : {"Shift_JIS", "Big5", "GBK", "gb2312", "GB18030", "ks_c_5601-1987"}) {
+        const std::string declaration = "<?xml version='1.0' encoding='" + name + "'?>";
+        for (const std::string& hiding :
+             {"<![CDATA[\x83]> <!-- ]]>" + deep + "<!-- -->"s, "<!-- \x81--> <![CDATA[ -->" + deep + "<!-- ]]> -->"s,
+              "<b c=\"\x81\" d=\"/>" + deep + "<b c=\"\"/>"s, "<?p \x81?> <!-- ?>" + deep + "<!-- -->"s,
+              "<!-- </a></a> --><![CDATA[</a></a>]]>" + deep, "\x81<!-- " + deep + " -->", deep + "\x81"}) {
+            const std::string document = declaration + "<a>" + hiding + "</a>";
+            EXPECT_FALSE(NestsAtMost(document, 3)) << testing::PrintToString(document);
+        }
+        for (const std::string& text : {"<b c='\x83\x5D\x83\x83'/>"s, "<!-- \x81\x40 -->"s, "\x88\x9F<b/>"s})
+            EXPECT_TRUE(NestsAtMost(declaration + "<a>" + text + "</a>", 2)) << name << testing::PrintToString(text);
+    }
+    const std::string katakana = "<a c='\xB1'><b/>\xDF</a>"; // of one byte
+    EXPECT_TRUE(NestsAtMost("<?xml version='1.0' encoding='Shift_JIS'?>" + katakana, 2));
+    EXPECT_FALSE(NestsAtMost("<?xml version='1.0' encoding='GBK'?>" + katakana, 2));
+    EXPECT_TRUE(NestsAtMost("<?xml version='1.0' encoding='GB18030'?><a b='\x81\x30\x81\x39'/>", 1));
+    EXPECT_TRUE(NestsAtMost("<?xml version='1.0' encoding='UTF-8'?><a b='\xC3\xBC'><![CDATA[<a>]]></a>", 1));
+    EXPECT_TRUE(NestsAtMost("<a b='\xC3\xBC'/><!-- encoding='GBK' \xFF-->", 1));
+}
+
 TEST(XmlProlog, WhatIsNoDocumentIsRefused)
 {
     for (const std::string& bytes : {""s, " "s, "text"s, "<"s + "!"s, "<!--"s, "<?xml"s, "<?xml ?>"s, "<?pi"s, "\xFF"s,

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <span>
 
 namespace qx {
 
@@ -10,12 +11,15 @@ namespace {
 // How the names begin of encodings whose bytes below 0x80 are ASCII wherever a markup delimiter can stand, and of those
 // of 16 bits. UTF-7, say, is not one of them, nor is IBM037.
 constexpr std::string_view kPlainEncodings[] = {
-    "utf-8",     "utf-16",      "ucs-2",       "iso-10646-ucs-2", "us-ascii",
-    "iso-8859-", "windows-125", "windows-874", "tis-620",         "koi8-",
-    "ibm437",    "ibm85",       "ibm86",       "cp866",           "macintosh",
-    "shift_jis", "gb2312",      "gbk",         "gb18030",         "big5",
-    "ks_c_5601", "euc-",
+    "utf-8",   "utf-16", "ucs-2",  "iso-10646-ucs-2", "us-ascii", "iso-8859-", "windows-125", "windows-874",
+    "tis-620", "koi8-",  "ibm437", "ibm85",           "ibm86",    "cp866",     "macintosh",   "euc-",
 };
+
+// And of those in which the second byte of a character may be below 0x80 as well: a letter's, a digit's or a bracket's.
+constexpr std::string_view kPairedEncodings[] = {"gb2312", "gbk", "gb18030", "big5", "ks_c_5601"};
+constexpr std::string_view kPairedButKatakana[] = {"shift_jis"};
+
+enum class Encoding { NotPlain, Plain, Paired, PairedButKatakana };
 
 constexpr char kNotAscii = '\x7F';
 
@@ -41,6 +45,7 @@ public:
             SetWide(1);
     }
 
+    bool IsWide() const noexcept { return width_ == 2; }
     bool AtEnd() const noexcept { return at_ >= bytes_.size() / width_; }
     void Skip(std::size_t count) noexcept { at_ += count; }
 
@@ -139,9 +144,9 @@ private:
     std::size_t at_ = 0;
 };
 
-bool IsPlainEncoding(Characters value) noexcept
+bool NamesOneOf(std::span<const std::string_view> names, Characters value) noexcept
 {
-    return std::any_of(std::begin(kPlainEncodings), std::end(kPlainEncodings), [&](std::string_view name) {
+    return std::any_of(names.begin(), names.end(), [&](std::string_view name) {
         Characters at = value;
         return std::all_of(name.begin(), name.end(), [&at](char expected) {
             const char found = Lower(at.Current());
@@ -151,9 +156,21 @@ bool IsPlainEncoding(Characters value) noexcept
     });
 }
 
-// Moves behind the declaration; false when it is not closed or names an encoding that is not plain.
-bool SkipDeclaration(Characters& document) noexcept
+Encoding EncodingNamed(const Characters& value) noexcept
 {
+    if (NamesOneOf(kPairedEncodings, value))
+        return Encoding::Paired;
+    if (NamesOneOf(kPairedButKatakana, value))
+        return Encoding::PairedButKatakana;
+    return NamesOneOf(kPlainEncodings, value) ? Encoding::Plain : Encoding::NotPlain;
+}
+
+// Moves behind the declaration, if there is one; not plain when it is not closed or names such an encoding.
+Encoding SkipDeclaration(Characters& document) noexcept
+{
+    Encoding encoding = Encoding::Plain;
+    if (!document.StartsWith("<?xml"))
+        return encoding;
     while (!document.AtEnd() && !document.StartsWith("?>")) {
         if (!document.StartsWith("encoding")) {
             document.Skip(1);
@@ -164,10 +181,27 @@ bool SkipDeclaration(Characters& document) noexcept
         document.Skip(1); // =
         document.SkipSpaces();
         document.Skip(1); // the quote
-        if (!IsPlainEncoding(document))
+        encoding = EncodingNamed(document);
+        if (encoding == Encoding::NotPlain)
+            return encoding;
+    }
+    return document.SkipPast("?>") ? encoding : Encoding::NotPlain;
+}
+
+// Whether no byte that can end markup stands where a parser may take it for a character's second. Well-formed text has
+// none there, but for the bracket.
+bool IsWellPaired(std::string_view bytes, Encoding encoding) noexcept
+{
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        const auto first = static_cast<unsigned char>(bytes[i]);
+        if (first < 0x80 || (encoding == Encoding::PairedButKatakana && 0xA1 <= first && first <= 0xDF))
+            continue;
+        ++i;
+        const auto second = i < bytes.size() ? static_cast<unsigned char>(bytes[i]) : 0;
+        if (second < '0' || ('9' < second && second < '@'))
             return false;
     }
-    return document.SkipPast("?>");
+    return true;
 }
 
 } // namespace
@@ -175,6 +209,10 @@ bool SkipDeclaration(Characters& document) noexcept
 bool NestsAtMost(std::string_view bytes, long levels) noexcept
 {
     Characters document(bytes);
+    const Encoding encoding = SkipDeclaration(document);
+    const bool paired = !document.IsWide() && (encoding == Encoding::Paired || encoding == Encoding::PairedButKatakana);
+    if (paired && !IsWellPaired(bytes, encoding))
+        return false;
     long depth = 0;
     while (document.SkipTo('<')) {
         if (document.Next() == '/') {
@@ -184,6 +222,8 @@ bool NestsAtMost(std::string_view bytes, long levels) noexcept
             document.Skip(4);
             document.SkipPast("-->");
         } else if (document.StartsWith("<![CDATA[")) {
+            if (paired)
+                return false; // a character's second byte may hide its end, or look like it
             document.SkipPast("]]>");
         } else if (document.Next() == '?') {
             document.SkipPast("?>");
@@ -201,7 +241,7 @@ bool NestsAtMost(std::string_view bytes, long levels) noexcept
 bool HasPlainProlog(std::string_view bytes) noexcept
 {
     Characters document(bytes);
-    if (document.StartsWith("<?xml") && !SkipDeclaration(document))
+    if (SkipDeclaration(document) == Encoding::NotPlain)
         return false;
     while (!document.AtEnd()) {
         document.SkipSpaces();

@@ -11,7 +11,8 @@ namespace qx {
 bool HasPlainProlog(std::string_view bytes) noexcept;
 
 // Whether no element lies deeper than the given number of elements, the root counted. A parser may need stack for each
-// level. For documents with a plain prolog; of one that is not well-formed the answer says little.
+// level. For documents with a plain prolog; of one that is not well-formed the answer says little. False as well where
+// characters of two bytes could hide markup from this look.
 bool NestsAtMost(std::string_view bytes, long levels) noexcept;
 
 } // namespace qx
