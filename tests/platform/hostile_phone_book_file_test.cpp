@@ -4,6 +4,7 @@
 
 #include "phonebook/file/com.h"
 #include "support/documents_folder.h"
+#include "support/redirected_import.h"
 
 #include <gtest/gtest.h>
 #include <msxml2.h>
@@ -171,6 +172,55 @@ TEST_F(HostilePhoneBookFile, WithADocumentTypeIsNoPhoneBookHoweverHarmless)
         EXPECT_EQ(Load(type + Document(kAnn)).outcome, LoadOutcome::NotUnderstood) << type;
         EXPECT_EQ(Load(Wide(type + Document(kAnn))).outcome, LoadOutcome::NotUnderstood) << type;
     }
+}
+
+// What the parser is told about itself, and whether it is told before it has a document.
+class TellsTheParser : NoCopy {
+public:
+    TellsTheParser()
+    {
+        constexpr CLSID kClass = {0x2933BF90, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
+        constexpr IID kDocument2 = {0x2933BF95, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
+        ComPtr<IXMLDOMDocument2> document;
+        CoCreateInstance(kClass, nullptr, CLSCTX_INPROC_SERVER, kDocument2,
+                         reinterpret_cast<void**>(document.Receive()));
+        place_ = *reinterpret_cast<void***>(document.Get()) + kSetProperty;
+        original_ = reinterpret_cast<SetProperty*>(*place_);
+        told_.clear();
+        WritePointer(place_, reinterpret_cast<void*>(&Note));
+    }
+    ~TellsTheParser() { WritePointer(place_, reinterpret_cast<void*>(original_)); }
+
+    static std::optional<LONG> Told(const wchar_t* property)
+    {
+        const auto found = told_.find(property);
+        return found == told_.end() ? std::nullopt : std::optional(found->second);
+    }
+
+private:
+    using SetProperty = HRESULT STDMETHODCALLTYPE(IXMLDOMDocument2*, BSTR, VARIANT);
+    static constexpr int kSetProperty = 80;
+
+    static HRESULT STDMETHODCALLTYPE Note(IXMLDOMDocument2* document, BSTR property, VARIANT value)
+    {
+        ComPtr<IXMLDOMElement> root;
+        if (document->get_documentElement(root.Receive()) != S_OK)
+            told_[property] = value.vt == VT_BOOL ? value.boolVal : value.vt == VT_I4 ? value.lVal : 0;
+        return original_(document, property, value);
+    }
+
+    static inline SetProperty* original_ = nullptr;
+    static inline std::map<std::wstring, LONG> told_;
+    ComApartment apartment_;
+    void** place_;
+};
+
+TEST_F(HostilePhoneBookFile, IsReadByAParserThatIsToldToRefuseDocumentTypesAndDeepNesting)
+{
+    const TellsTheParser parser;
+    EXPECT_EQ(Load(Document(kAnn)).items.size(), 1u);
+    EXPECT_EQ(parser.Told(L"ProhibitDTD"), VARIANT_TRUE);
+    EXPECT_EQ(parser.Told(L"MaxElementDepth"), 256);
 }
 
 TEST_F(HostilePhoneBookFile, MadeOfEntitiesDoesNotGrow)
