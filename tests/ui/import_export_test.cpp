@@ -7,6 +7,7 @@
 #include "support/built.h"
 #include "support/dialog_thread.h"
 #include "support/failing_calls.h"
+#include "support/failing_view.h"
 #include "support/phone_book.h"
 #include "support/redirected_import.h"
 #include "support/temporary_folder.h"
@@ -230,6 +231,17 @@ TEST_F(CsvImportDialog, AnEmptyFileCannotBeOpened)
 {
     Import("");
     EXPECT_EQ(End().status, ImportExportStatus::CannotOpen);
+}
+
+TEST_F(CsvImportDialog, AFileOfWhichAPageCannotBeReadCannotBeOpened)
+{
+    const FailingView view;
+    const std::filesystem::path file = Import("Name,Fax\r\n" + std::string(10000, 'x') + ",1\r\n");
+    EXPECT_EQ(End().status, ImportExportStatus::CannotOpen);
+    EXPECT_TRUE(FailingView::WasMappedOnceAndUnmapped());
+    Converse([this] { ReportImportExportResult(texts_, result_, nullptr); });
+    EXPECT_EQ(Ui().AnswerBox(IDOK).text, L"Unable to open the file " + file.wstring() + L".");
+    End();
 }
 
 TEST_F(CsvImportDialog, TheTwinOfTheMappingDialogIsShownFromRightToLeft)
