@@ -182,8 +182,7 @@ bool FaxSheet::PageCreated(HWND sheet)
         return true;
     if (!Hook(sheet))
         return false;
-    SendMessageW(sheet, kTakeOverButtons, 0, 0);
-    return true;
+    return SendMessageW(sheet, kTakeOverButtons, 0, 0) != 0;
 }
 
 // Wholly or not at all: what finds its window in the table finds the procedure before it, too.
@@ -217,11 +216,14 @@ LRESULT FaxSheet::CallPrevious(UINT message, WPARAM w, LPARAM l) const
     return CallWindowProcW(previous_, window_, message, w, l);
 }
 
-void FaxSheet::TakeOverButtons()
+// A button that sends and does not say so is worse than no sheet.
+bool FaxSheet::TakeOverButtons()
 {
-    SetLocalizedText(content_->texts, kSendCaption.id, GetDlgItem(window_, kSendButton), kSendCaption.fallback);
+    if (!SetWindowTextW(GetDlgItem(window_, kSendButton), LocalizedText(content_->texts, kSendCaption).c_str()))
+        return false;
     if (ImportOldAddressBookOnce(content_->faxJobPage.job->PrinterHandleCopy, *content_->faxJobPage.book))
         BroadcastPhoneBookChanged();
+    return true;
 }
 
 // Not every common-controls version creates pages up front, and only a created page is asked at Send.
@@ -270,8 +272,7 @@ LRESULT FaxSheet::Handle(UINT message, WPARAM w, LPARAM l)
     }
     switch (message) {
     case kTakeOverButtons:
-        TakeOverButtons();
-        return 0;
+        return TakeOverButtons();
     case WM_SHOWWINDOW: {
         const LRESULT result = CallPrevious(message, w, l);
         if (w != FALSE && !std::exchange(wasShown_, true))

@@ -38,7 +38,7 @@ public:
 
 private:
     bool Hook(HWND sheet) noexcept;
-    void TakeOverButtons();
+    bool TakeOverButtons();
     void BeginSend();
     void CreateMissingPages();
     void ReloadPhoneBook();

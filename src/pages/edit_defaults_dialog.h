@@ -13,7 +13,7 @@ namespace qx {
 struct EditDefaultsDialog : TextOwner {
     HANDLE printer = nullptr;       // not owned
     FaxJobData* defaults = nullptr; // the working copy, not owned; the device's flags are set in it already
-    bool deviceIsKnown = true;      // or else they are off because they could not be read
+    bool deviceIsKnown = true;      // or else some of them are off because they could not be read
     HWND dialog = nullptr;
     SendSettings settings;
     CoverPage coverPage;

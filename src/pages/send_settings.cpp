@@ -61,6 +61,15 @@ bool TakeChoice(std::span<const Choice> choices, int control, DWORD& chosen) noe
     return true;
 }
 
+// What the buttons show was not taken over when one was clicked.
+void ExpectChosen(HWND dialog, std::span<const Choice> choices, DWORD chosen)
+{
+    for (const Choice& choice : choices) {
+        if (choice.value != chosen && IsChecked(dialog, choice.control))
+            throw std::runtime_error("a choice was not read");
+    }
+}
+
 void LoadSender(SendSettings& settings, const FaxJobData& record)
 {
     const HWND dialog = settings.dialog;
@@ -161,6 +170,9 @@ void SaveSendSettings(const SendSettings& settings, FaxJobData& record)
     // What the box shows was not taken over when it was clicked.
     if (IsChecked(dialog, IDC_PREVIEW) != (settings.showPreview != 0))
         throw std::runtime_error("the preview's check box was not read");
+    ExpectChosen(dialog, kResolutions, settings.resolution);
+    ExpectChosen(dialog, kOccasions, settings.notifyOn);
+    ExpectChosen(dialog, kMethods, settings.notifyMethod);
     SetSenderName(record, FieldText(dialog, IDC_SENDER_NAME, kTextUnits).c_str());
     SetSenderFaxNo(record, FieldText(dialog, IDC_SENDER_FAX, kTextUnits).c_str());
     SetSenderCompany(record, FieldText(dialog, IDC_SENDER_COMPANY, kTextUnits).c_str());

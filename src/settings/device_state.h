@@ -12,7 +12,8 @@ inline constexpr DWORD kCoverPageLocked = 1;
 inline constexpr DWORD kCoverPageLockUnknown = 2;
 
 // Fills the record's printer handle and device flags. A flag that the device-status software has not left, or left in
-// another type, is off, and so is one that cannot be read. False when there was such a one.
+// another type, is off, and so is one that cannot be read, or of which it is not known where to look: then the answer
+// is false. The billing code does not count.
 bool ReadDeviceState(FaxJobData& record, HANDLE printer);
 
 // Fills CoverPageLock and, unless the lock is unknown, DefaultOverlayPath from the data of record.PrinterHandle.

@@ -391,6 +391,19 @@ TEST_F(FailingCallsTest, ASheetThatCannotBeHookedEndsAsCancelled)
     ExpectEverythingSent("the session after it");
 }
 
+TEST_F(FailingCallsTest, ASheetWhoseButtonDoesNotSayThatItSendsEndsAsCancelled)
+{
+    const auto ofButton = [](HWND window, const wchar_t*) {
+        return GetDlgCtrlID(window) == IDOK && IsSheet(GetParent(window));
+    };
+    FailingCalls<decltype(SetWindowTextW), struct CaptionCalls> calls(Module(), "SetWindowTextW", FALSE,
+                                                                      ERROR_NOT_ENOUGH_MEMORY, ofButton);
+    calls.FailOnly(1);
+    session_.Start();
+    EXPECT_EQ(session_.End().Cancelled, 1u);
+    EXPECT_TRUE(calls.HasFailed());
+}
+
 TEST_F(FailingCallsTest, ANameBoxThatCannotBeHookedWhollyEndsTheSheetAsCancelled)
 {
     for (const wchar_t* const part : {L"Edit", L"ComboLBox", L"ComboBox"}) {
@@ -468,6 +481,22 @@ TEST_F(FailingCallsTest, APageThatCannotShowAChoiceEndsTheSheetAsCancelled)
         EXPECT_EQ(session_.End().Cancelled, 1u) << control;
         EXPECT_TRUE(calls.HasFailed()) << control;
     }
+}
+
+TEST_F(FailingCallsTest, AChoiceThatTheUserMadeAndThePageDidNotHearIsNotSentOtherwise)
+{
+    FillEverything();
+    Ui().GoToPage(kSetupPage);
+    // As a button that is checked without a word to its page.
+    const HWND fine = Ui().Control(IDC_FINE);
+    SendMessageW(Ui().Control(IDC_STANDARD), BM_SETCHECK, BST_UNCHECKED, 0);
+    SendMessageW(fine, BM_SETCHECK, BST_CHECKED, 0);
+    PressSend();
+    EXPECT_FALSE(Ui().Finished());
+    ExpectNothingWritten("a choice that the page did not hear");
+    Ui().Choose(IDC_STANDARD);
+    PressSend();
+    ExpectEverythingSent("a choice that it heard");
 }
 
 TEST_F(FailingCallsTest, ACheckBoxThatCannotBeReadIsNotTakenForCleared)
@@ -557,6 +586,28 @@ TEST_F(FailingDefaultsTest, DefaultsThatCannotBeReadAreNotOfferedAsEmptyOnes)
     EXPECT_EQ(Ui().Text(IDC_SENDER_NAME), L"Old name");
     EXPECT_EQ(Ui().Text(IDC_SENDER_COMPANY), L"Old company");
     Ui().Press(IDCANCEL);
+    session_.Cancel();
+}
+
+TEST_F(FailingDefaultsTest, AnAddressIsNotLostWhenItCannotBeToldWhetherTheDeviceSendsMail)
+{
+    session_.SetDefault(L"NotifyEmail", L"ann@example.com");
+    session_.SetDefault(L"NotifyMethod", 2u);
+    const auto ofMail = [](HKEY, const wchar_t* name, DWORD*, DWORD*, BYTE*, DWORD*) {
+        return name != nullptr && std::wstring_view(name) == L"EMAIL-SERVICE-OPERATIONAL";
+    };
+    FailingCalls<decltype(RegQueryValueExW), struct MailCalls> reads(Module(), "RegQueryValueExW", ERROR_ACCESS_DENIED,
+                                                                     ERROR_SUCCESS, ofMail);
+    reads.FailOnly(2); // the first is the job's
+    OpenSetupPage();
+    Ui().Press(IDC_EDIT_DEFAULTS);
+    Ui().WaitForControl(IDC_APPLY_DEFAULTS);
+    EXPECT_TRUE(reads.HasFailed());
+    EXPECT_EQ(Ui().Text(IDC_EMAIL), L"");
+    Ui().Press(IDOK);
+    Ui().WaitForControl(IDC_EDIT_DEFAULTS);
+    EXPECT_EQ(session_.StoredDefaults()[L"NotifyEmail"], DefaultValue(L"ann@example.com"));
+    EXPECT_EQ(session_.StoredDefaults()[L"NotifyMethod"], DefaultValue(2u));
     session_.Cancel();
 }
 
