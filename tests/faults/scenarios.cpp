@@ -3,6 +3,7 @@
 #include "base/unique.h"
 #include "dialog/dialog.h"
 #include "host/utf8.h"
+#include "phonebook/file/file_replacement.h"
 #include "phonebook/recent/recent_list.h"
 #include "res/add_recipients_ids.h"
 #include "res/cover_page_ids.h"
@@ -120,6 +121,29 @@ void Fill(ScriptedUser& user, const Recipient& recipient)
     user.Paste(IDC_COMPANY, recipient.company);
 }
 
+bool IsAmong(const Items& items, const SavedItem& item)
+{
+    return std::ranges::find(items, item) != items.end();
+}
+
+bool AreSame(Items a, Items b)
+{
+    std::ranges::sort(a, {}, &SavedItem::name); // in no order: sorting may fail
+    std::ranges::sort(b, {}, &SavedItem::name);
+    return a == b;
+}
+
+// Each has an id of its own, and groups name entries.
+bool AreSound(const Items& items)
+{
+    const auto isEntry = [&](DWORD id) {
+        return std::ranges::any_of(items, [&](const SavedItem& item) { return item.id == id && item.members.empty(); });
+    };
+    return std::ranges::all_of(items, [&](const SavedItem& item) {
+        return std::ranges::count(items, item.id, &SavedItem::id) == 1 && std::ranges::all_of(item.members, isEntry);
+    });
+}
+
 // ---- sessions that may end with Send
 
 class Sending : public Scenario {
@@ -215,11 +239,14 @@ class OpenAndCancel : public Scenario {
 // ---- the phone book
 
 class AddToPhoneBook : public Scenario {
+    void Prepare() override { file_ = Session().PhoneBookFile(); }
     Script Steps() override
     {
+        before_.clear();
         Script steps;
         for (const Recipient* const recipient : {&kBob, &kAnna})
-            steps.emplace_back([recipient](ScriptedUser& user) {
+            steps.emplace_back([this, recipient](ScriptedUser& user) {
+                before_ = ReadBytes(file_);
                 user.GoToPage(kFaxJobPage);
                 Fill(user, *recipient);
                 user.Press(IDC_ADD_TO_PHONE_BOOK);
@@ -232,6 +259,8 @@ class AddToPhoneBook : public Scenario {
             return {Kind::Wrong, "sent"};
         const SavedItem bob{kBob.name, kBob.faxNumber, kBob.company, {}};
         const SavedItem anna{kAnna.name, kAnna.faxNumber, kAnna.company, {}};
+        if (before_.find("\"Bob\"") != before_.npos && !IsAmong(Session().SavedBook(), bob) && !AreKept({bob}))
+            return Lost(); // what the first save has added
         std::vector<Items> accepted;
         for (const Items& added : {Items{bob, anna}, Items{bob}, Items{anna}}) {
             accepted.push_back(OldBook());
@@ -239,6 +268,16 @@ class AddToPhoneBook : public Scenario {
         }
         return JudgeBook(accepted);
     }
+
+    // Which of its two saves have taken place is not known.
+    Verdict JudgeEnded() override
+    {
+        before_.clear();
+        return Scenario::JudgeEnded();
+    }
+
+    std::filesystem::path file_;
+    std::string before_; // the file, when the last one was to be added
 };
 
 class PickAndSend : public Sending {
@@ -283,7 +322,7 @@ protected:
     void AddOk(Script& steps)
     {
         steps.emplace_back([this](ScriptedUser& user) {
-            shown_ = NamesIn(user.Control(IDC_BOOK_LIST));
+            shown_ = RowsIn(user.Control(IDC_BOOK_LIST));
             user.Press(IDOK);
         });
     }
@@ -294,35 +333,37 @@ protected:
         if (record.Cancelled == 0)
             return {Kind::Wrong, "sent"};
         const Items saved = Session().SavedBook();
-        const bool known = std::ranges::all_of(
-            saved, [&](const SavedItem& item) { return std::ranges::find(may, item) != may.end(); });
-        const auto sorted = [](Items items) {
-            std::ranges::sort(items, {}, &SavedItem::name);
-            return items;
-        };
-        if (sorted(saved) == sorted(wanted))
+        const bool keepsIds = AreSound(saved) && KeepsIds(saved);
+        if (keepsIds && AreSame(saved, wanted))
             return {Kind::AsAsked, "saved"}; // also where the list could not show all of it
-        std::vector<std::wstring> names;
-        for (const SavedItem& item : saved)
-            names.push_back(item.name);
-        std::ranges::sort(names);
-        std::vector<std::wstring> shown = shown_.value_or(std::vector<std::wstring>{});
-        std::ranges::sort(shown);
-        if (shown_ && known && names == shown)
-            return {Kind::Less, "saved as shown"};
-        const auto isKept = [&](const SavedItem& old) {
+        if (keepsIds && AreSame(saved, OldBook()))
+            return {Kind::Less, "book as it was"};
+        const auto isSaved = [&](const Recipient& row) {
+            return std::ranges::any_of(saved, [&](const SavedItem& item) { return Shows(row, item); });
+        };
+        const auto isKnown = [&](const SavedItem& item) { return IsAmong(may, item); };
+        if (!shown_ || !AreSound(saved) || !std::ranges::all_of(saved, isKnown) ||
+            !std::ranges::all_of(*shown_, isSaved))
+            return Lost();
+        const auto isThere = [&](const SavedItem& old) {
             const auto isNamesake = [&](const SavedItem& item) { return item.name == old.name; };
             return std::ranges::none_of(wanted, isNamesake) || std::ranges::any_of(saved, isNamesake);
         };
-        if (shown_ && known && std::ranges::includes(names, shown) && std::ranges::all_of(OldBook(), isKept))
-            return {Kind::Less, "saved, and more than shown"};
-        Verdict verdict = JudgeBook({});
-        if (verdict.kind == Kind::AsAsked)
-            verdict.kind = Kind::Less;
-        return verdict;
+        const bool isWhole = keepsIds && std::ranges::all_of(OldBook(), isThere);
+        if (!isWhole && !AreKept(OldBook()))
+            return Lost();
+        std::string what = saved.size() == shown_->size() ? "saved as shown" : "saved, and more than shown";
+        return {Kind::Less, what + (isWhole ? "" : ", old book kept")};
     }
 
-    std::optional<std::vector<std::wstring>> shown_;
+    // A cell that could not be filled shows nothing.
+    static bool Shows(const Recipient& row, const SavedItem& item)
+    {
+        return row.name == item.name && (row.faxNumber.empty() || row.faxNumber == item.faxNumber) &&
+               (row.company.empty() || row.company == item.company);
+    }
+
+    std::optional<std::vector<Recipient>> shown_;
 };
 
 class EditPhoneBook : public Editing {
@@ -365,17 +406,21 @@ class EditPhoneBook : public Editing {
         const SavedItem bob{kBob.name, kBob.faxNumber, kBob.company, {}}, moved{L"Dora", L"31", L"Dome", {}};
         const SavedItem pair{L"Pair", L"", L"", {1, 2}}, team{L"Team", L"", L"", {1, 3}};
         Items wanted = OldBook();
-        std::erase_if(wanted, [](const SavedItem& item) {
-            return item.name == L"Dora" || item.name == L"Hans" || item.name == L"Team";
-        });
+        std::erase_if(
+            wanted, [](const SavedItem& item) { return item.name == L"Dora" || IsHans(item) || item.name == L"Team"; });
         wanted.insert(wanted.end(), {bob, moved, pair, team});
         Items may = OldBook();
-        may.insert(may.end(), {bob, moved, pair, team});
+        may.insert(may.end(), {bob, moved, pair});
+        if (const Items saved = Session().SavedBook(); std::ranges::none_of(saved, IsHans)) {
+            std::erase_if(may, [](const SavedItem& item) { return item.name == L"Team"; });
+            may.push_back(team);
+        }
         for (const DWORD alone : {DWORD{1}, DWORD{2}}) // of the members that were chosen, as the dialog showed
             may.push_back({pair.name, L"", L"", {alone}});
         return JudgeEditing(record, may, wanted);
     }
 
+    static bool IsHans(const SavedItem& item) { return item.name == L"Hans"; }
     static int RowOf(const ScriptedUser& user, const wchar_t* name, int list = IDC_BOOK_LIST)
     {
         const std::vector<std::wstring> names = NamesIn(user.Control(list));
@@ -424,7 +469,7 @@ class Export : public Editing {
         Script steps;
         AddOpenEditor(steps);
         steps.emplace_back([this](ScriptedUser& user) {
-            shown_ = NamesIn(user.Control(IDC_BOOK_LIST));
+            shown_ = RowsIn(user.Control(IDC_BOOK_LIST));
             user.Press(IDC_BOOK_EXPORT);
         });
         steps.emplace_back([this](ScriptedUser& user) { user.ChooseFile(File()); });
@@ -456,14 +501,14 @@ class Export : public Editing {
         return {reinterpret_cast<const wchar_t*>(bytes.data()), bytes.size() / sizeof(wchar_t)};
     }
 
-    // The header and the entries of these names.
-    std::wstring LinesOf(const std::vector<std::wstring>& names) const
+    // The header and the entries of these rows' names.
+    std::wstring LinesOf(const std::vector<Recipient>& rows) const
     {
         std::wistringstream lines(Text(whole_));
         std::wstring line, found;
         while (std::getline(lines, line)) {
-            const auto isIn = [&](const std::wstring& name) { return line.find(name) != line.npos; };
-            if (found.empty() || std::ranges::any_of(names, isIn))
+            const auto isIn = [&](const Recipient& row) { return line.find(row.name) != line.npos; };
+            if (found.empty() || std::ranges::any_of(rows, isIn))
                 found += line + L'\n';
         }
         return found;
@@ -710,7 +755,7 @@ Verdict Scenario::JudgeNext(const Items& items)
     expected.push_back({kZoe.name, kZoe.faxNumber, kZoe.company, {}});
     const Items now = Session().SavedBook();
     for (const SavedItem& item : expected) {
-        if (std::ranges::find(now, item) == now.end())
+        if (!IsAmong(now, item))
             return {Kind::Wrong, "the next session lacks an item"};
     }
     const std::filesystem::path file = Session().PhoneBookFile();
@@ -753,37 +798,50 @@ Verdict Scenario::JudgeUnsent(const FaxJobData& record) const
     return {Kind::Less, record.Cancelled == TRUE ? "cancelled" : "no sheet"};
 }
 
+bool Scenario::KeepsIds(const Items& items) const
+{
+    return std::ranges::all_of(items, [&](const SavedItem& item) {
+        return std::ranges::all_of(
+            OldBook(), [&](const SavedItem& old) { return (item.name == old.name) == (item.id == old.id); });
+    });
+}
+
+bool Scenario::AreKept(const Items& items) const
+{
+    return std::ranges::any_of(KeptCopies(Session().PhoneBookFile()), [&](const std::wstring& file) {
+        const Items copy = SavedIn(file);
+        return AreSound(copy) && KeepsIds(copy) &&
+               std::ranges::all_of(items, [&](const SavedItem& item) { return IsAmong(copy, item); });
+    });
+}
+
 Verdict Scenario::JudgeBook(const std::vector<Items>& accepted) const
 {
-    // In no order: sorting may fail.
-    const auto sorted = [](Items items) {
-        std::ranges::sort(items, {}, &SavedItem::name);
-        return items;
-    };
-    const auto isAccepted = [&](const Items& items) {
-        return std::ranges::any_of(accepted, [&](const Items& one) { return items == sorted(one); });
-    };
-    const Items now = sorted(Session().SavedBook());
-    if (!accepted.empty() && now == sorted(accepted.front()))
-        return {Kind::AsAsked, "saved"};
-    if (now == sorted(OldBook()))
-        return {accepted.empty() ? Kind::AsAsked : Kind::Less, "book as it was"};
-    if (isAccepted(now))
-        return {Kind::Less, "saved in part"};
+    const Items now = Session().SavedBook();
+    const auto isNow = [&](const Items& items) { return AreSame(items, now); };
+    if (AreSound(now) && KeepsIds(now)) {
+        if (!accepted.empty() && isNow(accepted.front()))
+            return {Kind::AsAsked, "saved"};
+        if (isNow(OldBook()))
+            return {accepted.empty() ? Kind::AsAsked : Kind::Less, "book as it was"};
+        if (std::ranges::any_of(accepted, isNow))
+            return {Kind::Less, "saved in part"};
+    }
     // What could not be read is kept beside what took its place: as it was, or as an earlier save of the session left
     // it.
-    const std::filesystem::path file = Session().PhoneBookFile();
-    for (const auto& entry : std::filesystem::directory_iterator(file.parent_path())) {
-        const std::wstring name = entry.path().filename().wstring();
-        if (!name.starts_with(file.filename().wstring()) || !name.ends_with(L".bak"))
-            continue;
-        const Items copy = sorted(SavedIn(entry.path()));
-        if (copy == sorted(OldBook()) || isAccepted(copy))
-            return {Kind::Less, "book in the kept copy"};
-    }
+    const Items& most = accepted.empty() ? OldBook() : accepted.front();
+    const auto isKnown = [&](const SavedItem& item) { return IsAmong(most, item); };
+    if (AreSound(now) && std::ranges::all_of(now, isKnown) && AreKept(OldBook()))
+        return {Kind::Less, "book in the kept copy"};
+    return Lost();
+}
+
+Verdict Scenario::Lost() const
+{
     std::string items;
-    for (const SavedItem& item : now) {
-        items += " [" + host::Utf8(item.name + L"/" + item.faxNumber + L"/" + item.company);
+    for (const SavedItem& item : Session().SavedBook()) {
+        items +=
+            " [" + std::to_string(item.id) + " " + host::Utf8(item.name + L"/" + item.faxNumber + L"/" + item.company);
         for (const auto id : item.members)
             items += " " + std::to_string(id);
         items += "]";

@@ -55,6 +55,11 @@ protected:
     std::filesystem::path TemporaryFiles() const;
     Verdict JudgeUnsent(const FaxJobData& record) const;
     // The book as it was, as one of those, or in a copy kept beside what is there now.
+    // Old items are there under their old ids, and no other item is.
+    bool KeepsIds(const std::vector<SavedItem>& items) const;
+    // Whether a kept copy has them all.
+    bool AreKept(const std::vector<SavedItem>& items) const;
+    Verdict Lost() const; // with what is there
     Verdict JudgeBook(const std::vector<std::vector<SavedItem>>& accepted) const;
     const std::vector<SavedItem>& OldBook() const { return oldBook_; }
 

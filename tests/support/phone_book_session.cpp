@@ -63,6 +63,7 @@ std::vector<SavedItem> SavedIn(const std::filesystem::path& file)
     for (const PhoneBookItem* const item : LoadPhoneBookFile(file.wstring(), store).items) {
         SavedItem& copy = saved.emplace_back();
         copy.name = item->GetName();
+        copy.id = item->GetId();
         if (const PhoneBookGroup* const group = AsGroup(item)) {
             copy.members.assign(group->MemberIds().begin(), group->MemberIds().end());
         } else {
