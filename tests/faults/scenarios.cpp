@@ -43,18 +43,8 @@ std::wstring TextIn(HWND page, int id)
     return WindowText(GetDlgItem(page, id));
 }
 
-DWORD ResolutionIn(HWND page)
-{
-    DWORD resolution = 0;
-    for (const int button : {IDC_STANDARD, IDC_FINE, IDC_SUPERFINE}) {
-        if (IsDlgButtonChecked(page, button) == BST_CHECKED)
-            return resolution;
-        ++resolution;
-    }
-    return resolution;
-}
-
-Job ShownIn(HWND sheet)
+// What no page shows is sent as in hidden.
+Job ShownIn(HWND sheet, const UserDefaults& hidden)
 {
     Job shown;
     const HWND page = PropSheet_IndexToHwnd(sheet, kFaxJobPage); // a Send that the other refused has shown that one
@@ -63,16 +53,15 @@ Job ShownIn(HWND sheet)
     shown.recipients = RowsIn(GetDlgItem(page, IDC_RECIPIENTS));
     if (const std::wstring number = TextIn(page, IDC_FAX_NUMBER); !number.empty())
         shown.recipients.push_back({TextIn(page, IDC_NAME_BOX), number, TextIn(page, IDC_COMPANY)});
-    shown.coverPage = IsDlgButtonChecked(page, IDC_COVER_PAGE) == BST_CHECKED;
-    if (shown.coverPage) {
-        shown.notes = TextIn(page, IDC_NOTES);
-        shown.subject = TextIn(page, IDC_SUBJECT);
-    }
     shown.billingCode = TextIn(page, IDC_BILLING_CODE);
+    shown.settings = CoverPageIn(page);
     if (const HWND setup = PropSheet_IndexToHwnd(sheet, kSetupPage); setup != nullptr) {
-        shown.senderName = TextIn(setup, IDC_SENDER_NAME);
-        shown.resolution = ResolutionIn(setup);
+        shown.settings.merge(SenderSettingsIn(setup));
+        if (shown.settings[L"NotifyOn"] == DefaultValue(0u))
+            shown.settings[L"NotifyMethod"] = 0u;
     }
+    shown.settings.insert(hidden.begin(), hidden.end());
+    shown.settings.erase(L"ApplyDefaults"); // that the user's defaults could not be read shows nowhere
     return shown;
 }
 
@@ -89,29 +78,59 @@ Job JobOf(const FaxJobData& record)
         job.recipients.push_back(
             {OrNothing(recipient.Name), OrNothing(recipient.FaxNumber), OrNothing(recipient.Company)});
     }
-    job.coverPage = record.AddCoverPage != 0;
-    job.notes = OrNothing(record.CoverPageNotes);
-    job.subject = OrNothing(record.CoverPageSubject);
+    job.settings = DefaultsOf(record);
     job.billingCode = OrNothing(record.BillingCode);
-    job.senderName = OrNothing(record.SenderName);
-    job.resolution = record.Resolution;
     return job;
 }
 
+std::string TextOf(const DefaultValue& value)
+{
+    const auto* const number = std::get_if<DWORD>(&value);
+    return " " + (number != nullptr ? std::to_string(*number) : host::Utf8(std::get<std::wstring>(value)));
+}
+
+// Of job, to what it should be.
 std::string Difference(const Job& job, const Job& shown)
 {
     std::string what;
-    if (job.recipients != shown.recipients)
+    if (job.recipients != shown.recipients) {
         what += " recipients";
-    if (job.coverPage != shown.coverPage || job.notes != shown.notes || job.subject != shown.subject)
-        what += " cover page";
+        for (const Recipient& recipient : job.recipients)
+            what += " " + host::Utf8(recipient.name + L"/" + recipient.faxNumber + L"/" + recipient.company);
+    }
+    for (const auto& [name, value] : job.settings) {
+        if (const auto other = shown.settings.find(name); other != shown.settings.end() && other->second != value)
+            what += " " + host::Utf8(name) + TextOf(value) + " for" + TextOf(other->second);
+    }
     if (job.billingCode != shown.billingCode)
         what += " billing code";
-    if (job.senderName != shown.senderName)
-        what += " sender";
-    if (job.resolution != shown.resolution)
-        what += " quality";
     return what;
+}
+
+// Nobody's name stands beside another's number; a company may have been left out.
+bool IsOneOf(const std::vector<Recipient>& known, const Recipient& recipient)
+{
+    return std::ranges::any_of(known, [&](const Recipient& one) {
+        return one.name == recipient.name && one.faxNumber == recipient.faxNumber &&
+               (recipient.company.empty() || recipient.company == one.company);
+    });
+}
+
+// What a record says when nobody has set anything else.
+UserDefaults NewSettings()
+{
+    return {{L"SenderName", L""},     {L"SenderCompany", L""},    {L"SenderFaxNo", L""}, {L"SenderVoiceNo", L""},
+            {L"CoverPageNotes", L""}, {L"CoverPageSubject", L""}, {L"OverlayPath", L""}, {L"NotifyEmail", L""},
+            {L"Resolution", 0u},      {L"NotifyOn", 0u},          {L"NotifyMethod", 1u}, {L"AddCoverPage", 0u},
+            {L"ShowPreview", 0u},     {L"ApplyDefaults", 1u}};
+}
+
+// As they are sent.
+UserDefaults UnchangedSettings()
+{
+    UserDefaults settings = NewSettings();
+    settings[L"NotifyMethod"] = 0u; // nobody is notified
+    return settings;
 }
 
 void Fill(ScriptedUser& user, const Recipient& recipient)
@@ -148,6 +167,9 @@ bool AreSound(const Items& items)
 
 class Sending : public Scenario {
 protected:
+    virtual Job Typed() const = 0;                                 // or picked, with what else was stored
+    virtual std::vector<UserDefaults> Given() const { return {}; } // what the record's settings may be before Send
+
     // What it shows counts. Where Send is refused it is pressed once more.
     void AddSend(Script& steps)
     {
@@ -156,24 +178,58 @@ protected:
             steps.emplace_back([this](ScriptedUser& user) {
                 if (!user.IsSheet())
                     throw std::runtime_error("no sheet");
-                shown_ = ShownIn(user.Dialog());
+                shown_ = ShownIn(user.Dialog(), Typed().settings);
                 user.PressSheet(IDOK);
             });
     }
 
-    Verdict JudgeSending(const FaxJobData& record, const Job& typed) const
+    Verdict Judge(const FaxJobData& record) override
     {
-        if (record.Cancelled != 0)
-            return JudgeUnsent(record);
-        const Job sent = JobOf(record);
-        if (const std::string difference = Difference(sent, shown_); !difference.empty())
-            return {Kind::Wrong, "sent otherwise:" + difference};
-        if (const std::string difference = Difference(sent, typed); !difference.empty())
-            return {Kind::Less, "sent as shown, not as typed"};
-        return {Kind::AsAsked, "sent"};
+        const Verdict sending = JudgeSending(record);
+        if (sending.kind == Kind::Wrong)
+            return sending;
+        const Verdict left = JudgeEnded();
+        return left.kind == Kind::Wrong ? left : sending;
+    }
+    Verdict JudgeEnded() override
+    {
+        // Where a save stopped a list may lack an item, but has none that nobody has used.
+        RecentRecipientList recents;
+        recents.Open(Session().PrinterHandle());
+        recents.Load();
+        for (const PhoneBookItem* const item : recents.Slots()) {
+            if (item != nullptr && !IsUsed(*item))
+                return {Kind::Wrong, "a recent recipient who is none"};
+        }
+        return JudgeBook({});
     }
 
 private:
+    Verdict JudgeSending(const FaxJobData& record) const
+    {
+        const Job sent = JobOf(record), typed = Typed();
+        for (const Recipient& recipient : sent.recipients) {
+            if (!IsOneOf(typed.recipients, recipient))
+                return {Kind::Wrong, "a recipient who is none:" + Difference(sent, shown_)};
+        }
+        if (record.Cancelled != 0)
+            return JudgeUnsent(record, Given());
+        if (const std::string difference = Difference(sent, shown_); !difference.empty())
+            return {Kind::Wrong, "sent otherwise:" + difference};
+        if (const std::string difference = Difference(sent, typed); !difference.empty())
+            return {Kind::Less, "sent as shown, not as typed:" + difference};
+        return {Kind::AsAsked, "sent"};
+    }
+
+    bool IsUsed(const PhoneBookItem& item) const
+    {
+        const std::vector<Recipient> typed = Typed().recipients;
+        if (const PhoneBookEntry* const entry = AsEntry(&item))
+            return IsOneOf(typed, entry->Texts());
+        return std::ranges::all_of(AsGroup(&item)->Members(),
+                                   [&](const PhoneBookEntry* entry) { return IsOneOf(typed, entry->Texts()); });
+    }
+
     Job shown_;
 };
 
@@ -200,27 +256,14 @@ class TypeAndSend : public Sending {
         AddSend(steps);
         return steps;
     }
-    Verdict Judge(const FaxJobData& record) override
+    Job Typed() const override
     {
-        const Verdict sending =
-            JudgeSending(record, {{kBob, kAnna}, true, L"\r\nline 2", L"Offer 7", L"0042", L"Carol"});
-        const Verdict book = JudgeBook({});
-        return book.kind == Kind::Wrong ? book : sending;
-    }
-    Verdict JudgeEnded() override
-    {
-        // Between two calls of its save a list may lack an item, but has none that nobody has used.
-        RecentRecipientList recents;
-        recents.Open(Session().PrinterHandle());
-        recents.Load();
-        for (const PhoneBookItem* const item : recents.Slots()) {
-            if (item == nullptr)
-                continue;
-            const PhoneBookEntry* const entry = AsEntry(item);
-            if (entry == nullptr || (entry->Texts() != kBob && entry->Texts() != kAnna))
-                return {Kind::Wrong, "a recent recipient who is none"};
-        }
-        return JudgeBook({});
+        UserDefaults settings = UnchangedSettings();
+        settings[L"AddCoverPage"] = 1u;
+        settings[L"CoverPageNotes"] = L"\r\nline 2";
+        settings[L"CoverPageSubject"] = L"Offer 7";
+        settings[L"SenderName"] = L"Carol";
+        return {{kBob, kAnna}, settings, L"0042"};
     }
 };
 
@@ -299,14 +342,11 @@ class PickAndSend : public Sending {
         AddSend(steps);
         return steps;
     }
-    Verdict Judge(const FaxJobData& record) override
+    Job Typed() const override
     {
-        Job typed;
-        typed.recipients = {{L"Dora", L"31", L"Dairy"}, {L"Emil", L"32", L"Estate & Co"}, {L"Gerda", L"34", L"Garage"}};
-        typed.billingCode = L"0042";
-        const Verdict sending = JudgeSending(record, typed);
-        const Verdict book = JudgeBook({});
-        return book.kind == Kind::Wrong ? book : sending;
+        return {{{L"Dora", L"31", L"Dairy"}, {L"Emil", L"32", L"Estate & Co"}, {L"Gerda", L"34", L"Garage"}},
+                UnchangedSettings(),
+                L"0042"};
     }
 };
 
@@ -520,8 +560,32 @@ class Export : public Editing {
 
 // ---- the user's own settings
 
+UserDefaults OldDefaults()
+{
+    UserDefaults old = SampleDefaults();
+    old[L"OverlayPath"] = L""; // there is no such image
+    old[L"ShowPreview"] = 0u;
+    old[L"Resolution"] = 1u;
+    return old;
+}
+
+Verdict JudgeDefaults(const UserDefaults& now, const UserDefaults& wanted)
+{
+    UserDefaults old = OldDefaults();
+    if (now == wanted)
+        return {Kind::AsAsked, "stored"};
+    if (now == old)
+        return {Kind::Less, "defaults as they were"};
+    for (const auto& [name, value] : wanted) {
+        if (const auto stored = now.find(name);
+            stored == now.end() || (stored->second != value && stored->second != old[name]))
+            return {Kind::Wrong, "a default lost: " + host::Utf8(name)};
+    }
+    return {now.size() == wanted.size() ? Kind::Less : Kind::Wrong, "stored in part"};
+}
+
 class EditDefaults : public Scenario {
-    void Prepare() override { Session().SetDefaults(Old()); }
+    void Prepare() override { Session().SetDefaults(OldDefaults()); }
     Script Steps() override
     {
         return {
@@ -541,36 +605,17 @@ class EditDefaults : public Scenario {
     {
         if (record.Cancelled == 0)
             return {Kind::Wrong, "sent"};
-        UserDefaults wanted = Old();
+        UserDefaults wanted = OldDefaults();
         wanted[L"SenderName"] = L"New Name";
         wanted[L"SenderCompany"] = L"New Company";
         wanted[L"CoverPageSubject"] = L"New Subject";
         wanted[L"Resolution"] = 2u;
-        const UserDefaults now = Session().StoredDefaults();
-        if (now == wanted)
-            return {Kind::AsAsked, "stored"};
-        if (now == Old())
-            return {Kind::Less, "defaults as they were"};
-        for (const auto& [name, value] : now) {
-            if (value != Old()[name] && value != wanted[name])
-                return {Kind::Wrong, "a default lost: " + std::string(name.begin(), name.end())};
-        }
-        return {now.size() == wanted.size() ? Kind::Less : Kind::Wrong, "stored in part"};
-    }
-
-public:
-    static UserDefaults Old()
-    {
-        UserDefaults old = SampleDefaults();
-        old[L"OverlayPath"] = L""; // there is no such image
-        old[L"ShowPreview"] = 0u;
-        old[L"Resolution"] = 1u;
-        return old;
+        return JudgeDefaults(Session().StoredDefaults(), wanted);
     }
 };
 
 class EditDefaultsAndSend : public Sending {
-    void Prepare() override { Session().SetDefaults(EditDefaults::Old()); }
+    void Prepare() override { Session().SetDefaults(OldDefaults()); }
     Script Steps() override
     {
         Script steps{
@@ -592,12 +637,21 @@ class EditDefaultsAndSend : public Sending {
         AddSend(steps);
         return steps;
     }
-    Verdict Judge(const FaxJobData& record) override
+    Job Typed() const override { return {{kBob}, NewDefaults(), L"0042"}; }
+    std::vector<UserDefaults> Given() const override { return {OldDefaults(), NewDefaults()}; }
+    Verdict JudgeEnded() override
     {
-        const Verdict sending =
-            JudgeSending(record, {{kBob}, true, L"line 1\r\nline 2", L"New Subject", L"0042", L"New Name", 2});
-        const Verdict book = JudgeBook({});
-        return book.kind == Kind::Wrong ? book : sending;
+        const Verdict stored = JudgeDefaults(Session().StoredDefaults(), NewDefaults());
+        return stored.kind == Kind::Wrong ? stored : Sending::JudgeEnded();
+    }
+
+    static UserDefaults NewDefaults()
+    {
+        UserDefaults wanted = OldDefaults();
+        wanted[L"SenderName"] = L"New Name";
+        wanted[L"CoverPageSubject"] = L"New Subject";
+        wanted[L"Resolution"] = 2u;
+        return wanted;
     }
 };
 
@@ -735,8 +789,8 @@ std::filesystem::path Scenario::TemporaryFiles() const
 
 Verdict Scenario::JudgeEnded()
 {
-    FaxJobData record{};
-    record.Cancelled = TRUE;
+    FaxJobData record;
+    QxFaxInitJob(&record);
     return Judge(record);
 }
 
@@ -791,10 +845,20 @@ void Scenario::Reset()
     Prepare();
 }
 
-Verdict Scenario::JudgeUnsent(const FaxJobData& record) const
+Verdict Scenario::JudgeUnsent(const FaxJobData& record, const std::vector<UserDefaults>& given) const
 {
     if (record.Cancelled != TRUE && record.Cancelled != kOutcomeUnknown)
         return {Kind::Wrong, "an outcome that there is not"};
+    std::vector<UserDefaults> all = given;
+    all.push_back(NewSettings());
+    all.push_back({{L"ApplyDefaults", 0u}}); // not read
+    for (const auto& [name, value] : DefaultsOf(record)) {
+        const auto has = [&](const UserDefaults& one) { return one.contains(name) && one.at(name) == value; };
+        if (value != DefaultValue(L"<null>") && value != DefaultValue(L"") && std::ranges::none_of(all, has))
+            return {Kind::Wrong, "not sent, but changed: " + host::Utf8(name)};
+    }
+    if (!OrNothing(record.BillingCode).empty())
+        return {Kind::Wrong, "not sent, but changed: billing code"};
     return {Kind::Less, record.Cancelled == TRUE ? "cancelled" : "no sheet"};
 }
 

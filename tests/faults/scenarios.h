@@ -16,10 +16,8 @@ namespace qx::test {
 // What a sheet's user has typed, what the sheet shows when Send is pressed, and what a record says.
 struct Job {
     std::vector<Recipient> recipients;
-    bool coverPage = false;
-    std::wstring notes, subject, billingCode, senderName;
-    DWORD resolution = 0;
-    bool operator==(const Job&) const = default;
+    UserDefaults settings;
+    std::wstring billingCode;
 };
 
 enum class Kind { AsAsked, Less, Wrong }; // Less: refused, cancelled or kept old, whole and visible to the user
@@ -53,14 +51,15 @@ protected:
     PhoneBookSession& Session() const { return *session_; }
     const std::filesystem::path& Folder() const { return folder_; }
     std::filesystem::path TemporaryFiles() const;
-    Verdict JudgeUnsent(const FaxJobData& record) const;
+    // given: what its settings may be besides those that the driver or the user's defaults gave it
+    Verdict JudgeUnsent(const FaxJobData& record, const std::vector<UserDefaults>& given = {}) const;
     // The book as it was, as one of those, or in a copy kept beside what is there now.
+    Verdict JudgeBook(const std::vector<std::vector<SavedItem>>& accepted) const;
     // Old items are there under their old ids, and no other item is.
     bool KeepsIds(const std::vector<SavedItem>& items) const;
     // Whether a kept copy has them all.
     bool AreKept(const std::vector<SavedItem>& items) const;
     Verdict Lost() const; // with what is there
-    Verdict JudgeBook(const std::vector<std::vector<SavedItem>>& accepted) const;
     const std::vector<SavedItem>& OldBook() const { return oldBook_; }
 
 private:
