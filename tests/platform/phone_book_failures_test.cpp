@@ -488,6 +488,66 @@ TEST_F(FailingFiles, ARenameThatIsRefusedLeavesTheOldFile)
     }
 }
 
+// Documented Windows: who may not delete a file by its security does not delete it. The phone book grants that to
+// nobody.
+RedirectedImport<decltype(GetFileSecurityW)>* getSecurity = nullptr;
+RedirectedImport<decltype(SetFileSecurityW)>* setSecurity = nullptr;
+RedirectedImport<decltype(DeleteFileW)>* deleteFile = nullptr;
+Names undeletable;
+
+template <class Visit> void ForEachAce(PSECURITY_DESCRIPTOR descriptor, Visit visit)
+{
+    BOOL present = FALSE;
+    BOOL defaulted = FALSE;
+    PACL acl = nullptr;
+    void* ace = nullptr;
+    if (!GetSecurityDescriptorDacl(descriptor, &present, &acl, &defaulted) || !present || acl == nullptr)
+        return;
+    for (DWORD i = 0; GetAce(acl, i, &ace); ++i)
+        visit(*static_cast<ACCESS_ALLOWED_ACE*>(ace));
+}
+BOOL WINAPI SecurityWithoutDelete(LPCWSTR path, SECURITY_INFORMATION kind, PSECURITY_DESCRIPTOR descriptor, DWORD bytes,
+                                  LPDWORD needed)
+{
+    const BOOL told = getSecurity->Original()(path, kind, descriptor, bytes, needed);
+    if (told && std::wstring_view(path).ends_with(L"qxfaxab.xml"))
+        ForEachAce(descriptor, [](ACCESS_ALLOWED_ACE& ace) { ace.Mask &= ~DWORD{DELETE}; });
+    return told;
+}
+BOOL WINAPI SetFileSecurityStandIn(LPCWSTR path, SECURITY_INFORMATION kind, PSECURITY_DESCRIPTOR descriptor)
+{
+    bool grants = false;
+    ForEachAce(descriptor, [&grants](const ACCESS_ALLOWED_ACE& ace) { grants |= (ace.Mask & DELETE) != 0; });
+    std::erase(undeletable, path);
+    if (!grants)
+        undeletable.emplace_back(path);
+    return setSecurity->Original()(path, kind, descriptor);
+}
+BOOL WINAPI DeleteFileStandIn(LPCWSTR path)
+{
+    if (std::ranges::find(undeletable, path) == undeletable.end())
+        return deleteFile->Original()(path);
+    SetLastError(ERROR_ACCESS_DENIED);
+    return FALSE;
+}
+
+TEST_F(FailingFiles, ARenameThatIsRefusedLeavesNoFileThatNobodyMayDelete)
+{
+    WriteBook();
+    const StandIn<decltype(GetFileSecurityW)> gets("GetFileSecurityW", SecurityWithoutDelete, getSecurity);
+    const StandIn<decltype(SetFileSecurityW)> sets("SetFileSecurityW", SetFileSecurityStandIn, setSecurity);
+    const StandIn<decltype(DeleteFileW)> deletes("DeleteFileW", DeleteFileStandIn, deleteFile);
+    undeletable.clear();
+    bool denied = false;
+    refusals.move = [&denied]() -> DWORD {
+        denied = !undeletable.empty();
+        return ERROR_DISK_FULL;
+    };
+    EXPECT_FALSE(SaveBob());
+    EXPECT_TRUE(denied);
+    EXPECT_EQ(documents.Files(), Names{L"qxfaxab.xml"});
+}
+
 TEST_F(FailingFiles, ARenameThatIsRefusedForAWhileIsTriedAgain)
 {
     for (const DWORD error : {ERROR_ACCESS_DENIED, ERROR_SHARING_VIOLATION, ERROR_LOCK_VIOLATION}) {

@@ -48,13 +48,21 @@ constexpr bool TakesNoSecondFile(DWORD error) noexcept
 
 // ---- whole files -------------------------------------------------------------------------------------------------
 
-void CopySecurity(const std::wstring& from, const std::wstring& to)
+// Who may do what with a file, as a descriptor of its own; empty when it cannot be asked.
+std::vector<BYTE> SecurityOf(const std::wstring& path)
 {
     DWORD bytes = 0;
-    GetFileSecurityW(from.c_str(), DACL_SECURITY_INFORMATION, nullptr, 0, &bytes);
+    GetFileSecurityW(path.c_str(), DACL_SECURITY_INFORMATION, nullptr, 0, &bytes);
     std::vector<BYTE> descriptor(bytes);
-    if (GetFileSecurityW(from.c_str(), DACL_SECURITY_INFORMATION, descriptor.data(), bytes, &bytes))
-        SetFileSecurityW(to.c_str(), DACL_SECURITY_INFORMATION, descriptor.data());
+    if (!GetFileSecurityW(path.c_str(), DACL_SECURITY_INFORMATION, descriptor.data(), bytes, &bytes))
+        descriptor.clear();
+    return descriptor;
+}
+
+void SetSecurity(const std::wstring& path, std::vector<BYTE> descriptor) noexcept
+{
+    if (!descriptor.empty())
+        SetFileSecurityW(path.c_str(), DACL_SECURITY_INFORMATION, descriptor.data());
 }
 
 // Fills the buffer as far as the file goes; the bytes read, 0 at the end or when it cannot be read.
@@ -238,8 +246,10 @@ bool Replacement::Create(const std::wstring& start)
 
 Replacement::~Replacement()
 {
-    if (!temporary_.empty())
-        DeleteFileW(temporary_.c_str());
+    if (temporary_.empty())
+        return;
+    SetSecurity(temporary_, std::move(ownSecurity_)); // that of path may not grant to delete it
+    DeleteFileW(temporary_.c_str());
 }
 
 bool Replacement::TakePlace(const MayGo& mayGo)
@@ -249,7 +259,8 @@ bool Replacement::TakePlace(const MayGo& mayGo)
 
 bool Replacement::Rename(const MayGo& mayGo)
 {
-    CopySecurity(path_, temporary_);
+    ownSecurity_ = SecurityOf(temporary_);
+    SetSecurity(temporary_, SecurityOf(path_));
     const DWORD attributes = GetFileAttributesW(path_.c_str());
     const DWORD kept = attributes == INVALID_FILE_ATTRIBUTES ? 0 : attributes & ~DWORD{FILE_ATTRIBUTE_NORMAL};
     SetFileAttributesW(temporary_.c_str(), kept | FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_HIDDEN);

@@ -42,7 +42,8 @@ private:
 
     const std::wstring path_;
     std::wstring temporary_;
-    std::wstring elsewhere_; // what its name begins with in the temporary folder; empty when it lies beside path
+    std::vector<BYTE> ownSecurity_; // which it had before it got that of path
+    std::wstring elsewhere_;        // what its name begins with in the temporary folder; empty when it lies beside path
 };
 
 // Removes what processes that died while replacing path left beside it: files of a replacement's name that have been
