@@ -7,7 +7,9 @@
 #include "support/redirected_import.h"
 
 #include <gtest/gtest.h>
+#include <map>
 #include <msxml2.h>
+#include <optional>
 #include <psapi.h>
 #include <string>
 #include <winsock2.h>
