@@ -187,6 +187,7 @@ constexpr Function kFunctions[] = {
     Failing("SetDlgItemTextW", kNull, ERROR_NOT_ENOUGH_MEMORY),
     Failing("SendMessageW", kNull, ERROR_NOT_ENOUGH_MEMORY, OfText),
     Failing("CheckDlgButton", kNull, ERROR_CONTROL_ID_NOT_FOUND),
+    Failing("IsDlgButtonChecked", BST_UNCHECKED, ERROR_CONTROL_ID_NOT_FOUND),
     Failing("SetWindowLongPtrW", kNull, ERROR_ACCESS_DENIED),
     Failing("SetPropW", kNull, ERROR_NOT_ENOUGH_MEMORY),
     Failing("GetComboBoxInfo", kNull, ERROR_INVALID_WINDOW_HANDLE),
