@@ -25,8 +25,9 @@ void HookWithData(HWND window, WNDPROC ours, const void* data, WNDPROC& previous
     previous = ProcedureOf(window);
     const auto pointer = reinterpret_cast<LONG_PTR>(data);
     SetWindowLongPtrW(window, GWLP_USERDATA, pointer);
-    // The procedure relies on the data.
-    if (GetWindowLongPtrW(window, GWLP_USERDATA) != pointer || ReplaceProcedure(window, ours) == nullptr)
+    // The procedure relies on the data, and on the one before it.
+    if (previous == nullptr || GetWindowLongPtrW(window, GWLP_USERDATA) != pointer ||
+        ReplaceProcedure(window, ours) == nullptr)
         throw std::runtime_error("a control cannot be hooked");
 }
 

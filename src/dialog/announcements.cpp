@@ -56,7 +56,10 @@ private:
 Announcements* Keep(HWND dialog, std::unique_ptr<Announcements> announcements) noexcept
 {
     SetWindowLongPtrW(dialog, DWLP_USER, reinterpret_cast<LONG_PTR>(announcements.get()));
-    return Announcements::Of(dialog) == announcements.get() ? announcements.release() : nullptr;
+    if (Announcements::Of(dialog) == announcements.get())
+        return announcements.release();
+    SetWindowLongPtrW(dialog, DWLP_USER, 0); // or somebody would find what is gone
+    return nullptr;
 }
 
 } // namespace

@@ -180,7 +180,8 @@ LRESULT PictureButton::Handle(UINT message, WPARAM w, LPARAM l)
 LRESULT CALLBACK PictureButton::Procedure(HWND window, UINT message, WPARAM w, LPARAM l) noexcept
 {
     return Guarded<LRESULT>(0, [&] {
-        return reinterpret_cast<PictureButton*>(GetWindowLongPtrW(window, GWLP_USERDATA))->Handle(message, w, l);
+        auto* const button = reinterpret_cast<PictureButton*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+        return button != nullptr ? button->Handle(message, w, l) : DefWindowProcW(window, message, w, l);
     });
 }
 

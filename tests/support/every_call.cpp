@@ -188,6 +188,7 @@ constexpr Function kFunctions[] = {
     Failing("SendMessageW", kNull, ERROR_NOT_ENOUGH_MEMORY, OfText),
     Failing("CheckDlgButton", kNull, ERROR_CONTROL_ID_NOT_FOUND),
     Failing("IsDlgButtonChecked", BST_UNCHECKED, ERROR_CONTROL_ID_NOT_FOUND),
+    Failing("GetWindowLongPtrW", kNull, ERROR_INVALID_WINDOW_HANDLE),
     Failing("SetWindowLongPtrW", kNull, ERROR_ACCESS_DENIED),
     Failing("SetPropW", kNull, ERROR_NOT_ENOUGH_MEMORY),
     Failing("GetComboBoxInfo", kNull, ERROR_INVALID_WINDOW_HANDLE),

@@ -404,6 +404,28 @@ TEST_F(FailingCallsTest, ASheetWhoseButtonDoesNotSayThatItSendsEndsAsCancelled)
     EXPECT_TRUE(calls.HasFailed());
 }
 
+TEST_F(FailingCallsTest, AButtonOfWhichItCannotBeToldHowItIsHookedDoesNotEndTheProgram)
+{
+    for (const int asked : {GWLP_WNDPROC, GWLP_USERDATA}) {
+        const auto ofButton = [asked](HWND window, int index) {
+            return index == asked && GetDlgCtrlID(window) == IDC_PHONE_BOOK;
+        };
+        FailingCalls<decltype(GetWindowLongPtrW), struct HookData> calls(Module(), "GetWindowLongPtrW", 0,
+                                                                         ERROR_INVALID_WINDOW_HANDLE, ofButton);
+        for (long call = 1; call <= 4; ++call) {
+            calls.FailOnly(call);
+            session_.Start();
+            Ui().Settle();
+            const bool failed = calls.HasFailed();
+            calls.FailNone();
+            if (!Ui().Finished())
+                session_.Cancel();
+            EXPECT_EQ(session_.End().Cancelled, 1u) << call;
+            EXPECT_TRUE(failed || call > 1) << asked;
+        }
+    }
+}
+
 TEST_F(FailingCallsTest, ANameBoxThatCannotBeHookedWhollyEndsTheSheetAsCancelled)
 {
     for (const wchar_t* const part : {L"Edit", L"ComboLBox", L"ComboBox"}) {

@@ -154,6 +154,8 @@ bool ClaimsEnter(HWND list, ListKeys keys, LPARAM question) noexcept
 LRESULT CALLBACK ListProcedure(HWND list, UINT message, WPARAM w, LPARAM l) noexcept
 {
     auto* const subclass = reinterpret_cast<ListSubclass*>(GetWindowLongPtrW(list, GWLP_USERDATA));
+    if (subclass == nullptr)
+        return DefWindowProcW(list, message, w, l);
     const ListKeys keys = subclass->keys;
     const WNDPROC previous = subclass->previous;
     switch (message) {
