@@ -3,7 +3,7 @@
 # after the other on every core. When something is not as the model says, prints what, and the events that lead there,
 # as few as are needed for it.
 #
-#   tools/users.sh [EVENTS]               so many in all (default: 50000), by the users 1, 2, 3, ...
+#   tools/users.sh [EVENTS]               so many in all (default: 100000), by the users 1, 2, 3, ...
 #   tools/users.sh --from USER [EVENTS]   by the users from that one on
 #   tools/users.sh --replay FILE USER     events that were printed, one per line, again
 set -euo pipefail
@@ -22,7 +22,7 @@ case ${1-} in
     --replay) [[ $# -eq 3 ]] || usage; script=$(realpath "$2"); from=$3; shift 3 ;;
     -*) usage ;;
 esac
-events=${1-50000}
+events=${1-100000}
 if ! is_number "$from" || ! is_number "$events"; then usage; fi
 
 cmake --preset checked >/dev/null
