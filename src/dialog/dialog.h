@@ -263,6 +263,13 @@ bool CanTakeFocus(HWND control) noexcept;
 RECT PlaceOf(HWND control) noexcept;
 bool SetPlace(HWND control, const RECT& place) noexcept;
 
+// A control whose styles cannot be told keeps them.
+inline void AddStyle(HWND control, LONG_PTR style) noexcept
+{
+    if (const LONG_PTR styles = GetWindowLongPtrW(control, GWL_STYLE); styles != 0)
+        SetWindowLongPtrW(control, GWL_STYLE, styles | style);
+}
+
 inline bool IsMirrored(HWND window) noexcept
 {
     return (GetWindowLongPtrW(window, GWL_EXSTYLE) & WS_EX_LAYOUTRTL) != 0;

@@ -47,7 +47,7 @@ bool SetUpListView(const TextOwner& texts, HWND list, std::span<const ListColumn
     const RedrawOff redrawOff(list); // else each column lays the header out anew, several times
     if (!InsertColumns(texts, list, columns))
         return false;
-    SetWindowLongPtrW(list, GWL_STYLE, GetWindowLongPtrW(list, GWL_STYLE) | LVS_SHOWSELALWAYS);
+    AddStyle(list, LVS_SHOWSELALWAYS);
     constexpr DWORD kStyles = LVS_EX_FULLROWSELECT | LVS_EX_GRIDLINES;
     ListView_SetExtendedListViewStyleEx(list, kStyles | LVS_EX_SUBITEMIMAGES, kStyles);
     return true;

@@ -25,6 +25,13 @@ constexpr Argument kMinusOne = ~Argument{0};
 // Whether a call counts; it may answer another failure.
 using Condition = bool (*)(const Arguments& arguments, Argument& failure);
 
+// What a window's owner has stored with it can be read as long as there is the window.
+bool OfSystem(const Arguments& arguments, Argument&)
+{
+    const auto index = static_cast<int>(arguments[1]);
+    return index == GWLP_WNDPROC || index == GWL_STYLE || index == GWL_EXSTYLE;
+}
+
 bool OfText(const Arguments& arguments, Argument& failure)
 {
     switch (static_cast<UINT>(arguments[1])) {
@@ -188,7 +195,7 @@ constexpr Function kFunctions[] = {
     Failing("SendMessageW", kNull, ERROR_NOT_ENOUGH_MEMORY, OfText),
     Failing("CheckDlgButton", kNull, ERROR_CONTROL_ID_NOT_FOUND),
     Failing("IsDlgButtonChecked", BST_UNCHECKED, ERROR_CONTROL_ID_NOT_FOUND),
-    Failing("GetWindowLongPtrW", kNull, ERROR_INVALID_WINDOW_HANDLE),
+    Failing("GetWindowLongPtrW", kNull, ERROR_INVALID_WINDOW_HANDLE, OfSystem),
     Failing("SetWindowLongPtrW", kNull, ERROR_ACCESS_DENIED),
     Failing("SetPropW", kNull, ERROR_NOT_ENOUGH_MEMORY),
     Failing("GetComboBoxInfo", kNull, ERROR_INVALID_WINDOW_HANDLE),

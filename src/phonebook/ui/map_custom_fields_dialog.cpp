@@ -92,7 +92,7 @@ void FillDestinationList(MapCustomFieldsContext& context)
 void ShowFileName(const MapCustomFieldsContext& context)
 {
     const HWND control = GetDlgItem(context.dialog, IDC_MAP_FILE_NAME);
-    SetWindowLongPtrW(control, GWL_STYLE, GetWindowLongPtrW(control, GWL_STYLE) | SS_WORDELLIPSIS);
+    AddStyle(control, SS_WORDELLIPSIS);
     SetWindowTextW(control, context.fileName.c_str());
 }
 
