@@ -19,6 +19,8 @@ void RefuseOtherCharacters(NumberFilter& filter, HWND dialog, int field)
     const HWND edit = GetDlgItem(dialog, field);
     std::wstring text = WindowText(edit, filter.units);
     const bool isRead = !text.empty() || !HasText(edit);
+    if (!isRead)
+        filter.accepted.clear(); // what stood there before may be another recipient's
     // Also a text that the program has put there against the rule: nothing better could come back.
     if (isRead && text == filter.accepted)
         return;

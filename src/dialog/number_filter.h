@@ -20,7 +20,7 @@ struct NumberFilter {
 void SetFilteredText(NumberFilter& filter, HWND dialog, int field, const wchar_t* text);
 
 // For EN_CHANGE. A change that brings a character of another kind is taken back whole, with the caret at the end; any
-// other text, an empty one included, becomes the last accepted one.
+// other text, an empty one included, becomes the last accepted one. A text that cannot be read is taken away.
 void RefuseOtherCharacters(NumberFilter& filter, HWND dialog, int field);
 // The route of a field on which nothing else depends.
 template <auto kFilter, int kField, class State> void FilterField(State& state)

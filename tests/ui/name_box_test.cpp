@@ -500,6 +500,20 @@ TEST_F(Typist, NeverSendsTheNumberOfOneNameBesideAnotherWhateverFails)
     SendWhileEachFails<decltype(GetDlgItem)>(stand, "GetDlgItem", nullptr);
 }
 
+// The number before it may be somebody else's.
+TEST_F(Typist, WhoseNumberCannotBeReadFindsNone)
+{
+    stand.SetText(IDC_FAX_NUMBER, L"22");
+    FailingCalls<decltype(GetWindowTextW), struct NumberCalls> calls(nullptr, "GetWindowTextW", 0);
+    calls.FailOnly(1);
+    stand.SetText(IDC_FAX_NUMBER, L"11");
+    EXPECT_TRUE(calls.HasFailed());
+    calls.FailNone();
+    EXPECT_EQ(Fax(), L"");
+    stand.SetText(IDC_FAX_NUMBER, L"33");
+    EXPECT_EQ(Fax(), L"33");
+}
+
 TEST_F(Typist, WhoTypesOnToAnotherNameAndClicksTheButtonTakesThatOne)
 {
     constexpr LPARAM kInside = MAKELPARAM(5, 5);
