@@ -26,6 +26,8 @@ bool AskForFileName(BOOL(WINAPI* ask)(OPENFILENAMEW*), OPENFILENAMEW& dialog) no
     // open.
     std::wstring directory;
     Guarded([&] { directory = CurrentDirectory(); });
+    if (directory.empty())
+        dialog.Flags |= OFN_NOCHANGEDIR; // as far as the dialog heeds it
     BOOL chosen = FALSE;
     Guarded([&] {
         RunInSingleThreadedApartment(
