@@ -431,6 +431,12 @@ TEST_F(CsvTableWriting, AFileThatCannotBeWrittenToItsEndIsLeftEmpty)
     }
     {
         auto length = lengthLeftBy();
+        FailingCalls<decltype(SetEndOfFile), struct Ends> ends(nullptr, "SetEndOfFile", FALSE);
+        ends.FailFrom(1);
+        EXPECT_EQ(length(), 0u);
+    }
+    {
+        auto length = lengthLeftBy();
         FailingCalls<decltype(MapViewOfFile), struct Views> views(nullptr, "MapViewOfFile", nullptr);
         views.FailFrom(1);
         EXPECT_EQ(length(), 0u);

@@ -114,6 +114,7 @@ constexpr Function kFunctions[] = {
     Failing("FlushFileBuffers", kNull, ERROR_WRITE_FAULT),
     Failing("FlushViewOfFile", kNull, ERROR_WRITE_FAULT),
     Failing("SetEndOfFile", kNull, ERROR_DISK_FULL),
+    Failing("SetFileInformationByHandle", kNull, ERROR_ACCESS_DENIED),
     Failing("SetFilePointerEx", kNull, ERROR_SEEK),
     Failing("GetFileSizeEx", kNull, ERROR_READ_FAULT),
     Failing("GetFileInformationByHandle", kNull, ERROR_READ_FAULT),
@@ -258,10 +259,27 @@ unsigned PlaceOfCall()
 }
 
 constexpr const char* kTraces[] = {
-    "CreateFileW",     "CreateFileMappingW", "WriteFile",        "FlushFileBuffers", "FlushViewOfFile",
-    "SetEndOfFile",    "SetFilePointerEx",   "UnmapViewOfFile",  "CopyFileW",        "MoveFileExW",
-    "DeleteFileW",     "SetFileAttributesW", "SetFileSecurityW", "CloseHandle",      "SetupIterateCabinetW",
-    "RegCreateKeyExW", "RegSetValueExW",     "RegDeleteKeyW",    "MapViewOfFile",    "SetPrinterDataExW",
+    "CreateFileW",
+    "CreateFileMappingW",
+    "WriteFile",
+    "FlushFileBuffers",
+    "FlushViewOfFile",
+    "SetEndOfFile",
+    "SetFileInformationByHandle",
+    "SetFilePointerEx",
+    "UnmapViewOfFile",
+    "CopyFileW",
+    "MoveFileExW",
+    "DeleteFileW",
+    "SetFileAttributesW",
+    "SetFileSecurityW",
+    "CloseHandle",
+    "SetupIterateCabinetW",
+    "RegCreateKeyExW",
+    "RegSetValueExW",
+    "RegDeleteKeyW",
+    "MapViewOfFile",
+    "SetPrinterDataExW",
 };
 
 constexpr bool IsTrace(std::string_view name)

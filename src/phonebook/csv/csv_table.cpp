@@ -141,7 +141,9 @@ bool CsvTableWriter::Write() noexcept
     std::size_t bytes = 0;
     if (WriteMapped(bytes) && SetFileLength(file_.Get(), bytes))
         return true;
-    SetFileLength(file_.Get(), 0); // of what was mapped and not written, zeros would stay
+    // Of what was mapped and not written, zeros would stay. Asked in another way than before, which may have failed.
+    FILE_END_OF_FILE_INFO nothing{};
+    SetFileInformationByHandle(file_.Get(), FileEndOfFileInfo, &nothing, sizeof nothing);
     return false;
 }
 
