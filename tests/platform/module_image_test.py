@@ -54,8 +54,8 @@ FUNCTIONS = set("""
     ReleaseMutex ReleaseSemaphore ReleaseSRWLockExclusive RemovePropW RtlCaptureContext RtlLookupFunctionEntry
     RtlUnwindEx RtlVirtualUnwind SafeArrayCreateVector ScreenToClient SelectObject SendDlgItemMessageW
     SendMessageTimeoutW SendMessageW SetBkColor SetCapture SetCurrentDirectoryW SetCursor SetDIBColorTable
-    SetDlgItemTextW SetEndOfFile SetEvent SetFileAttributesW SetFilePointerEx SetFileSecurityW SetFocus
-    SetForegroundWindow SetLastError SetLayout SetPixel SetPrinterDataExW SetPropW SetTextColor SetThreadErrorMode
+    SetDlgItemTextW SetEndOfFile SetEvent SetFileAttributesW SetFileInformationByHandle
+    SetFilePointerEx SetFileSecurityW SetFocus SetForegroundWindow SetLastError SetLayout SetPixel SetPrinterDataExW SetPropW SetTextColor SetThreadErrorMode
     SetupIterateCabinetW SetWindowLongPtrW SetWindowPos SetWindowsHookExW SetWindowTextW ShowCursor ShowWindow
     SizeofResource Sleep sprintf strcmp strerror strlen strncmp strstr strtoul SysAllocStringLen SysFreeString
     SysStringLen SystemParametersInfoW TlsAlloc TlsFree TlsGetValue TlsSetValue towlower TrackMouseEvent
