@@ -221,8 +221,10 @@ bool FaxSheet::TakeOverButtons()
 {
     if (!SetWindowTextW(GetDlgItem(window_, kSendButton), LocalizedText(content_->texts, kSendCaption).c_str()))
         return false;
-    if (ImportOldAddressBookOnce(content_->faxJobPage.job->PrinterHandleCopy, *content_->faxJobPage.book))
-        BroadcastPhoneBookChanged();
+    Guarded([&] { // there is a sheet all the same
+        if (ImportOldAddressBookOnce(content_->faxJobPage.job->PrinterHandleCopy, *content_->faxJobPage.book))
+            BroadcastPhoneBookChanged();
+    });
     return true;
 }
 
