@@ -47,7 +47,7 @@ template <class Items> bool ReplaceRows(HWND list, const Items& items)
     bool whole = true;
     {
         const RedrawOff quiet(list);
-        if (!SendMessageW(list, LVM_DELETEALLITEMS, 0, 0))
+        if (!SendMessageW(list, LVM_DELETEALLITEMS, 0, 0) && RowCount(list) > 0)
             throw std::runtime_error("a list keeps its old rows");
         SendMessageW(list, LVM_SETITEMCOUNT, items.size(), 0);
         for (const auto* const item : items)
