@@ -299,6 +299,14 @@ protected:
 
     std::string Kept(const wchar_t* ending) const { return ReadBytes(Path() + ending); }
 
+    void ExpectTheirsInACopy()
+    {
+        const Names copies = KeptCopies(Path());
+        ASSERT_EQ(copies.size(), 1u);
+        EXPECT_EQ(ReadBytes(copies[0]), theirs);
+        EXPECT_EQ(NamesInFile(), Names{L"Ann"});
+    }
+
     const std::string theirs = "<theirs/>", theirNext = "<next/>";
 };
 
@@ -342,10 +350,7 @@ TEST_F(SavedElsewhere, BeforeItIsWrittenOverInPlaceItIsKept)
     TakeNoSecondFile(ERROR_PATH_NOT_FOUND);
     refusals.flush = AtCall(1, theirs);
     book->Save(1);
-    const Names copies = KeptCopies(Path());
-    ASSERT_EQ(copies.size(), 1u);
-    EXPECT_EQ(ReadBytes(copies[0]), theirs);
-    EXPECT_EQ(NamesInFile(), Names{L"Ann"});
+    ExpectTheirsInACopy();
 }
 
 TEST_F(SavedElsewhere, WhileWhatIsWrittenOverIsCopiedItIsKept)
@@ -353,10 +358,7 @@ TEST_F(SavedElsewhere, WhileWhatIsWrittenOverIsCopiedItIsKept)
     TakeNoSecondFile(ERROR_PATH_NOT_FOUND);
     refusals.flush = AtCall(2, theirs); // of the copy that lies there while it is written over
     book->Save(1);
-    const Names copies = KeptCopies(Path());
-    ASSERT_EQ(copies.size(), 1u);
-    EXPECT_EQ(ReadBytes(copies[0]), theirs);
-    EXPECT_EQ(NamesInFile(), Names{L"Ann"});
+    ExpectTheirsInACopy();
     EXPECT_EQ(CopiesInTemporaryFolder().size(), 1u);
 }
 
@@ -370,10 +372,7 @@ TEST_F(SavedElsewhere, RightBeforeItWouldBeWrittenOverItIsKept)
         return beside(path, access, disposition);
     };
     book->Save(1);
-    const Names copies = KeptCopies(Path());
-    ASSERT_EQ(copies.size(), 1u);
-    EXPECT_EQ(ReadBytes(copies[0]), theirs);
-    EXPECT_EQ(NamesInFile(), Names{L"Ann"});
+    ExpectTheirsInACopy();
     EXPECT_EQ(CopiesInTemporaryFolder().size(), 1u);
 }
 

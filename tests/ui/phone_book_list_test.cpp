@@ -196,26 +196,28 @@ TEST_F(PhoneBookListTest, RowWhoseItemLeftTheBookIsSkipped)
     EXPECT_EQ(OnlySelectedItem(list, *book), bob);
 }
 
-TEST_F(PhoneBookListTest, RowsOfABookThatWasLoadedAgainAreNobody)
+class ReloadedBookTest : public PhoneBookListTest {
+protected:
+    ReloadedBookTest()
+    {
+        book.AddEntry(L"Zoe", L"1", L"", 7);
+        FillPhoneBookList(list, *book, ListedItems::All);
+        Select(0);
+        book->Reload();
+        book.AddEntry(L"Amy", L"2", L"", 7);
+    }
+};
+
+TEST_F(ReloadedBookTest, RowsOfABookThatWasLoadedAgainAreNobody)
 {
-    book.AddEntry(L"Zoe", L"1", L"", 7);
-    FillPhoneBookList(list, *book, ListedItems::All);
-    Select(0);
-    book->Reload();
-    book.AddEntry(L"Amy", L"2", L"", 7);
     EXPECT_TRUE(CollectSelectedItems(list, *book).empty());
     FillPhoneBookList(list, *book, ListedItems::All);
     Select(0);
     EXPECT_EQ(CollectSelectedItems(list, *book).size(), 1u);
 }
 
-TEST_F(PhoneBookListTest, RowsThatStayBehindWhenTheyCannotBeReplacedAreNobody)
+TEST_F(ReloadedBookTest, RowsThatStayBehindWhenTheyCannotBeReplacedAreNobody)
 {
-    book.AddEntry(L"Zoe", L"1", L"", 7);
-    FillPhoneBookList(list, *book, ListedItems::All);
-    Select(0);
-    book->Reload();
-    book.AddEntry(L"Amy", L"2", L"", 7);
     FailingCalls<decltype(SendMessageW), struct Emptying> calls(
         nullptr, "SendMessageW", 0, ERROR_NOT_ENOUGH_MEMORY,
         [](HWND, UINT message, WPARAM, LPARAM) { return message == LVM_DELETEALLITEMS; });
