@@ -177,11 +177,14 @@ void KeepDocumentLibrary()
     LoadLibraryW(L"msxml3.dll");
 }
 
-// A folder for all files but the phone book, which is the one for temporary files, too.
+// A folder for all files but the phone book, which is the one for temporary files, too. A phone book of a user whose
+// documents folder cannot be read lies on this system's own drive, not on the one that it shares with others.
 class FolderOfSessions {
 public:
     FolderOfSessions()
     {
+        _wputenv_s(L"QX_BINARY_DIR", BuiltFolder().c_str()); // whatever the current drive is
+        std::filesystem::current_path(std::filesystem::temp_directory_path());
         std::filesystem::create_directories(Temporary());
         for (const wchar_t* const variable : {L"TMP", L"TEMP"})
             SetEnvironmentVariableW(variable, Temporary().c_str());

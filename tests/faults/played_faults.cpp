@@ -48,7 +48,7 @@ PlayedFaults::PlayedFaults(std::string scenario, std::string command)
 std::filesystem::path PlayedFaults::File(const char* ending) const
 {
     const char* const kept = std::getenv("QX_FAULTS_REPORT");
-    return (kept != nullptr ? std::filesystem::path(kept) : temporary_.Path()) /
+    return (kept != nullptr ? std::filesystem::absolute(kept) : temporary_.Path()) /
            (scenario_ + "." + command_ + "." + ending);
 }
 

@@ -833,10 +833,12 @@ void Scenario::Reset()
         if (entry.path().extension() != L".CHM")
             fs::remove_all(entry.path());
     }
-    for (const auto& entry : fs::directory_iterator(file.parent_path())) {
-        if (entry.path().filename().wstring().starts_with(file.filename().wstring())) {
-            SetFileAttributesW(entry.path().c_str(), FILE_ATTRIBUTE_NORMAL);
-            fs::remove(entry.path());
+    for (const fs::path& folder : {file.parent_path(), fs::path(L"\\")}) { // with a documents folder, and without
+        for (const auto& entry : fs::directory_iterator(folder)) {
+            if (entry.path().filename().wstring().starts_with(file.filename().wstring())) {
+                SetFileAttributesW(entry.path().c_str(), FILE_ATTRIBUTE_NORMAL);
+                fs::remove(entry.path());
+            }
         }
     }
     Session().WritePhoneBook(Book().Text());
