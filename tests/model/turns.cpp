@@ -71,14 +71,12 @@ Place ShownPageOf(HWND sheet)
 Turns::Turns(Take take) : take_(std::move(take))
 {
     window_ = NewMessageWindow(L"qx_turns", Procedure);
-    hook_ = SetWindowsHookExW(WH_CBT, ForgetDestroyed, nullptr, GetCurrentThreadId());
     current_ = this;
 }
 
 Turns::~Turns()
 {
     current_ = nullptr;
-    UnhookWindowsHookEx(hook_);
     DestroyWindow(window_);
 }
 
@@ -104,26 +102,22 @@ LRESULT CALLBACK Turns::Procedure(HWND window, UINT message, WPARAM w, LPARAM l)
     return 0;
 }
 
-// A window that has gone may come back as another one.
-LRESULT CALLBACK Turns::ForgetDestroyed(int code, WPARAM w, LPARAM l)
-{
-    if (code == HCBT_DESTROYWND && current_ != nullptr)
-        current_->places_.erase(reinterpret_cast<HWND>(w));
-    return CallNextHookEx(nullptr, code, w, l);
-}
-
 Place Turns::PlaceOf(HWND dialog)
 {
-    auto known = places_.find(dialog);
-    if (known == places_.end()) {
-        const auto mark =
-            std::ranges::find_if(kMarks, [=](const auto& m) { return GetDlgItem(dialog, m.control) != nullptr; });
-        if (mark == std::end(kMarks))
-            return Place::None;
-        const bool onlyShows = mark->place == Place::Entry && GetDlgItem(dialog, IDCANCEL) == nullptr;
-        known = places_.emplace(dialog, onlyShows ? Place::Details : mark->place).first;
+    Known& known = places_[dialog];
+    // A window that has gone may have come back as another one.
+    if (known.mark == nullptr || GetParent(known.mark) != dialog) {
+        known = {};
+        for (const auto& mark : kMarks) {
+            known.mark = GetDlgItem(dialog, mark.control);
+            if (known.mark == nullptr)
+                continue;
+            const bool onlyShows = mark.place == Place::Entry && GetDlgItem(dialog, IDCANCEL) == nullptr;
+            known.place = onlyShows ? Place::Details : mark.place;
+            break;
+        }
     }
-    return known->second == Place::FaxJob ? ShownPageOf(dialog) : known->second;
+    return known.place == Place::FaxJob ? ShownPageOf(dialog) : known.place;
 }
 
 void Turns::Give()

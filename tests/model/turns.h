@@ -24,15 +24,17 @@ public:
 
 private:
     static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM w, LPARAM l);
-    static LRESULT CALLBACK ForgetDestroyed(int code, WPARAM w, LPARAM l);
     void Give();
     Place PlaceOf(HWND dialog);
 
     const Take take_;
     HWND window_ = nullptr;
-    HHOOK hook_ = nullptr;
-    HWND busyWith_ = nullptr;      // the dialog in which the user is doing something
-    std::map<HWND, Place> places_; // of the dialogs that have been there and are not destroyed
+    HWND busyWith_ = nullptr; // the dialog in which the user is doing something
+    struct Known {
+        HWND mark = nullptr; // the control by which it is known
+        Place place = Place::None;
+    };
+    std::map<HWND, Known> places_; // of the dialogs that have been there
     static inline Turns* current_ = nullptr;
 };
 
