@@ -13,12 +13,9 @@ namespace {
 // Longer than anybody takes to make one.
 constexpr std::uint64_t kAbandonedAfter = std::uint64_t{10} * 60 * 10000000; // 10 minutes, in units of 100 ns
 
-bool HasBeenThereForLong(const WIN32_FIND_DATAW& file) noexcept
+bool HasBeenThereForLong(const WIN32_FIND_DATAW& file, std::uint64_t now) noexcept
 {
-    FILETIME now;
-    GetSystemTimeAsFileTime(&now);
-    return Whole(now.dwHighDateTime, now.dwLowDateTime) >
-           Whole(file.ftLastWriteTime.dwHighDateTime, file.ftLastWriteTime.dwLowDateTime) + kAbandonedAfter;
+    return now > Whole(file.ftLastWriteTime.dwHighDateTime, file.ftLastWriteTime.dwLowDateTime) + kAbandonedAfter;
 }
 
 // Whether rest, a file's name behind start, is what UniqueName appends.
@@ -53,7 +50,14 @@ std::wstring UniqueName(const std::wstring& start, const wchar_t* ending)
            std::to_wstring(++attempts) + ending;
 }
 
-void RemoveAbandonedFiles(const std::wstring& start, const wchar_t* ending)
+std::uint64_t Now() noexcept
+{
+    FILETIME now;
+    GetSystemTimeAsFileTime(&now);
+    return Whole(now.dwHighDateTime, now.dwLowDateTime);
+}
+
+void RemoveAbandonedFiles(const std::wstring& start, const wchar_t* ending, std::uint64_t now)
 {
     const std::wstring folder = start.substr(0, start.rfind(L'\\') + 1);
     const std::size_t nameUnits = start.size() - folder.size();
@@ -64,7 +68,7 @@ void RemoveAbandonedFiles(const std::wstring& start, const wchar_t* ending)
     do {
         std::wstring_view name = found.cFileName;
         name.remove_prefix(std::min(nameUnits, name.size())); // it may be found by a shorter name that it also has
-        if (IsUniqueEnding(name, ending) && HasBeenThereForLong(found))
+        if (IsUniqueEnding(name, ending) && HasBeenThereForLong(found, now))
             DeleteFileW((folder + found.cFileName).c_str());
     } while (FindNextFileW(search.Get(), &found));
 }

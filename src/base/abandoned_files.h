@@ -19,9 +19,12 @@ constexpr std::uint64_t Whole(DWORD high, DWORD low) noexcept
 // A name that no other process, thread or attempt uses: three numbers behind start, and ending.
 std::wstring UniqueName(const std::wstring& start, const wchar_t* ending);
 
+// What the clock of this computer says, as Whole makes one number of a FILETIME.
+std::uint64_t Now() noexcept;
+
 // Deletes the files whose names UniqueName has made of start, a path, and ending, unless they are so young that another
-// process, maybe on another computer, may still be at work. What cannot be deleted stays. Never throws for the folder's
-// sake.
-void RemoveAbandonedFiles(const std::wstring& start, const wchar_t* ending);
+// process, maybe on another computer, may still be at work. now is by the clock that stamps the files of that folder:
+// on a share it is the server's. What cannot be deleted stays. Never throws for the folder's sake.
+void RemoveAbandonedFiles(const std::wstring& start, const wchar_t* ending, std::uint64_t now);
 
 } // namespace qx

@@ -85,7 +85,7 @@ void ExtractFile(const std::wstring& cabinet, const std::wstring& wanted, const 
 {
     constexpr wchar_t kEnding[] = L".tmp";
     const std::wstring start = target.substr(0, target.rfind(L'\\') + 1) + L"qxh";
-    RemoveAbandonedFiles(start, kEnding);
+    RemoveAbandonedFiles(start, kEnding, Now());
     const std::wstring unpacked = UniqueName(start, kEnding);
     if (unpacked.size() >= MAX_PATH)
         return;

@@ -759,6 +759,23 @@ TEST_F(FailingFiles, OnlyOldFilesOfATemporarysNameAreRemoved)
     EXPECT_EQ(documents.Files(), left);
 }
 
+RedirectedImport<decltype(GetSystemTimeAsFileTime)>* getTime = nullptr;
+void WINAPI AnHourLater(FILETIME* time)
+{
+    constexpr ULONGLONG kHour = ULONGLONG{36000000000};
+    getTime->Original()(time);
+    const ULONGLONG later = (ULONGLONG{time->dwHighDateTime} << 32 | time->dwLowDateTime) + kHour;
+    *time = {static_cast<DWORD>(later), static_cast<DWORD>(later >> 32)};
+}
+
+TEST_F(FailingFiles, WhatAnotherComputerIsMakingIsNotOldWhereTheShareIsBehindThisComputer)
+{
+    WriteBytes(documents.File(L"qxfaxab.xml.12.34.7.new"), "half");
+    const StandIn<decltype(GetSystemTimeAsFileTime)> clock("GetSystemTimeAsFileTime", AnHourLater, getTime);
+    EXPECT_TRUE(SaveBob());
+    EXPECT_EQ(documents.Files(), (Names{L"qxfaxab.xml", L"qxfaxab.xml.12.34.7.new"}));
+}
+
 // Links
 
 const wchar_t* linkName = L"";

@@ -279,7 +279,7 @@ bool Replacement::Rename(const MayGo& mayGo)
 
 bool Replacement::Overwrite(const MayGo& mayGo)
 {
-    RemoveAbandonedFiles(elsewhere_, kReplacementEnding);
+    RemoveAbandonedFiles(elsewhere_, kReplacementEnding, Now());
     std::string newContent;
     if (ReadWholeFile(temporary_, newContent) != ERROR_SUCCESS)
         return false;
@@ -309,7 +309,12 @@ bool Replacement::Overwrite(const MayGo& mayGo)
 
 void RemoveAbandonedReplacements(const std::wstring& path) noexcept
 {
-    Guarded([&path] { RemoveAbandonedFiles(path, kReplacementEnding); });
+    Guarded([&path] {
+        WIN32_FILE_ATTRIBUTE_DATA data{};
+        if (GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data))
+            RemoveAbandonedFiles(path, kReplacementEnding,
+                                 Whole(data.ftLastWriteTime.dwHighDateTime, data.ftLastWriteTime.dwLowDateTime));
+    });
 }
 
 // ---- copies ------------------------------------------------------------------------------------------------------
