@@ -161,14 +161,20 @@ protected:
     void CheckControl(HWND control, const std::string& name)
     {
         const Palette& palette = GetParam();
-        const Colors seen = OnScreen(SeenOf(control));
+        const bool isEnabled = IsWindowEnabled(control) != FALSE;
+        const double leastContrast = isEnabled ? kReadable : kVisible;
+        Colors seen = OnScreen(SeenOf(control));
+        // What has been drawn reaches the screen a little later.
+        for (int tries = 0; tries < 50 && ShowsText(control) && !ShowsSomething(seen, leastContrast); ++tries) {
+            Sleep(20);
+            seen = OnScreen(SeenOf(control));
+        }
         EXPECT_TRUE(seen.Ground() == palette.ground || seen.Ground() == palette.selection) << name;
         for (const auto& [color, count] : seen.pixels)
             EXPECT_TRUE(IsOfPalette(color)) << name << ": " << count << " pixels of " << std::hex << color;
         if (!ShowsText(control))
             return;
-        const bool isEnabled = IsWindowEnabled(control) != FALSE;
-        EXPECT_TRUE(ShowsSomething(seen, isEnabled ? kReadable : kVisible)) << name;
+        EXPECT_TRUE(ShowsSomething(seen, leastContrast)) << name;
         if (IsOfClass(control, L"Static") || IsOfClass(control, L"Edit")) {
             EXPECT_EQ(seen.Count(palette.disabled) > 0, !isEnabled) << name;
         } else if (!isEnabled) {
