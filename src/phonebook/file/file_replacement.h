@@ -47,8 +47,8 @@ private:
 };
 
 // Removes what processes that died while replacing path left beside it: files of a replacement's name that are older
-// than path, which has just been saved, by more than any save takes. This computer's clock is not asked: that of a share
-// may be another, and what a second computer is still making would look old.
+// than path, which has just been saved, by more than any save takes. This computer's clock is not asked: that of a
+// share may be another, and what a second computer is still making would look old.
 void RemoveAbandonedReplacements(const std::wstring& path) noexcept;
 
 // Keeps a byte-identical, hidden copy of path beside it, or in the temporary folder when the folder of path takes no
