@@ -3,21 +3,17 @@
 import json
 import os
 import pathlib
-import subprocess
+import sys
 import tempfile
 import unittest
 
 SOURCES = pathlib.Path(os.environ["QX_SOURCE_DIR"])
 BINARIES = pathlib.Path(os.environ["QX_BINARY_DIR"])
-WINE = os.environ["QX_WINE"]
+sys.path.insert(0, str(SOURCES / "tests/support"))
+from windows_program import WINE, run
 CONTACTS = SOURCES / "tests/data/contacts"
 
 DONE, REFUSED, WRONG_USAGE = 0, 1, 2
-
-
-def run(program, *arguments, folder=None):
-    return subprocess.run([WINE, program, *map(str, arguments)], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                          stdin=subprocess.DEVNULL, encoding="utf-8", timeout=100, cwd=folder, check=False)
 
 
 def tool(*arguments, folder=None):

@@ -4,13 +4,15 @@ import json
 import os
 import pathlib
 import struct
-import subprocess
+import sys
 import tempfile
 import unittest
 
 BINARIES = pathlib.Path(os.environ["QX_BINARY_DIR"])
 SOURCES = pathlib.Path(os.environ["QX_SOURCE_DIR"])
-WINE = os.environ["QX_WINE"]
+sys.path.insert(0, str(SOURCES / "tests/support"))
+from windows_program import WINE, run
+
 PRINTER = f"QX faxhost test {os.getpid()}"
 GUID = f"{{faxhost-test-{os.getpid()}}}"
 
@@ -18,9 +20,7 @@ SENT, FAILED, CANCELLED = 0, 1, 2
 
 
 def faxhost(*arguments):
-    return subprocess.run(
-        [WINE, BINARIES / "faxhost.exe", *map(str, arguments)],
-        stdout=subprocess.PIPE, stderr=subprocess.PIPE, stdin=subprocess.DEVNULL, encoding="utf-8", timeout=60)
+    return run(BINARIES / "faxhost.exe", *arguments, timeout=60)
 
 
 class FaxHostTest(unittest.TestCase):
