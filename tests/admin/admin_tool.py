@@ -10,7 +10,8 @@ import unittest
 SOURCES = pathlib.Path(os.environ["QX_SOURCE_DIR"])
 BINARIES = pathlib.Path(os.environ["QX_BINARY_DIR"])
 sys.path.insert(0, str(SOURCES / "tests/support"))
-from windows_program import WINE, run
+from windows_program import run
+
 CONTACTS = SOURCES / "tests/data/contacts"
 
 DONE, REFUSED, WRONG_USAGE = 0, 1, 2

@@ -6,7 +6,8 @@ import subprocess
 import time
 import unittest
 
-from admin_tool import BINARIES, CONTACTS, DONE, REFUSED, WINE, ToolTest, faxhost, run
+from admin_tool import BINARIES, CONTACTS, DONE, REFUSED, ToolTest, faxhost, run
+from windows_program import WINE
 
 PICK_THE_SECOND = """
 page 1

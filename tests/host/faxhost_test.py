@@ -11,7 +11,7 @@ import unittest
 BINARIES = pathlib.Path(os.environ["QX_BINARY_DIR"])
 SOURCES = pathlib.Path(os.environ["QX_SOURCE_DIR"])
 sys.path.insert(0, str(SOURCES / "tests/support"))
-from windows_program import WINE, run
+from windows_program import run
 
 PRINTER = f"QX faxhost test {os.getpid()}"
 GUID = f"{{faxhost-test-{os.getpid()}}}"

@@ -1,17 +1,18 @@
 """A user's first fax, from the empty registry to the job that the driver reads."""
 
 import json
-import subprocess
 import unittest
 
-from faxhost_test import GUID, PRINTER, SENT, SOURCES, WINE, FaxHostTest, faxhost
+from faxhost_test import GUID, PRINTER, SENT, SOURCES, FaxHostTest, faxhost, run
 
 
 class FirstUse(FaxHostTest):
     def setUp(self):
         super().setUp()
-        self.addCleanup(subprocess.run, [WINE, "reg", "delete", rf"HKCU\Software\Quillmarsh\{GUID}", "/f"],
-                        stdout=subprocess.DEVNULL, check=True)
+        self.addCleanup(self.forget)
+
+    def forget(self):
+        self.assertEqual(run("reg", "delete", rf"HKCU\Software\Quillmarsh\{GUID}", "/f").returncode, 0)
 
     def test_the_fax_carries_the_defaults_that_the_user_has_just_stored(self):
         self.provision()
