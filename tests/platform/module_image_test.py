@@ -36,31 +36,32 @@ FUNCTIONS = set("""
     GetComboBoxInfo GetCurrentDirectoryW GetCurrentProcessId GetCurrentThreadId GetCursor GetCursorInfo GetCursorPos
     GetDC GetDeviceCaps GetDIBColorTable GetDlgCtrlID GetDlgItem getenv GetFileAttributesExW GetFileAttributesW
     GetFileInformationByHandle GetFileSecurityW GetFileSizeEx GetFinalPathNameByHandleW GetFocus GetGUIThreadInfo
-    GetKeyState GetLastError GetLayout GetLongPathNameW GetMessagePos GetMessageW GetMonitorInfoW GetModuleFileNameW GetModuleHandleExW
-    GetModuleHandleW GetNextDlgTabItem GetObjectW GetOpenFileNameW GetParent GetPixel GetPrinterDataExW GetPrinterDataW
-    GetPrinterDriverW GetPrinterW GetProcAddress GetProcessHeap GetPropW GetSaveFileNameW GetStockObject GetStringTypeW
-    GetSysColor GetSysColorBrush GetSystemDirectoryW GetSystemInfo GetSystemTimeAsFileTime GetTempPathW
+    GetKeyState GetLastError GetLayout GetLongPathNameW GetMessagePos GetMessageW GetModuleFileNameW GetModuleHandleExW
+    GetModuleHandleW GetMonitorInfoW GetNextDlgTabItem GetObjectW GetOpenFileNameW GetParent GetPixel GetPrinterDataExW
+    GetPrinterDataW GetPrinterDriverW GetPrinterW GetProcAddress GetProcessHeap GetPropW GetSaveFileNameW GetStockObject
+    GetStringTypeW GetSysColor GetSysColorBrush GetSystemDirectoryW GetSystemInfo GetSystemTimeAsFileTime GetTempPathW
     GetThreadErrorMode GetTickCount64 GetUserDefaultUILanguage GetVersionExW GetWindow GetWindowLongPtrW GetWindowRect
     GetWindowTextLengthW GetWindowTextW HeapAlloc HeapFree ImageList_AddMasked ImageList_Create ImageList_Destroy
-    ImageList_LoadImageW ImmAssociateContext InflateRect
-    InitializeCriticalSection InvalidateRect IsCharAlphaW IsChild IsDBCSLeadByteEx IsDlgButtonChecked isspace
-    IsTextUnicode iswctype iswdigit IsWindow IsWindowEnabled IsWindowVisible iswspace LCMapStringW LeaveCriticalSection
-    LoadCursorW LoadImageW LoadLibraryExW LoadLibraryW LoadResource localeconv LockResource lstrcmpiW lstrcmpW lstrcpynW
-    malloc MapViewOfFile MapWindowPoints memchr memcmp memcpy memmove memset MessageBoxW MonitorFromWindow MoveFileExW MoveWindow OffsetRect
-    MsgWaitForMultipleObjects MsgWaitForMultipleObjectsEx MulDiv MultiByteToWideChar NotifyWinEvent OpenPrinterW OutputDebugStringW
+    ImageList_LoadImageW ImmAssociateContext InflateRect InitializeCriticalSection InvalidateRect IsCharAlphaW IsChild
+    IsDBCSLeadByteEx IsDlgButtonChecked isspace IsTextUnicode iswctype iswdigit IsWindow IsWindowEnabled IsWindowVisible
+    iswspace LCMapStringW LeaveCriticalSection LoadCursorW LoadImageW LoadLibraryExW LoadLibraryW LoadResource
+    localeconv LockResource lstrcmpiW lstrcmpW lstrcpynW malloc MapViewOfFile MapWindowPoints memchr memcmp memcpy
+    memmove memset MessageBoxW MonitorFromWindow MoveFileExW MoveWindow MsgWaitForMultipleObjects
+    MsgWaitForMultipleObjectsEx MulDiv MultiByteToWideChar NotifyWinEvent OffsetRect OpenPrinterW OutputDebugStringW
     PeekMessageW PostMessageW PostQuitMessage PostThreadMessageW PropertySheetW PtInRect QueryPerformanceCounter
     RaiseException ReadFile RealChildWindowFromPoint realloc RegCloseKey RegCreateKeyExW RegDeleteKeyW RegEnumValueW
     RegisterWindowMessageW RegOpenKeyExW RegQueryValueExW RegSetValueExW ReleaseActCtx ReleaseCapture ReleaseDC
     ReleaseMutex ReleaseSemaphore ReleaseSRWLockExclusive RemovePropW RtlCaptureContext RtlLookupFunctionEntry
     RtlUnwindEx RtlVirtualUnwind SafeArrayCreateVector ScreenToClient SelectObject SendDlgItemMessageW
     SendMessageTimeoutW SendMessageW SetBkColor SetCapture SetCurrentDirectoryW SetCursor SetDIBColorTable
-    SetDlgItemTextW SetEndOfFile SetEvent SetFileAttributesW SetFileInformationByHandle
-    SetFilePointerEx SetFileSecurityW SetFocus SetForegroundWindow SetLastError SetLayout SetPixel SetPrinterDataExW SetPropW SetTextColor SetThreadErrorMode
-    SetupIterateCabinetW SetWindowLongPtrW SetWindowPos SetWindowsHookExW SetWindowTextW ShowCursor ShowWindow
-    SizeofResource Sleep sprintf strcmp strerror strlen strncmp strstr strtoul SysAllocStringLen SysFreeString
-    SysStringLen SystemParametersInfoW TlsAlloc TlsFree TlsGetValue TlsSetValue towlower TrackMouseEvent
+    SetDlgItemTextW SetEndOfFile SetEvent SetFileAttributesW SetFileInformationByHandle SetFilePointerEx
+    SetFileSecurityW SetFocus SetForegroundWindow SetLastError SetLayout SetPixel SetPrinterDataExW SetPropW
+    SetTextColor SetThreadErrorMode SetupIterateCabinetW SetWindowLongPtrW SetWindowPos SetWindowsHookExW SetWindowTextW
+    ShowCursor ShowWindow SizeofResource Sleep sprintf strcmp strerror strlen strncmp strstr strtoul SysAllocStringLen
+    SysFreeString SysStringLen SystemParametersInfoW TlsAlloc TlsFree TlsGetValue TlsSetValue towlower TrackMouseEvent
     TranslateMessage UnhookWindowsHookEx UnmapViewOfFile VariantClear VariantInit vfprintf VirtualAlloc VirtualFree
-    VirtualProtect VirtualQuery WaitForMultipleObjects WaitForSingleObject wcslen wcstol wcstoul WideCharToMultiByte WriteFile
+    VirtualProtect VirtualQuery WaitForMultipleObjects WaitForSingleObject wcslen wcstol wcstoul WideCharToMultiByte
+    WriteFile
 """.split())
 # The C++ library of GCC 13 and later brings these: its own locks, and the messages of its errors.
 FUNCTIONS |= set("""
