@@ -141,6 +141,28 @@ TEST_F(AddressBookImport, WithoutSubtreeImportsNothingButWritesTheVersion)
     EXPECT_EQ(Version(unnamed), AsStored(0x10000));
 }
 
+TEST_F(AddressBookImport, WithoutMemoryAddsAllOrNothing)
+{
+    PutOld(L"first", L"Ann\0"
+                     L"1\0\0"s);
+    PutOld(L"second", L"Bob\0"
+                      L"2\0\0"s);
+    Publish(printer);
+    FailingCalls<decltype(HeapAlloc), struct Blocks> blocks(nullptr, "HeapAlloc", nullptr);
+    bool refused = true;
+    for (long call = 1; refused; ++call) {
+        blocks.FailOnly(call);
+        try {
+            ImportOldAddressBookOnce(printer.Handle(), *book);
+        } catch (const std::bad_alloc&) {
+            EXPECT_EQ(book->GetCount(), 0u) << call;
+        }
+        refused = blocks.HasFailed() && book->GetCount() == 0;
+    }
+    blocks.FailNone();
+    EXPECT_EQ(book.Names(), (Names{L"Ann", L"Bob"}));
+}
+
 TEST_F(AddressBookImport, OfAnEmptyAddressBookDoesNotSave)
 {
     Publish(printer);

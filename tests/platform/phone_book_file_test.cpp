@@ -229,6 +229,24 @@ TEST_F(PhoneBookFile, MayHoldTheLargestIdOfAllAndTheNextIdsAreStillFree)
     EXPECT_EQ(book->NextId(), 4u);
 }
 
+TEST_F(PhoneBookFile, MayHoldNearlyTheLargestIdOfAllAndNoTakenOneIsHandedOutBehindIt)
+{
+    LoadItems("<qxfax_pbentry entry_id='2147483645'/><qxfax_pbentry entry_id='0'/><qxfax_group group_name='G' "
+              "entry_id='2'><member_list><m_entry_id>0</m_entry_id><m_entry_id>1</m_entry_id></member_list>"
+              "</qxfax_group>");
+    EXPECT_EQ(book->NextId(), 2147483646u);
+    EXPECT_EQ(book->NextId(), 3u);
+    EXPECT_EQ(book->NextId(), 4u);
+}
+
+TEST_F(PhoneBookFile, HandsOutNoIdThatAGroupNamesWhichCameAfterTheLoad)
+{
+    LoadItems("<qxfax_pbentry entry_id='2147483647'/>");
+    book.AddGroup(L"G", {1, 3}, 0);
+    EXPECT_EQ(book->NextId(), 2u);
+    EXPECT_EQ(book->NextId(), 4u);
+}
+
 TEST_F(PhoneBookFile, GivesAGroupTheMembersOfItsOnlyChildWhateverThatIsCalled)
 {
     LoadItems("<qxfax_group group_name='G' entry_id='5'><members><m_entry_id>3</m_entry_id><other>4</other>"

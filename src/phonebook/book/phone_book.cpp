@@ -132,6 +132,12 @@ BOOL PhoneBook::Add(PhoneBookItem* item)
     return TRUE;
 }
 
+void PhoneBook::AddAll(std::span<PhoneBookItem* const> items)
+{
+    items_.insert(items_.end(), items.begin(), items.end());
+    Changed();
+}
+
 BOOL PhoneBook::Delete(DWORD index)
 {
     if (index >= items_.size())
@@ -194,7 +200,8 @@ DWORD PhoneBook::NextId() noexcept
 {
     if (nextId_ < std::numeric_limits<LONG>::max())
         return static_cast<DWORD>(nextId_++);
-    while (std::binary_search(takenIds_.begin(), takenIds_.end(), nextGap_))
+    // Those of the items: the file may not have had the largest id yet when they were loaded.
+    while (std::binary_search(takenIds_.begin(), takenIds_.end(), nextGap_) || IsTaken(nextGap_))
         ++nextGap_;
     return nextGap_++;
 }
@@ -205,13 +212,15 @@ void PhoneBook::RaiseNextId(const LoadedPhoneBook& loaded)
         nextId_ = std::min(loaded.largestId, std::numeric_limits<LONG>::max() - 1) + 1;
     if (nextId_ < std::numeric_limits<LONG>::max())
         return;
+    std::vector<DWORD> taken = takenIds_; // which stay sorted whatever there is no memory for
     for (const PhoneBookItem* const item : loaded.items) {
-        takenIds_.push_back(item->GetId());
+        taken.push_back(item->GetId());
         if (const PhoneBookGroup* const group = AsGroup(item))
-            takenIds_.insert(takenIds_.end(), group->MemberIds().begin(), group->MemberIds().end());
+            taken.insert(taken.end(), group->MemberIds().begin(), group->MemberIds().end());
     }
-    std::sort(takenIds_.begin(), takenIds_.end());
-    takenIds_.erase(std::unique(takenIds_.begin(), takenIds_.end()), takenIds_.end());
+    std::sort(taken.begin(), taken.end());
+    taken.erase(std::unique(taken.begin(), taken.end()), taken.end());
+    takenIds_ = std::move(taken);
 }
 
 bool PhoneBook::IsTaken(DWORD id) const noexcept

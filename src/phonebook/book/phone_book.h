@@ -51,6 +51,9 @@ public:
     // Reload; the next save keeps a copy of what is there then.
     void FollowChange(bool sorted);
 
+    // Add for each of them, or, without memory, for none.
+    void AddAll(std::span<PhoneBookItem* const> items);
+
     // How often the items were replaced by those of the file. What was learned about an id before the last time may no
     // longer hold.
     unsigned Loads() const noexcept { return loads_; }
@@ -84,7 +87,7 @@ private:
     HANDLE printer_ = nullptr;
     LONG nextId_ = 0;
     DWORD nextGap_ = 0;
-    std::vector<DWORD> takenIds_; // of the file, sorted, once its largest id is the largest there is
+    std::vector<DWORD> takenIds_; // of each load since ids are handed out from gaps, sorted
     std::wstring filePath_;
     // What the book knows all of, as it was last loaded or saved. Any other file is copied before it is replaced.
     std::optional<ContentHash> seen_;

@@ -7,7 +7,9 @@
 #include "settings/key_set.h"
 #include "settings/names.h"
 
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace qx {
 
@@ -40,30 +42,30 @@ void WriteVersion(HANDLE printer)
                       sizeof version);
 }
 
-// Whether there was anything to add.
-bool AddOldEntry(HKEY addressBook, const wchar_t* valueName, PhoneBook& book)
+PhoneBookEntry* NewEntry(const Recipient& texts, PhoneBook& book)
 {
-    const std::optional<Recipient> texts = ReadRegistryEntry(addressBook, valueName);
-    if (!texts)
-        return false;
     PhoneBookEntry* const entry = book.Store().NewEntry();
-    entry->SetTexts(*texts);
+    entry->SetTexts(texts);
     entry->SetId(book.NextId());
-    book.Add(entry);
-    return true;
+    return entry;
 }
 
-// Whether there was anything to import.
+// Whether there was anything to import. Without memory nothing is: what the book took would be saved by whoever saves
+// next, and imported once more.
 bool ImportOldAddressBook(HANDLE printer, PhoneBook& book)
 {
     KeySet keys(printer);
     OpenKeys(*keys);
-    bool added = false;
-    for (const std::wstring& name : ValueNames(keys->hAddressBookKey)) // none of a key that could not be opened
-        added |= AddOldEntry(keys->hAddressBookKey, name.c_str(), book);
-    if (added)
-        book.Save(book.GetCount());
-    return added;
+    std::vector<PhoneBookItem*> entries;                                 // the book's store frees them
+    for (const std::wstring& name : ValueNames(keys->hAddressBookKey)) { // none of a key that could not be opened
+        if (const std::optional<Recipient> texts = ReadRegistryEntry(keys->hAddressBookKey, name.c_str()))
+            entries.push_back(NewEntry(*texts, book));
+    }
+    if (entries.empty())
+        return false;
+    book.AddAll(entries);
+    book.Save(book.GetCount());
+    return true;
 }
 
 } // namespace
