@@ -691,6 +691,22 @@ TEST_F(FailingFiles, WritingInPlaceThatCannotBeTakenBackLeavesTheCopy)
     DeleteFileW(copies[0].c_str());
 }
 
+// What an earlier session kept may have any of our names.
+TEST_F(FailingFiles, ACopyOfTheSameNameDoesNotKeepWritingInPlaceFromItsOwn)
+{
+    WriteBook();
+    TakeNoSecondFile(ERROR_PATH_NOT_FOUND);
+    int taken = 0;
+    refusals.copy = [&taken, beside = refusals.copy](const std::wstring& path) -> DWORD {
+        const DWORD error = beside(path);
+        return error == ERROR_SUCCESS && taken++ == 0 ? ERROR_FILE_EXISTS : error;
+    };
+    EXPECT_TRUE(SaveBob());
+    EXPECT_EQ(taken, 2);
+    EXPECT_EQ(NamesInFile(), Names{L"Bob"});
+    EXPECT_TRUE(CopiesInTemporaryFolder().empty());
+}
+
 TEST_F(FailingFiles, WithoutACopyNothingIsWrittenInPlace)
 {
     WriteBook();
@@ -773,6 +789,17 @@ TEST_F(FailingFiles, WhatAnotherComputerIsMakingIsNotOldWhereTheShareIsBehindThi
     WriteBytes(documents.File(L"qxfaxab.xml.12.34.7.new"), "half");
     const StandIn<decltype(GetSystemTimeAsFileTime)> clock("GetSystemTimeAsFileTime", AnHourLater, getTime);
     EXPECT_TRUE(SaveBob());
+    EXPECT_EQ(documents.Files(), (Names{L"qxfaxab.xml", L"qxfaxab.xml.12.34.7.new"}));
+}
+
+// The stamp of a file that was not saved is anybody's.
+TEST_F(FailingFiles, ASaveThatIsRefusedRemovesNobodysTemporary)
+{
+    WriteBook();
+    WriteBytes(documents.File(L"qxfaxab.xml.12.34.7.new"), "half");
+    std::filesystem::last_write_time(Path(), std::filesystem::file_time_type::clock::now() + std::chrono::hours(1));
+    refusals.move = Always(ERROR_DISK_FULL);
+    EXPECT_FALSE(SaveBob());
     EXPECT_EQ(documents.Files(), (Names{L"qxfaxab.xml", L"qxfaxab.xml.12.34.7.new"}));
 }
 

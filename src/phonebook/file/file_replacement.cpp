@@ -106,6 +106,19 @@ DWORD CopyToNewFile(const std::wstring& from, const std::wstring& to) noexcept
     return ERROR_WRITE_FAULT;
 }
 
+// Calls make(name), which answers an error, with names of our own until one is free: a file that an earlier session
+// left behind may have any of them.
+template <class Make>
+DWORD MakeNewFile(const std::wstring& start, const wchar_t* ending, std::wstring& name, const Make& make)
+{
+    DWORD error = ERROR_SUCCESS;
+    do {
+        name = UniqueName(start, ending);
+        error = make(name);
+    } while (error == ERROR_FILE_EXISTS);
+    return error;
+}
+
 // False also when a could not be opened.
 bool HaveSameContent(const UniqueFile& a, const std::wstring& right)
 {
@@ -229,13 +242,11 @@ bool Replacement::Create(const std::wstring& start)
 {
     std::wstring name;
     const bool created = RetryWhileInUse([&] {
-        DWORD error = ERROR_SUCCESS;
-        do {
-            name = UniqueName(start, kReplacementEnding);
-            const UniqueFile file(CreateFileW(name.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_NEW,
+        const DWORD error = MakeNewFile(start, kReplacementEnding, name, [](const std::wstring& free) {
+            const UniqueFile file(CreateFileW(free.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_NEW,
                                               FILE_ATTRIBUTE_NORMAL, nullptr));
-            error = file ? ERROR_SUCCESS : GetLastError();
-        } while (error == ERROR_FILE_EXISTS);
+            return file ? DWORD{ERROR_SUCCESS} : GetLastError();
+        });
         SetLastError(error);
         return error == ERROR_SUCCESS;
     });
@@ -284,8 +295,9 @@ bool Replacement::Overwrite(const MayGo& mayGo)
     if (ReadWholeFile(temporary_, newContent) != ERROR_SUCCESS)
         return false;
     for (int saves = 0; saves < kMostSavesWaitedFor; ++saves) {
-        std::wstring name = UniqueName(elsewhere_, kCopyEnding);
-        if (CopyToNewFile(path_, name) != ERROR_SUCCESS)
+        std::wstring name;
+        const auto copyTo = [this](const std::wstring& free) { return CopyToNewFile(path_, free); };
+        if (MakeNewFile(elsewhere_, kCopyEnding, name, copyTo) != ERROR_SUCCESS)
             return false;
         PassingCopy copy(std::move(name));
         std::string oldContent;

@@ -413,10 +413,12 @@ bool SavePhoneBookFile(const std::wstring& path, std::span<PhoneBookItem* const>
     // Looked at before it is where others save as well.
     const std::optional<ContentHash> saved = ContentOf(replacement.Path());
     const bool stored = replacement.TakePlace([&old] { return old.MayGo(); });
+    if (!stored)
+        return false;
     RemoveAbandonedReplacements(real);
-    if (stored && seen != nullptr)
+    if (seen != nullptr)
         *seen = saved;
-    return stored;
+    return true;
 }
 
 namespace {
