@@ -227,13 +227,41 @@ TEST_F(ReloadedBookTest, RowsThatStayBehindWhenTheyCannotBeReplacedAreNobody)
     EXPECT_TRUE(CollectSelectedItems(list, *book).empty());
 }
 
-// Zero is an id, too.
+// Zero is an id, too, and a group may have none.
 TEST_F(PhoneBookListTest, RowThatCannotBeReadIsNobody)
 {
     book.AddEntry(L"Ann", L"1", L"", 0);
+    book.AddGroup(L"Old Friends", {0}, kNoId);
     FillPhoneBookList(list, *book, ListedItems::All);
-    EXPECT_NE(ItemOfRow(list.window, 0, *book), nullptr);
-    EXPECT_EQ(ItemOfRow(list.window, 1, *book), nullptr);
+    EXPECT_EQ(ItemOfRow(list.window, 0, *book), book->GetAt(0));
+    EXPECT_EQ(ItemOfRow(list.window, 1, *book), book->GetAt(1));
+    EXPECT_EQ(ItemOfRow(list.window, 2, *book), nullptr);
+}
+
+TEST_F(PhoneBookListTest, SelectedRowThatCannotBeReadIsNobody)
+{
+    book.AddEntry(L"Ann", L"1", L"", 0);
+    book.AddGroup(L"Old Friends", {0}, kNoId);
+    FillPhoneBookList(list, *book, ListedItems::All);
+    ListView_SetItemState(list.window, 0, LVIS_SELECTED, LVIS_SELECTED);
+    FailingCalls<decltype(SendMessageW), struct Reads> reads(
+        nullptr, "SendMessageW", 0, 0, [](HWND, UINT message, WPARAM, LPARAM) { return message == LVM_GETITEMW; });
+    reads.FailOnly(1);
+    EXPECT_TRUE(CollectSelectedItems(list, *book).empty());
+    EXPECT_TRUE(reads.HasFailed());
+}
+
+// As one that is empty already may answer.
+TEST_F(PhoneBookListTest, EmptyListThatDoesNotSayThatItWasEmptiedIsFilled)
+{
+    AddPeople(3);
+    FailingCalls<decltype(SendMessageW), struct Answers> answers(
+        nullptr, "SendMessageW", 0, 0,
+        [](HWND, UINT message, WPARAM, LPARAM) { return message == LVM_DELETEALLITEMS; });
+    answers.FailOnly(1);
+    FillPhoneBookList(list, *book, ListedItems::All);
+    EXPECT_TRUE(answers.HasFailed());
+    EXPECT_EQ(ListView_GetItemCount(list.window), 3);
 }
 
 TEST_F(PhoneBookListTest, RowIsScrolledToTheTopFromBothSides)

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -101,13 +102,14 @@ bool HasIcon(HWND list) noexcept
     return SendMessageW(list, LVM_GETIMAGELIST, LVSIL_SMALL, 0) != 0;
 }
 
-DWORD IdOfRow(HWND list, int row) noexcept
+// None when the row cannot be read: each number is an id, or that of a group without one.
+std::optional<DWORD> IdOfRow(HWND list, int row) noexcept
 {
     LVITEMW line{};
     line.mask = LVIF_PARAM;
     line.iItem = row;
     const LRESULT read = SendMessageW(list, LVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&line));
-    return read != 0 ? static_cast<DWORD>(line.lParam) : kNoId; // 0 is an id
+    return read != 0 ? std::optional(static_cast<DWORD>(line.lParam)) : std::nullopt;
 }
 
 // ---- keys ---------------------------------------------------------------------------------------------------------
@@ -236,15 +238,18 @@ void FillEntryList(HWND list, const std::vector<const PhoneBookEntry*>& entries)
 
 PhoneBookItem* ItemOfRow(HWND list, int row, const PhoneBook& book)
 {
-    return book.FindItem(IdOfRow(list, row));
+    const std::optional<DWORD> id = IdOfRow(list, row);
+    return id ? book.FindItem(*id) : nullptr;
 }
 
 std::vector<DWORD> SelectedIds(HWND list)
 {
     std::vector<DWORD> ids;
     ids.reserve(static_cast<std::size_t>(SelectedCount(list)));
-    for (int row = NextSelectedRow(list, -1); row >= 0; row = NextSelectedRow(list, row))
-        ids.push_back(IdOfRow(list, row));
+    for (int row = NextSelectedRow(list, -1); row >= 0; row = NextSelectedRow(list, row)) {
+        if (const std::optional<DWORD> id = IdOfRow(list, row))
+            ids.push_back(*id);
+    }
     return ids;
 }
 

@@ -72,7 +72,7 @@ void FillEntryList(HWND list, const std::vector<const PhoneBookEntry*>& entries)
 
 // The book's item with a row's id; null when there is none.
 PhoneBookItem* ItemOfRow(HWND list, int row, const PhoneBook& book);
-// The ids of the selected rows, in row order.
+// The ids of the selected rows, in row order, but for rows that cannot be read.
 std::vector<DWORD> SelectedIds(HWND list);
 // The book's items behind the selected rows, in row order: for each row the first item that has the row's id. Rows
 // whose id is not in the book are left out. None when the book has been loaded again since the list was filled: an id
