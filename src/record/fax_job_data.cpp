@@ -89,11 +89,12 @@ void SetOverlayPath(FaxJobData& record, const wchar_t* text) noexcept
 
 void MakeRoomForRecipients(FaxJobData& record) noexcept
 {
-    if (record.Recipients.Items != nullptr)
-        return;
-    const INT32 capacity = std::max(record.Recipients.Capacity, 0);
-    FaxRecipient** const items = AllocateRecipients(capacity);
-    record.Recipients = {items != nullptr ? capacity : 0, 0, items};
+    if (record.Recipients.Items == nullptr) {
+        const INT32 capacity = std::max(record.Recipients.Capacity, 0);
+        FaxRecipient** const items = AllocateRecipients(capacity);
+        record.Recipients = {items != nullptr ? capacity : 0, 0, items};
+    }
+    record.RecipientCount = static_cast<INT32>(RecipientsOf(record).size());
 }
 
 BOOL AddRecipient(FaxJobData& record, FaxRecipient* entry) noexcept

@@ -32,7 +32,8 @@ inline constexpr auto SetTitle = SetTextOf<&FaxJobData::Title>;
 // The field is one buffer of 260 units, made on first use and kept; at most 258 units of the text are stored.
 void SetOverlayPath(FaxJobData& record, const wchar_t* text) noexcept;
 
-// Makes the storage that the driver left out, for the capacity that it stated.
+// Makes the storage that the driver left out, for the capacity that it stated, and publishes the recipients that it has
+// filled in.
 void MakeRoomForRecipients(FaxJobData& record) noexcept;
 // Appends a recipient that the record owns from then on. FALSE for a null entry, or when memory is short (the entry
 // then stays the caller's).

@@ -78,6 +78,22 @@ TEST(FaxJobData, TheOverlayPathKeepsItsFirst258Characters)
     EXPECT_STREQ(buffer, L"");
 }
 
+// What is published is what the user sees and sends to, whatever the driver had counted.
+TEST(FaxJobData, TheRecipientsThatADriverHasFilledInAreAllPublished)
+{
+    OwnedFaxJobData owned;
+    FaxJobData& record = owned.Get();
+    MakeRoomForRecipients(record);
+    AddRecipient(record, NewRecipient(L"Ann"));
+    AddRecipient(record, NewRecipient(L"Bob"));
+    for (const INT32 counted : {0, 1, 5, -1}) {
+        record.RecipientCount = counted;
+        MakeRoomForRecipients(record);
+        EXPECT_EQ(record.RecipientCount, 2) << counted;
+        EXPECT_EQ(RecipientsOf(record).size(), 2u);
+    }
+}
+
 TEST(FaxJobData, RecipientsGrowByDoublingAndKeepTheirOrder)
 {
     OwnedFaxJobData owned;
@@ -163,6 +179,7 @@ TEST(FaxJobData, WhatThereIsNoMemoryForIsRefused)
     FailingBlocks blocks(nullptr, "HeapAlloc", nullptr);
     blocks.FailFrom(1);
     record.Recipients.Capacity = 5;
+    record.RecipientCount = 3;
     MakeRoomForRecipients(record);
     EXPECT_EQ(record.Recipients.Capacity, 0);
     FaxRecipient recipient{};
