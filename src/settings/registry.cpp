@@ -9,6 +9,7 @@ namespace qx {
 namespace {
 
 constexpr std::size_t kSpareUnits = 10;
+constexpr int kMostLooks = 10; // at a text that grows meanwhile
 
 // Of a list of strings, up to and with its final terminator.
 std::size_t ListUnits(const wchar_t* list) noexcept
@@ -19,12 +20,9 @@ std::size_t ListUnits(const wchar_t* list) noexcept
     return units;
 }
 
-} // namespace
-
-LSTATUS QueryString(HKEY key, const wchar_t* name, std::wstring& out)
+// ERROR_MORE_DATA when somebody stores a longer text between the question for its size and that for itself.
+LSTATUS LookAtString(HKEY key, const wchar_t* name, std::wstring& out)
 {
-    if (key == nullptr)
-        return ERROR_INVALID_HANDLE;
     DWORD bytes = 0;
     if (const LSTATUS status = RegQueryValueExW(key, name, nullptr, nullptr, nullptr, &bytes); status != ERROR_SUCCESS)
         return status;
@@ -38,6 +36,18 @@ LSTATUS QueryString(HKEY key, const wchar_t* name, std::wstring& out)
         buffer[bytes / sizeof(wchar_t)] = L'\0';
     out = std::move(buffer);
     return ERROR_SUCCESS;
+}
+
+} // namespace
+
+LSTATUS QueryString(HKEY key, const wchar_t* name, std::wstring& out)
+{
+    if (key == nullptr)
+        return ERROR_INVALID_HANDLE;
+    LSTATUS status = ERROR_MORE_DATA;
+    for (int looks = 0; looks < kMostLooks && status == ERROR_MORE_DATA; ++looks)
+        status = LookAtString(key, name, out);
+    return status != ERROR_MORE_DATA ? status : ERROR_BUSY;
 }
 
 bool ReadString(HKEY key, const wchar_t* name, std::wstring& out)

@@ -9,7 +9,8 @@ namespace qx {
 // out receives the whole stored value and ten terminators behind it: a value of several strings can be walked, and
 // one that was stored without a terminator ends all the same. Use out.c_str() for the first string.
 bool ReadString(HKEY key, const wchar_t* name, std::wstring& out);
-LSTATUS QueryString(HKEY key, const wchar_t* name, std::wstring& out); // with the system's answer
+// With the system's answer, or ERROR_BUSY for a text that grows with every look at it.
+LSTATUS QueryString(HKEY key, const wchar_t* name, std::wstring& out);
 // Any value of at most four bytes; its type is not checked, and told when asked for.
 bool ReadDword(HKEY key, const wchar_t* name, DWORD& out, DWORD* type = nullptr) noexcept;
 LSTATUS QueryDword(HKEY key, const wchar_t* name, DWORD& out, DWORD* type = nullptr) noexcept; // likewise

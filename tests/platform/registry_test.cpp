@@ -237,13 +237,25 @@ TEST_F(Registry, ATextStoredBadlyReadsUpToItsEndAndNeverBeyond)
     }
 }
 
-TEST_F(Registry, ATextThatChangesBetweenTwoLooksIsNotRead)
+TEST_F(Registry, ATextThatGrowsBetweenTwoLooksIsReadAgain)
 {
     OpenKeys(set);
     ASSERT_TRUE(WriteString(set.hDefaultKey, L"Text", L"stored", REG_SZ));
     FailingCalls<decltype(RegQueryValueExW), struct Looks> looks(nullptr, "RegQueryValueExW", ERROR_MORE_DATA);
     looks.FailOnly(2);
+    EXPECT_EQ(ReadBack(L"Text"), L"stored");
+}
+
+TEST_F(Registry, ATextThatGrowsWithoutEndIsNotReadAndCountsAsRefused)
+{
+    OpenKeys(set);
+    ASSERT_TRUE(WriteString(set.hDefaultKey, L"Text", L"stored", REG_SZ));
+    FailingCalls<decltype(RegQueryValueExW), struct Looks> looks(nullptr, "RegQueryValueExW", ERROR_MORE_DATA);
+    looks.FailFrom(2);
     EXPECT_EQ(ReadBack(L"Text"), L"<not read: untouched>");
+    looks.FailFrom(2);
+    std::wstring text;
+    EXPECT_FALSE(IsAnswer(QueryString(set.hDefaultKey, L"Text", text)));
 }
 
 TEST_F(Registry, ANumberOfUpToFourBytesIsReadWhateverItsType)
