@@ -449,5 +449,31 @@ TEST_F(CsvTableWriting, AFileThatCannotBeWrittenToItsEndIsLeftEmpty)
     }
 }
 
+TEST_F(CsvTableWriting, AFileThatAScannerMapsForAMomentGetsItsLength)
+{
+    CsvTableWriter writer;
+    ASSERT_TRUE(writer.Open(file_) && writer.SetSize(1, 2, 51) && writer.SetCell(0, 0, L"Name"));
+    FailingCalls<decltype(SetEndOfFile), struct Ends> ends(nullptr, "SetEndOfFile", FALSE, ERROR_USER_MAPPED_FILE);
+    ends.FailOnly(1);
+    EXPECT_TRUE(writer.Write());
+    EXPECT_TRUE(ends.HasFailed());
+    writer = {};
+    EXPECT_EQ(ReadBytes(file_), kUtf16Mark + Utf16Bytes(L"\"Name\",\r\n"));
+}
+
+TEST_F(CsvTableWriting, AFileThatAScannerMapsForAMomentIsEmptied)
+{
+    CsvTableWriter writer;
+    ASSERT_TRUE(writer.Open(file_) && writer.SetSize(1, 2, 51) && writer.SetCell(0, 0, L"Name"));
+    FailingCalls<decltype(SetEndOfFile), struct Ends> ends(nullptr, "SetEndOfFile", FALSE, ERROR_DISK_FULL);
+    ends.FailFrom(1);
+    FailingCalls<decltype(SetFileInformationByHandle), struct Lengths> lengths(nullptr, "SetFileInformationByHandle",
+                                                                               FALSE, ERROR_USER_MAPPED_FILE);
+    lengths.FailOnly(1);
+    EXPECT_FALSE(writer.Write());
+    writer = {};
+    EXPECT_EQ(std::filesystem::file_size(file_), 0u);
+}
+
 } // namespace
 } // namespace qx

@@ -1,5 +1,6 @@
 #include "phonebook/csv/csv_table.h"
 
+#include "base/file_in_use.h"
 #include "phonebook/csv/mapped_copy.h"
 
 #include <algorithm>
@@ -139,11 +140,13 @@ bool CsvTableWriter::SetCell(std::size_t row, std::size_t column, std::wstring_v
 bool CsvTableWriter::Write() noexcept
 {
     std::size_t bytes = 0;
-    if (WriteMapped(bytes) && SetFileLength(file_.Get(), bytes))
+    // A virus scanner may map the file, too, and while it does, nobody can shorten it.
+    if (WriteMapped(bytes) && RetryWhileInUse([&] { return SetFileLength(file_.Get(), bytes); }))
         return true;
     // Of what was mapped and not written, zeros would stay. Asked in another way than before, which may have failed.
     FILE_END_OF_FILE_INFO nothing{};
-    SetFileInformationByHandle(file_.Get(), FileEndOfFileInfo, &nothing, sizeof nothing);
+    RetryWhileInUse(
+        [&] { return SetFileInformationByHandle(file_.Get(), FileEndOfFileInfo, &nothing, sizeof nothing) != FALSE; });
     return false;
 }
 
