@@ -4,14 +4,18 @@
 #include "dialog/dialog.h"
 
 #include <algorithm>
+#include <stdexcept>
 
 namespace qx {
 
 void SetFilteredText(NumberFilter& filter, HWND dialog, int field, const wchar_t* text)
 {
     // Before the field changes: its EN_CHANGE then finds nothing to take back.
-    filter.accepted = Cut(OrEmpty(text), filter.units);
+    const std::wstring wanted(Cut(OrEmpty(text), filter.units));
+    filter.accepted = wanted;
     SetFieldText(dialog, field, text);
+    if (filter.accepted != wanted)
+        throw std::runtime_error("a number was taken away while it was set");
 }
 
 void RefuseOtherCharacters(NumberFilter& filter, HWND dialog, int field)

@@ -27,7 +27,7 @@ bool RecipientList::Append(const FaxRecipient& recipient) noexcept
 
 bool RecipientList::ShowsJob() noexcept
 {
-    if (RowCount(list_) == Count())
+    if (!rowsAreOld_ && RowCount(list_) == Count())
         return true;
     Refill();
     return false;
@@ -44,7 +44,9 @@ void RecipientList::Refill() noexcept
 void RecipientList::Fill() noexcept
 {
     const RedrawOff redrawOff(list_);
-    ListView_DeleteAllItems(list_);
+    rowsAreOld_ = !ListView_DeleteAllItems(list_) && RowCount(list_) > 0;
+    if (rowsAreOld_)
+        return;
     if (!std::ranges::all_of(RecipientsOf(*job_), [this](const auto* recipient) { return Append(*recipient); }))
         ListView_DeleteAllItems(list_);
 }

@@ -46,6 +46,7 @@ private:
 
     HWND list_ = nullptr;
     FaxJobData* job_ = nullptr;
+    bool rowsAreOld_ = false; // the list has kept them although it was to be filled again
     UniqueItem<PhoneBookEntry> typed_;
 };
 
