@@ -707,6 +707,19 @@ TEST_F(FailingFiles, ACopyOfTheSameNameDoesNotKeepWritingInPlaceFromItsOwn)
     EXPECT_TRUE(CopiesInTemporaryFolder().empty());
 }
 
+TEST_F(FailingFiles, AFolderInWhichEveryNameSeemsTakenEndsTheSave)
+{
+    WriteBook();
+    refusals.open = [](const std::wstring&, DWORD, DWORD disposition) -> DWORD {
+        return disposition == CREATE_NEW ? ERROR_FILE_EXISTS : ERROR_SUCCESS;
+    };
+    EXPECT_FALSE(SaveBob());
+    TakeNoSecondFile(ERROR_PATH_NOT_FOUND);
+    refusals.copy = Always(ERROR_FILE_EXISTS);
+    EXPECT_FALSE(SaveBob());
+    EXPECT_EQ(ReadBytes(Path()), before);
+}
+
 TEST_F(FailingFiles, WithoutACopyNothingIsWrittenInPlace)
 {
     WriteBook();

@@ -107,15 +107,16 @@ DWORD CopyToNewFile(const std::wstring& from, const std::wstring& to) noexcept
 }
 
 // Calls make(name), which answers an error, with names of our own until one is free: a file that an earlier session
-// left behind may have any of them.
+// left behind may have any of them. A folder in which all seem to be taken takes no file.
 template <class Make>
 DWORD MakeNewFile(const std::wstring& start, const wchar_t* ending, std::wstring& name, const Make& make)
 {
-    DWORD error = ERROR_SUCCESS;
-    do {
+    constexpr int kMostNames = 1000;
+    DWORD error = ERROR_FILE_EXISTS;
+    for (int names = 0; names < kMostNames && error == ERROR_FILE_EXISTS; ++names) {
         name = UniqueName(start, ending);
         error = make(name);
-    } while (error == ERROR_FILE_EXISTS);
+    }
     return error;
 }
 
